@@ -1,0 +1,34 @@
+set(VANTOR_WARNINGS -Wall -Wextra -Wconversion -Werror)
+
+# One object library a floor: src/<name>/ with its sub-folders, linking the floors named after it.
+function(vantor_floor name)
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp
+         ${CMAKE_SOURCE_DIR}/src/${name}/*.h)
+    if(WIN32)
+        list(FILTER sources EXCLUDE REGEX "_posix\\.cpp$")
+    else()
+        list(FILTER sources EXCLUDE REGEX "_windows\\.cpp$")
+    endif()
+    add_library(vantor_${name} STATIC ${sources})
+    set_target_properties(vantor_${name} PROPERTIES LINKER_LANGUAGE CXX)
+    target_include_directories(vantor_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+    target_compile_options(vantor_${name} PRIVATE ${VANTOR_WARNINGS})
+    foreach(lower ${ARGN})
+        target_link_libraries(vantor_${name} PUBLIC vantor_${lower})
+    endforeach()
+endfunction()
+
+# The plug-in itself: every floor, one exported symbol.
+function(vantor_module)
+    add_library(vantor_wave MODULE ${CMAKE_SOURCE_DIR}/cmake/module_anchor.cpp)
+    set_target_properties(vantor_wave PROPERTIES PREFIX "")
+    target_compile_options(vantor_wave PRIVATE ${VANTOR_WARNINGS})
+    target_link_libraries(vantor_wave PRIVATE vantor_entry Threads::Threads)
+    if(WIN32)
+        target_link_options(vantor_wave PRIVATE ${CMAKE_SOURCE_DIR}/cmake/exports.def)
+    else()
+        target_link_options(vantor_wave PRIVATE
+                            -Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/exports.map -Wl,-z,defs)
+        set_target_properties(vantor_wave PROPERTIES LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/exports.map)
+    endif()
+endfunction()

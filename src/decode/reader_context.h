@@ -1,0 +1,58 @@
+// A reader of one file together with what consecutive reads keep: positions, resampler, ADPCM decoder,
+// scratch memory.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "decode/sample_conversion.h"
+#include "fileio/file_reader.h"
+#include "host/host_objects.h"
+
+namespace vantor {
+
+class AdpcmDecoder;
+struct AudioFormat;
+
+inline constexpr int64_t noPosition = -1000000;  // matches no real position: the next read seeks
+
+enum class ResamplerState { neverUsed, inUse, setAside };
+
+struct ReaderContext {
+    explicit ReaderContext(std::unique_ptr<FileReader> fileReader);
+    ~ReaderContext();
+
+    std::unique_ptr<FileReader> reader;
+
+    // Kept by the idle list, under the state's lock.
+    const void* lastOwner = nullptr;  // the source that released it last
+    uint32_t reservedUntil = 0;       // tick; 0 not reserved
+
+    // Kept by ReadFrames.
+    const void* lastServed = nullptr;  // continuity holds for this source only
+    HostPtr<Resampler> resampler;
+    ResamplerState resamplerState = ResamplerState::neverUsed;
+    int64_t expectedByte = noPosition;   // other than ADPCM
+    int64_t expectedFrame = noPosition;  // ADPCM
+    std::unique_ptr<AdpcmDecoder> decoder;
+    ConvertSamples converter = nullptr;    // chosen once a format
+    std::vector<uint8_t> storedBytes;      // scratch
+    std::vector<double> convertedSamples;  // scratch
+};
+
+// What the source adds to a request.
+struct ReadScope {
+    const void* source = nullptr;
+    int32_t sliceIndex = -1;
+    intptr_t resampleMode = 0;
+};
+
+// The body of ReadSamples: fills the block's samples and framesProduced. The context is owned by the calling
+// thread for the time of the call.
+void ReadFrames(TransferBlock& block, ReaderContext& context, AudioFormat& format, const ReadScope& scope);
+
+// Frames that the file now holds between the data start and its end (for a growing file).
+[[nodiscard]] int64_t FramesPresent(const AudioFormat& format, int64_t fileSize);
+
+}  // namespace vantor

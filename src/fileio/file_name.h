@@ -1,0 +1,25 @@
+// UTF-8 file names and the forms in which the system is asked for them.
+#pragma once
+
+#include <string>
+
+#include "platform/file_system.h"
+
+namespace vantor {
+
+// The UTF-16 form of a name, with "\\?\" or "\\?\UNC\" in front when it has 256 units or more. False when
+// `name` is not valid UTF-8.
+[[nodiscard]] bool WideFileName(const std::string& name, std::u16string& wide);
+
+// True when a reader asks for the wide form: some byte of the first 256 belongs to a well-formed multi-byte
+// sequence, or the name has 256 bytes or more.
+[[nodiscard]] bool WantsWideForm(const std::string& name);
+
+// Deletes the file; its wide form when it holds non-ASCII characters, else the narrow one.
+bool RemoveFile(const std::string& name);
+
+// Case-insensitive order of names, ASCII letters folded: how file identity is decided on every system. <0, 0,
+// >0.
+[[nodiscard]] int CompareFileNames(const char* left, const char* right);
+
+}  // namespace vantor

@@ -1,0 +1,38 @@
+// Numbers and texts of metadata values, independent of the process's locale.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vantor {
+
+// "%f" / "%.4f" and the like without a locale: `decimals` digits after a point.
+[[nodiscard]] std::string FixedText(double value, int decimals);
+// Removes trailing zeros after a "." or "," and the separator when nothing follows it; an empty result
+// becomes "0".
+[[nodiscard]] std::string TrimNumber(std::string_view text);
+// Digits only, modulo 2^64; anything else, an empty text too, gives 0.
+[[nodiscard]] uint64_t UnsignedDecimal(std::string_view text);
+// Leading decimal number (blanks, sign, digits, point, exponent); 0 when there is none.
+[[nodiscard]] double DecimalNumber(std::string_view text);
+// The bytes up to the first NUL.
+[[nodiscard]] std::string_view UpToNul(std::span<const uint8_t> bytes);
+
+[[nodiscard]] bool IsValidUtf8(std::string_view text);
+// Appends a code point; "_" is not substituted here: false for surrogates and values above 0x10FFFF.
+bool AppendUtf8(std::string& text, uint32_t codePoint);
+// Every byte as one Latin-1 code point.
+[[nodiscard]] std::string Latin1ToUtf8(std::string_view text);
+// Valid UTF-8 as it stands, anything else read as Latin-1.
+[[nodiscard]] std::string Utf8OrLatin1(std::string_view text);
+// UTF-16 units; surrogate pairs joined, lone surrogates become U+FFFD; ends at the first zero unit.
+[[nodiscard]] std::string Utf16ToUtf8(std::span<const uint8_t> bytes, bool bigEndian);
+
+// Case-insensitive ASCII comparison.
+[[nodiscard]] bool EqualIgnoringCase(std::string_view left, std::string_view right);
+[[nodiscard]] bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix);
+
+}  // namespace vantor

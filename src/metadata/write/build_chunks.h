@@ -1,0 +1,44 @@
+// Builds the chunks of a file's metadata. Each builder takes the store and appends one complete RIFF chunk
+// (header, data, pad byte) to the image, or nothing when the store has no key of its scheme. In the file
+// <scheme>_chunk.cpp each.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "fileio/file_reader.h"
+#include "metadata/metadata_store.h"
+
+namespace vantor {
+
+using ChunkImage = std::vector<uint8_t>;
+
+// Appends a chunk with its size and, after an odd body, its pad byte: the one place where chunks are framed.
+void AppendChunk(ChunkImage& image, std::string_view id, const uint8_t* body, size_t bodyBytes);
+
+int BuildBextChunk(ChunkImage& image, const MetadataStore& store);  // 1 when a chunk was appended
+// Returns the bytes appended; the data are filled with zeros to an even size of at least minimumDataBytes.
+int BuildIxmlChunk(ChunkImage& image, const MetadataStore& store, int minimumDataBytes);
+int BuildXmpChunk(ChunkImage& image, const MetadataStore& store);
+int BuildInfoChunk(ChunkImage& image, const MetadataStore& store);
+int BuildCartChunk(ChunkImage& image, const MetadataStore& store);
+int BuildAxmlChunk(ChunkImage& image, const MetadataStore& store);
+// `source` is the file that the picture descriptors of the store point into; may be null. `oldTag` holds the
+// file's old ID3v2 tag, header included (empty: none): frames that the store cannot hold are carried over
+// from it.
+int BuildId3Chunk(ChunkImage& image, const MetadataStore& store, FileReader* source,
+                  const std::vector<uint8_t>& oldTag);
+
+struct AcidValues {
+    int key = -1;     // pitch class, may be any root note offset; negative: none
+    float tempo = 0;  // > 0: written with a 4/4 meter
+    int beatCount = 0;
+    int beatCountAlt = 0;  // > 0: wins over beatCount
+};
+int BuildAcidChunk(ChunkImage& image, const AcidValues& values);
+// "C" 0 ... "B" 11 with their enharmonic spellings, ignoring case; -1 for anything else.
+int PitchClassOfKeyName(std::string_view name);
+
+}  // namespace vantor

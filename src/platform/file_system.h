@@ -1,0 +1,113 @@
+// The operating-system seam for files. It starts and finishes requests and does nothing else: staging, rings,
+// fall-backs and name forms lie above it, where one test covers both systems.
+//
+// A File belongs to one thread at a time. A Request must be finished, or its File destroyed after waiting for
+// it, before its buffer goes away. Nothing here throws but for std::bad_alloc from the Open and New
+// functions.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace vantor::platform {
+
+enum class Access { read, write, readWrite };
+enum class Creation { openExisting, openAlways, createAlways };
+
+struct OpenOptions {
+    Access access = Access::read;
+    Creation creation = Creation::openExisting;
+    bool shareWrite = false;  // reading is always shared
+    bool overlapped = false;  // the Start functions will be used, not the synchronous ones
+    bool unbuffered = false;  // past the system's cache; every request aligned to whole sectors
+    bool writeThrough = false;
+};
+
+enum class OpenResult { opened, sharingViolation, failed };
+enum class RequestState { pending, done, failed };
+enum class WriteError { none, diskFull, other };
+
+struct RequestResult {
+    RequestState state = RequestState::failed;
+    uint32_t bytes = 0;                        // done: transferred; 0 is the end of the file
+    WriteError writeError = WriteError::none;  // failed writes only
+};
+
+struct WriteResult {
+    uint32_t bytes = 0;  // really written, also after a failure
+    WriteError error = WriteError::none;
+};
+
+// One overlapped request and what the system needs to finish it (on Windows an OVERLAPPED and its
+// manual-reset event, created signalled). Reusable once finished.
+class Request {
+  public:
+    virtual ~Request() = default;
+};
+
+// A file mapped whole for reading; unmapped by its destructor.
+class MappedView {
+  public:
+    virtual ~MappedView() = default;
+    [[nodiscard]] virtual const uint8_t* Data() const = 0;
+};
+
+class File {
+  public:
+    virtual ~File() = default;                 // closes
+    [[nodiscard]] virtual int64_t Size() = 0;  // bytes now; negative when unreadable
+    // Last write in the system's finest unit (100 ns on Windows, 1 ns elsewhere); negative when unreadable.
+    [[nodiscard]] virtual int64_t LastWriteTime() = 0;
+
+    // Synchronous, at the file pointer (files opened without `overlapped`).
+    [[nodiscard]] virtual bool SetPosition(int64_t position) = 0;
+    [[nodiscard]] virtual int64_t Read(void* destination,
+                                       uint32_t count) = 0;  // bytes; 0 end of file; -1 failure
+    [[nodiscard]] virtual WriteResult Write(const void* source, uint32_t count) = 0;
+    [[nodiscard]] virtual bool CutAtPosition() = 0;  // ends the file at the file pointer
+    [[nodiscard]] virtual std::unique_ptr<MappedView> MapForReading() = 0;  // null on failure
+
+    // Overlapped (files opened with `overlapped`). Start returns `pending` when the request is in flight;
+    // Finish with wait = false returns `pending` while it still is. The buffer must live until the request is
+    // finished.
+    [[nodiscard]] virtual std::unique_ptr<Request> NewRequest() = 0;
+    [[nodiscard]] virtual RequestResult StartRead(Request& request, int64_t offset, void* buffer,
+                                                  uint32_t count) = 0;
+    [[nodiscard]] virtual RequestResult StartWrite(Request& request, int64_t offset, const void* buffer,
+                                                   uint32_t count) = 0;
+    [[nodiscard]] virtual RequestResult Finish(Request& request, bool wait) = 0;
+};
+
+// The two forms of a name that the system may be asked for.
+class FileSystem {
+  public:
+    virtual ~FileSystem() = default;
+    // `file` is set when the result is `opened`.
+    [[nodiscard]] virtual OpenResult OpenWide(const std::u16string& name, const OpenOptions& options,
+                                              std::unique_ptr<File>& file) = 0;
+    [[nodiscard]] virtual OpenResult OpenNarrow(const std::string& name, const OpenOptions& options,
+                                                std::unique_ptr<File>& file) = 0;
+    [[nodiscard]] virtual bool RemoveWide(const std::u16string& name) = 0;
+    [[nodiscard]] virtual bool RemoveNarrow(const std::string& name) = 0;
+};
+
+// The file system in use: the operating system's, unless a test has put another behind the seam.
+FileSystem& CurrentFileSystem();
+FileSystem& SystemFileSystem();
+
+// Puts `fileSystem` behind the seam for as long as the object lives. For tests; set before other threads
+// start.
+class ScopedFileSystem {
+  public:
+    explicit ScopedFileSystem(FileSystem& fileSystem);
+    ~ScopedFileSystem();
+    ScopedFileSystem(const ScopedFileSystem&) = delete;
+    ScopedFileSystem& operator=(const ScopedFileSystem&) = delete;
+
+  private:
+    FileSystem* previous_;
+};
+
+}  // namespace vantor::platform
