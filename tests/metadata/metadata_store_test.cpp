@@ -1,0 +1,95 @@
+#include "metadata/metadata_store.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+namespace vantor {
+namespace {
+
+using Entries = std::vector<std::pair<std::string, std::string>>;
+
+Entries EntriesOf(const MetadataStore& store) {
+    Entries entries;
+    store.ForEach([&](const MetadataEntry& entry) { entries.emplace_back(entry.key, entry.value); });
+    return entries;
+}
+
+TEST(MetadataStore, KeepsKeysInByteOrder) {
+    MetadataStore store;
+    for (const char* key : {"XMP:dm/album", "ID3:TIT2", "BWF:Originator", "XMP:dc/title", "ID3:COMM",
+                            "BWF:Description", "bwf:Originator", "\xC3\xA9"})
+        store.Set(key, "v");
+    std::vector<std::string> keys;
+    for (size_t i = 0; const auto* entry = store.At(i); ++i)
+        keys.push_back(entry->key);
+    EXPECT_EQ(keys, (std::vector<std::string>{"BWF:Description", "BWF:Originator", "ID3:COMM", "ID3:TIT2",
+                                              "XMP:dc/title", "XMP:dm/album", "bwf:Originator", "\xC3\xA9"}));
+}
+
+TEST(MetadataStore, CutsKeysAndValuesAtTheFirstNul) {
+    MetadataStore store;
+    store.Set(std::string_view("a\0b", 3), std::string_view("x\0y", 3));
+    store.Set("a", std::string_view("z\0", 2));
+    store.Set("", "ignored");
+    store.Set(std::string_view("\0k", 2), "ignored");
+    EXPECT_EQ(EntriesOf(store), (Entries{{"a", "z"}}));
+    EXPECT_EQ(store.Get(""), nullptr);
+}
+
+TEST(MetadataStore, SetsAValueThatLiesInTheStore) {
+    MetadataStore store;
+    store.Set("a", "a value too long to be kept inside the string object itself");
+    store.Set("b", store.Value("a"));
+    store.Set("a", store.Value("a").substr(2));
+    EXPECT_EQ(store.Value("a"), "value too long to be kept inside the string object itself");
+    EXPECT_EQ(store.Value("b"), "a value too long to be kept inside the string object itself");
+}
+
+// Everything a caller can see agrees with the plain ordered container, across splits and emptied buckets.
+TEST(MetadataStore, BehavesLikeAnOrderedMap) {
+    std::mt19937 random(1);
+    for (const unsigned keyRange : {20u, 3000u}) {
+        MetadataStore store;
+        std::map<std::string, std::string, std::less<>> map;
+        const auto key = [&] { return "K" + std::to_string(random() % keyRange); };
+        for (int step = 0; step < 20000; ++step) {
+            const auto name = key();
+            const bool growing = step / 4000 % 2 == 0;
+            if (random() % 8 < (growing ? 6u : 2u)) {
+                store.Set(name, std::to_string(step));
+                map[name] = std::to_string(step);
+            } else {
+                ASSERT_EQ(store.Remove(name), map.erase(name) == 1);
+            }
+            const auto sought = key();
+            const auto found = map.find(sought);
+            ASSERT_EQ(store.Has(sought), found != map.end());
+            ASSERT_EQ(store.Value(sought), found == map.end() ? "" : found->second);
+            const auto bound = map.lower_bound(sought);
+            const auto* entry = store.LowerBound(sought);
+            ASSERT_EQ(entry != nullptr, bound != map.end());
+            if (entry) {
+                ASSERT_EQ(entry->key, bound->first);
+            }
+            ASSERT_EQ(store.Count(), map.size());
+        }
+        ASSERT_EQ(EntriesOf(store), Entries(map.begin(), map.end()));
+        for (size_t i = 0; const auto& [name, value] : map)
+            ASSERT_EQ(store.At(i++)->key, name);
+        EXPECT_EQ(store.At(map.size()), nullptr);
+
+        const auto isEven = [](std::string_view name) { return (name.back() - '0') % 2 == 0; };
+        store.RemoveWhere(isEven);
+        std::erase_if(map, [&](const auto& pair) { return isEven(pair.first); });
+        EXPECT_EQ(EntriesOf(store), Entries(map.begin(), map.end()));
+        EXPECT_EQ(store.Count(), map.size());
+        store.Clear();
+        EXPECT_EQ(store.Count(), 0u);
+        EXPECT_EQ(store.LowerBound("K"), nullptr);
+    }
+}
+
+}  // namespace
+}  // namespace vantor
