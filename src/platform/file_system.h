@@ -1,9 +1,8 @@
 // The operating-system seam for files. It starts and finishes requests and does nothing else: staging, rings,
 // fall-backs and name forms lie above it, where one test covers both systems.
 //
-// A File belongs to one thread at a time. A Request must be finished, or its File destroyed after waiting for
-// it, before its buffer goes away. Nothing here throws but for std::bad_alloc from the Open and New
-// functions.
+// A File belongs to one thread at a time. A Request in flight must be finished or abandoned before its buffer
+// or its File goes away. Nothing here throws but for std::bad_alloc from the Open and New functions.
 #pragma once
 
 #include <cstddef>
@@ -31,7 +30,7 @@ enum class WriteError { none, diskFull, other };
 
 struct RequestResult {
     RequestState state = RequestState::failed;
-    uint32_t bytes = 0;                        // done: transferred; 0 is the end of the file
+    uint32_t bytes = 0;                        // transferred; done with 0 is the end of the file
     WriteError writeError = WriteError::none;  // failed writes only
 };
 
@@ -61,7 +60,7 @@ class File {
     // Last write in the system's finest unit (100 ns on Windows, 1 ns elsewhere); negative when unreadable.
     [[nodiscard]] virtual int64_t LastWriteTime() = 0;
 
-    // Synchronous, at the file pointer (files opened without `overlapped`).
+    // At the file pointer. Read, Write and MapForReading are for files opened without `overlapped`.
     [[nodiscard]] virtual bool SetPosition(int64_t position) = 0;
     [[nodiscard]] virtual int64_t Read(void* destination,
                                        uint32_t count) = 0;  // bytes; 0 end of file; -1 failure
@@ -70,14 +69,16 @@ class File {
     [[nodiscard]] virtual std::unique_ptr<MappedView> MapForReading() = 0;  // null on failure
 
     // Overlapped (files opened with `overlapped`). Start returns `pending` when the request is in flight;
-    // Finish with wait = false returns `pending` while it still is. The buffer must live until the request is
-    // finished.
+    // Finish with wait = false returns `pending` while it still is. A finished request answers Finish with
+    // the same result again.
     [[nodiscard]] virtual std::unique_ptr<Request> NewRequest() = 0;
     [[nodiscard]] virtual RequestResult StartRead(Request& request, int64_t offset, void* buffer,
                                                   uint32_t count) = 0;
     [[nodiscard]] virtual RequestResult StartWrite(Request& request, int64_t offset, const void* buffer,
                                                    uint32_t count) = 0;
     [[nodiscard]] virtual RequestResult Finish(Request& request, bool wait) = 0;
+    // Returns when the system will not touch the request's buffer any more; what it brought is lost.
+    virtual void Abandon(Request& request) = 0;
 };
 
 // The two forms of a name that the system may be asked for.

@@ -1,0 +1,114 @@
+#include "fileio/file_name.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace vantor {
+
+namespace {
+
+constexpr size_t longNameUnits = 256;
+constexpr size_t scannedBytes = 256;
+
+// Continuation bytes that a lead byte asks for; -1 when it leads nothing.
+int FollowingBytes(uint8_t lead) {
+    if (lead < 0xC2 || lead > 0xF4) return -1;
+    return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+}
+
+bool IsContinuation(uint8_t byte) {
+    return (byte & 0xC0) == 0x80;
+}
+
+bool HasSequenceAt(const std::string& name, size_t start) {
+    const int following = FollowingBytes(static_cast<uint8_t>(name[start]));
+    if (following < 0 || name.size() - start <= static_cast<size_t>(following)) return false;
+    return std::all_of(name.begin() + static_cast<std::ptrdiff_t>(start) + 1,
+                       name.begin() + static_cast<std::ptrdiff_t>(start) + 1 + following,
+                       [](char c) { return IsContinuation(static_cast<uint8_t>(c)); });
+}
+
+// Strict: no overlong forms, no surrogates, nothing above U+10FFFF.
+bool ToUtf16(const std::string& name, std::u16string& wide) {
+    wide.reserve(name.size());
+    for (size_t i = 0; i < name.size();) {
+        const auto lead = static_cast<uint8_t>(name[i]);
+        if (lead < 0x80) {
+            wide += static_cast<char16_t>(lead);
+            ++i;
+            continue;
+        }
+        if (!HasSequenceAt(name, i)) return false;
+        const int following = FollowingBytes(lead);
+        uint32_t code = lead & (0x3Fu >> following);
+        for (int k = 1; k <= following; ++k)
+            code = code << 6 | (static_cast<uint8_t>(name[i + static_cast<size_t>(k)]) & 0x3Fu);
+        constexpr uint32_t smallest[] = {0, 0x80, 0x800, 0x10000};
+        if (code < smallest[following] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return false;
+        if (code >= 0x10000) {
+            wide += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
+            wide += static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FF));
+        } else {
+            wide += static_cast<char16_t>(code);
+        }
+        i += static_cast<size_t>(following) + 1;
+    }
+    return true;
+}
+
+// Lifts the system's limit on long names, for names of the two forms that it knows. Behind the prefix the
+// system no longer takes "/" for "\".
+void PrefixLongName(std::u16string& wide) {
+    size_t prefixUnits = 0;
+    if (wide[1] == u':') {
+        wide.insert(0, u"\\\\?\\");
+        prefixUnits = 4;
+    } else if (wide.starts_with(u"\\\\")) {
+        wide.replace(0, 2, u"\\\\?\\UNC\\");
+        prefixUnits = 8;
+    } else {
+        return;
+    }
+    std::replace(wide.begin() + static_cast<std::ptrdiff_t>(prefixUnits), wide.end(), u'/', u'\\');
+}
+
+bool IsAscii(const std::string& name) {
+    return std::all_of(name.begin(), name.end(), [](char c) { return static_cast<uint8_t>(c) < 0x80; });
+}
+
+int Folded(char c) {
+    return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<uint8_t>(c);
+}
+
+}  // namespace
+
+bool WideFileName(const std::string& name, std::u16string& wide) {
+    wide.clear();
+    if (!ToUtf16(name, wide)) return false;
+    if (wide.size() >= longNameUnits) PrefixLongName(wide);
+    return true;
+}
+
+bool WantsWideForm(const std::string& name) {
+    if (name.size() >= scannedBytes) return true;
+    for (size_t i = 0; i < name.size(); ++i)
+        if (HasSequenceAt(name, i)) return true;
+    return false;
+}
+
+bool RemoveFile(const std::string& name) {
+    auto& fileSystem = platform::CurrentFileSystem();
+    std::u16string wide;
+    if (!IsAscii(name) && WideFileName(name, wide)) return fileSystem.RemoveWide(wide);
+    return fileSystem.RemoveNarrow(name);
+}
+
+int CompareFileNames(const char* left, const char* right) {
+    while (*left && Folded(*left) == Folded(*right)) {
+        ++left;
+        ++right;
+    }
+    return Folded(*left) - Folded(*right);
+}
+
+}  // namespace vantor

@@ -1,0 +1,39 @@
+// What the ways of reading a file have in common, below FileReader.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "platform/file_system.h"
+
+namespace vantor {
+
+// The open file and where its reader stands.
+struct ReadState {
+    std::unique_ptr<platform::File> file;
+    int64_t size = 0;
+    int64_t position = 0;  // next byte to deliver; 0..size after a seek
+    bool isWriteShared = false;
+
+    void RefreshSize() {
+        if (!isWriteShared) return;
+        if (const int64_t now = file->Size(); now >= 0) size = now;
+    }
+};
+
+// One way of reading. Holds on to the ReadState it was made with.
+class ReadStrategy {
+  public:
+    virtual ~ReadStrategy() = default;
+    // As FileReader::Read; count is at least 1.
+    virtual int64_t Read(uint8_t* destination, int64_t count) = 0;
+    // The next `count` bytes (1 or more, within the file) where they lie together in a buffer, moving past
+    // them; null, with nothing delivered, when they do not.
+    virtual const uint8_t* Lend(int64_t count) = 0;
+    // Moves to another position inside the file.
+    virtual void MoveTo(int64_t position) = 0;
+    // Frees what can be read again.
+    virtual void ReleaseBuffers() = 0;
+};
+
+}  // namespace vantor

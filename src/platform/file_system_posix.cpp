@@ -1,0 +1,277 @@
+// Files of a POSIX system. The hints `unbuffered` and `writeThrough` are not followed: the page cache is what
+// makes reading fast here, many file systems refuse O_DIRECT, and a writer's caller needs no stronger promise
+// than the one that any other program gives.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <utility>
+
+#include "platform/file_system.h"
+
+namespace vantor::platform {
+
+namespace {
+
+// From this size on a read request is announced to the system; smaller ones are served by the read-ahead that
+// the kernel does by itself.
+constexpr uint32_t announcedBytes = 65536;
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0) ::close(number_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+
+    [[nodiscard]] int Number() const { return number_; }
+
+  private:
+    int number_;
+};
+
+class PosixView final : public MappedView {
+  public:
+    PosixView(void* address, size_t bytes) : address_(address), bytes_(bytes) {}
+    ~PosixView() override { ::munmap(address_, bytes_); }
+    PosixView(const PosixView&) = delete;
+    PosixView& operator=(const PosixView&) = delete;
+
+    [[nodiscard]] const uint8_t* Data() const override { return static_cast<const uint8_t*>(address_); }
+
+  private:
+    void* address_;
+    size_t bytes_;
+};
+
+// A read is only remembered and announced; the bytes are copied out of the page cache when somebody waits for
+// them, so that a block that a seek leaves behind costs nothing.
+struct PosixRequest final : Request {
+    int64_t offset = 0;
+    void* buffer = nullptr;
+    uint32_t count = 0;
+    RequestResult result;
+};
+
+// Reads until `count` bytes or the end of the file. Bytes read, -1 when the first read fails.
+int64_t ReadFully(int descriptor, void* destination, uint32_t count, int64_t offset) {
+    uint32_t done = 0;
+    while (done < count) {
+        const ssize_t got =
+            ::pread(descriptor, static_cast<uint8_t*>(destination) + done, count - done, offset + done);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0 && done == 0) return -1;
+        if (got <= 0) break;
+        done += static_cast<uint32_t>(got);
+    }
+    return done;
+}
+
+WriteResult WriteFully(int descriptor, const void* source, uint32_t count, int64_t offset) {
+    WriteResult result;
+    while (result.bytes < count) {
+        const ssize_t put = ::pwrite(descriptor, static_cast<const uint8_t*>(source) + result.bytes,
+                                     count - result.bytes, offset + result.bytes);
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) {
+            const bool full = put < 0 && (errno == ENOSPC || errno == EDQUOT);
+            result.error = full ? WriteError::diskFull : WriteError::other;
+            break;
+        }
+        result.bytes += static_cast<uint32_t>(put);
+    }
+    return result;
+}
+
+class PosixFile final : public File {
+  public:
+    explicit PosixFile(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
+
+    [[nodiscard]] int64_t Size() override {
+        struct stat status {};
+        return ::fstat(descriptor_.Number(), &status) == 0 ? status.st_size : -1;
+    }
+
+    [[nodiscard]] int64_t LastWriteTime() override {
+        struct stat status {};
+        if (::fstat(descriptor_.Number(), &status) != 0) return -1;
+        return static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
+    }
+
+    [[nodiscard]] bool SetPosition(int64_t position) override {
+        if (position < 0) return false;
+        position_ = position;
+        return true;
+    }
+
+    [[nodiscard]] int64_t Read(void* destination, uint32_t count) override {
+        const int64_t got = ReadFully(descriptor_.Number(), destination, count, position_);
+        if (got > 0) position_ += got;
+        return got;
+    }
+
+    [[nodiscard]] WriteResult Write(const void* source, uint32_t count) override {
+        const auto result = WriteFully(descriptor_.Number(), source, count, position_);
+        position_ += result.bytes;
+        return result;
+    }
+
+    [[nodiscard]] bool CutAtPosition() override {
+        int outcome = 0;
+        do {
+            outcome = ::ftruncate(descriptor_.Number(), position_);
+        } while (outcome != 0 && errno == EINTR);
+        return outcome == 0;
+    }
+
+    [[nodiscard]] std::unique_ptr<MappedView> MapForReading() override {
+        const int64_t bytes = Size();
+        if (bytes < 1) return nullptr;
+        void* const address =
+            ::mmap(nullptr, static_cast<size_t>(bytes), PROT_READ, MAP_PRIVATE, descriptor_.Number(), 0);
+        if (address == MAP_FAILED) return nullptr;
+        return std::make_unique<PosixView>(address, static_cast<size_t>(bytes));
+    }
+
+    [[nodiscard]] std::unique_ptr<Request> NewRequest() override { return std::make_unique<PosixRequest>(); }
+
+    [[nodiscard]] RequestResult StartRead(Request& request, int64_t offset, void* buffer,
+                                          uint32_t count) override {
+        auto& read = static_cast<PosixRequest&>(request);
+        read.offset = offset;
+        read.buffer = buffer;
+        read.count = count;
+        read.result = {.state = RequestState::pending};
+        if (count >= announcedBytes)
+            ::posix_fadvise(descriptor_.Number(), offset, count, POSIX_FADV_WILLNEED);
+        return read.result;
+    }
+
+    [[nodiscard]] RequestResult StartWrite(Request& request, int64_t offset, const void* buffer,
+                                           uint32_t count) override {
+        const auto written = WriteFully(descriptor_.Number(), buffer, count, offset);
+        auto& result = static_cast<PosixRequest&>(request).result;
+        result.state = written.error == WriteError::none ? RequestState::done : RequestState::failed;
+        result.bytes = written.bytes;
+        result.writeError = written.error;
+        return result;
+    }
+
+    [[nodiscard]] RequestResult Finish(Request& request, bool wait) override {
+        auto& read = static_cast<PosixRequest&>(request);
+        if (read.result.state != RequestState::pending || !wait) return read.result;
+        const int64_t got = ReadFully(descriptor_.Number(), read.buffer, read.count, read.offset);
+        read.result.state = got < 0 ? RequestState::failed : RequestState::done;
+        read.result.bytes = got < 0 ? 0 : static_cast<uint32_t>(got);
+        return read.result;
+    }
+
+    void Abandon(Request& request) override { static_cast<PosixRequest&>(request).result = {}; }
+
+  private:
+    Descriptor descriptor_;
+    int64_t position_ = 0;
+};
+
+int OpenFlags(const OpenOptions& options) {
+    int flags = O_CLOEXEC | O_NOCTTY;
+    switch (options.access) {
+        case Access::read:
+            flags |= O_RDONLY;
+            break;
+        case Access::write:
+            flags |= O_WRONLY;
+            break;
+        case Access::readWrite:
+            flags |= O_RDWR;
+            break;
+    }
+    if (options.creation != Creation::openExisting) flags |= O_CREAT;
+    if (options.creation == Creation::createAlways) flags |= O_TRUNC;
+    return flags;
+}
+
+// Without waiting for the other end of a pipe. A regular file answers so only while another process's lease
+// on it is being broken; that one is worth waiting for.
+Descriptor OpenDescriptor(const char* name, int flags) {
+    int number = ::open(name, flags | O_NONBLOCK, 0666);
+    if (number < 0 && errno == EWOULDBLOCK) number = ::open(name, flags, 0666);
+    return Descriptor(number);
+}
+
+bool IsRegularFile(int descriptor) {
+    struct stat status {};
+    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// The kernel refuses a read lease with EAGAIN while the file is open for writing anywhere. Any other refusal
+// (a file of another owner, a file system without leases) says nothing.
+bool IsOpenForWriting([[maybe_unused]] int descriptor) {
+#ifdef F_SETLEASE
+    // A lease being broken raises SIGIO, which ends the process by default; SIGURG is ignored by default.
+    if (::fcntl(descriptor, F_SETSIG, SIGURG) != 0) return false;
+    if (::fcntl(descriptor, F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN;
+    ::fcntl(descriptor, F_SETLEASE, F_UNLCK);
+#endif
+    return false;
+}
+
+// False when `wide` holds a surrogate without its partner.
+bool ToUtf8(const std::u16string& wide, std::string& name) {
+    for (size_t i = 0; i < wide.size(); ++i) {
+        uint32_t code = wide[i];
+        if (code >= 0xDC00 && code <= 0xDFFF) return false;
+        if (code >= 0xD800 && code <= 0xDBFF) {
+            const uint32_t low = i + 1 < wide.size() ? wide[++i] : 0u;
+            if (low < 0xDC00 || low > 0xDFFF) return false;
+            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+        }
+        int following = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+        constexpr uint8_t leads[] = {0x00, 0xC0, 0xE0, 0xF0};
+        name += static_cast<char>(leads[following] | (code >> (6 * following)));
+        while (following-- > 0)
+            name += static_cast<char>(0x80 | ((code >> (6 * following)) & 0x3F));
+    }
+    return true;
+}
+
+class PosixFileSystem final : public FileSystem {
+  public:
+    [[nodiscard]] OpenResult OpenWide(const std::u16string& name, const OpenOptions& options,
+                                      std::unique_ptr<File>& file) override {
+        std::string narrow;
+        return ToUtf8(name, narrow) ? OpenNarrow(narrow, options, file) : OpenResult::failed;
+    }
+
+    [[nodiscard]] OpenResult OpenNarrow(const std::string& name, const OpenOptions& options,
+                                        std::unique_ptr<File>& file) override {
+        auto descriptor = OpenDescriptor(name.c_str(), OpenFlags(options));
+        if (descriptor.Number() < 0 || !IsRegularFile(descriptor.Number())) return OpenResult::failed;
+        if (options.access == Access::read && !options.shareWrite && IsOpenForWriting(descriptor.Number()))
+            return OpenResult::sharingViolation;
+        file = std::make_unique<PosixFile>(std::move(descriptor));
+        return OpenResult::opened;
+    }
+
+    [[nodiscard]] bool RemoveWide(const std::u16string& name) override {
+        std::string narrow;
+        return ToUtf8(name, narrow) && RemoveNarrow(narrow);
+    }
+
+    [[nodiscard]] bool RemoveNarrow(const std::string& name) override { return ::unlink(name.c_str()) == 0; }
+};
+
+}  // namespace
+
+FileSystem& SystemFileSystem() {
+    static PosixFileSystem fileSystem;
+    return fileSystem;
+}
+
+}  // namespace vantor::platform
