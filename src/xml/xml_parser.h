@@ -1,5 +1,6 @@
 // A small, strict, streaming XML parser that builds an element tree. It works on bytes; text stays in the
-// document's own encoding, except that character references are written as UTF-8.
+// document's own encoding, except that character references are written as UTF-8. References are the five
+// predefined entities and decimal character references; there is no other entity, so nothing expands.
 #pragma once
 
 #include <cstddef>
@@ -11,22 +12,27 @@
 
 namespace vantor {
 
+// Names and values lie in the parser's memory and live as long as it does.
 struct XmlAttribute {
-    std::string name;
-    std::string value;
+    std::string_view name;
+    std::string_view value;
+    const XmlAttribute* next = nullptr;  // in document order; names are unique within an element
 };
 
-// A node of the tree. Freed without recursion: depth is the document's to choose.
+// A node of the tree, kept small: a hostile document is millions of empty elements. The parser owns all nodes
+// in one pool, so a tree of any depth is freed without recursion.
 struct XmlElement {
-    std::string name;
-    std::vector<XmlAttribute> attributes;  // in order, names unique
-    std::string value;  // character data, entities decoded; whitespace alone between children dropped
-    std::vector<std::unique_ptr<XmlElement>> children;
+    std::string_view name;
+    const XmlAttribute* firstAttribute = nullptr;
+    XmlElement* firstChild = nullptr;
+    XmlElement* nextSibling = nullptr;
+    std::unique_ptr<std::string> text;  // null when there is none
 
-    XmlElement() = default;
-    ~XmlElement();
-    // The attribute's value; null when absent.
-    [[nodiscard]] const std::string* Attribute(std::string_view attributeName) const;
+    // Character data with references decoded, CDATA sections as they stand. Whitespace alone before, between
+    // and after child elements is dropped; an element without children keeps all its text.
+    [[nodiscard]] std::string_view Value() const { return text ? std::string_view(*text) : ""; }
+    // Null when absent.
+    [[nodiscard]] const XmlAttribute* Attribute(std::string_view attributeName) const;
 };
 
 // NOLINTNEXTLINE(readability-identifier-naming): the class's given name
@@ -41,8 +47,11 @@ class qrv_xml_parser {
     const char* Parse();
     [[nodiscard]] const XmlElement* Root() const;
     [[nodiscard]] const XmlElement* Declaration() const;  // <?xml ...?>
-    [[nodiscard]] const std::vector<std::unique_ptr<XmlElement>>& ProcessingInstructions() const;
-    [[nodiscard]] const std::string& DocType() const;
+    [[nodiscard]] const std::vector<const XmlElement*>& ProcessingInstructions() const;
+    [[nodiscard]] std::string_view DocType() const;
+    // Where a failed parse stopped; for the messages that begin with "unterminated", the "<" of the construct
+    // that is not terminated. Lines count from 1; a column is the number of bytes read since the line feed,
+    // the byte that the parser looks at included.
     [[nodiscard]] int ErrorLine() const;
     [[nodiscard]] int ErrorColumn() const;
 
