@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Installs what is missing of the packages for a job, with apt-get (through sudo when not root).
+# Usage: source scripts/setup.sh; vantor_setup build | test | bench | fuzz
+
+vantor_packages_build="g++ cmake ninja-build ccache pkg-config libsamplerate0-dev libcairo2-dev libcli11-dev
+    nlohmann-json3-dev"
+vantor_packages_test="$vantor_packages_build git clang clang-format googletest libgtest-dev libgmock-dev
+    g++-mingw-w64-x86-64-posix wine wine64
+    libsndfile1-dev sndfile-programs sox libsox-fmt-all ffmpeg libimage-exiftool-perl libtag1-dev"
+vantor_packages_bench="$vantor_packages_build libbenchmark-dev libsndfile1-dev"
+vantor_packages_fuzz="$vantor_packages_build clang llvm"
+
+vantor_setup() {
+    local list="vantor_packages_$1" missing=() package
+    for package in ${!list}; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q '^install ok installed' ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo=sudo
+    echo "Installing: ${missing[*]}" >&2
+    $sudo apt-get update -q >&2
+    $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -qy --no-install-recommends "${missing[@]}" >&2
+}

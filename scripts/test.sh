@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Sets up, builds and runs every test: natively under AddressSanitizer and UndefinedBehaviorSanitizer, what threads share
+# under ThreadSanitizer, and the Windows build under Wine.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/setup.sh
+vantor_setup test
+
+build() {  # preset, further configure arguments
+    local preset=$1
+    shift
+    cmake --preset "$preset" "$@" >/dev/null
+    cmake --build --preset "$preset"
+}
+
+echo "== format"
+git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
+
+echo "== native"
+build native -DVANTOR_TESTS=OFF
+
+echo "== address and undefined behaviour"
+build asan
+ctest --test-dir build/asan --output-on-failure
+
+echo "== threads"
+build tsan
+build/tsan/vantor_tests --gtest_brief=1 --gtest_filter='*Thread*:*Soak*:*Concurren*'
+
+echo "== Windows, under Wine"
+build windows
+export WINEDEBUG=-all WINEPREFIX="${WINEPREFIX:-$PWD/build/wine}"
+wineboot -i >/dev/null 2>&1 || true
+ctest --test-dir build/windows --output-on-failure

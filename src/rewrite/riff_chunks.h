@@ -1,0 +1,69 @@
+// The chunks of a RIFF WAVE, RF64 or BW64 file as a rewrite sees them: which it replaces, which it keeps, and
+// what follows the last whole one.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "fileio/file_reader.h"
+#include "formats/ds64.h"
+
+namespace vantor {
+
+using ChunkHeader = std::array<uint8_t, 8>;
+
+inline constexpr int64_t riffHeaderBytes = 12;
+inline constexpr int64_t chunkHeaderBytes = 8;
+
+struct RiffChunk {
+    ChunkHeader header;
+    int64_t start;      // of the header
+    int64_t bodyBytes;  // really there
+    bool isReplaceable;
+    bool isData;
+    bool isCutOff;  // the end of the file comes before the end of its body
+
+    [[nodiscard]] std::string_view Id() const;
+    [[nodiscard]] int64_t BodyStart() const { return start + chunkHeaderBytes; }
+    [[nodiscard]] int64_t BodyEnd() const { return BodyStart() + bodyBytes; }
+    [[nodiscard]] int64_t End() const {
+        return BodyEnd() + (bodyBytes & 1);
+    }  // past the pad byte, there or not
+};
+
+// True for a chunk that the rewrite drops: metadata that the new image replaces, and padding. "acid" goes
+// only when the image brings one; a list only when its type, read here, is "INFO" or "info". `reader` stands
+// behind the header.
+[[nodiscard]] bool IsReplaceableChunk(const ChunkHeader& header, FileReader& reader, bool hasAcid);
+
+enum class WalkStep {
+    chunk,
+    end,       // the file ends with its last chunk (whose pad byte may be missing)
+    leftover,  // bytes follow that are no whole chunk: garbage, or a chunk cut off by the end
+    refused,   // RF64 or BW64 without a usable `ds64`
+};
+
+// Steps through the chunks in file order. Audio is stepped over by the rule by which it is played, so that
+// its bytes are never taken for chunks; a cut-off `data` chunk is a chunk, and the last.
+class RiffChunkWalk {
+  public:
+    RiffChunkWalk(FileReader& reader, bool isRf64, bool hasAcid);
+    [[nodiscard]] WalkStep Next(RiffChunk& chunk);
+    [[nodiscard]] int64_t Position() const { return position_; }  // of the next header, or of the leftover
+    [[nodiscard]] int64_t FileSize() const { return fileSize_; }
+
+  private:
+    [[nodiscard]] bool ReadDs64At(const ChunkHeader& header);
+    [[nodiscard]] int64_t ClaimedBytes(const ChunkHeader& header, int64_t bodyStart) const;
+
+    FileReader& reader_;
+    bool isRf64_;
+    bool hasAcid_;
+    bool formatSeen_ = false;
+    Ds64 ds64_;
+    int64_t fileSize_;
+    int64_t position_ = riffHeaderBytes;
+};
+
+}  // namespace vantor
