@@ -1,5 +1,5 @@
 // A reader of one file together with what consecutive reads keep: positions, resampler, ADPCM decoder,
-// scratch memory.
+// scratch memory; and the read of one request through it.
 #pragma once
 
 #include <cstdint>
@@ -33,10 +33,12 @@ struct ReaderContext {
     const void* lastServed = nullptr;  // continuity holds for this source only
     HostPtr<Resampler> resampler;
     ResamplerState resamplerState = ResamplerState::neverUsed;
-    int64_t expectedByte = noPosition;   // other than ADPCM
-    int64_t expectedFrame = noPosition;  // ADPCM
-    std::unique_ptr<AdpcmDecoder> decoder;
-    ConvertSamples converter = nullptr;    // chosen once a format
+    int64_t expectedByte = noPosition;     // file offset of the next frame; other than ADPCM
+    int64_t expectedFrame = noPosition;    // ADPCM
+    std::unique_ptr<AdpcmDecoder> decoder;  // for ADPCM only
+    ConvertSamples converter = nullptr;    // for all other encodings
+    StoredCoding converterCoding;          // what `converter` was chosen for
+    int64_t bytesRead = 0;                 // by the current request
     std::vector<uint8_t> storedBytes;      // scratch
     std::vector<double> convertedSamples;  // scratch
 };
@@ -49,10 +51,13 @@ struct ReadScope {
 };
 
 // The body of ReadSamples: fills the block's samples and framesProduced. The context is owned by the calling
-// thread for the time of the call.
+// thread for the time of the call. Whatever the block and the file hold, at most block.frames frames are
+// written; a request that cannot be served (no buffer, no frames, a time or rate that is not a finite number)
+// produces none. A start before the first frame reads from the first frame.
 void ReadFrames(TransferBlock& block, ReaderContext& context, AudioFormat& format, const ReadScope& scope);
 
-// Frames that the file now holds between the data start and its end (for a growing file).
+// Frames that the file now holds between the data start and its end (for a growing file). The length of a block
+// coding cannot be told from bytes alone: it stays as it was parsed.
 [[nodiscard]] int64_t FramesPresent(const AudioFormat& format, int64_t fileSize);
 
 }  // namespace vantor

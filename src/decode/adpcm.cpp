@@ -1,0 +1,71 @@
+#include "decode/adpcm.h"
+
+#include "decode/ima_adpcm.h"
+#include "decode/ms_adpcm.h"
+#include "formats/audio_format.h"
+
+namespace vantor {
+
+namespace {
+
+// What a coding stores for each channel of a block.
+struct Shape {
+    int32_t encoding;
+    int32_t headerBytes;
+    int32_t headerFrames;
+    int32_t framesPerByte;
+    int32_t roundBytes;
+};
+
+constexpr Shape shapes[] = {
+    {encodingMsAdpcm, 7, 2, 2, 1},
+    {encodingImaAdpcm, 4, 1, 2, 4},
+    {encodingCAdpcm, 4, 1, 4, 4},
+};
+
+void SetSizes(AdpcmCoding& coding, const Shape& shape) {
+    const int32_t channelBytes = coding.blockAlign / coding.channels;
+    if (channelBytes < shape.headerBytes) return;
+    coding.framesPerBlock = shape.headerFrames + (channelBytes - shape.headerBytes) * shape.framesPerByte;
+    coding.headerBytes = shape.headerBytes * coding.channels;
+    coding.headerFrames = shape.headerFrames;
+    coding.roundBytes = shape.roundBytes * coding.channels;
+    coding.roundFrames = shape.roundBytes * shape.framesPerByte;
+}
+
+}  // namespace
+
+AdpcmCoding CodingOf(const AudioFormat& format) {
+    AdpcmCoding coding;
+    coding.encoding = format.encoding;
+    coding.channels = format.channels;
+    coding.blockAlign = format.blockAlign;
+    coding.bitsPerSample = format.bitsPerSample;
+    coding.coefficients = format.msadpcmCoefficients.value_or(standardMsCoefficients);
+    if (coding.channels < 1 || coding.blockAlign < 1 || coding.blockAlign > maxAdpcmBlockBytes) return coding;
+    for (const Shape& shape : shapes)
+        if (shape.encoding == coding.encoding) SetSizes(coding, shape);
+    return coding;
+}
+
+bool DecodeHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels, int16_t* frames) {
+    if (coding.encoding == encodingMsAdpcm) return DecodeMsHeader(coding, block, channels, frames);
+    DecodeImaHeader(coding, block, channels, frames);
+    return true;
+}
+
+void DecodeRounds(const AdpcmCoding& coding, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
+                  int16_t* frames) {
+    switch (coding.encoding) {
+        case encodingMsAdpcm:
+            return DecodeMsRounds(coding.channels, rounds, count, channels, frames);
+        case encodingImaAdpcm:
+            return DecodeImaRounds(coding.channels, rounds, count, channels, frames);
+        case encodingCAdpcm:
+            return DecodeCAdpcmRounds(coding.channels, rounds, count, channels, frames);
+        default:
+            return;
+    }
+}
+
+}  // namespace vantor

@@ -1,0 +1,27 @@
+// Microsoft ADPCM blocks.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "decode/adpcm.h"
+
+namespace vantor {
+
+inline constexpr std::array<int16_t, 14> standardMsCoefficients = {256, 0,   512, -256, 0,   0,    192,
+                                                                   64,  240, 0,   460,  -208, 392, -232};
+
+// Header, one field after the other, each for all channels in turn:
+//   1  predictor, 0..6: a pair of coefficients
+//   2  delta, signed
+//   2  second sample, signed (sample1: the later one)
+//   2  first sample, signed (sample2)
+[[nodiscard]] bool DecodeMsHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels,
+                                  int16_t* frames);
+
+// Rounds of one byte a channel. The 4-bit codes of the channels follow one another frame by frame, the high
+// nibble of a byte first.
+void DecodeMsRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
+                    int16_t* frames);
+
+}  // namespace vantor

@@ -1,0 +1,11 @@
+#include "decode/reader_context.h"
+
+#include "decode/adpcm_decoder.h"
+
+namespace vantor {
+
+ReaderContext::ReaderContext(std::unique_ptr<FileReader> fileReader) : reader(std::move(fileReader)) {}
+
+ReaderContext::~ReaderContext() = default;
+
+}  // namespace vantor
