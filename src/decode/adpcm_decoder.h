@@ -1,7 +1,7 @@
-// Delivers the frames of an ADPCM stream block by block. A block is taken whole and decoded only as far as its
-// frames are asked for. Every block delivers the same number of frames, so that a frame's place does not depend
-// on where decoding began: a block that names an unknown predictor is silent, and where a last round is short of
-// bytes the missing codes count as zero.
+// Delivers the frames of an ADPCM stream block by block. A block is taken whole and decoded only as far as
+// its frames are asked for. Every block delivers the same number of frames, so that a frame's place does not
+// depend on where decoding began: a block that names an unknown predictor is silent, and where a last round
+// is short of bytes the missing codes count as zero.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,8 @@ struct AudioFormat;
 
 class AdpcmDecoder {
   public:
-    // Takes over the format's coding. An equal one keeps what is decoded; another one starts afresh: then true.
+    // Takes over the format's coding. An equal one keeps what is decoded; another one starts afresh: then
+    // true.
     bool Configure(const AudioFormat& format);
     // False when a block cannot hold its own header: nothing can be decoded then.
     [[nodiscard]] bool CanDecode() const { return coding_.framesPerBlock > 0; }

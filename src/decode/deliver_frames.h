@@ -13,8 +13,8 @@ namespace vantor {
 // Bytes from one stored frame to the next: the block alignment, but never less than a frame's samples take.
 [[nodiscard]] int64_t StoredFrameStride(const AudioFormat& format);
 
-// Places the decoder on a frame of an ADPCM stream: decodes its block from the start. Beyond the end of the data
-// the context expects no position.
+// Places the decoder on a frame of an ADPCM stream: decodes its block from the start. Beyond the end of the
+// data the context expects no position.
 void StartAdpcmAt(ReaderContext& context, const AudioFormat& format, int64_t frame);
 
 // Reads, converts and fits to `channels` the next `frames` frames, fewer at the end of the data; moves the

@@ -12,17 +12,18 @@ namespace {
 constexpr int32_t lastIndex = 88;
 
 constexpr std::array<int32_t, lastIndex + 1> steps = {
-    7,     8,     9,     10,    11,    12,    13,    14,    16,    17,    19,    21,    23,    25,    28,
-    31,    34,    37,    41,    45,    50,    55,    60,    66,    73,    80,    88,    97,    107,   118,
-    130,   143,   157,   173,   190,   209,   230,   253,   279,   307,   337,   371,   408,   449,   494,
-    544,   598,   658,   724,   796,   876,   963,   1060,  1166,  1282,  1411,  1552,  1707,  1878,  2066,
-    2272,  2499,  2749,  3024,  3327,  3660,  4026,  4428,  4871,  5358,  5894,  6484,  7132,  7845,  8630,
-    9493,  10442, 11487, 12635, 13899, 15289, 16818, 18500, 20350, 22385, 24623, 27086, 29794, 32767};
+    7,    8,     9,     10,    11,    12,    13,    14,    16,    17,    19,    21,    23,    25,   28,
+    31,   34,    37,    41,    45,    50,    55,    60,    66,    73,    80,    88,    97,    107,  118,
+    130,  143,   157,   173,   190,   209,   230,   253,   279,   307,   337,   371,   408,   449,  494,
+    544,  598,   658,   724,   796,   876,   963,   1060,  1166,  1282,  1411,  1552,  1707,  1878, 2066,
+    2272, 2499,  2749,  3024,  3327,  3660,  4026,  4428,  4871,  5358,  5894,  6484,  7132,  7845, 8630,
+    9493, 10442, 11487, 12635, 13899, 15289, 16818, 18500, 20350, 22385, 24623, 27086, 29794, 32767};
 
 constexpr std::array<int32_t, 8> indexChanges = {-1, -1, -1, -1, 2, 4, 6, 8};
 
-// What a code does at an index, for every pair of them: the row of an index is its sixteen codes. A packed entry
-// holds the change of the sample above `rowBits` bits, and below them the first entry of the next index's row.
+// What a code does at an index, for every pair of them: the row of an index is its sixteen codes. A packed
+// entry holds the change of the sample above `rowBits` bits, and below them the first entry of the next
+// index's row.
 constexpr int rowBits = 11;
 constexpr uint32_t rowMask = (1u << rowBits) - 1;
 static_assert(lastIndex * 16 <= rowMask);
@@ -38,7 +39,8 @@ constexpr auto transitions = [] {
     for (int32_t index = 0; index <= lastIndex; ++index)
         for (int32_t code = 0; code < 16; ++code) {
             const int32_t change = Change(steps[static_cast<size_t>(index)], code);
-            const int32_t next = std::clamp(index + indexChanges[static_cast<size_t>(code & 7)], 0, lastIndex);
+            const int32_t next =
+                std::clamp(index + indexChanges[static_cast<size_t>(code & 7)], 0, lastIndex);
             table[static_cast<size_t>(index * 16 + code)] = change * (1 << rowBits) + next * 16;
         }
     return table;
@@ -87,7 +89,8 @@ void DecodeGroups(int32_t channelCount, const uint8_t* rounds, int64_t count, Ad
 
 }  // namespace
 
-void DecodeImaHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels, int16_t* frames) {
+void DecodeImaHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels,
+                     int16_t* frames) {
     for (int32_t i = 0; i < coding.channels; ++i, block += 4) {
         frames[i] = static_cast<int16_t>(ReadLe16(block));
         channels[i].sample1 = frames[i];

@@ -10,7 +10,8 @@ namespace vantor {
 // Header, for each channel in turn:
 //   0  2  first sample, signed
 //   2  2  index into the table of steps
-void DecodeImaHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels, int16_t* frames);
+void DecodeImaHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels,
+                     int16_t* frames);
 
 // Rounds of one 4-byte group a channel: eight 4-bit codes, the low nibble of a byte first.
 void DecodeImaRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,

@@ -1,5 +1,5 @@
-// The conversion kernels behind ConverterFor: one table an instruction set, one entry a stored form. All tables
-// give the same bits.
+// The conversion kernels behind ConverterFor: one table an instruction set, one entry a stored form. All
+// tables give the same bits.
 #pragma once
 
 #include <array>

@@ -63,7 +63,8 @@ struct Signed16Big {
 
 // Samples 0 to 3 from bytes 0 to 15, samples 4 to 7 from bytes 8 to 23, each into the upper end of a word.
 VANTOR_AVX2_INLINE __m256i Spread24(const uint8_t* stored, __m256i order) {
-    const __m256i both = _mm256_inserti128_si256(_mm256_castsi128_si256(Load128(stored)), Load128(stored + 8), 1);
+    const __m256i both =
+        _mm256_inserti128_si256(_mm256_castsi128_si256(Load128(stored)), Load128(stored + 8), 1);
     return _mm256_shuffle_epi8(both, order);
 }
 
@@ -72,9 +73,8 @@ struct Signed24Little {
     static constexpr int bytes = 3;
     static constexpr double scale = scale32;
     VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) {
-        return Spread24(stored,
-                        _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11,  //
-                                         -1, 4, 5, 6, -1, 7, 8, 9, -1, 10, 11, 12, -1, 13, 14, 15));
+        return Spread24(stored, _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11,  //
+                                                 -1, 4, 5, 6, -1, 7, 8, 9, -1, 10, 11, 12, -1, 13, 14, 15));
     }
 };
 
@@ -83,9 +83,8 @@ struct Signed24Big {
     static constexpr int bytes = 3;
     static constexpr double scale = scale32;
     VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) {
-        return Spread24(stored,
-                        _mm256_setr_epi8(-1, 2, 1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9,  //
-                                         -1, 6, 5, 4, -1, 9, 8, 7, -1, 12, 11, 10, -1, 15, 14, 13));
+        return Spread24(stored, _mm256_setr_epi8(-1, 2, 1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9,  //
+                                                 -1, 6, 5, 4, -1, 9, 8, 7, -1, 12, 11, 10, -1, 15, 14, 13));
     }
 };
 

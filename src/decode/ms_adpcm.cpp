@@ -53,7 +53,8 @@ void DecodeLanes(int32_t channelCount, int32_t first, const uint8_t* rounds, int
 
 }  // namespace
 
-bool DecodeMsHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels, int16_t* frames) {
+bool DecodeMsHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels,
+                    int16_t* frames) {
     const int32_t count = coding.channels;
     const uint8_t* const deltas = block + count;
     const uint8_t* const laterSamples = deltas + int64_t{2} * count;

@@ -8,7 +8,7 @@
 
 namespace vantor {
 
-inline constexpr std::array<int16_t, 14> standardMsCoefficients = {256, 0,   512, -256, 0,   0,    192,
+inline constexpr std::array<int16_t, 14> standardMsCoefficients = {256, 0,   512, -256, 0,    0,   192,
                                                                    64,  240, 0,   460,  -208, 392, -232};
 
 // Header, one field after the other, each for all channels in turn:

@@ -11,18 +11,20 @@ namespace vantor {
 
 namespace {
 
-constexpr double equalRates = 0.00001;               // Hz
-constexpr int32_t configureMode = 0x1000;            // Resampler::Configure: the second value is the mode
+constexpr double equalRates = 0.00001;                 // Hz
+constexpr int32_t configureMode = 0x1000;              // Resampler::Configure: the second value is the mode
 constexpr int64_t maxInputSamples = int64_t{1} << 28;  // a resampler that wants more is mistaken
 
 bool EnsureResampler(ReaderContext& context) {
-    if (!context.resampler && Services().createResampler) context.resampler.Reset(Services().createResampler());
+    if (!context.resampler && Services().createResampler)
+        context.resampler.Reset(Services().createResampler());
     return static_cast<bool>(context.resampler);
 }
 
 }  // namespace
 
-RatePlan PlanRates(const TransferBlock& block, ReaderContext& context, double fileRate, intptr_t resampleMode) {
+RatePlan PlanRates(const TransferBlock& block, ReaderContext& context, double fileRate,
+                   intptr_t resampleMode) {
     const bool equal = std::abs(fileRate - block.sampleRate) < equalRates;
     if (equal && context.resamplerState != ResamplerState::inUse) return {};
     if (!EnsureResampler(context)) return {RateUse::impossible, 0};

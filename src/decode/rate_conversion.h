@@ -21,8 +21,8 @@ struct RatePlan {
 [[nodiscard]] RatePlan PlanRates(const TransferBlock& block, ReaderContext& context, double fileRate,
                                  intptr_t resampleMode);
 
-// The stream starts anew elsewhere: the resampler forgets its input; one that was draining is set aside and the
-// request goes on without it.
+// The stream starts anew elsewhere: the resampler forgets its input; one that was draining is set aside and
+// the request goes on without it.
 void JumpRates(RatePlan& plan, ReaderContext& context);
 
 // Frames of the block produced through the resampler.

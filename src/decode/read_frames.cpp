@@ -43,13 +43,15 @@ int64_t FrameAt(double seconds, double rounding, const AudioFormat& format, int6
     const double frame = std::floor(seconds * format.sampleRate + rounding);
     if (!(frame < static_cast<double>(bound))) return bound;
     if (frame < -static_cast<double>(bound)) return 0;
-    return std::clamp<int64_t>(static_cast<int64_t>(frame) + std::clamp<int64_t>(sliceStart, 0, bound), 0, bound);
+    return std::clamp<int64_t>(static_cast<int64_t>(frame) + std::clamp<int64_t>(sliceStart, 0, bound), 0,
+                               bound);
 }
 
 void PositionAdpcm(const TransferBlock& block, ReaderContext& context, const AudioFormat& format,
                    int64_t sliceStart, RatePlan& rates) {
     const int64_t frame = FrameAt(block.startSeconds + rates.latencySeconds, 0.5, format, sliceStart);
-    if (context.expectedFrame != noPosition && std::abs(context.expectedFrame - frame) <= jitterFrames) return;
+    if (context.expectedFrame != noPosition && std::abs(context.expectedFrame - frame) <= jitterFrames)
+        return;
     JumpRates(rates, context);
     StartAdpcmAt(context, format, FrameAt(block.startSeconds, 0.5, format, sliceStart));
 }
@@ -59,7 +61,8 @@ void PositionStored(const TransferBlock& block, ReaderContext& context, const Au
     const int64_t stride = StoredFrameStride(format);
     const int64_t frame = FrameAt(block.startSeconds + rates.latencySeconds, 0.5, format, sliceStart);
     const int64_t wanted = format.dataStart + frame * stride;
-    if (context.expectedByte != noPosition && std::abs(context.expectedByte - wanted) <= jitterFrames * stride)
+    if (context.expectedByte != noPosition &&
+        std::abs(context.expectedByte - wanted) <= jitterFrames * stride)
         return;
     JumpRates(rates, context);
     const double rounding = rates.use == RateUse::converting ? 0.0 : 0.5;
@@ -87,10 +90,10 @@ void ReadFrames(TransferBlock& block, ReaderContext& context, AudioFormat& forma
     const int64_t sliceStart = SliceStart(format, scope.sliceIndex);
     const auto position = context.decoder ? PositionAdpcm : PositionStored;
     position(block, context, format, sliceStart, rates);
-    block.framesProduced =
-        rates.use == RateUse::direct
-            ? static_cast<int32_t>(DeliverFrames(context, format, block.samples, block.channels, block.frames))
-            : ResampleFrames(block, context, format);
+    block.framesProduced = rates.use == RateUse::direct
+                               ? static_cast<int32_t>(DeliverFrames(context, format, block.samples,
+                                                                    block.channels, block.frames))
+                               : ResampleFrames(block, context, format);
     if (context.bytesRead > 0) ReportDiskRead(context.bytesRead);
 }
 

@@ -33,14 +33,14 @@ struct ReaderContext {
     const void* lastServed = nullptr;  // continuity holds for this source only
     HostPtr<Resampler> resampler;
     ResamplerState resamplerState = ResamplerState::neverUsed;
-    int64_t expectedByte = noPosition;     // file offset of the next frame; other than ADPCM
-    int64_t expectedFrame = noPosition;    // ADPCM
+    int64_t expectedByte = noPosition;      // file offset of the next frame; other than ADPCM
+    int64_t expectedFrame = noPosition;     // ADPCM
     std::unique_ptr<AdpcmDecoder> decoder;  // for ADPCM only
-    ConvertSamples converter = nullptr;    // for all other encodings
-    StoredCoding converterCoding;          // what `converter` was chosen for
-    int64_t bytesRead = 0;                 // by the current request
-    std::vector<uint8_t> storedBytes;      // scratch
-    std::vector<double> convertedSamples;  // scratch
+    ConvertSamples converter = nullptr;     // for all other encodings
+    StoredCoding converterCoding;           // what `converter` was chosen for
+    int64_t bytesRead = 0;                  // by the current request
+    std::vector<uint8_t> storedBytes;       // scratch
+    std::vector<double> convertedSamples;   // scratch
 };
 
 // What the source adds to a request.
@@ -56,8 +56,8 @@ struct ReadScope {
 // produces none. A start before the first frame reads from the first frame.
 void ReadFrames(TransferBlock& block, ReaderContext& context, AudioFormat& format, const ReadScope& scope);
 
-// Frames that the file now holds between the data start and its end (for a growing file). The length of a block
-// coding cannot be told from bytes alone: it stays as it was parsed.
+// Frames that the file now holds between the data start and its end (for a growing file). The length of a
+// block coding cannot be told from bytes alone: it stays as it was parsed.
 [[nodiscard]] int64_t FramesPresent(const AudioFormat& format, int64_t fileSize);
 
 }  // namespace vantor

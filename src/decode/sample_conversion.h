@@ -1,5 +1,5 @@
-// Stored samples to 64-bit floats: one kernel a stored format, chosen once. Integers become value / full scale
-// without dither or clipping; floats are taken as they are.
+// Stored samples to 64-bit floats: one kernel a stored format, chosen once. Integers become value / full
+// scale without dither or clipping; floats are taken as they are.
 #pragma once
 
 #include <cstdint>
@@ -27,6 +27,7 @@ struct StoredCoding {
 [[nodiscard]] StoredCoding StoredCodingOf(const AudioFormat& format);
 
 // The kernel for a coding; null when it is not a PCM-like one. Every instruction set gives the same bits.
-[[nodiscard]] ConvertSamples ConverterFor(const StoredCoding& coding, InstructionSet set = BestInstructionSet());
+[[nodiscard]] ConvertSamples ConverterFor(const StoredCoding& coding,
+                                          InstructionSet set = BestInstructionSet());
 
 }  // namespace vantor

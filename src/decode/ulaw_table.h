@@ -1,6 +1,6 @@
-// The values of the 256 u-law codes (ITU-T G.711 segments, inverted code order): eight segments of sixteen codes
-// a half, the step halving from one to the next. The negative half lies 1/8192 below the mirror image of the
-// positive one, so that code 255 is silence and code 127 the smallest negative value.
+// The values of the 256 u-law codes (ITU-T G.711 segments, inverted code order): eight segments of sixteen
+// codes a half, the step halving from one to the next. The negative half lies 1/8192 below the mirror image
+// of the positive one, so that code 255 is silence and code 127 the smallest negative value.
 #pragma once
 
 #include <array>

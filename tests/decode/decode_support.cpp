@@ -1,0 +1,48 @@
+#include "tests/decode/decode_support.h"
+
+namespace vantor::test {
+
+void Describe(AudioFormat& format, const Coding& coding, int64_t frames) {
+    format.encoding = coding.encoding;
+    format.bitsPerSample = coding.bits;
+    format.channels = coding.channels;
+    format.bigEndian = coding.bigEndian;
+    format.fileKind = coding.fileKind;
+    format.blockAlign = coding.blockAlign ? coding.blockAlign : coding.channels * WholeBytes(coding.bits);
+    format.sampleRate = 48000;
+    format.dataStart = headBytes;
+    format.lengthFrames = frames;
+}
+
+PlayedFile::PlayedFile(const Coding& coding, const Bytes& audio, int64_t frames, const Bytes& tail) {
+    Describe(format, coding, frames);
+    path = folder_.Write("audio", ByteWriter().Fill(headBytes, headFill).Add(audio).Add(tail));
+    context = std::make_unique<ReaderContext>(std::make_unique<FileReader>(path, ReadParameters{0, 8192, 1}));
+    scope.source = this;
+}
+
+Samples PlayedFile::Read(double startSeconds, int32_t frames, int32_t channels, double rate) {
+    Samples samples(static_cast<size_t>(frames) * static_cast<size_t>(channels), 99.0);
+    TransferBlock block{};
+    block.startSeconds = startSeconds;
+    block.sampleRate = rate == 0 ? format.sampleRate : rate;
+    block.channels = channels;
+    block.frames = frames;
+    block.samples = samples.data();
+    block.absoluteSeconds = absoluteSeconds;
+    ReadFrames(block, *context, format, scope);
+    samples.resize(static_cast<size_t>(block.framesProduced) * static_cast<size_t>(channels));
+    return samples;
+}
+
+Samples PlayedFile::ReadAll(int32_t blockFrames, int32_t channels) {
+    Samples all;
+    for (int64_t frame = 0;;) {
+        const Samples block = ReadAt(frame, blockFrames, channels);
+        if (block.empty()) return all;
+        all.insert(all.end(), block.begin(), block.end());
+        frame += static_cast<int64_t>(block.size()) / channels;
+    }
+}
+
+}  // namespace vantor::test

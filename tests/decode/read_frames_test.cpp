@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "host/host_services.h"
+#include "tests/decode/decode_support.h"
+
+namespace vantor::test {
+namespace {
+
+// 16-bit frames whose first channel counts up from 0 and whose others lie 1000 apart.
+Bytes Ramp(int32_t frames, int32_t channels) {
+    ByteWriter bytes;
+    for (int32_t frame = 0; frame < frames; ++frame)
+        for (int32_t channel = 0; channel < channels; ++channel)
+            bytes.Le16(static_cast<uint16_t>(frame + 1000 * channel));
+    return bytes;
+}
+
+double RampValue(int32_t frame, int32_t channel = 0) {
+    return (frame + 1000 * channel) / 32768.0;
+}
+
+TEST(ReadFrames, BlocksOfAnySizeGiveTheSameSamples) {
+    constexpr Coding codings[] = {
+        {encodingInteger, 8, 1},
+        {encodingInteger, 8, 2, 0, true, kindIff},
+        {encodingInteger, 16, 2},
+        {encodingInteger, 16, 3, 0, true, kindIff},
+        {encodingInteger, 20, 2, 6},
+        {encodingInteger, 24, 2},
+        {encodingInteger, 24, 1, 0, true, kindCaf},
+        {encodingInteger, 32, 2},
+        {encodingFloat, 32, 2},
+        {encodingFloat, 32, 2, 0, true, kindIff},
+        {encodingFloat, 64, 2},
+        {encodingUlaw, 8, 2},
+        {encodingInteger, 24, 2, 8},  // two bytes between the frames
+        {encodingInteger, 16, 1, 7},
+        {encodingInteger, 20, 2, 5},  // an alignment that a frame does not fit: frames lie side by side
+    };
+    constexpr int32_t frames = 20011;
+    for (const Coding& coding : codings) {
+        const int32_t frameBytes = coding.channels * WholeBytes(coding.bits);
+        const int32_t stride = std::max(frameBytes, coding.blockAlign);
+        Bytes audio = Noise(static_cast<size_t>(frames) * static_cast<size_t>(stride));
+        if (coding.encoding == encodingFloat)  // NaNs never compare equal: keep the exponents small
+            for (uint8_t& byte : audio)
+                byte &= 0x3F;
+        PlayedFile file(coding, audio, frames, Bytes(100, 0xAA));
+        Samples expected(static_cast<size_t>(frames * coding.channels));
+        const ConvertSamples convert = ConverterFor(StoredCodingOf(file.format), InstructionSet::plain);
+        for (int32_t i = 0; i < frames; ++i)
+            convert(audio.data() + i * stride, expected.data() + i * coding.channels, coding.channels);
+        for (const int32_t block : {7, 512, 100000})
+            EXPECT_EQ(file.ReadAll(block, coding.channels), expected)
+                << coding.bits << " bits, alignment " << coding.blockAlign << ", block " << block;
+        EXPECT_EQ(
+            file.ReadAt(12345, 1, coding.channels),
+            Samples(expected.begin() + 12345 * coding.channels, expected.begin() + 12346 * coding.channels));
+    }
+}
+
+TEST(ReadFrames, BlocksOfOneFrame) {
+    PlayedFile file({}, Ramp(600, 2), 600);
+    EXPECT_EQ(file.ReadAll(1, 2), file.ReadAll(600, 2));
+}
+
+TEST(ReadFrames, ChannelsAreFitted) {
+    constexpr int32_t none = -1;
+    // For each output channel, the file's channel that feeds it.
+    const struct {
+        int32_t fileChannels;
+        std::vector<int32_t> fedBy;
+    } cases[] = {
+        {1, {0}},       {1, {0, 0}}, {1, {0, 0, none, none}},    {2, {0}}, {2, {0, 1}}, {2, {0, 1, none}},
+        {6, {0, 1, 2}}, {6, {0}},    {3, {0, 1, 2, none, none}},
+    };
+    for (const auto& c : cases) {
+        const auto wanted = static_cast<int32_t>(c.fedBy.size());
+        PlayedFile file({encodingInteger, 16, c.fileChannels}, Ramp(5000, c.fileChannels), 5000);
+        Samples expected;
+        for (int32_t frame = 0; frame < 5000; ++frame)
+            for (const int32_t channel : c.fedBy)
+                expected.push_back(channel == none ? 0.0 : RampValue(frame, channel));
+        EXPECT_EQ(file.ReadAll(100000, wanted), expected) << c.fileChannels << " to " << wanted;
+        EXPECT_EQ(file.ReadAll(999, wanted), expected) << c.fileChannels << " to " << wanted;
+    }
+}
+
+TEST(ReadFrames, EightFramesOffReadsOnNineSeeks) {
+    for (const int32_t offset : {-9, -8, -1, 0, 1, 8, 9}) {
+        PlayedFile file({}, Ramp(4000, 2), 4000);
+        (void)file.ReadAt(100, 100, 2);
+        const int32_t first = std::abs(offset) <= 8 ? 200 : 200 + offset;
+        EXPECT_EQ(file.ReadAt(200 + offset, 1, 2)[0], RampValue(first)) << offset;
+        // What follows is continuous with what was delivered.
+        EXPECT_EQ(file.ReadAt(first + 1, 1, 2)[0], RampValue(first + 1)) << offset;
+    }
+}
+
+TEST(ReadFrames, AnotherSourceOrAFreshStartSeeks) {
+    PlayedFile file({}, Ramp(4000, 2), 4000);
+    (void)file.ReadAt(100, 100, 2);
+    file.absoluteSeconds = notContinuation;
+    EXPECT_EQ(file.ReadAt(203, 10, 2)[0], RampValue(203));
+    file.absoluteSeconds = 0;
+    EXPECT_EQ(file.ReadAt(215, 10, 2)[0], RampValue(213));
+    const int other = 0;
+    file.scope.source = &other;
+    EXPECT_EQ(file.ReadAt(225, 1, 2)[0], RampValue(225));
+}
+
+TEST(ReadFrames, EndsWithTheData) {
+    PlayedFile file({}, Ramp(1000, 2), 1000, Bytes(4000, 0xAA));
+    EXPECT_EQ(file.ReadAt(990, 100, 2).size(), 20u);
+    EXPECT_TRUE(file.ReadAt(1000, 100, 2).empty());
+    EXPECT_TRUE(file.ReadAt(5000, 100, 2).empty());
+    EXPECT_EQ(file.ReadAt(0, 1, 2)[0], 0.0);
+}
+
+// The header promises more than the file holds; the last frame is cut in two.
+TEST(ReadFrames, ATruncatedFileDeliversItsWholeFrames) {
+    Bytes audio = Ramp(1000, 2);
+    audio.erase(audio.end() - 3, audio.end());
+    PlayedFile file({}, audio, 5000);
+    for (const int32_t block : {7, 512, 100000})
+        EXPECT_EQ(file.ReadAll(block, 2).size(), 2u * 999) << block;
+}
+
+TEST(ReadFrames, RequestsThatCannotBeServed) {
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    PlayedFile file({}, Ramp(1000, 2), 1000);
+    for (const double start : {std::nan(""), inf, -inf, 1e300, 1e15, 9.3e18 / 48000})
+        EXPECT_TRUE(file.Read(start, 8, 2).empty()) << start;
+    for (const double rate : {std::nan(""), inf})
+        EXPECT_TRUE(file.Read(0, 8, 2, rate).empty());
+    file.absoluteSeconds = notContinuation;
+    for (const double start : {-1e-9, -0.001, -1e300})
+        EXPECT_EQ(file.Read(start, 1, 2)[0], 0.0) << start;
+
+    double sample = 99;
+    for (TransferBlock block :
+         {TransferBlock{0, 48000, 0, 1, &sample, 7, 0, 0}, TransferBlock{0, 48000, -1, 1, &sample, 7, 0, 0},
+          TransferBlock{0, 48000, 1, 0, &sample, 7, 0, 0}, TransferBlock{0, 48000, 1, -5, &sample, 7, 0, 0},
+          TransferBlock{0, 48000, 1, 1, nullptr, 7, 0, 0}, TransferBlock{0, 0, 1, 1, &sample, 7, 0, 0}}) {
+        ReadFrames(block, *file.context, file.format, file.scope);
+        EXPECT_EQ(block.framesProduced, 0);
+    }
+    EXPECT_EQ(sample, 99);
+}
+
+TEST(ReadFrames, RecordsThatMakeNoSense) {
+    const Bytes audio = Noise(1000);
+    for (const Coding& coding :
+         {Coding{encodingInteger, 16, 0}, Coding{encodingInteger, 64, 2}, Coding{encodingInteger, 0, 2},
+          Coding{encodingInteger, 16, 65535, 131070}, Coding{encodingFloat, 64, 65535, 8}})
+        EXPECT_TRUE(PlayedFile(coding, audio, 1 << 30).Read(0, 16, 2).empty());
+    PlayedFile rateless({}, audio, 100);
+    rateless.format.sampleRate = std::numeric_limits<double>::infinity();
+    EXPECT_TRUE(rateless.Read(0, 16, 2, 48000).empty());
+    PlayedFile wide({encodingInteger, 16, 2, 0x7FFFFFFF}, audio, 100);
+    EXPECT_TRUE(wide.Read(1, 16, 2).empty());
+}
+
+TEST(ReadFrames, ASliceBeginsAtItsStart) {
+    PlayedFile file({}, Ramp(4000, 2), 4000);
+    file.format.slicePoints = {0, 1500, 3000};
+    file.scope.sliceIndex = 1;
+    EXPECT_EQ(file.ReadAt(10, 1, 2)[0], RampValue(1510));
+    EXPECT_EQ(file.ReadAt(11, 1, 2)[0], RampValue(1511));
+    file.scope.sliceIndex = 3;
+    EXPECT_EQ(file.ReadAt(10, 1, 2)[0], RampValue(10));
+    file.format.slicePoints = {std::numeric_limits<int64_t>::max()};
+    file.scope.sliceIndex = 0;
+    EXPECT_TRUE(file.ReadAt(10, 1, 2).empty());
+}
+
+TEST(ReadFrames, AGrowingFileIsMeasuredAnew) {
+    PlayedFile file({}, Ramp(1000, 2), 10);
+    EXPECT_EQ(FramesPresent(file.format, headBytes + 4001), 1000);
+    EXPECT_EQ(FramesPresent(file.format, 3), 0);
+    file.format.lengthCutWhileGrowing = true;
+    EXPECT_EQ(file.ReadAt(0, 2000, 2).size(), 2000u);
+    EXPECT_EQ(file.format.lengthFrames, 1000);
+}
+
+TEST(ReadFrames, TellsTheHostWhatItRead) {
+    static int64_t counted;
+    counted = 0;
+    Services().updateDiskCounters = [](int32_t read, int32_t) { counted += read; };
+    PlayedFile file({}, Ramp(1000, 2), 1000);
+    (void)file.ReadAt(500, 1000, 1);
+    EXPECT_EQ(counted, 2000);
+    (void)file.ReadAt(3000, 10, 2);
+    EXPECT_EQ(counted, 2000);
+    Services().updateDiskCounters = nullptr;
+}
+
+}  // namespace
+}  // namespace vantor::test

@@ -1,0 +1,132 @@
+#include "decode/sample_conversion.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <memory>
+
+#include "decode/kernels.h"
+#include "decode/ulaw_table.h"
+#include "tests/decode/decode_support.h"
+
+namespace vantor::test {
+namespace {
+
+double ConvertOne(const StoredCoding& coding, const Bytes& stored) {
+    double sample = 99;
+    ConverterFor(coding)(stored.data(), &sample, 1);
+    return sample;
+}
+
+constexpr StoredCoding Integer(int32_t bits, bool bigEndian = false, int32_t kind = kindWave) {
+    return {encodingInteger, bits, kind, bigEndian};
+}
+
+TEST(SampleConversion, FullScaleIsExact) {
+    const struct {
+        StoredCoding coding;
+        Bytes stored;
+        double value;
+    } cases[] = {
+        {Integer(8), {0x80}, 0.0},
+        {Integer(8), {0x00}, -1.0},
+        {Integer(8), {0xFF}, 0.9921875},
+        {Integer(8, true, kindIff), {0x80}, -1.0},
+        {Integer(8, false, kindCaf), {0x7F}, 0.9921875},
+        {Integer(8, false, kindWave64), {0x00}, -1.0},
+        {Integer(16), {0x00, 0x80}, -1.0},
+        {Integer(16), {0xFF, 0x7F}, 0.999969482421875},
+        {Integer(16, true), {0x80, 0x01}, -0.999969482421875},
+        {Integer(24), {0xFF, 0xFF, 0x7F}, 0.99999988079071044921875},
+        {Integer(24), {0x00, 0x00, 0x80}, -1.0},
+        {Integer(24, true), {0xFF, 0xFF, 0xFF}, -1.0 / 8388608},
+        {Integer(24, true), {0x40, 0x00, 0x00}, 0.5},
+        {Integer(20), {0xFF, 0xFF, 0x7F}, 0.99999988079071044921875},
+        {Integer(20, true), {0x00, 0x00, 0x0F}, 15.0 / 8388608},
+        {Integer(32), {0x00, 0x00, 0x00, 0x80}, -1.0},
+        {Integer(32), {0x01, 0x00, 0x00, 0x00}, 4.656612873077393e-10},
+        {Integer(32, true), {0x7F, 0xFF, 0xFF, 0xFF}, 2147483647.0 / 2147483648.0},
+        {{encodingFloat, 32, kindWave, false}, ByteWriter().LeFloat(1.5f), 1.5},
+        {{encodingFloat, 32, kindIff, true}, ByteWriter().BeFloat(-1e-40f), -static_cast<double>(1e-40f)},
+        {{encodingFloat, 64, kindWave, false}, ByteWriter().LeDouble(-7.25e300), -7.25e300},
+        {{encodingFloat, 64, kindIff, true}, ByteWriter().BeDouble(1.0 / 3), 1.0 / 3},
+        {{encodingUlaw, 8, kindWave, false}, {0x80}, 0.995849609375},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(ConvertOne(c.coding, c.stored), c.value)
+            << c.coding.bitsPerSample << " bits, wanted " << c.value;
+}
+
+TEST(SampleConversion, OtherFormatsHaveNoConverter) {
+    for (const StoredCoding& coding : {Integer(64), Integer(12), StoredCoding{encodingImaAdpcm, 4, kindWave},
+                                       StoredCoding{encodingFloat, 16, kindWave}, StoredCoding{}})
+        EXPECT_EQ(ConverterFor(coding), nullptr);
+}
+
+TEST(SampleConversion, UlawFollowsTheSegments) {
+    struct Segment {
+        int first, last;
+        double value, step;  // of the first code; from one code to the next
+    };
+    constexpr Segment segments[] = {{128, 143, 0.995849609375, -0.03125},
+                                    {144, 159, 0.495849609375, -0.015625},
+                                    {160, 175, 0.245849609375, -0.0078125},
+                                    {176, 191, 0.120849609375, -0.00390625},
+                                    {192, 207, 0.058349609375, -0.001953125},
+                                    {208, 223, 0.027099609375, -0.0009765625},
+                                    {224, 239, 0.011474609375, -0.00048828125},
+                                    {240, 254, 0.003662109375, -0.000244140625},
+                                    {255, 255, 0.0, 0},
+                                    {0, 15, -0.9959716796875, 0.03125},
+                                    {16, 31, -0.4959716796875, 0.015625},
+                                    {32, 47, -0.2459716796875, 0.0078125},
+                                    {48, 63, -0.1209716796875, 0.00390625},
+                                    {64, 79, -0.0584716796875, 0.001953125},
+                                    {80, 95, -0.0272216796875, 0.0009765625},
+                                    {96, 111, -0.0115966796875, 0.00048828125},
+                                    {112, 126, -0.0037841796875, 0.000244140625},
+                                    {127, 127, -0.0001220703125, 0}};
+    for (const Segment& s : segments)
+        for (int code = s.first; code <= s.last; ++code)
+            EXPECT_EQ(ulawTable[static_cast<size_t>(code)], s.value + (code - s.first) * s.step) << code;
+    EXPECT_FALSE(std::signbit(ulawTable[255]));
+}
+
+constexpr std::array<int, storedForms> formBytes = {1, 1, 2, 2, 3, 3, 4, 4, 4, 4, 8, 8, 1};
+
+// Converts from and to memory that holds nothing else, `shift` bytes off every boundary: the sanitizer sees a
+// byte read too many.
+std::vector<uint64_t> Bits(ConvertSamples convert, const Bytes& stored, size_t shift, size_t count,
+                           int bytes) {
+    const auto used = static_cast<ptrdiff_t>(count) * bytes;
+    const auto from = std::make_unique<uint8_t[]>(shift + static_cast<size_t>(used));
+    std::copy(stored.begin(), stored.begin() + used, from.get() + shift);
+    const auto samples = std::make_unique<double[]>(count);
+    convert(from.get() + shift, samples.get(), static_cast<int64_t>(count));
+    std::vector<uint64_t> bits;
+    for (size_t i = 0; i < count; ++i)
+        bits.push_back(std::bit_cast<uint64_t>(samples[i]));
+    return bits;
+}
+
+TEST(SampleConversion, EveryInstructionSetGivesTheSameBits) {
+    std::vector<const KernelTable*> tables{&Sse2Kernels()};
+    if (BestInstructionSet() == InstructionSet::avx2) tables.push_back(&Avx2Kernels());
+    // Noise, and singles among which are signalling NaNs, infinities and denormals of either byte order.
+    Bytes stored = ByteWriter().Le32(0x7F800001).Le32(0xFFA12345).Be32(0x7F800001).Be32(0x7FC00001);
+    stored = ByteWriter().Add(stored).Le32(0x7F800000).Be32(0xFF800000).Le32(1).Be32(1).Add(Noise(8192));
+    for (size_t form = 0; form < storedForms; ++form)
+        for (const KernelTable* table : tables)
+            for (const size_t count : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 33u, 1001u})
+                for (const size_t shift : {0u, 1u, 3u}) {
+                    const auto stored_form = static_cast<StoredForm>(form);
+                    EXPECT_EQ(Bits((*table)[stored_form], stored, shift, count, formBytes[form]),
+                              Bits(PlainKernels()[stored_form], stored, shift, count, formBytes[form]))
+                        << "form " << form << " count " << count << " shift " << shift;
+                }
+}
+
+}  // namespace
+}  // namespace vantor::test
