@@ -11,6 +11,8 @@
 
 namespace vantor {
 
+inline constexpr size_t schemeKeyBytes = 256;  // longest scheme key with its terminator
+
 using FieldPair = std::pair<std::string, std::string>;  // name, value
 
 // The index-th scheme key of a field into `out`, cut to outBytes - 1. False past the row's end or for a bad

@@ -59,34 +59,36 @@ std::string_view MetadataStore::Value(std::string_view key) const {
 
 void MetadataStore::Set(std::string_view key, std::string_view value) {
     key = CutAtNul(key);
-    value = CutAtNul(value);
     if (key.empty()) return;
     try {
-        auto place = Find(key);
-        if (place.found) {
-            buckets_[place.bucket][place.index].value = std::string(value);
-            return;
-        }
-        MetadataEntry entry{std::string(key), std::string(value)};
-        if (buckets_.empty()) {
-            Bucket first;
-            first.push_back(std::move(entry));
-            buckets_.push_back(std::move(first));
-        } else {
-            // A key above all others goes to the end of the last bucket.
-            if (place.bucket == buckets_.size()) place = {buckets_.size() - 1, buckets_.back().size(), false};
-            if (buckets_[place.bucket].size() == bucketLimit) {
-                Split(buckets_, place.bucket);
-                if (place.index > bucketLimit / 2)
-                    place = {place.bucket + 1, place.index - bucketLimit / 2, false};
-            }
-            auto& bucket = buckets_[place.bucket];
-            bucket.insert(bucket.begin() + static_cast<std::ptrdiff_t>(place.index), std::move(entry));
-        }
-        ++count_;
+        MetadataEntry entry{std::string(key), std::string(CutAtNul(value))};
+        const auto place = Find(key);
+        if (place.found)
+            buckets_[place.bucket][place.index].value = std::move(entry.value);
+        else
+            Insert(place, std::move(entry));
     } catch (const std::bad_alloc&) {
-        // The pair is dropped: every step above either completes or leaves the store as it was.
+        // The pair is dropped; every step either completes or leaves the store as it was.
     }
+}
+
+void MetadataStore::Insert(Place place, MetadataEntry entry) {
+    if (buckets_.empty()) {
+        Bucket first;
+        first.push_back(std::move(entry));
+        buckets_.push_back(std::move(first));
+    } else {
+        // A key above all others goes to the end of the last bucket.
+        if (place.bucket == buckets_.size()) place = {buckets_.size() - 1, buckets_.back().size(), false};
+        if (buckets_[place.bucket].size() == bucketLimit) {
+            Split(buckets_, place.bucket);
+            if (place.index > bucketLimit / 2)
+                place = {place.bucket + 1, place.index - bucketLimit / 2, false};
+        }
+        auto& bucket = buckets_[place.bucket];
+        bucket.insert(bucket.begin() + static_cast<std::ptrdiff_t>(place.index), std::move(entry));
+    }
+    ++count_;
 }
 
 bool MetadataStore::Remove(std::string_view key) {

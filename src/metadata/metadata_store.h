@@ -51,6 +51,7 @@ class MetadataStore {
         bool found;
     };
     [[nodiscard]] Place Find(std::string_view key) const;
+    void Insert(Place place, MetadataEntry entry);
 
     std::vector<std::vector<MetadataEntry>> buckets_;  // none empty; each sorted; ascending across buckets
     size_t count_ = 0;

@@ -5,16 +5,13 @@
 #include <map>
 #include <random>
 
+#include "tests/metadata/store_entries.h"
+
 namespace vantor {
 namespace {
 
-using Entries = std::vector<std::pair<std::string, std::string>>;
-
-Entries EntriesOf(const MetadataStore& store) {
-    Entries entries;
-    store.ForEach([&](const MetadataEntry& entry) { entries.emplace_back(entry.key, entry.value); });
-    return entries;
-}
+using test::Entries;
+using test::EntriesOf;
 
 TEST(MetadataStore, KeepsKeysInByteOrder) {
     MetadataStore store;
