@@ -1,0 +1,109 @@
+// The system's files, with every operation on record and faults on order. Put it behind the seam for a test:
+//
+//     ScriptedFileSystem files;
+//     const platform::ScopedFileSystem scope(files);
+//     files.FailAt(Operation::write, 3, Fault::diskFull);   // the fourth write from now on
+//
+// Real files stay real, so a test looks at the outcome with ReadWholeFile. Names are taken as given, unless
+// Redirect names the file that every open shall reach. May be used by several threads.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+
+namespace vantor::test {
+
+enum class Operation {
+    open,
+    read,
+    write,
+    seek,
+    cut,
+    remove
+};  // overlapped requests are reads and writes too
+
+enum class Fault {
+    failure,           // nothing is done
+    partial,           // a read delivers the first half, a write stops after it with an error
+    diskFull,          // a write stops after the first half, the disk being full
+    sharingViolation,  // an open is refused because somebody is writing the file
+};
+
+struct OpenRecord {
+    bool isWide = false;
+    std::string narrow;  // the name in the form that was asked for
+    std::u16string wide;
+    platform::OpenOptions options;
+};
+
+struct RequestRecord {
+    int64_t offset = 0;
+    uint32_t count = 0;
+    auto operator<=>(const RequestRecord&) const = default;
+};
+
+class ScriptedFileSystem final : public platform::FileSystem {
+  public:
+    // The `index`-th operation of the kind from now on (0: the next one) meets the fault; with `andLater`,
+    // all after it do too.
+    void FailAt(Operation operation, int64_t index, Fault fault, bool andLater = false);
+    // Writes beyond so many bytes, counted from now on, find the disk full.
+    void SetFreeBytes(int64_t bytes);
+    // While set, overlapped requests stay pending until somebody waits for them.
+    void HoldRequests(bool hold);
+    // Opens reach `name` whatever they ask for; the record keeps what they asked for.
+    void Redirect(const std::string& name);
+    // Forgets faults and records.
+    void Reset();
+
+    [[nodiscard]] std::vector<OpenRecord> Opens() const;
+    [[nodiscard]] std::vector<RequestRecord> Reads() const;
+    [[nodiscard]] std::vector<RequestRecord> Writes() const;
+    [[nodiscard]] int64_t Count(Operation operation) const;  // failed ones too
+    [[nodiscard]] int64_t BytesWritten() const;
+
+    [[nodiscard]] platform::OpenResult OpenWide(const std::u16string& name,
+                                                const platform::OpenOptions& options,
+                                                std::unique_ptr<platform::File>& file) override;
+    [[nodiscard]] platform::OpenResult OpenNarrow(const std::string& name,
+                                                  const platform::OpenOptions& options,
+                                                  std::unique_ptr<platform::File>& file) override;
+    [[nodiscard]] bool RemoveWide(const std::u16string& name) override;
+    [[nodiscard]] bool RemoveNarrow(const std::string& name) override;
+
+  private:
+    friend class ScriptedFile;
+
+    struct Script {
+        struct Order {
+            Fault fault;
+            bool andLater;
+        };
+        std::map<int64_t, Order> orders[6];
+        int64_t counts[6] = {};
+        std::optional<int64_t> freeBytes;
+        std::vector<OpenRecord> opens;
+        std::vector<RequestRecord> reads, writes;
+        int64_t bytesWritten = 0;
+        bool holdsRequests = false;
+        std::optional<std::string> redirected;
+    };
+
+    // Counts the operation; the fault that it meets.
+    std::optional<Fault> Begin(Operation operation);
+    std::optional<Fault> BeginOpen(OpenRecord record, std::optional<std::string>& redirected);
+    std::optional<Fault> BeginRead(const RequestRecord& record);
+    // How a write of so many bytes ends.
+    platform::WriteResult BeginWrite(const RequestRecord& record);
+    bool HoldsRequests() const;
+
+    mutable std::mutex mutex_;
+    Script script_;
+};
+
+}  // namespace vantor::test
