@@ -116,7 +116,7 @@ struct ToolCase {
     double tolerance;
 };
 
-std::string Run(const TempFolder& folder, const ToolCase& tool) {
+std::string Generate(const TempFolder& folder, const ToolCase& tool) {
     auto path = folder.Path(tool.file);
     std::string command = tool.command;
     command.replace(command.find("%s"), 2, "'" + path + "'");
@@ -162,7 +162,7 @@ const ToolCase toolCases[] = {
 TEST(Interop, FilesOfSoxAndFfmpegDecodeToTheSameSamples) {
     TempFolder folder;
     for (const auto& tool : toolCases)
-        ExpectSame(Run(folder, tool), tool.command, tool.tolerance);
+        ExpectSame(Generate(folder, tool), tool.command, tool.tolerance);
 }
 
 // ADPCM against the signal that was encoded, not against another decoder.
