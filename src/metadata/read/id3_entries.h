@@ -1,0 +1,81 @@
+// The store entries behind the frames of an ID3v2 tag: the one place that knows which frame has which key.
+// The reader stores them; the builder asks the same walk which frames of an old tag the store stands for.
+//
+// Frame           Key                                        Value
+// T***            ID3:TIT2                                   text; several texts of a 2.4 frame joined by ";
+// " TCON            ID3:TCON                                   genre names, joined by "; " TXXX
+// ID3:TXXX:description                       text WXXX            ID3:WXXX:description URL COMM, USLT
+// ID3:COMM                                   text, when the description is empty and the
+//                                                            language English, unknown or undetermined
+//                 ID3:COMM:deu, ID3:COMM:eng:description     text of any other
+// UFID            ID3:UFID:owner                             identifier, "[Binary data]" unless it is text
+// PRIV            ID3:PRIV:owner                             "[Binary data]"
+// APIC            ID3:APIC                                   picture descriptor (id3_picture.h)
+// CHAP            ID3:CHAP:001, 002 ...                      start:end in milliseconds, then :title
+//                 ID3:CHAP                                   "3 chapters", once for all
+// CTOC            ID3:CTOC                                   "[table of contents data]"
+// ETCO            ID3:ETCO                                   events (id3_events.h)
+//
+// The first frame of a key has the plain key. Later ones have a colon and a running number from 002 on, at
+// least three digits. All other frames, and those compressed, encrypted or unsynchronised on their own, have
+// no key.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "metadata/read/id3_frames.h"
+
+namespace vantor {
+
+inline constexpr std::string_view id3Prefix = "ID3:";
+inline constexpr std::string_view id3ChapterKey = "ID3:CHAP";
+
+struct Id3Entry {
+    enum class Kind {
+        Value,    // key and value
+        Xmp,      // an XMP packet in `document`
+        Ixml,     // an iXML document there
+        Nothing,  // a frame of a known kind that says nothing
+        Foreign,  // no place in the store
+    };
+    Kind kind = Kind::Foreign;
+    std::string key;
+    std::string value;
+    std::span<const uint8_t> document;  // valid as long as the frame's data
+};
+
+class Id3EntryWalk {
+  public:
+    // `fileOffset`: where the tag lies in its file, for the picture descriptors.
+    Id3EntryWalk(std::span<const uint8_t> tag, int64_t fileOffset) : frames_(tag), fileOffset_(fileOffset) {}
+
+    // The next frame and what the store holds for it. False at the end of the tag.
+    bool Next(Id3Frame& frame, Id3Entry& entry);
+    [[nodiscard]] const Id3FrameWalk& Frames() const { return frames_; }
+    [[nodiscard]] size_t ChapterCount() const { return chapterCount_; }
+
+  private:
+    [[nodiscard]] Id3Entry Read(const Id3Frame& frame);
+    [[nodiscard]] Id3Entry ReadPictureEntry(const Id3Frame& frame) const;
+    [[nodiscard]] Id3Entry ReadChapter(const Id3Frame& frame);
+    void Number(std::string& key);
+
+    Id3FrameWalk frames_;
+    int64_t fileOffset_;
+    size_t chapterCount_ = 0;
+    std::map<std::string, size_t> lastNumbers_;  // of every key given out
+};
+
+// "key:002".
+[[nodiscard]] std::string NumberedKey(std::string_view key, size_t number);
+// A frame id of version 2.3 and 2.4: four capital letters or digits. Three are one of version 2.2.
+[[nodiscard]] bool IsFrameId(std::string_view id);
+// True for the languages that "ID3:COMM" leaves out: English, unknown, undetermined.
+[[nodiscard]] bool IsDefaultLanguage(std::string_view language);
+
+}  // namespace vantor
