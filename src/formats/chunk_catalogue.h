@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "fileio/file_reader.h"
+#include "formats/chunk_cursor.h"  // ReadBody
 #include "metadata/metadata_store.h"
 
 namespace vantor {
@@ -14,9 +15,5 @@ namespace vantor {
 // first. `scratch` is the parse's reusable buffer. Silent: a chunk that cannot be read whole is dropped.
 void CatalogueChunk(FileReader& reader, const uint8_t* chunkHeader, int64_t bodyStart, uint32_t bodySize,
                     std::vector<uint8_t>& scratch, MetadataStore& metadata);
-
-// Reads a whole chunk body into `scratch`. False, with no memory taken, when the file does not hold that many
-// bytes.
-[[nodiscard]] bool ReadBody(FileReader& reader, uint64_t bodySize, std::vector<uint8_t>& scratch);
 
 }  // namespace vantor

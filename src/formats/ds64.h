@@ -26,14 +26,15 @@ struct Ds64 {
     uint64_t riffSize = 0;
     uint64_t dataSize = 0;
     uint64_t sampleCount = 0;
-    std::vector<Entry> table;
+    std::vector<Entry> table;  // sorted by id; the first entry of each id
 };
 
 enum class Ds64Result { ok, tooSmall, shortRead };
 
 inline constexpr uint32_t sizeInDs64 = 0xFFFFFFFFu;
 
-// `reader` stands at the body, which claims `bodySize` bytes. `smallestBody` bytes at least must be there.
+// `reader` stands at the body, which claims `bodySize` bytes. `smallestBody` bytes at least must be there
+// (fields that a shorter body lacks stay 0).
 [[nodiscard]] Ds64Result ReadDs64(FileReader& reader, uint32_t bodySize, uint32_t smallestBody, Ds64& ds64);
 
 // The size of a chunk other than `data`: `size`, or when that is sizeInDs64 the first table entry of its id.

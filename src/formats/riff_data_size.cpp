@@ -2,12 +2,13 @@
 
 #include <algorithm>
 
+#include "formats/frame_count.h"
+
 namespace vantor {
 
 namespace {
 
 constexpr int64_t fourGiB = int64_t{1} << 32;
-constexpr int64_t wrappedBits = 0xFFF00000000;  // bits 32 to 43 of a file size
 
 }  // namespace
 
@@ -24,7 +25,7 @@ int64_t RiffDataBytes(uint32_t sizeField, const Ds64* ds64, bool formatAccepted,
 }
 
 int64_t PlayedRiffBytes(int64_t dataBytes, int64_t dataStart, int64_t fileSize) {
-    return std::min(dataBytes + (fileSize & wrappedBits), fileSize - dataStart);
+    return std::min(dataBytes + LostSizeBits(fileSize), fileSize - dataStart);
 }
 
 }  // namespace vantor

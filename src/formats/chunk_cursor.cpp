@@ -1,0 +1,68 @@
+#include "formats/chunk_cursor.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+#include "fileio/byte_order.h"
+
+namespace vantor {
+
+namespace {
+
+// No metadata comes near it, and a sparse file may claim any size.
+constexpr uint64_t largestBody = uint64_t{1} << 30;
+
+uint64_t SizeField(const uint8_t* bytes, const ChunkFraming& framing) {
+    if (framing.sizeBytes == 8) return framing.bigEndian ? ReadBe64(bytes) : ReadLe64(bytes);
+    return framing.bigEndian ? ReadBe32(bytes) : ReadLe32(bytes);
+}
+
+}  // namespace
+
+bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chunk) {
+    const uint64_t headerBytes = framing.idBytes + framing.sizeBytes;
+    if (!reader.ReadExactly(chunk.header.data(), static_cast<int64_t>(headerBytes))) return false;
+    chunk.bodyStart = reader.Tell();
+    chunk.sizeField = SizeField(chunk.header.data() + framing.idBytes, framing);
+    const uint64_t counted = framing.sizeCountsHeader ? headerBytes : 0;
+    chunk.bodyBytes = chunk.sizeField - std::min(chunk.sizeField, counted);
+    return true;
+}
+
+int64_t NextChunkPosition(const ChunkFraming& framing, const Chunk& chunk) {
+    constexpr auto farthest = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
+    const uint64_t padMask = framing.alignment - 1u;
+    const auto start = static_cast<uint64_t>(chunk.bodyStart);
+    if (chunk.bodyBytes > farthest - padMask - start) return std::numeric_limits<int64_t>::max();
+    const uint64_t padded = (chunk.bodyBytes + padMask) & ~padMask;
+    return static_cast<int64_t>(start + (framing.paddingWrapsAt32 ? static_cast<uint32_t>(padded) : padded));
+}
+
+bool SeekPastChunk(FileReader& reader, const ChunkFraming& framing, const Chunk& chunk) {
+    return reader.Seek(NextChunkPosition(framing, chunk));
+}
+
+bool ReadBody(FileReader& reader, uint64_t bodyBytes, std::vector<uint8_t>& scratch) {
+    if (bodyBytes > largestBody || bodyBytes > static_cast<uint64_t>(reader.Remaining())) return false;
+    try {
+        scratch.resize(static_cast<size_t>(bodyBytes));
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    return reader.ReadExactly(scratch.data(), static_cast<int64_t>(bodyBytes));
+}
+
+bool BodyReader::Read(uint8_t* destination, uint64_t count) {
+    if (count > remaining) return false;
+    remaining -= count;
+    return reader.ReadExactly(destination, static_cast<int64_t>(count));
+}
+
+bool BodyReader::Skip(uint64_t count) {
+    if (count > remaining || count > static_cast<uint64_t>(reader.Remaining())) return false;
+    remaining -= count;
+    return reader.Seek(reader.Tell() + static_cast<int64_t>(count));
+}
+
+}  // namespace vantor

@@ -1,0 +1,234 @@
+// The chunk walk of RIFF WAVE files and of their 64-bit kin, RF64 (EBU Tech 3306) and BW64 (ITU-R BS.2088).
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include "fileio/byte_order.h"
+#include "formats/chunk_catalogue.h"
+#include "formats/chunk_cursor.h"
+#include "formats/container_walk.h"
+#include "formats/ds64.h"
+#include "formats/fmt_rules.h"
+#include "formats/markers.h"
+#include "formats/riff_data_size.h"
+#include "formats/slice_points.h"
+#include "metadata/read/read_metadata.h"
+
+namespace vantor {
+
+namespace {
+
+constexpr FmtRules fmtRules{
+    .shortRead = "Error reading WAV fmt chunk",
+    .shortExtension = "WAV type is not supported",
+    .unknownSubFormat = "WAV ex-type is not supported",
+    .unknownTag = "WAV type is not supported",
+    .noChannels = "WAV is not >= 1ch",
+    .badUlaw = "WAV fmt type is ulaw but not 8-bit",
+    .badFloat = "WAV is floating point PCM, but not 32/64 bit",
+    .badInteger = "WAV is PCM, but not 8/16/20/24/32 bit",
+    .badMsAdpcm = "WAV is MSADPCM, but invalid parameters",
+    .badImaAdpcm = "WAV is IMA ADPCM, but invalid parameters",
+    .badCAdpcm = "WAV is cADPCM, but invalid parameters",
+    .keepsSpeakerMask = true,
+    .marksMpeg = true,
+};
+
+constexpr uint32_t smallestDs64 = 24;
+constexpr uint64_t smallestBext = 602;
+constexpr uint64_t largestBext = 65536;
+
+struct RiffWalk {
+    ContainerWalk& walk;
+    bool is64;                 // RF64 or BW64
+    std::optional<Ds64> ds64;  // once read
+    MarkerTable markers;
+    std::vector<uint8_t> rf64Markers;  // the body of `r64m`, for after the walk
+};
+
+const char* ReadFormat(RiffWalk& riff, const Chunk& chunk) {
+    return ReadFmt(riff.walk, chunk.bodyBytes, fmtRules);
+}
+
+const char* ReadFact(RiffWalk& riff, const Chunk&) {
+    uint8_t bytes[4];
+    if (!riff.walk.reader.ReadExactly(bytes, sizeof bytes)) return "Error reading WAV fact chunk";
+    const uint32_t frames = ReadLe32(bytes);
+    constexpr auto most = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
+    const bool in64 = riff.ds64 && frames == sizeInDs64;
+    riff.walk.factFrames = static_cast<int64_t>(in64 ? std::min(riff.ds64->sampleCount, most) : frames);
+    return nullptr;
+}
+
+// | offset | width | field                                                                            |
+// |      0 |     4 | flags: 1 one-shot, 2 root note set, 8 tempo valid, 16 beats of the other kind    |
+// |      4 |     2 | root note, low byte                                                              |
+// |     12 |     4 | beats                                                                            |
+// |     16 |     2 | meter denominator                                                                |
+// |     18 |     2 | meter numerator                                                                  |
+// |     20 |     4 | tempo, float                                                                     |
+void TakeAcid(const uint8_t* body, uint64_t bodyBytes, AudioFormat& format) {
+    const uint8_t flags = body[0];
+    if (flags & 1) return;
+    format.loopKind = 1;
+    if (flags & 2) {
+        format.hasRootNote = 1;
+        format.rootNoteOffset = body[4] - 60;
+    }
+    (flags & 16 ? format.beatCountAlt : format.beatCount) = ReadLittle<int32_t>(body + 12);
+    // A tempo is believed in 4/4 loops only.
+    if ((flags & 8) && bodyBytes >= 24 && ReadLe16(body + 16) == 4 && ReadLe16(body + 18) == 4)
+        format.tempo = ReadLeFloat(body + 20);
+}
+
+const char* ReadAcidLoop(RiffWalk& riff, const Chunk& chunk) {
+    uint8_t body[24] = {};
+    const uint64_t bodyBytes = std::min<uint64_t>(chunk.bodyBytes, sizeof body);
+    if (!riff.walk.reader.ReadExactly(body, static_cast<int64_t>(bodyBytes)))
+        return "Error reading WAV acid chunk";
+    TakeAcid(body, bodyBytes, riff.walk.format);
+    return nullptr;
+}
+
+const char* ReadSlices(RiffWalk& riff, const Chunk& chunk) {
+    constexpr SliceTable strc{28, 32, [](const uint8_t* entry) { return ReadLittle<int64_t>(entry + 8); }};
+    ReadSlicePoints(riff.walk, chunk.bodyBytes, strc);
+    return nullptr;
+}
+
+const char* ReadBroadcast(RiffWalk& riff, const Chunk& chunk) {
+    ContainerWalk& walk = riff.walk;
+    if (ReadBody(walk.reader, std::min(chunk.bodyBytes, largestBext), walk.scratch))
+        ReadMetadataChunk(walk.scratch, "BWF", walk.format.metadata, chunk.bodyStart);
+    return nullptr;
+}
+
+// | offset | width | field                |
+// |      0 |     2 | number of tracks     |
+// |      2 |     2 | number of track UIDs |
+const char* ReadTrackCounts(RiffWalk& riff, const Chunk&) {
+    uint8_t body[4];
+    if (!riff.walk.reader.ReadExactly(body, sizeof body)) return nullptr;
+    const int tracks = ReadLe16(body);
+    const int uids = ReadLe16(body + 2);
+    if (tracks == 0 || tracks > uids) return nullptr;
+    riff.walk.format.metadata.Set("ADM:numTracks", std::to_string(tracks));
+    riff.walk.format.metadata.Set("ADM:numUIDs", std::to_string(uids));
+    return nullptr;
+}
+
+const char* ReadCues(RiffWalk& riff, const Chunk& chunk) {
+    ContainerWalk& walk = riff.walk;
+    if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
+        ReadCueList(walk.scratch, walk.format.sampleRate, riff.markers);
+    return nullptr;
+}
+
+const char* ReadSampler(RiffWalk& riff, const Chunk& chunk) {
+    ContainerWalk& walk = riff.walk;
+    if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
+        ReadSamplerLoops(walk.scratch, walk.format.sampleRate, riff.markers);
+    return nullptr;
+}
+
+const char* ReadList(RiffWalk& riff, const Chunk& chunk) {
+    ContainerWalk& walk = riff.walk;
+    if (!ReadBody(walk.reader, chunk.bodyBytes, walk.scratch)) return nullptr;
+    if (ReadAssociatedData(walk.scratch, walk.format.sampleRate, riff.markers)) return nullptr;
+    const auto type = FourCharacters(walk.scratch.data());
+    if (type == "INFO" || type == "info")
+        ReadMetadataChunk(walk.scratch, "INFO", walk.format.metadata, chunk.bodyStart);
+    return nullptr;
+}
+
+constexpr ChunkHandler<RiffWalk> handlers[] = {
+    {"fmt ", smallestFmtBody, ReadFormat},
+    {"fact", 4, ReadFact},
+    {"acid", 16, ReadAcidLoop},
+    {"strc", 60, ReadSlices},
+    {"bext", smallestBext, ReadBroadcast},
+    {"chna", 4, ReadTrackCounts},
+    {"cue ", 4, ReadCues},
+    {"LIST", 4, ReadList},
+    {"list", 4, ReadList},
+    {"smpl", 4, ReadSampler},
+};
+
+const char* ReadFirstDs64(RiffWalk& riff, const Chunk& chunk) {
+    if (chunk.Id() != "ds64") return "RF64 requires ds64 chunk";
+    Ds64 ds64;
+    switch (ReadDs64(riff.walk.reader, static_cast<uint32_t>(chunk.sizeField), smallestDs64, ds64)) {
+        case Ds64Result::tooSmall:
+            return "RF64 ds64 chunk is too small";
+        case Ds64Result::shortRead:
+            return "Error reading RF64 ds64 chunk";
+        case Ds64Result::ok:
+            break;
+    }
+    riff.ds64 = std::move(ds64);
+    return nullptr;
+}
+
+// Notes where the audio lies and makes the chunk's size that of the audio, for the step to the next one.
+void TakeData(RiffWalk& riff, Chunk& chunk) {
+    ContainerWalk& walk = riff.walk;
+    const auto sizeField = static_cast<uint32_t>(chunk.sizeField);
+    walk.dataStart = chunk.bodyStart;
+    walk.dataBytes = RiffDataBytes(sizeField, riff.ds64 ? &*riff.ds64 : nullptr, walk.formatAccepted,
+                                   chunk.bodyStart, walk.reader.Size());
+    walk.openEnded = sizeField == 0 && walk.formatAccepted;
+    chunk.bodyBytes = static_cast<uint64_t>(walk.dataBytes);
+}
+
+void Catalogue(RiffWalk& riff, const Chunk& chunk) {
+    const auto bodyBytes = static_cast<uint32_t>(std::min<uint64_t>(chunk.bodyBytes, UINT32_MAX));
+    CatalogueChunk(riff.walk.reader, chunk.header.data(), chunk.bodyStart, bodyBytes, riff.walk.scratch,
+                   riff.walk.format.metadata);
+}
+
+const char* ReadChunk(RiffWalk& riff, Chunk& chunk) {
+    if (riff.is64 && !riff.ds64) return ReadFirstDs64(riff, chunk);
+    if (chunk.Id() == "data") {
+        TakeData(riff, chunk);
+        return nullptr;
+    }
+    if (riff.ds64)
+        chunk.bodyBytes = SizeFromTable(*riff.ds64, chunk.Id(), static_cast<uint32_t>(chunk.sizeField));
+    if (riff.is64 && chunk.Id() == "r64m") {
+        if (!ReadBody(riff.walk.reader, chunk.bodyBytes, riff.rf64Markers)) riff.rf64Markers.clear();
+        return nullptr;
+    }
+    if (const auto* handler = FindHandler(handlers, chunk)) return handler->read(riff, chunk);
+    Catalogue(riff, chunk);
+    return nullptr;
+}
+
+const char* WalkChunks(RiffWalk& riff) {
+    FileReader& reader = riff.walk.reader;
+    Chunk chunk;
+    do {
+        if (!ReadChunkHeader(reader, riffFraming, chunk)) return "Error reading WAV chunk header";
+        if (const char* message = ReadChunk(riff, chunk)) return message;
+    } while (SeekPastChunk(reader, riffFraming, chunk));
+    return nullptr;
+}
+
+const char* WalkFile(ContainerWalk& walk, bool is64) {
+    RiffWalk riff{walk, is64, {}, {walk.format.markers, {}}, {}};
+    const char* message = WalkChunks(riff);
+    ReadRf64Markers(riff.rf64Markers, walk.format.sampleRate, walk.format.markers);
+    return message;
+}
+
+}  // namespace
+
+const char* WalkRiff(ContainerWalk& walk) {
+    return WalkFile(walk, false);
+}
+
+const char* WalkRf64(ContainerWalk& walk) {
+    return WalkFile(walk, true);
+}
+
+}  // namespace vantor

@@ -1,0 +1,104 @@
+// The chunk walk of Wave64 files: RIFF WAVE with GUIDs for ids and 64-bit sizes.
+#include <algorithm>
+#include <limits>
+#include <string_view>
+
+#include "fileio/byte_order.h"
+#include "formats/chunk_catalogue.h"
+#include "formats/chunk_cursor.h"
+#include "formats/container_walk.h"
+#include "formats/fmt_rules.h"
+#include "formats/markers.h"
+#include "metadata/read/read_metadata.h"
+
+namespace vantor {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr FmtRules fmtRules{
+    .shortRead = "Error reading w64 fmt chunk",
+    .shortExtension = "w64 ex-type is not supported",
+    .unknownSubFormat = "w64 ex-type is not supported",
+    .unknownTag = "w64 type is not supported",
+    .noChannels = "w64 fmt nch is not >= 1 channels",
+    .badUlaw = "w64 fmt type is ulaw but not 8-bit",
+    .badFloat = "w64 fmt type is floating point PCM but not 32/64 bit",
+    .badInteger = "w64 fmt type is PCM but not 8/16/20/24/32 bit",
+    .badMsAdpcm = "w64 is MSADPCM, but invalid parameters",
+    .badImaAdpcm = "w64 is IMA ADPCM, but invalid parameters",
+    .badCAdpcm = "w64 is cADPCM, but invalid parameters",
+    .keepsSpeakerMask = false,
+    .marksMpeg = false,
+};
+
+// What follows the four characters in the GUID of a chunk that RIFF knows too.
+constexpr auto guidTail = "\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A"sv;
+constexpr uint64_t headerBytes = 24;
+constexpr uint64_t smallestBext = 602;
+constexpr uint64_t largestBext = 65536;
+
+bool IsRiffChunk(const Chunk& chunk) {
+    return std::string_view(reinterpret_cast<const char*>(chunk.header.data()) + 4, guidTail.size()) ==
+           guidTail;
+}
+
+int64_t SignedBytes(uint64_t bytes) {
+    return static_cast<int64_t>(std::min<uint64_t>(bytes, std::numeric_limits<int64_t>::max()));
+}
+
+const char* ReadBroadcast(ContainerWalk& walk, const Chunk& chunk) {
+    if (ReadBody(walk.reader, std::min(chunk.bodyBytes, largestBext), walk.scratch))
+        ReadMetadataChunk(walk.scratch, "BWF", walk.format.metadata, chunk.bodyStart);
+    return nullptr;
+}
+
+const char* ReadFact(ContainerWalk& walk, const Chunk&) {
+    uint8_t bytes[8];
+    if (!walk.reader.ReadExactly(bytes, sizeof bytes)) return "Error reading w64 fact chunk";
+    walk.factFrames = SignedBytes(ReadLe64(bytes));
+    return nullptr;
+}
+
+const char* ReadData(ContainerWalk& walk, const Chunk& chunk) {
+    walk.dataStart = chunk.bodyStart;
+    walk.dataBytes = SignedBytes(chunk.bodyBytes);
+    return nullptr;
+}
+
+const char* ReadFormat(ContainerWalk& walk, const Chunk& chunk) {
+    return ReadFmt(walk, chunk.bodyBytes, fmtRules);
+}
+
+const char* ReadCues(ContainerWalk& walk, const Chunk& chunk) {
+    ReadWave64Cues(walk.reader, chunk.bodyBytes, walk.format.sampleRate, walk.format.markers);
+    return nullptr;
+}
+
+constexpr ChunkHandler<ContainerWalk> handlers[] = {
+    {"bext", smallestBext, ReadBroadcast}, {"fact", 8, ReadFact}, {"data", 0, ReadData},
+    {"fmt ", smallestFmtBody, ReadFormat}, {"cue ", 0, ReadCues},
+};
+
+const char* ReadChunk(ContainerWalk& walk, const Chunk& chunk) {
+    if (chunk.sizeField < headerBytes) return "Invalid w64 chunk length (<24)";
+    if (!IsRiffChunk(chunk)) return nullptr;
+    if (const auto* handler = FindHandler(handlers, chunk)) return handler->read(walk, chunk);
+    CatalogueChunk(walk.reader, chunk.header.data(), chunk.bodyStart, static_cast<uint32_t>(chunk.bodyBytes),
+                   walk.scratch, walk.format.metadata);
+    return nullptr;
+}
+
+}  // namespace
+
+const char* WalkWave64(ContainerWalk& walk) {
+    Chunk chunk;
+    do {
+        if (!ReadChunkHeader(walk.reader, wave64Framing, chunk)) return "Error reading w64 chunk header";
+        if (const char* message = ReadChunk(walk, chunk)) return message;
+    } while (SeekPastChunk(walk.reader, wave64Framing, chunk));
+    return nullptr;
+}
+
+}  // namespace vantor
