@@ -1,0 +1,52 @@
+// The extended calls of a wave source: how the host reaches what the fixed slots do not cover.
+#pragma once
+
+#include <cstdint>
+
+#include "source/wave_source.h"
+
+namespace vantor {
+
+enum ExtendedCode : int32_t {
+    callProjectNote = 0x10006,
+    callValueByKey = 0x10007,
+    callEntryByIndex = 0x10013,
+    callFileInfoText = 0x10014,
+    callWriteMetadata = 0x20008,
+    callTempo = 0x40000,
+    callBeatSlices = 0x90006,
+    callAllocatedMarker = 0x90005,
+    callSourceGoesAway = 0x90007,
+    callSetHostValue = 0x9000a,
+    callUsableTempo = 0x9000d,
+    callMarker = 0x90016,
+};
+
+// One call: what the source is open on, and the three arguments as they came.
+struct ExtendedCallArguments {
+    PCM_source_wavefile& source;
+    AudioFormat& format;
+    void* a;
+    void* b;
+    void* c;
+};
+
+// A number passed in place of a pointer.
+inline int32_t IntegerArgument(void* argument) {
+    return static_cast<int32_t>(reinterpret_cast<intptr_t>(argument));
+}
+
+inline constexpr double smallestTempo = 2.0;  // beats a minute
+inline constexpr double largestTempo = 960.0;
+
+// Each answers one code; 0: not handled or failed. What the arguments are stands at the definition.
+intptr_t ValueByKey(const ExtendedCallArguments& call);
+intptr_t Tempo(const ExtendedCallArguments& call);
+intptr_t UsableTempo(const ExtendedCallArguments& call);
+intptr_t BeatSlices(const ExtendedCallArguments& call);
+intptr_t WriteMetadata(const ExtendedCallArguments& call);
+
+// The musical key from the loop information ("C", "Db" ...), in the user's language; empty when there is none.
+std::string MusicalKeyText(const AudioFormat& format);
+
+}  // namespace vantor

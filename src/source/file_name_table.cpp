@@ -1,0 +1,77 @@
+#include "source/file_name_table.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "fileio/file_name.h"
+
+namespace vantor {
+
+struct FileNameRecord {
+    int32_t references = 0;
+    std::string name;
+};
+
+namespace {
+
+struct NameTable {
+    std::mutex lock;                                       // guards the records and all their counts
+    std::vector<std::unique_ptr<FileNameRecord>> records;  // in the order of CompareFileNames
+};
+
+NameTable& Names() {
+    static NameTable table;
+    return table;
+}
+
+auto PlaceOf(NameTable& table, const char* name) {
+    return std::lower_bound(
+        table.records.begin(), table.records.end(), name,
+        [](const auto& record, const char* sought) { return CompareFileNames(record->name.c_str(), sought) < 0; });
+}
+
+FileNameRecord* Intern(const char* name) {
+    NameTable& table = Names();
+    const std::lock_guard guard(table.lock);
+    auto place = PlaceOf(table, name);
+    if (place == table.records.end() || CompareFileNames((*place)->name.c_str(), name) != 0) {
+        auto record = std::make_unique<FileNameRecord>();
+        record->name = name;
+        place = table.records.insert(place, std::move(record));
+    }
+    ++(*place)->references;
+    return place->get();
+}
+
+void Release(FileNameRecord* record) {
+    NameTable& table = Names();
+    const std::lock_guard guard(table.lock);
+    if (--record->references == 0) table.records.erase(PlaceOf(table, record->name.c_str()));
+}
+
+}  // namespace
+
+SharedFileName::SharedFileName(const char* name) : record_(Intern(name)) {}
+
+SharedFileName::SharedFileName(SharedFileName&& other) noexcept
+    : record_(std::exchange(other.record_, nullptr)) {}
+
+SharedFileName& SharedFileName::operator=(SharedFileName&& other) noexcept {
+    std::swap(record_, other.record_);
+    return *this;
+}
+
+SharedFileName::~SharedFileName() {
+    if (record_) Release(record_);
+}
+
+const char* SharedFileName::Text() const {
+    return record_ ? record_->name.c_str() : nullptr;
+}
+
+}  // namespace vantor

@@ -1,0 +1,154 @@
+#include "source/shared_state.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/clock.h"
+
+namespace vantor {
+
+namespace {
+
+using IdleReaders = std::vector<std::unique_ptr<ReaderContext>>;
+
+// True while the tick has not passed the reservation's end, across the counter's wrap.
+bool IsReserved(uint32_t reservedUntil, uint32_t tick) {
+    return tick - reservedUntil - 1 > 0x7FFFFFFFu;
+}
+
+// The source's own reader, else the first that nobody claims, else the first whose reservation has run out.
+std::unique_ptr<ReaderContext> TakeIdleReader(IdleReaders& idle, const void* source, uint32_t tick) {
+    auto expired = idle.rend();
+    auto unclaimed = idle.rend();
+    auto place = idle.rbegin();
+    for (; place != idle.rend() && (*place)->lastOwner != source; ++place) {
+        const ReaderContext& context = **place;
+        if (unclaimed != idle.rend()) continue;
+        if (!context.lastOwner || context.reservedUntil == 0) {
+            unclaimed = place;
+        } else if (expired == idle.rend() && !IsReserved(context.reservedUntil, tick)) {
+            expired = place;
+        }
+    }
+    if (place == idle.rend()) place = unclaimed != idle.rend() ? unclaimed : expired;
+    if (place == idle.rend()) return nullptr;
+    auto context = std::move(*place);
+    idle.erase(std::next(place).base());
+    return context;
+}
+
+bool DescribesFile(const AudioFormat& format, FileReader& reader) {
+    const int64_t fileTime = reader.LastWriteTime();
+    return IsPlayable(&format) && fileTime >= 0 && format.fileTime == fileTime &&
+           format.fileSize == reader.Size();
+}
+
+void Parse(SharedFileState& state, FileReader& reader) {
+    if (!state.format || !DescribesFile(*state.format, reader)) {
+        auto format = std::make_shared<AudioFormat>();
+        const bool failed = ParseAudioFormat(*format, reader) != 0;
+        state.format = std::move(format);
+        state.needsParse = failed;
+        state.idle.clear();  // readers of the bytes before
+    } else {
+        state.needsParse = false;
+    }
+}
+
+std::unique_ptr<ReaderContext> OpenReader(SharedFileState& state) {
+    auto reader = std::make_unique<FileReader>(state.fileName, PreferredReadParameters(state.purpose));
+    if (!reader->IsOpen()) return nullptr;
+    if (!state.format || state.needsParse) Parse(state, *reader);
+    return std::make_unique<ReaderContext>(std::move(reader));
+}
+
+// The next reader to close: without an owner, else (forced) without a reservation, else the list's last.
+IdleReaders::iterator ReaderToClose(IdleReaders& idle, bool forced) {
+    const auto first = [&](auto condition) {
+        const auto found = std::find_if(idle.rbegin(), idle.rend(), condition);
+        return found == idle.rend() ? idle.end() : std::next(found).base();
+    };
+    auto place = first([](const auto& context) { return context->lastOwner == nullptr; });
+    if (place != idle.end() || !forced) return place;
+    place = first([](const auto& context) { return context->reservedUntil == 0; });
+    return place != idle.end() ? place : idle.begin();
+}
+
+}  // namespace
+
+LentReader AcquireReader(SharedFileState& state, const void* source) {
+    const std::lock_guard guard(state.lock);
+    auto context = TakeIdleReader(state.idle, source, platform::TickMilliseconds());
+    if (!context) context = OpenReader(state);
+    return {std::move(context), state.format};
+}
+
+void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, uint32_t holdMilliseconds) {
+    const std::lock_guard guard(state.lock);
+    // A reader of bytes that have been replaced, or that no source will ask for again, is closed.
+    if (!state.attached || lent.format != state.format) return;
+    lent.context->lastOwner = source;
+    lent.context->reservedUntil =
+        holdMilliseconds == 0 ? 0 : platform::TickMilliseconds() + holdMilliseconds;
+    state.idle.push_back(std::move(lent.context));
+    state.hasReaders = true;
+}
+
+bool EnsureOpened(SharedFileState& state, const void* source) {
+    const std::lock_guard guard(state.lock);
+    if (state.hasReaders) return true;
+    auto lent = AcquireReader(state, source);
+    if (!lent.context) return false;
+    lent.context->reader->ReleaseBuffers();
+    ReleaseReader(state, std::move(lent), source, 0);
+    return true;
+}
+
+std::shared_ptr<AudioFormat> CurrentFormat(SharedFileState& state) {
+    const std::lock_guard guard(state.lock);
+    return state.format;
+}
+
+void DisownReaders(SharedFileState& state, const void* source) {
+    const std::lock_guard guard(state.lock);
+    for (auto& context : state.idle) {
+        if (context->lastOwner != source) continue;
+        context->lastOwner = nullptr;
+        context->reservedUntil = 0;
+        context->lastServed = nullptr;
+    }
+}
+
+int32_t CloseIdleReaders(SharedFileState& state, bool forced, int32_t atMost) {
+    int32_t closed = 0;
+    for (; closed < atMost; ++closed) {
+        std::unique_ptr<ReaderContext> context;  // closed after the lock is released
+        const std::lock_guard guard(state.lock);
+        const auto place = ReaderToClose(state.idle, forced);
+        if (place == state.idle.end()) break;
+        context = std::move(*place);
+        state.idle.erase(place);
+    }
+    return closed;
+}
+
+void ForgetFile(SharedFileState& state) {
+    IdleReaders closing;
+    const std::lock_guard guard(state.lock);
+    closing.swap(state.idle);
+    state.hasReaders = false;
+    state.format.reset();
+}
+
+void UpdateGrowingLength(SharedFileState& state, AudioFormat& format) {
+    const std::lock_guard guard(state.lock);
+    if (state.idle.empty()) return;
+    format.lengthFrames = FramesPresent(format, state.idle.back()->reader->Size());
+}
+
+bool IsPlayable(const AudioFormat* format) {
+    return format && format->sampleRate >= 1.0 && format->bitsPerSample != 0 && format->channels != 0 &&
+           format->encoding != 0;
+}
+
+}  // namespace vantor

@@ -1,0 +1,62 @@
+// What all sources of one file and purpose share: the parsed format and the idle readers.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "decode/reader_context.h"
+#include "formats/audio_format.h"
+#include "source/peak_objects.h"
+
+namespace vantor {
+
+enum Purpose : int32_t { purposePlayback = 0, purposePeakBuild = 1, purposePeakRead = 2 };
+
+// Lock order: the table of the state's purpose, then the state. A thread may take a state's lock again.
+struct SharedFileState {
+    SharedFileState(std::string name, int32_t statePurpose)
+        : fileName(std::move(name)), purpose(statePurpose) {}
+
+    std::string fileName;  // changes only while no source is attached
+    const int32_t purpose;
+    int32_t sources = 0;  // attached; guarded by the table's lock
+
+    std::recursive_mutex lock;            // guards what follows; held while a file is opened and parsed
+    bool attached = true;                 // some source is; a reader that comes back later is closed
+    bool hasReaders = false;              // one was opened since the first source came
+    bool needsParse = true;               // until a parse succeeds
+    std::shared_ptr<AudioFormat> format;  // a parse of changed bytes makes a new one: others may read the old
+    std::vector<std::unique_ptr<ReaderContext>> idle;  // the list's head is the last element
+
+    PeakObjects peaks;
+};
+
+// A reader lent to one thread, and the format of the bytes that it reads.
+struct LentReader {
+    std::unique_ptr<ReaderContext> context;  // null: the file cannot be opened
+    std::shared_ptr<AudioFormat> format;
+};
+
+// Takes an idle reader, or opens one; parses the file when no parse of it has succeeded.
+LentReader AcquireReader(SharedFileState& state, const void* source);
+// Gives it back, reserved for `source` for `holdMilliseconds` (0: not reserved).
+void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, uint32_t holdMilliseconds);
+// Makes sure that the file was opened since the first source came. False when it cannot be.
+bool EnsureOpened(SharedFileState& state, const void* source);
+[[nodiscard]] std::shared_ptr<AudioFormat> CurrentFormat(SharedFileState& state);
+// Idle readers that name `source` as their owner become anybody's.
+void DisownReaders(SharedFileState& state, const void* source);
+// Closes idle readers without an owner, with `forced` those with one too; `atMost` of them. Returns how many.
+int32_t CloseIdleReaders(SharedFileState& state, bool forced, int32_t atMost);
+// The file has been rewritten: closes the idle readers, and the next reader parses it anew.
+void ForgetFile(SharedFileState& state);
+// Takes a file that another process still writes as long as it is now.
+void UpdateGrowingLength(SharedFileState& state, AudioFormat& format);
+
+// True when samples can be read.
+[[nodiscard]] bool IsPlayable(const AudioFormat* format);
+
+}  // namespace vantor

@@ -1,0 +1,219 @@
+#include "source/wave_source.h"
+
+#include <cmath>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "fileio/file_name.h"
+#include "host/host_services.h"
+#include "metadata/key_table.h"
+#include "source/guarded.h"
+#include "source/source_entry.h"
+#include "source/state_tables.h"
+
+namespace vantor {
+
+namespace {
+
+constexpr uint32_t playbackHoldMilliseconds = 3000;  // a playing source finds its handle again
+constexpr double smallestRate = 0.1;                 // Hz; below it there is no length in seconds
+
+// The length of a file that another process still writes can be asked for again.
+bool MayGrow(const AudioFormat& format) {
+    return format.lengthCutWhileGrowing && format.channels > 0 && format.bitsPerSample >= 8;
+}
+
+}  // namespace
+
+PCM_source_wavefile::~PCM_source_wavefile() {
+    Guarded([&] { Close(false); });
+}
+
+void* PCM_source_wavefile::DeletingDestructor(unsigned flags) {
+    if (flags & deleteAndFree) {
+        const std::unique_ptr<PCM_source_wavefile> owned(this);
+    } else {
+        this->~PCM_source_wavefile();
+    }
+    return this;
+}
+
+PCM_source* PCM_source_wavefile::Clone() {
+    return Guarded<PCM_source*>(nullptr, [&] {
+        auto copy = std::make_unique<PCM_source_wavefile>();
+        copy->sliceIndex_ = sliceIndex_.load();
+        copy->hostValue_ = hostValue_.load();
+        copy->Open(Name().c_str(), purposePlayback);
+        return copy.release();
+    });
+}
+
+bool PCM_source_wavefile::IsOnline() {
+    const std::lock_guard guard(lock_);
+    return online_ && IsPlayable(attachment_.format.get());
+}
+
+void PCM_source_wavefile::SetOnline(bool online) {
+    Guarded([&] {
+        const std::lock_guard opening(opening_);
+        {
+            const std::lock_guard guard(lock_);
+            forcedOffline_ = !online;
+        }
+        if (!online) {
+            Close(false);
+        } else if (!IsOnline()) {
+            Open(nullptr, purposePlayback);
+        }
+    });
+}
+
+const char* PCM_source_wavefile::TypeName() {
+    return sliceIndex_ < 0 ? "WAVE" : "WAVE_SLICE";
+}
+
+const char* PCM_source_wavefile::FileName() {
+    const std::lock_guard guard(lock_);
+    return NameText();
+}
+
+std::string PCM_source_wavefile::Name() const {
+    const std::lock_guard guard(lock_);
+    return NameText();
+}
+
+const char* PCM_source_wavefile::NameText() const {
+    if (name_.Text()) return name_.Text();
+    return attachment_.state ? attachment_.state->fileName.c_str() : "";
+}
+
+bool PCM_source_wavefile::ChangeFile(const char* fileName) {
+    return Guarded(false, [&] {
+        SharedFileName name = fileName ? SharedFileName(fileName) : SharedFileName();
+        const std::lock_guard guard(lock_);
+        std::swap(name_, name);
+        return true;
+    });
+}
+
+int32_t PCM_source_wavefile::ChannelCount() {
+    const auto [state, format] = Attachment();
+    return format ? format->channels : 1;
+}
+
+double PCM_source_wavefile::SampleRate() {
+    const auto [state, format] = Attachment();
+    return format ? format->sampleRate : 0.0;
+}
+
+double PCM_source_wavefile::LengthSeconds() {
+    return Guarded(0.0, [&] {
+        const auto [state, format] = Attachment();
+        if (!format || format->sampleRate <= smallestRate) return 0.0;
+        if (const auto slice = SliceSpan(*format, sliceIndex_))
+            return static_cast<double>(slice->frames) / format->sampleRate;
+        if (MayGrow(*format)) UpdateGrowingLength(*state, *format);
+        return static_cast<double>(format->lengthFrames) / format->sampleRate;
+    });
+}
+
+int32_t PCM_source_wavefile::BitDepth() {
+    const auto [state, format] = Attachment();
+    if (!format) return 0;
+    if (format->validBits != 0) return format->validBits;
+    const bool isAdpcm = format->bitsPerSample == 2 || format->bitsPerSample == 4;
+    return isAdpcm ? 16 : format->bitsPerSample;
+}
+
+double PCM_source_wavefile::PlacementPosition() {
+    return Guarded(-1.0, [&] {
+        const auto [state, format] = Attachment();
+        return format ? ReadTimeReference(&format->metadata, format->sampleRate) : -1.0;
+    });
+}
+
+void PCM_source_wavefile::ReadSamples(TransferBlock* block) {
+    if (!block) return;
+    block->framesProduced = 0;
+    Guarded([&] {
+        const auto [state, format] = Attachment();
+        if (!state || !IsPlayable(format.get())) return;
+        auto lent = AcquireReader(*state, this);
+        if (!lent.context || !IsPlayable(lent.format.get())) return;
+        const ReadScope scope{this, sliceIndex_, reinterpret_cast<intptr_t>(hostValue_.load())};
+        ReadFrames(*block, *lent.context, *lent.format, scope);
+        ReleaseReader(*state, std::move(lent), this,
+                      state->purpose == purposePlayback ? playbackHoldMilliseconds : 0);
+    });
+}
+
+void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
+    const std::lock_guard opening(opening_);
+    const bool keepsName = !fileName || Name() == fileName;
+    Close(!keepsName);
+    if (!keepsName) ChangeFile(fileName);
+    const std::string name = Name();
+    if (name.empty()) return;
+    SourceAttachment attachment{AttachState(name.c_str(), purpose), nullptr};
+    {
+        const std::lock_guard guard(lock_);
+        attachment_.state = attachment.state;  // from here on Close counts the source off again
+    }
+    const bool opened = EnsureOpened(*attachment.state, this);
+    attachment.format = CurrentFormat(*attachment.state);
+    {
+        const std::lock_guard guard(lock_);
+        attachment_.format = std::move(attachment.format);
+        online_ = opened;
+    }
+    if (opened && purpose == purposePlayback) CreatePeakReader();
+}
+
+void PCM_source_wavefile::Close(bool newNameFollows) {
+    const std::lock_guard opening(opening_);
+    SourceAttachment closing;
+    {
+        const std::lock_guard guard(lock_);
+        std::swap(closing, attachment_);
+        online_ = false;
+    }
+    cachedTempo_ = 0;
+    if (!closing.state) return;
+    DetachState(closing.state, this, newNameFollows ? LastSource::removesState : LastSource::keepsState);
+}
+
+SourceAttachment PCM_source_wavefile::Attachment() const {
+    const std::lock_guard guard(lock_);
+    return attachment_;
+}
+
+bool PCM_source_wavefile::IsForcedOffline() const {
+    const std::lock_guard guard(lock_);
+    return forcedOffline_;
+}
+
+std::optional<FrameSpan> SliceSpan(const AudioFormat& format, int32_t sliceIndex) {
+    const auto& starts = format.slicePoints;
+    const auto index = static_cast<size_t>(sliceIndex);
+    if (sliceIndex < 0 || index >= starts.size()) return std::nullopt;
+    const int64_t end = index + 1 < starts.size() ? starts[index + 1] : format.lengthFrames.load();
+    if (end <= starts[index]) return std::nullopt;
+    return FrameSpan{starts[index], end - starts[index]};
+}
+
+PCM_source* CreateEmptyWaveSource() {
+    return Guarded<PCM_source*>(nullptr, [] { return std::make_unique<PCM_source_wavefile>().release(); });
+}
+
+PCM_source* CreateWaveSource(const char* fileName, bool* isMpegInWave) {
+    return Guarded<PCM_source*>(nullptr, [&] {
+        auto source = std::make_unique<PCM_source_wavefile>();
+        source->Open(fileName, purposePlayback);
+        const auto [state, format] = source->Attachment();
+        *isMpegInWave = format && format->isMpegInWave;
+        return source.release();
+    });
+}
+
+}  // namespace vantor

@@ -1,0 +1,191 @@
+// The peak slots. The host computes and stores the peaks; the source drives its reader and builder.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+
+#include "fileio/file_name.h"
+#include "host/host_services.h"
+#include "platform/clock.h"
+#include "source/guarded.h"
+#include "source/wave_source.h"
+
+namespace vantor {
+
+namespace {
+
+constexpr int maxPeakFiles = 8;  // a host that keeps naming new ones is not followed for ever
+
+int32_t WholeRate(const AudioFormat& format) {
+    return static_cast<int32_t>(std::lround(std::clamp(format.sampleRate, 0.0, 2147483647.0)));
+}
+
+bool HasRateAndChannels(const AudioFormat& format) {
+    return WholeRate(format) >= 1 && format.channels >= 1;
+}
+
+template <typename T>
+T Copy(PeakObjects& peaks, T PeakObjects::*object) {
+    const std::lock_guard guard(peaks.lock);
+    return peaks.*object;
+}
+
+// Puts an object into its place; the one that stood there goes outside the lock.
+template <typename T>
+void Replace(PeakObjects& peaks, T PeakObjects::*object, T replacement) {
+    const std::lock_guard guard(peaks.lock);
+    std::swap(peaks.*object, replacement);
+}
+
+SharedPeakBuilder NewPeakBuilder(const std::string& fileName, const AudioFormat& format) {
+    if (!Services().createPeakBuilder || !HasRateAndChannels(format)) return nullptr;
+    auto source = std::make_unique<PCM_source_wavefile>();
+    source->Open(fileName.c_str(), purposePeakBuild);
+    HostPtr<PCM_source> owned(source.release());
+    PeakBuilder* builder = Services().createPeakBuilder(owned.Get(), fileName.c_str(), WholeRate(format), format.channels,
+                                                        format.encoding == encodingFloat);
+    if (!builder) return nullptr;
+    static_cast<void>(owned.Release());  // the builder's now
+    return std::make_shared<SharedHostObject<PeakBuilder>>(builder);
+}
+
+// The file's peak source for requests finer than its stored peaks; made once. Null when it cannot be opened.
+SharedHiresSource HiresSource(PeakObjects& peaks, const std::string& fileName) {
+    const std::lock_guard creating(peaks.creating);
+    peaks.hiresLastUsed = platform::TickMilliseconds();
+    auto hires = Copy(peaks, &PeakObjects::hires);
+    if (hires) return hires;
+    auto source = std::make_unique<PCM_source_wavefile>();
+    source->Open(fileName.c_str(), purposePeakRead);
+    if (!source->IsOnline()) return nullptr;
+    hires = std::make_shared<SharedHostObject<PCM_source>>(source.release());
+    Replace(peaks, &PeakObjects::hires, hires);
+    return hires;
+}
+
+bool Suffices(const SharedPeakReader& reader, const PeakRequest& request) {
+    if (!reader) return false;
+    const std::lock_guard guard(reader->use);
+    return reader->object->PeaksPerSecond() >= request.peaksPerSecond;
+}
+
+void ServePeaks(PeakObjects& peaks, const std::string& fileName, PeakRequest& request) {
+    const auto reader = Copy(peaks, &PeakObjects::reader);
+    if (Services().hiresPeaks && !Suffices(reader, request)) {
+        if (const auto hires = HiresSource(peaks, fileName)) {
+            Services().hiresPeaks(hires->object.Get(), &request);
+            return;
+        }
+    }
+    if (!reader) return;
+    const std::lock_guard guard(reader->use);
+    reader->object->ReadPeaks(&request);
+}
+
+// Serves a request whose times count from the slice's start: moves it there, and ends it with the slice.
+void ServeSlicePeaks(PeakObjects& peaks, const std::string& fileName, const AudioFormat& format, const FrameSpan& slice,
+                     PeakRequest& request) {
+    const double start = request.startSeconds;
+    const double left = static_cast<double>(slice.frames) / format.sampleRate - start;
+    request.startSeconds = start + static_cast<double>(slice.start) / format.sampleRate;
+    ServePeaks(peaks, fileName, request);
+    request.startSeconds = start;
+    const double columns = std::max(0.0, std::ceil(left * request.peaksPerSecond));
+    if (columns < request.framesProduced) request.framesProduced = static_cast<int32_t>(columns);
+}
+
+}  // namespace
+
+SharedPeakReader NewPeakReader(const std::string& fileName, const AudioFormat& format, intptr_t extra) {
+    if (!Services().createPeakReader || fileName.empty() || !HasRateAndChannels(format)) return nullptr;
+    PeakReader* reader = Services().createPeakReader(fileName.c_str(), WholeRate(format), format.channels, extra);
+    return reader ? std::make_shared<SharedHostObject<PeakReader>>(reader) : nullptr;
+}
+
+// With the first open of a file its stored peaks are looked for.
+void PCM_source_wavefile::CreatePeakReader() {
+    const auto [state, format] = Attachment();
+    if (!format) return;
+    PeakObjects& peaks = state->peaks;
+    const std::lock_guard creating(peaks.creating);
+    if (Copy(peaks, &PeakObjects::reader) || Copy(peaks, &PeakObjects::builder)) return;
+    Replace(peaks, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
+}
+
+void PCM_source_wavefile::ReadPeaks(PeakRequest* request) {
+    if (!request) return;
+    request->framesProduced = 0;
+    Guarded([&] {
+        const auto [state, format] = Attachment();
+        if (!IsPlayable(format.get())) return;
+        if (const auto slice = SliceSpan(*format, sliceIndex_)) {
+            ServeSlicePeaks(state->peaks, Name(), *format, *slice, *request);
+        } else {
+            ServePeaks(state->peaks, Name(), *request);
+        }
+    });
+}
+
+void PCM_source_wavefile::ClearPeaks(bool deleteFiles) {
+    Guarded([&] {
+        if (const auto [state, format] = Attachment(); state) {
+            Replace<SharedPeakReader>(state->peaks, &PeakObjects::reader, nullptr);
+            Replace<SharedPeakBuilder>(state->peaks, &PeakObjects::builder, nullptr);
+        }
+        const std::string fileName = Name();
+        if (!deleteFiles || !Services().peakFileName || fileName.empty()) return;
+        std::string previous;
+        for (int i = 0; i < maxPeakFiles; ++i) {
+            std::array<char, 2048> peakFile{};
+            Services().peakFileName(fileName.c_str(), peakFile.data(), static_cast<int32_t>(peakFile.size()));
+            peakFile.back() = '\0';
+            if (previous == peakFile.data()) return;
+            previous = peakFile.data();
+            RemoveFile(previous);
+        }
+    });
+}
+
+int32_t PCM_source_wavefile::BeginPeakBuild(intptr_t extra) {
+    return Guarded(0, [&] {
+        const auto [state, format] = Attachment();
+        if (!format) return 0;
+        PeakObjects& peaks = state->peaks;
+        const std::lock_guard creating(peaks.creating);
+        if (Copy(peaks, &PeakObjects::builder)) return 1;
+        if (Copy(peaks, &PeakObjects::reader)) return 0;
+        if (auto reader = NewPeakReader(Name(), *format, extra)) {
+            Replace(peaks, &PeakObjects::reader, std::move(reader));
+            return 0;
+        }
+        if (!IsOnline()) return 0;
+        auto builder = NewPeakBuilder(Name(), *format);
+        if (!builder) return 0;
+        Replace(peaks, &PeakObjects::builder, std::move(builder));
+        return 1;
+    });
+}
+
+int32_t PCM_source_wavefile::RunPeakBuild() {
+    return Guarded(0, [&] {
+        const auto [state, format] = Attachment();
+        const auto builder = state ? Copy(state->peaks, &PeakObjects::builder) : nullptr;
+        if (!builder) return 0;
+        const std::lock_guard guard(builder->use);
+        return builder->object->Run();
+    });
+}
+
+void PCM_source_wavefile::FinishPeakBuild() {
+    Guarded([&] {
+        const auto [state, format] = Attachment();
+        if (!format) return;
+        PeakObjects& peaks = state->peaks;
+        const std::lock_guard creating(peaks.creating);
+        Replace<SharedPeakBuilder>(peaks, &PeakObjects::builder, nullptr);
+        if (Copy(peaks, &PeakObjects::reader)) return;
+        Replace(peaks, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
+    });
+}
+
+}  // namespace vantor
