@@ -1,7 +1,7 @@
 #include "entry/plugin_entry.h"
 
-#include <algorithm>
 #include <array>
+#include <type_traits>
 
 #include "entry/source_type_handler.h"
 #include "source/source_entry.h"

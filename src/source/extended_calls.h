@@ -46,7 +46,8 @@ intptr_t UsableTempo(const ExtendedCallArguments& call);
 intptr_t BeatSlices(const ExtendedCallArguments& call);
 intptr_t WriteMetadata(const ExtendedCallArguments& call);
 
-// The musical key from the loop information ("C", "Db" ...), in the user's language; empty when there is none.
+// The musical key from the loop information ("C", "Db" ...), in the user's language; empty when there is
+// none.
 std::string MusicalKeyText(const AudioFormat& format);
 
 }  // namespace vantor

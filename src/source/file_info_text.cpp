@@ -96,7 +96,8 @@ std::string FileInfoText(const AudioFormat& format, double lengthSeconds) {
     if (!IsPlayable(&format))
         return format.errorMessage ? *format.errorMessage : Localize("Unknown error/status");
     std::string text;
-    AddLine(text, "Format", std::string(ContainerName(format.fileKind)) + ", " + EncodingName(format.encoding));
+    AddLine(text, "Format",
+            std::string(ContainerName(format.fileKind)) + ", " + EncodingName(format.encoding));
     AddLine(text, "Channels", ChannelsText(format));
     AddLine(text, "Sample rate", Number(format.sampleRate) + " Hz");
     AddLine(text, "Bits per sample", BitsText(format));

@@ -30,9 +30,10 @@ NameTable& Names() {
 }
 
 auto PlaceOf(NameTable& table, const char* name) {
-    return std::lower_bound(
-        table.records.begin(), table.records.end(), name,
-        [](const auto& record, const char* sought) { return CompareFileNames(record->name.c_str(), sought) < 0; });
+    return std::lower_bound(table.records.begin(), table.records.end(), name,
+                            [](const auto& record, const char* sought) {
+                                return CompareFileNames(record->name.c_str(), sought) < 0;
+                            });
 }
 
 FileNameRecord* Intern(const char* name) {

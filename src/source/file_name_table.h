@@ -1,5 +1,5 @@
-// The process-wide table of file names: sources whose names differ in letter case only share one record, which
-// keeps the spelling of the first.
+// The process-wide table of file names: sources whose names differ in letter case only share one record,
+// which keeps the spelling of the first.
 #pragma once
 
 namespace vantor {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "platform/clock.h"
+#include "source/guarded.h"
 #include "source/source_entry.h"
 #include "source/state_tables.h"
 
@@ -12,7 +13,7 @@ namespace {
 
 enum ReduceFlags : uint32_t { reduceGently = 1, reduceByForce = 2 };
 
-constexpr uint32_t gentleBudget = 30;             // states visited by a gentle call
+constexpr uint32_t gentleBudget = 30;              // states visited by a gentle call
 constexpr uint32_t hiresIdleMilliseconds = 60001;  // a peak source idle that long is closed
 
 bool CloseHiresSource(PeakObjects& peaks, bool forced, uint32_t tick) {
@@ -24,9 +25,7 @@ bool CloseHiresSource(PeakObjects& peaks, bool forced, uint32_t tick) {
     return true;
 }
 
-}  // namespace
-
-int32_t OpenFileReduce(uint32_t flags) {
+int32_t Reduce(uint32_t flags) {
     const bool gentle = flags & reduceGently;
     const bool forced = flags & reduceByForce;
     const uint32_t count = BeginSweep(!gentle);
@@ -43,6 +42,12 @@ int32_t OpenFileReduce(uint32_t flags) {
         if (gentle && closed > 0) break;
     }
     return released;
+}
+
+}  // namespace
+
+int32_t OpenFileReduce(uint32_t flags) {
+    return Guarded(0, [&] { return Reduce(flags); });
 }
 
 }  // namespace vantor

@@ -22,8 +22,8 @@ using SharedPeakReader = std::shared_ptr<SharedHostObject<PeakReader>>;
 using SharedPeakBuilder = std::shared_ptr<SharedHostObject<PeakBuilder>>;
 using SharedHiresSource = std::shared_ptr<SharedHostObject<PCM_source>>;
 
-// Pointers are copied or moved out under `lock`, which is never held while an object is called or destroyed: a
-// builder's end closes the source that it owns, and with it takes other locks.
+// Pointers are copied or moved out under `lock`, which is never held while an object is called or destroyed:
+// a builder's end closes the source that it owns, and with it takes other locks.
 struct PeakObjects {
     std::mutex creating;  // held from "is there one?" to "there is one"; taken before `lock`
     std::mutex lock;      // guards the pointers

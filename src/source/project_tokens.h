@@ -8,8 +8,8 @@
 
 namespace vantor {
 
-// Tokens are separated by blanks and tabs. One that begins with ", ' or ` runs to the next such character, which
-// is dropped with it, or to the end of the line.
+// Tokens are separated by blanks and tabs. One that begins with ", ' or ` runs to the next such character,
+// which is dropped with it, or to the end of the line.
 [[nodiscard]] std::vector<std::string> ProjectTokens(std::string_view line);
 
 // Signed decimal after "-", hexadecimal after "0x", else unsigned decimal; up to the first other character.

@@ -88,8 +88,7 @@ void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, 
     // A reader of bytes that have been replaced, or that no source will ask for again, is closed.
     if (!state.attached || lent.format != state.format) return;
     lent.context->lastOwner = source;
-    lent.context->reservedUntil =
-        holdMilliseconds == 0 ? 0 : platform::TickMilliseconds() + holdMilliseconds;
+    lent.context->reservedUntil = holdMilliseconds == 0 ? 0 : platform::TickMilliseconds() + holdMilliseconds;
     state.idle.push_back(std::move(lent.context));
     state.hasReaders = true;
 }

@@ -32,6 +32,7 @@ struct SharedFileState {
     std::vector<std::unique_ptr<ReaderContext>> idle;  // the list's head is the last element
 
     PeakObjects peaks;
+    std::mutex rewriting;  // held while the file is rewritten; taken before `lock`
 };
 
 // A reader lent to one thread, and the format of the bytes that it reads.

@@ -13,8 +13,8 @@ namespace vantor {
 std::shared_ptr<SharedFileState> AttachState(const char* fileName, int32_t purpose);
 
 enum class LastSource { keepsState, removesState };
-// Counts one source less. With the last one the idle readers and the peak objects go, and, as asked, the state
-// with its format.
+// Counts one source less. With the last one the idle readers and the peak objects go, and, as asked, the
+// state with its format.
 void DetachState(const std::shared_ptr<SharedFileState>& state, const void* source, LastSource last);
 
 // The state of the file in the purpose's table; null when there is none.

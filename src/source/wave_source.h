@@ -81,8 +81,8 @@ class PCM_source_wavefile final : public PCM_source {
     bool online_ = false;
     bool forcedOffline_ = false;
 
-    std::atomic<int32_t> sliceIndex_ = -1;     // negative: the whole file
-    std::atomic<double> cachedTempo_ = 0;      // 0 not looked up, negative none
+    std::atomic<int32_t> sliceIndex_ = -1;    // negative: the whole file
+    std::atomic<double> cachedTempo_ = 0;     // 0 not looked up, negative none
     std::atomic<void*> hostValue_ = nullptr;  // set by the host; the resampler's mode
 };
 
@@ -91,7 +91,8 @@ struct FrameSpan {
     int64_t start = 0;
     int64_t frames = 0;
 };
-// The slice's run, up to the next slice or the end of the file; none when there is no such slice or it is empty.
+// The slice's run, up to the next slice or the end of the file; none when there is no such slice or it is
+// empty.
 [[nodiscard]] std::optional<FrameSpan> SliceSpan(const AudioFormat& format, int32_t sliceIndex);
 
 // A reader of the file's stored peaks from the host; null when it has none or the format is not known.

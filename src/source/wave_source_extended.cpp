@@ -48,8 +48,13 @@ bool CopyMarker(const AudioFormat& format, int32_t index, MarkerRecord* record) 
     if (index < 0 || static_cast<size_t>(index) >= format.markers.size()) return false;
     if (!record) return true;
     const Marker& marker = format.markers[static_cast<size_t>(index)];
-    *record = {marker.id, marker.isRegion, marker.start, marker.end, marker.name ? marker.name->c_str() : nullptr,
-               marker.namePriority, 0};
+    *record = {marker.id,
+               marker.isRegion,
+               marker.start,
+               marker.end,
+               marker.name ? marker.name->c_str() : nullptr,
+               marker.namePriority,
+               0};
     return true;
 }
 
@@ -85,22 +90,18 @@ struct Handler {
 };
 
 constexpr std::array handlers = {
-    Handler{callFileInfoText, FileInfo},
-    Handler{callProjectNote, ProjectNote},
-    Handler{callValueByKey, ValueByKey},
-    Handler{callEntryByIndex, EntryByIndex},
-    Handler{callWriteMetadata, WriteMetadata},
-    Handler{callTempo, Tempo},
-    Handler{callUsableTempo, UsableTempo},
-    Handler{callAllocatedMarker, AllocatedMarker},
-    Handler{callMarker, MarkerByIndex},
-    Handler{callBeatSlices, BeatSlices},
+    Handler{callFileInfoText, FileInfo},       Handler{callProjectNote, ProjectNote},
+    Handler{callValueByKey, ValueByKey},       Handler{callEntryByIndex, EntryByIndex},
+    Handler{callWriteMetadata, WriteMetadata}, Handler{callTempo, Tempo},
+    Handler{callUsableTempo, UsableTempo},     Handler{callAllocatedMarker, AllocatedMarker},
+    Handler{callMarker, MarkerByIndex},        Handler{callBeatSlices, BeatSlices},
 };
 
 // The call is not answered, but the text buffer tells the user why.
 void TellStatus(const PCM_source_wavefile& source, void* text, int32_t textBytes) {
     if (!text || textBytes < 1) return;
-    CopyText(static_cast<char*>(text), static_cast<size_t>(textBytes), ClosedStatusText(source.IsForcedOffline()));
+    CopyText(static_cast<char*>(text), static_cast<size_t>(textBytes),
+             ClosedStatusText(source.IsForcedOffline()));
 }
 
 }  // namespace

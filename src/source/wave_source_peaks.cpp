@@ -42,8 +42,8 @@ SharedPeakBuilder NewPeakBuilder(const std::string& fileName, const AudioFormat&
     auto source = std::make_unique<PCM_source_wavefile>();
     source->Open(fileName.c_str(), purposePeakBuild);
     HostPtr<PCM_source> owned(source.release());
-    PeakBuilder* builder = Services().createPeakBuilder(owned.Get(), fileName.c_str(), WholeRate(format), format.channels,
-                                                        format.encoding == encodingFloat);
+    PeakBuilder* builder = Services().createPeakBuilder(owned.Get(), fileName.c_str(), WholeRate(format),
+                                                        format.channels, format.encoding == encodingFloat);
     if (!builder) return nullptr;
     static_cast<void>(owned.Release());  // the builder's now
     return std::make_shared<SharedHostObject<PeakBuilder>>(builder);
@@ -83,8 +83,8 @@ void ServePeaks(PeakObjects& peaks, const std::string& fileName, PeakRequest& re
 }
 
 // Serves a request whose times count from the slice's start: moves it there, and ends it with the slice.
-void ServeSlicePeaks(PeakObjects& peaks, const std::string& fileName, const AudioFormat& format, const FrameSpan& slice,
-                     PeakRequest& request) {
+void ServeSlicePeaks(PeakObjects& peaks, const std::string& fileName, const AudioFormat& format,
+                     const FrameSpan& slice, PeakRequest& request) {
     const double start = request.startSeconds;
     const double left = static_cast<double>(slice.frames) / format.sampleRate - start;
     request.startSeconds = start + static_cast<double>(slice.start) / format.sampleRate;
@@ -98,7 +98,8 @@ void ServeSlicePeaks(PeakObjects& peaks, const std::string& fileName, const Audi
 
 SharedPeakReader NewPeakReader(const std::string& fileName, const AudioFormat& format, intptr_t extra) {
     if (!Services().createPeakReader || fileName.empty() || !HasRateAndChannels(format)) return nullptr;
-    PeakReader* reader = Services().createPeakReader(fileName.c_str(), WholeRate(format), format.channels, extra);
+    PeakReader* reader =
+        Services().createPeakReader(fileName.c_str(), WholeRate(format), format.channels, extra);
     return reader ? std::make_shared<SharedHostObject<PeakReader>>(reader) : nullptr;
 }
 

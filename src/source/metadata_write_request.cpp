@@ -1,0 +1,214 @@
+// The write request: the host's fields into the file's metadata, the metadata into chunks, the chunks into
+// the file, in place or as a copy.
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "fileio/file_name.h"
+#include "metadata/key_table.h"
+#include "metadata/text.h"
+#include "metadata/write/build_chunks.h"
+#include "rewrite/rewrite.h"
+#include "rewrite/riff_chunks.h"
+#include "source/extended_calls.h"
+#include "source/state_tables.h"
+
+namespace vantor {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+enum WriteFlags : int32_t { mergeExisting = 1, neverInPlace = 2 };
+enum WriteResult : intptr_t { writeFailed = 0, writtenToTarget = 1, updatedInPlace = 2 };
+
+constexpr ReadParameters rewriteReading{1, 8192, 4};
+
+struct ChunkImages {
+    ChunkImage main;  // goes behind "fmt " in a copy
+    ChunkImage tail;  // goes to the end
+    bool hasAcid = false;
+};
+
+// What the builders work from.
+struct ChunkSources {
+    const MetadataStore& store;
+    FileReader& file;
+    const std::vector<uint8_t>& oldTag;
+};
+
+bool IsRewritable(int32_t fileKind) {
+    return fileKind == kindWave || fileKind == kindRf64 || fileKind == kindBw64;
+}
+
+bool IsRf64(const AudioFormat& format) {
+    return format.fileKind != kindWave;
+}
+
+MetadataStore StoreOf(const MetadataPair* pairs) {
+    MetadataStore store;
+    for (; pairs->key && pairs->value; ++pairs)
+        store.Set(pairs->key, pairs->value);
+    return store;
+}
+
+// The new values win. A key of a scheme is taken under its own name, any other as a common field; a new
+// picture takes the place of all that there were.
+void Merge(MetadataStore& store, const MetadataStore& changes, double sampleRate) {
+    std::vector<FieldPair> fields;
+    changes.ForEach([&](const MetadataEntry& change) {
+        const bool isNewPicture = IsPictureKey(change.key) && !change.value.empty();
+        if (isNewPicture || !HasSchemePrefix(change.key)) {
+            fields.emplace_back(change.key, change.value);
+        } else if (change.value.empty()) {
+            store.Remove(change.key);
+        } else {
+            store.Set(change.key, change.value);
+        }
+    });
+    ApplyFields(fields, store, static_cast<int>(std::clamp(sampleRate, 0.0, 2147483647.0)));
+}
+
+// The file's own ID3v2 tag, header included; empty when it has none.
+std::vector<uint8_t> OldId3Tag(FileReader& file, bool isRf64) {
+    constexpr std::array ids = {"ID3 "sv, "id3 "sv, "ID3x"sv, "id3x"sv, "ID3_"sv, "id3_"sv};
+    RiffChunkWalk walk(file, isRf64, false);
+    for (RiffChunk chunk; walk.Next(chunk) == WalkStep::chunk;) {
+        if (std::find(ids.begin(), ids.end(), chunk.Id()) == ids.end()) continue;
+        std::vector<uint8_t> tag(static_cast<size_t>(chunk.bodyBytes));
+        file.Seek(chunk.BodyStart());
+        if (!file.ReadExactly(tag.data(), chunk.bodyBytes)) return {};
+        return tag;
+    }
+    return {};
+}
+
+struct SchemeBuilder {
+    std::string_view scheme;
+    int (*build)(ChunkImage& image, const ChunkSources& sources);
+    bool inTail = false;
+};
+
+// "ASWG" has no chunk of its own: its fields stand in the iXML document.
+constexpr std::array builders = {
+    SchemeBuilder{"BWF",
+                  [](ChunkImage& image, const ChunkSources& s) { return BuildBextChunk(image, s.store); }},
+    SchemeBuilder{"INFO",
+                  [](ChunkImage& image, const ChunkSources& s) { return BuildInfoChunk(image, s.store); },
+                  true},
+    SchemeBuilder{"IXML",
+                  [](ChunkImage& image, const ChunkSources& s) { return BuildIxmlChunk(image, s.store, 0); }},
+    SchemeBuilder{"XMP",
+                  [](ChunkImage& image, const ChunkSources& s) { return BuildXmpChunk(image, s.store); }},
+    SchemeBuilder{"AXML",
+                  [](ChunkImage& image, const ChunkSources& s) { return BuildAxmlChunk(image, s.store); }},
+    SchemeBuilder{"CART",
+                  [](ChunkImage& image, const ChunkSources& s) { return BuildCartChunk(image, s.store); }},
+    SchemeBuilder{"ID3",
+                  [](ChunkImage& image, const ChunkSources& s) {
+                      return BuildId3Chunk(image, s.store, &s.file, s.oldTag);
+                  }},
+};
+
+void AddSchemeChunks(ChunkImages& images, const ChunkSources& sources) {
+    for (int i = 0; const char* scheme = SchemeForType(".wav", i); ++i) {
+        const auto* builder =
+            std::find_if(builders.begin(), builders.end(),
+                         [&](const SchemeBuilder& candidate) { return candidate.scheme == scheme; });
+        if (builder != builders.end()) builder->build(builder->inTail ? images.tail : images.main, sources);
+    }
+}
+
+// Loop information is written anew when the host changes the loop's tempo or key.
+void AddAcidChunk(ChunkImages& images, const AudioFormat& format, const MetadataStore& changes) {
+    if (format.loopKind == 0 || !(changes.Has("BPM") || changes.Has("KEY"))) return;
+    AcidValues values;
+    values.key = PitchClassOfKeyName(changes.Value("KEY"));
+    if (values.key < 0 && format.hasRootNote) values.key = format.rootNoteOffset;
+    values.tempo = static_cast<float>(DecimalNumber(changes.Value("BPM")));
+    if (!(values.tempo > 0)) values.tempo = format.tempo;
+    values.beatCount =
+        values.tempo == format.tempo ? format.beatCount : 0;  // else its beats have another length
+    values.beatCountAlt = format.beatCountAlt;
+    BuildAcidChunk(images.main, values);
+    images.hasAcid = true;
+}
+
+std::filesystem::path PathOf(const std::string& name) {
+    return std::u8string(name.begin(), name.end());
+}
+
+// A copy must never be written over the file that it is read from, whatever name leads there.
+bool IsSameFile(const std::string& left, const std::string& right) {
+    if (CompareFileNames(left.c_str(), right.c_str()) == 0) return true;
+    std::error_code notThere;
+    return std::filesystem::equivalent(PathOf(left), PathOf(right), notThere);
+}
+
+// The format as the file is now: an earlier request may have changed it after the source was opened.
+std::shared_ptr<AudioFormat> FreshFormat(SharedFileState& state, const void* source) {
+    auto lent = AcquireReader(state, source);
+    auto format = lent.format;
+    if (lent.context) ReleaseReader(state, std::move(lent), source, 0);
+    return format;
+}
+
+bool UpdateInPlace(const std::string& fileName, std::unique_ptr<FileReader> file, const ChunkImages& images,
+                   bool isRf64) {
+    ChunkImage image = images.main;
+    image.insert(image.end(), images.tail.begin(), images.tail.end());
+    ForgetFile(fileName.c_str());  // a handle that shares reading alone would keep us out
+    const bool updated = RewriteInPlace(fileName, std::move(file), image, isRf64, images.hasAcid);
+    ForgetFile(fileName.c_str());
+    return updated;
+}
+
+bool WriteToTarget(const std::string& fileName, const std::string& target, const ChunkImages& images,
+                   int32_t fileKind) {
+    if (IsSameFile(fileName, target)) return false;
+    FileReader file(fileName, rewriteReading);
+    const bool written =
+        file.IsOpen() && WriteCopy(file, target, images.main, images.tail, fileKind, images.hasAcid);
+    ForgetFile(target.c_str());
+    return written;
+}
+
+intptr_t Write(const std::string& fileName, const char* target, const MetadataStore& changes, int32_t flags,
+               const AudioFormat& format) {
+    const bool merges = flags & mergeExisting;
+    MetadataStore store;
+    if (merges) store = format.metadata;
+    Merge(store, changes, format.sampleRate);
+
+    auto file = std::make_unique<FileReader>(fileName, rewriteReading);
+    if (!file->IsOpen()) return writeFailed;
+    const bool isRf64 = IsRf64(format);
+    const auto oldTag = merges ? OldId3Tag(*file, isRf64) : std::vector<uint8_t>();
+    ChunkImages images;
+    AddSchemeChunks(images, {store, *file, oldTag});
+    AddAcidChunk(images, format, changes);
+    if (!(flags & neverInPlace) && UpdateInPlace(fileName, std::move(file), images, isRf64))
+        return updatedInPlace;
+    file.reset();
+    return WriteToTarget(fileName, target, images, format.fileKind) ? writtenToTarget : writeFailed;
+}
+
+}  // namespace
+
+// a: target file name, b: list of MetadataPair, c: WriteFlags. 2: the file itself was updated, 1: the target
+// was written.
+intptr_t WriteMetadata(const ExtendedCallArguments& call) {
+    if (!call.a || !call.b || !IsRewritable(call.format.fileKind)) return writeFailed;
+    const auto state = call.source.Attachment().state;
+    if (!state) return writeFailed;
+    const std::lock_guard rewriting(state->rewriting);
+    const auto format = FreshFormat(*state, &call.source);
+    if (!format || !IsRewritable(format->fileKind)) return writeFailed;
+    return Write(call.source.Name(), static_cast<const char*>(call.a),
+                 StoreOf(static_cast<const MetadataPair*>(call.b)), IntegerArgument(call.c), *format);
+}
+
+}  // namespace vantor
