@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "metadata/read/read_metadata.h"
 #include "tests/metadata/store_entries.h"
 #include "tests/support/byte_writer.h"
@@ -155,43 +157,43 @@ TEST(AcidReader, StoresWhatItsFlagsVouchFor) {
         EXPECT_EQ(Read(ReadAcid, chunk), entries) << ::testing::PrintToString(chunk);
 }
 
-Bytes CafInfo(uint32_t count, std::string_view strings) {
-    return ByteWriter().Be32(count).Text(strings);
+// A CAF dictionary: every string with its NUL.
+ByteWriter CafInfo(uint32_t count, std::initializer_list<std::string_view> strings) {
+    ByteWriter body;
+    body.Be32(count);
+    for (const auto string : strings)
+        body.Field(string, string.size() + 1);
+    return body;
 }
 
 TEST(CafInfoReader, StoresPairsUpToTheFirstThatIsBroken) {
-    using namespace std::string_view_literals;
-    const Entries tempo = {{"CAFINFO:tempo", "120"}};
-    const Entries tempoRefused = {{"CAFINFO:tempo", "120"}, {"refused", ""}};
-    EXPECT_EQ(Read(ReadCafInfo, CafInfo(1,
-                                        "tempo\0"
-                                        "120\0"sv)),
-              tempo);
-    const std::string_view brokenSecondPairs[] = {
-        "tempo\0"
-        "120\0key\0"sv,  // three strings
-        "tempo\0"
-        "120\0key\0open"sv,  // the value has no end
-        "tempo\0"
-        "120\0k\xC1\x80\0v\0"sv,
-        "tempo\0"
-        "120\0key\0\xE2\x82\0"sv,
-        "tempo\0"
-        "120\0key\0\xF8\x80\x80\x80\0"sv,
-        "tempo\0"
-        "120\0\x80\0v\0"sv,
+    EXPECT_EQ(Read(ReadCafInfo, CafInfo(2, {"tempo", "120", "k", "\xC3\xA9\xE2\x82\xAC\xF7\x80\x80\x80"})),
+              (Entries{{"CAFINFO:k", "\xC3\xA9\xE2\x82\xAC\xF7\x80\x80\x80"}, {"CAFINFO:tempo", "120"}}));
+    const Bytes brokenSecondPairs[] = {
+        CafInfo(2, {"tempo", "120", "key"}),
+        CafInfo(2, {"tempo", "120", "key"}).Text("a value without an end"),
+        CafInfo(2, {"tempo", "120", "k\xC1\x80", "v"}),
+        CafInfo(2, {"tempo", "120", "key", "\xE2\x82"}),
+        CafInfo(2, {"tempo", "120", "key", "\xF8\x80\x80\x80"}),
+        CafInfo(2, {"tempo", "120", "\x80", "v"}),
     };
-    for (const auto strings : brokenSecondPairs)
-        EXPECT_EQ(Read(ReadCafInfo, CafInfo(2, strings)), tempoRefused) << strings;
-    EXPECT_EQ(Read(ReadCafInfo, CafInfo(1, "k\0\xC3\xA9\xE2\x82\xAC\xF7\x80\x80\x80\0"sv)),
-              (Entries{{"CAFINFO:k", "\xC3\xA9\xE2\x82\xAC\xF7\x80\x80\x80"}}));
+    for (const auto& body : brokenSecondPairs)
+        EXPECT_EQ(Read(ReadCafInfo, body), (Entries{{"CAFINFO:tempo", "120"}, {"refused", ""}}))
+            << ::testing::PrintToString(body);
+}
+
+TEST(CafInfoReader, RefusesCountsOutOfRange) {
     for (const uint32_t count : {0u, 16384u, 0xFFFFFFFFu})
-        EXPECT_EQ(Read(ReadCafInfo, CafInfo(count,
-                                            "tempo\0"
-                                            "120\0"sv)),
-                  refused)
-            << count;
+        EXPECT_EQ(Read(ReadCafInfo, CafInfo(count, {"tempo", "120"})), refused) << count;
     EXPECT_EQ(Read(ReadCafInfo, Bytes(3)), refused);
+}
+
+TEST(CafInfoReader, RefusesEveryTruncation) {
+    const auto whole = CafInfo(2, {"tempo", "120", "key", "\xC3\xA9"}).Done();
+    for (size_t length = 0; length < whole.size(); ++length) {
+        const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+        EXPECT_EQ(Read(ReadCafInfo, part).back(), refused[0]) << length;
+    }
 }
 
 }  // namespace

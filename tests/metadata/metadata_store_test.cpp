@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <random>
 
 #include "tests/metadata/store_entries.h"
+#include "tests/support/failing_allocation.h"
 
 namespace vantor {
 namespace {
@@ -42,6 +44,36 @@ TEST(MetadataStore, SetsAValueThatLiesInTheStore) {
     store.Set("a", store.Value("a").substr(2));
     EXPECT_EQ(store.Value("a"), "value too long to be kept inside the string object itself");
     EXPECT_EQ(store.Value("b"), "a value too long to be kept inside the string object itself");
+}
+
+// Whichever allocation fails, the pair is dropped and nothing else changes: in an empty store, in a bucket
+// that must split, on replacing a value.
+TEST(MetadataStore, StaysAsItWasWhenMemoryRunsOut) {
+    const std::string longText(100, 'x');
+    for (const size_t filled : {size_t{0}, size_t{1}, size_t{256}}) {
+        Entries entries;
+        for (size_t i = 0; i < filled; ++i)
+            entries.emplace_back(
+                std::string(1, static_cast<char>(1 + i % 250)) + std::string(1 + i / 250, 'k'), "v");
+        std::ranges::sort(entries);
+        const auto replaced = filled > 0 ? entries[filled / 2].first : "new";
+        for (const auto& key : {longText, replaced}) {
+            bool failed = true;
+            for (int allowed = 0; failed; ++allowed) {
+                auto store = test::StoreOf(entries);
+                {
+                    const test::FailingAllocation failing(allowed);
+                    store.Set(key, longText);
+                    failed = failing.HasFailed();
+                }
+                ASSERT_EQ(store.Value(key) == longText, !failed);
+                if (failed) {
+                    ASSERT_EQ(EntriesOf(store), entries);
+                    ASSERT_EQ(store.Count(), filled);
+                }
+            }
+        }
+    }
 }
 
 // Everything a caller can see agrees with the plain ordered container, across splits and emptied buckets.
