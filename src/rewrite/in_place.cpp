@@ -106,7 +106,9 @@ bool PlaceImage(FileWriter& writer, const Run& run, const Image& image) {
         return false;
     if (fitsOneHeader && rest >= chunkHeaderBytes && !WriteJunkHeader(run.start + bytes, writer, rest))
         return false;
-    return writer.Seek(run.start) == 0 && WriteBytes(writer, image.data(), chunkHeaderBytes);
+    if (writer.Seek(run.start) == 0 && WriteBytes(writer, image.data(), chunkHeaderBytes)) return true;
+    if (fitsOneHeader) static_cast<void>(WriteJunkHeader(run.start, writer, run.length));
+    return false;
 }
 
 bool PlaceInGap(FileWriter& writer, Run& gap, const Image& image) {
