@@ -1,0 +1,169 @@
+#include <algorithm>
+#include <cmath>
+
+#include "commands/commands.h"
+#include "commands/rehearsal.h"
+#include "failure.h"
+#include "output_file.h"
+#include "report.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+constexpr int32_t writeRequest = 0x20008;
+constexpr intptr_t mergeFlag = 1, neverInPlaceFlag = 2;
+
+struct Change {
+    std::string key;
+    std::string wanted;
+    std::string before;
+    std::string after;
+};
+
+std::vector<Change> ChangesOf(const std::vector<std::string>& assignments) {
+    std::vector<Change> changes;
+    for (const std::string& text : assignments) {
+        const size_t equals = text.find('=');
+        changes.push_back({text.substr(0, equals), text.substr(equals + 1), "", ""});
+    }
+    return changes;
+}
+
+std::string Quoted(const std::string& value) {
+    return value.empty() ? "(none)" : '"' + value + '"';
+}
+
+void Print(const std::string& file, const std::string& result, const std::vector<Change>& changes) {
+    PrintLine(file + ": " + result);
+    for (const Change& change : changes)
+        PrintLine("  " + change.key + ": " + Quoted(change.before) + " -> " + Quoted(change.after));
+}
+
+// What must not change while tags are written.
+struct AudioShape {
+    int32_t channels;
+    double sampleRate;
+    double lengthSeconds;
+    bool operator==(const AudioShape&) const = default;
+};
+
+AudioShape ShapeOf(PCM_source& source) {
+    return {source.ChannelCount(), source.SampleRate(), source.LengthSeconds()};
+}
+
+// Asks the module to write. `target` receives a complete copy when the file is not updated in place.
+Outcome Write(PCM_source& source, const std::vector<Change>& changes, const fs::path& target,
+              intptr_t flags) {
+    std::vector<MetadataPair> pairs;
+    for (const Change& change : changes)
+        pairs.push_back({change.key.c_str(), change.wanted.c_str()});
+    pairs.push_back({nullptr, nullptr});
+    std::string name = TextOf(target);
+    return static_cast<Outcome>(
+        source.ExtendedCall(writeRequest, name.data(), pairs.data(), reinterpret_cast<void*>(flags)));
+}
+
+// Reads the new values back. Throws Failure when the file is not what it was but for its tags.
+void Verify(const Module& module, const fs::path& file, const AudioShape& shape,
+            std::vector<Change>& changes) {
+    const HostPtr<PCM_source> source = OpenSource(module, TextOf(file));
+    if (!(ShapeOf(*source.Get()) == shape)) throw Failure("the written file does not hold the same audio");
+    for (Change& change : changes)
+        change.after = ValueOf(*source.Get(), change.key);
+}
+
+// A key that the format does not carry stays away, or one that another scheme also holds stays.
+int CheckAnswered(const std::string& file, const std::vector<Change>& changes) {
+    int status = exitDone;
+    for (const Change& change : changes) {
+        if (change.wanted.empty() == change.after.empty()) continue;
+        ReportFailure(file, change.key + (change.after.empty() ? " was not stored" : " was not removed"));
+        status = exitFailed;
+    }
+    return status;
+}
+
+struct Edit {
+    const Module& module;
+    const MetaSetOptions& options;
+    std::vector<Change> changes;
+    AudioShape shape{};
+
+    [[nodiscard]] intptr_t Flags() const {
+        return (options.replaceAll ? 0 : mergeFlag) | (options.output.empty() ? 0 : neverInPlaceFlag);
+    }
+    // Opens the file, notes what stands in it, and asks for the write. The source is closed on return: a file
+    // that is open cannot be replaced everywhere.
+    Outcome Run(const std::string& file, const fs::path& target) {
+        const HostPtr<PCM_source> source = OpenSource(module, file);
+        shape = ShapeOf(*source.Get());
+        for (Change& change : changes)
+            change.before = ValueOf(*source.Get(), change.key);
+        return Write(*source.Get(), changes, target, Flags());
+    }
+};
+
+int Apply(Edit& edit) {
+    const MetaSetOptions& options = edit.options;
+    const fs::path file = PathOf(options.file);
+    const EditLock lock(file);
+    OutputFile output(options.output.empty() ? file : PathOf(options.output));
+    std::error_code failed;
+    const PrivateFiles privately(fs::exists(output.Target(), failed));
+
+    const auto stampOf = [&] {
+        return std::pair(fs::file_size(file, failed), fs::last_write_time(file, failed));
+    };
+    const auto stamp = stampOf();
+    const Outcome outcome = edit.Run(options.file, output.WriteTo());
+    if (outcome == Outcome::inPlace) {
+        SyncFile(file);
+        Verify(edit.module, file, edit.shape, edit.changes);
+        Print(options.file, "updated in place", edit.changes);
+    } else if (outcome == Outcome::copied) {
+        Verify(edit.module, output.WriteTo(), edit.shape, edit.changes);
+        if (stampOf() != stamp)
+            throw Failure("was changed by another program meanwhile; nothing was written");
+        output.TakePlace();
+        Print(options.file, "rewritten" + (options.output.empty() ? "" : " to " + options.output),
+              edit.changes);
+    } else {
+        throw Failure("the metadata could not be written (only WAV, RF64 and BW64 files are)");
+    }
+    return CheckAnswered(options.file, edit.changes);
+}
+
+// The same on a copy. Where that is too large to be written whole, only whether the new chunks fit is found
+// out, and the values are those asked for.
+int Rehearse(Edit& edit) {
+    const std::string& file = edit.options.file;
+    OpenSource(edit.module, file);  // says why, when it is not a file to edit
+    const Rehearsal rehearsal(PathOf(file));
+    const Outcome outcome = rehearsal.Result(edit.Run(TextOf(rehearsal.Copy()), rehearsal.Target()));
+    for (Change& change : edit.changes)
+        change.after = change.wanted;
+    if (outcome == Outcome::failed)
+        throw Failure("the metadata cannot be written (only WAV, RF64 and BW64 files are)");
+    if (outcome == Outcome::inPlace) Verify(edit.module, rehearsal.Copy(), edit.shape, edit.changes);
+    if (outcome == Outcome::copied && rehearsal.IsWhole())
+        Verify(edit.module, rehearsal.Target(), edit.shape, edit.changes);
+    const std::string& output = edit.options.output;
+    Print(file,
+          outcome == Outcome::inPlace ? "updated in place"
+                                      : "rewritten" + (output.empty() ? "" : " to " + output),
+          edit.changes);
+    std::fputs("dry run: nothing was written\n", stderr);
+    return CheckAnswered(file, edit.changes);
+}
+
+}  // namespace
+
+int RunMetaSet(const Module& module, const MetaSetOptions& options) {
+    return ForFile(options.file, [&] {
+        Edit edit{module, options, ChangesOf(options.assignments)};
+        return options.dryRun ? Rehearse(edit) : Apply(edit);
+    });
+}
+
+}  // namespace vantor::wavehost

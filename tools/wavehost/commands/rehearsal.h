@@ -1,0 +1,37 @@
+// A metadata edit tried on a copy: what it would do to the file, without a byte of it written.
+#pragma once
+
+#include <cstdint>
+
+#include "os.h"
+
+namespace vantor::wavehost {
+
+// The module's answer to a write request.
+enum class Outcome : intptr_t { failed = 0, copied = 1, inPlace = 2 };
+
+// A folder in the system's temporary folder with a copy of a file, removed with all that is in it. Of a large
+// file only the beginning and the end are copied, where the chunks other than audio are, with a hole between.
+class Rehearsal {
+  public:
+    explicit Rehearsal(const fs::path& file);
+    ~Rehearsal();
+    Rehearsal(const Rehearsal&) = delete;
+    Rehearsal& operator=(const Rehearsal&) = delete;
+
+    [[nodiscard]] fs::path Copy() const { return folder_ / ("copy" + extension_); }
+    // Where a complete rewrite would go. Beside a copy with a hole it cannot be created, so that no gigabytes
+    // of zeros are written.
+    [[nodiscard]] fs::path Target() const;
+    [[nodiscard]] bool IsWhole() const { return whole_; }
+    // A rewrite that could not be written for the lack of a target counts as one.
+    [[nodiscard]] Outcome Result(Outcome answered) const;
+
+  private:
+    fs::path folder_;
+    std::string extension_;
+    bool whole_;
+    bool rewritable_ = false;  // a container that the module writes
+};
+
+}  // namespace vantor::wavehost

@@ -1,0 +1,92 @@
+#include <algorithm>
+#include <cmath>
+
+#include "commands/commands.h"
+#include "failure.h"
+#include "host_services.h"
+#include "progress.h"
+#include "report.h"
+#include "source_facts.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+constexpr int64_t defaultBlockFrames = 16384;
+constexpr int64_t largestBlockSamples = 1 << 24;
+
+struct Plan {
+    double startSeconds;
+    double sampleRate;
+    int32_t channels;
+    int32_t blockFrames;
+    int64_t totalFrames;
+};
+
+Plan MakePlan(PCM_source& source, const RenderOptions& options) {
+    Plan plan{};
+    plan.startSeconds = options.startSeconds;
+    plan.sampleRate = options.sampleRate.value_or(source.SampleRate());
+    plan.channels = options.channels.value_or(source.ChannelCount());
+    const int64_t mostFrames = std::max<int64_t>(largestBlockSamples / plan.channels, 1);
+    plan.blockFrames =
+        static_cast<int32_t>(std::min<int64_t>(options.blockFrames.value_or(defaultBlockFrames), mostFrames));
+    const double left = std::max(source.LengthSeconds() - options.startSeconds, 0.0);
+    const double length = std::min(options.lengthSeconds.value_or(left), left);
+    plan.totalFrames = std::llround(length * plan.sampleRate);
+    return plan;
+}
+
+// Plays block after block; returns the frames that came.
+int64_t Play(PCM_source& source, const Plan& plan, WavWriter& writer, Progress& progress) {
+    std::vector<double> samples(static_cast<size_t>(plan.blockFrames) * static_cast<size_t>(plan.channels));
+    int64_t done = 0;
+    while (done < plan.totalFrames) {
+        TransferBlock block{};
+        block.startSeconds = plan.startSeconds + static_cast<double>(done) / plan.sampleRate;
+        block.sampleRate = plan.sampleRate;
+        block.channels = plan.channels;
+        block.frames = static_cast<int32_t>(std::min<int64_t>(plan.blockFrames, plan.totalFrames - done));
+        block.samples = samples.data();
+        block.absoluteSeconds = block.startSeconds;
+        source.ReadSamples(&block);
+        if (block.framesProduced < 1) break;
+        writer.Write(samples.data(), block.framesProduced);
+        done += block.framesProduced;
+        progress.Show(static_cast<double>(done) / static_cast<double>(plan.totalFrames));
+    }
+    return done;
+}
+
+int Render(const Module& module, const RenderOptions& options) {
+    Host().readMode = playingReads;
+    const HostPtr<PCM_source> source = OpenSource(module, options.file);
+    if (options.output != "-" && IsSameFile(PathOf(options.file), PathOf(options.output)))
+        throw Failure("cannot be rendered onto itself");
+    const Plan plan = MakePlan(*source.Get(), options);
+    const WavLayout layout{options.format, plan.channels, static_cast<uint32_t>(std::lround(plan.sampleRate)),
+                           options.raw};
+    int64_t done = 0;
+    const int status = ForFile(options.output, [&] {
+        WavWriter writer(options.output, layout, plan.totalFrames);
+        {
+            Progress progress("render " + options.file);
+            done = Play(*source.Get(), plan, writer, progress);
+        }
+        writer.Finish();
+        return exitDone;
+    });
+    if (options.stats) ReportStatistics();
+    if (status == exitDone && done < plan.totalFrames)
+        throw Failure("ended after " + std::to_string(done) + " of " + std::to_string(plan.totalFrames) +
+                      " frames");
+    return status;
+}
+
+}  // namespace
+
+int RunRender(const Module& module, const RenderOptions& options) {
+    return ForFile(options.file, [&] { return Render(module, options); });
+}
+
+}  // namespace vantor::wavehost

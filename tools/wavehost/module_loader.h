@@ -1,0 +1,21 @@
+// Loads the module as the audio host does, and keeps what its entry registered.
+#pragma once
+
+#include <string>
+
+#include "host/host_services.h"
+
+namespace vantor::wavehost {
+
+// What the module registered. The API functions are null when it did not register them.
+struct Module {
+    const SourceTypeHandler* sources = nullptr;
+    PCM_source* (*createMetadataSource)(const char* fileName) = nullptr;
+    int32_t (*openFileReduce)(uint32_t flags) = nullptr;
+};
+
+// Loads the module from `path`; when that is empty, from beside the executable, else from the build folder.
+// Throws Failure when there is none or when it refuses.
+Module LoadModule(const std::string& path);
+
+}  // namespace vantor::wavehost

@@ -1,0 +1,79 @@
+// What the tool needs of the operating system. Names and arguments are UTF-8 on every system.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantor::wavehost {
+
+namespace fs = std::filesystem;
+
+// The path of a UTF-8 name, and back.
+fs::path PathOf(std::string_view utf8);
+std::string TextOf(const fs::path& path);
+
+// The arguments after the program's name.
+std::vector<std::string> CommandArguments(int argc, char** argv);
+// Makes the console show UTF-8.
+void PrepareConsole();
+fs::path ExecutableFolder();
+// Where this user's programs keep what they can compute again; empty when it is not known.
+fs::path UserCacheFolder();
+
+extern const char* const moduleFileName;
+// Null on failure, with the reason in `error`. A library stays loaded until the process ends: objects of the
+// host that it still holds are destroyed by its own static destructors.
+void* OpenLibrary(const fs::path& path, std::string& error);
+void* LibrarySymbol(void* library, const char* name);
+
+bool IsTerminal(std::FILE* stream);
+// Standard output without any translation of line ends.
+void MakeBinary(std::FILE* stream);
+std::FILE* OpenStream(const fs::path& path, const char* mode);
+bool SeekStream(std::FILE* stream, int64_t position);
+
+bool FolderIsWritable(const fs::path& folder);
+// Waits until what was written to the file is on the disk.
+bool SyncFile(const fs::path& path);
+// Lets a file have holes, where the system wants to be asked.
+void AllowHoles(const fs::path& path);
+// Gives `from` the owner and permissions of `target`, as far as this user may, and renames it over `target`
+// in one step. On failure both stay as they are and `error` says why.
+bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& error);
+int64_t ProcessNumber();
+
+// While it lives and `active`, new files of this process are for its user alone.
+class PrivateFiles {
+  public:
+    explicit PrivateFiles(bool active);
+    ~PrivateFiles();
+    PrivateFiles(const PrivateFiles&) = delete;
+    PrivateFiles& operator=(const PrivateFiles&) = delete;
+
+  private:
+    int before_ = -1;
+};
+
+// While it lives, another wavehost that edits the same file waits.
+class EditLock {
+  public:
+    explicit EditLock(const fs::path& file);
+    ~EditLock();
+    EditLock(const EditLock&) = delete;
+    EditLock& operator=(const EditLock&) = delete;
+
+  private:
+    int handle_ = -1;
+};
+
+struct CloseStream {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+}  // namespace vantor::wavehost

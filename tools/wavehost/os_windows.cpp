@@ -1,0 +1,133 @@
+#include <windows.h>
+// windows.h comes first: the headers below build on it.
+#include <fcntl.h>
+#include <io.h>
+#include <process.h>
+#include <shellapi.h>
+#include <winioctl.h>
+
+#include <cstdlib>
+
+#include "os.h"
+
+namespace vantor::wavehost {
+
+const char* const moduleFileName = "vantor_wave.dll";
+
+namespace {
+
+std::string LastErrorText() {
+    const DWORD code = GetLastError();
+    char text[256] = "";
+    FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
+                   sizeof text, nullptr);
+    std::string message = text;
+    while (!message.empty() && static_cast<unsigned char>(message.back()) <= ' ')
+        message.pop_back();
+    return message.empty() ? "error " + std::to_string(code) : message;
+}
+
+}  // namespace
+
+std::vector<std::string> CommandArguments(int, char**) {
+    int count = 0;
+    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; wide && i < count; ++i)
+        arguments.push_back(TextOf(fs::path(wide[i])));
+    LocalFree(wide);
+    return arguments;
+}
+
+void PrepareConsole() {
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+fs::path ExecutableFolder() {
+    std::wstring name(32768, L'\0');
+    name.resize(GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size())));
+    return fs::path(name).parent_path();
+}
+
+fs::path UserCacheFolder() {
+    const wchar_t* local = _wgetenv(L"LOCALAPPDATA");
+    return local && *local ? fs::path(local) / "vantor_wave" : fs::path();
+}
+
+void* OpenLibrary(const fs::path& path, std::string& error) {
+    HMODULE library = LoadLibraryW(path.c_str());
+    if (!library) error = LastErrorText();
+    return library;
+}
+
+void* LibrarySymbol(void* library, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+
+bool IsTerminal(std::FILE* stream) {
+    return _isatty(_fileno(stream)) != 0;
+}
+
+void MakeBinary(std::FILE* stream) {
+    _setmode(_fileno(stream), _O_BINARY);
+}
+
+std::FILE* OpenStream(const fs::path& path, const char* mode) {
+    return _wfopen(path.c_str(), fs::path(mode).c_str());
+}
+
+bool SeekStream(std::FILE* stream, int64_t position) {
+    return _fseeki64(stream, position, SEEK_SET) == 0;
+}
+
+bool FolderIsWritable(const fs::path& folder) {
+    // The access rights of a folder are told by using them alone.
+    const fs::path probe = folder / (".vantor-" + std::to_string(ProcessNumber()) + ".probe");
+    HANDLE file = CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    CloseHandle(file);
+    return true;
+}
+
+bool SyncFile(const fs::path& path) {
+    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    const bool synced = FlushFileBuffers(file) != 0;
+    CloseHandle(file);
+    return synced;
+}
+
+void AllowHoles(const fs::path& path) {
+    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return;
+    DWORD returned = 0;
+    DeviceIoControl(file, FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &returned, nullptr);
+    CloseHandle(file);
+}
+
+bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& error) {
+    // ReplaceFileW keeps attributes and access rights; it wants a target that exists.
+    if (ReplaceFileW(target.c_str(), from.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
+                     nullptr))
+        return true;
+    if (MoveFileExW(from.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    error = LastErrorText();
+    return false;
+}
+
+int64_t ProcessNumber() {
+    return _getpid();
+}
+
+// A new file takes the access rights of its folder, and ReplaceFileW those of the file it replaces.
+PrivateFiles::PrivateFiles(bool) {}
+PrivateFiles::~PrivateFiles() = default;
+
+// An open handle would stand in the way of the edit itself; the sharing rules keep a second writer out.
+EditLock::EditLock(const fs::path&) {}
+EditLock::~EditLock() = default;
+
+}  // namespace vantor::wavehost
