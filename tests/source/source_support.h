@@ -1,0 +1,99 @@
+// Sources opened on files that a test has made.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "source/state_tables.h"
+#include "source/wave_source.h"
+#include "tests/support/byte_writer.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/temp_file.h"
+
+namespace vantor::test {
+
+using SourcePtr = std::unique_ptr<PCM_source_wavefile>;
+
+inline SourcePtr OpenSource(const std::string& path, int32_t purpose = purposePlayback) {
+    auto source = std::make_unique<PCM_source_wavefile>();
+    source->Open(path.c_str(), purpose);
+    return source;
+}
+
+// Mono 16-bit samples base, base + 1, ...
+inline Bytes Ramp(int frames, int base = 0) {
+    ByteWriter bytes;
+    for (int i = 0; i < frames; ++i)
+        bytes.Le16(static_cast<uint16_t>(base + i));
+    return bytes;
+}
+
+inline Bytes MonoFile(const Bytes& samples, const Bytes& chunksBefore = {}, const Bytes& chunksBehind = {},
+                      uint32_t rate = 1000) {
+    return RiffFile(ByteWriter()
+                        .Chunk("fmt ", FmtBody(1, 1, rate, 16))
+                        .Add(chunksBefore)
+                        .Chunk("data", samples)
+                        .Add(chunksBehind));
+}
+
+// An `acid` body.
+struct AcidBody {
+    uint32_t flags = 0;
+    uint16_t rootNote = 0;
+    uint32_t beats = 0;
+    float tempo = 0;
+
+    operator Bytes() const {
+        return ByteWriter().Le32(flags).Le16(rootNote).Zeros(6).Le32(beats).Le16(4).Le16(4).LeFloat(tempo);
+    }
+};
+
+// A `strc` body with slices at these frames.
+inline Bytes SlicesBody(const std::vector<uint64_t>& frames) {
+    ByteWriter body;
+    body.Zeros(28);
+    for (const uint64_t frame : frames)
+        body.Zeros(8).Le64(frame).Zeros(16);
+    return body;
+}
+
+// Samples from a frame on, as whole 16-bit numbers; as many as were produced.
+inline std::vector<int> ReadInts(PCM_source& source, int64_t frame, int32_t frames) {
+    std::vector<double> samples(static_cast<size_t>(frames), -2.0);
+    TransferBlock block{};
+    block.sampleRate = source.SampleRate();
+    block.startSeconds = block.sampleRate > 0 ? static_cast<double>(frame) / block.sampleRate : 0;
+    block.channels = 1;
+    block.frames = frames;
+    block.samples = samples.data();
+    block.framesProduced = -1;
+    source.ReadSamples(&block);
+    std::vector<int> whole;
+    for (int32_t i = 0; i < block.framesProduced; ++i)
+        whole.push_back(static_cast<int>(samples[static_cast<size_t>(i)] * 32768));
+    return whole;
+}
+
+inline std::vector<int> Numbers(int first, int count) {
+    std::vector<int> numbers;
+    for (int i = 0; i < count; ++i)
+        numbers.push_back(first + i);
+    return numbers;
+}
+
+// The value that extended call 0x10007 gives for a key.
+inline std::string ValueOf(PCM_source& source, std::string key) {
+    char value[256] = "unchanged";
+    source.ExtendedCall(0x10007, key.data(), value, reinterpret_cast<void*>(sizeof value));
+    return value;
+}
+
+inline size_t IdleReaderCount(const std::string& path, int32_t purpose = purposePlayback) {
+    const auto state = FindState(path.c_str(), purpose);
+    return state ? state->idle.size() : 0;
+}
+
+}  // namespace vantor::test
