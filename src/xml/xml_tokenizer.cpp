@@ -7,10 +7,10 @@ namespace vantor {
 
 namespace {
 
-constexpr size_t kFirstTokenBytes = 256;
-constexpr size_t kTokenByteLimit = 536'870'912;
-constexpr size_t kLongestReference = 31;
-constexpr uint32_t kLargestCodePoint = 0x10FFFF;
+constexpr size_t firstTokenBytes = 256;
+constexpr size_t tokenByteLimit = 536'870'912;
+constexpr size_t longestReference = 31;
+constexpr uint32_t largestCodePoint = 0x10FFFF;
 
 bool IsDigit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -20,12 +20,12 @@ struct NamedReference {
     std::string_view name;
     char byte;
 };
-constexpr std::array<NamedReference, 5> kNamedReferences = {
+constexpr std::array<NamedReference, 5> namedReferences = {
     {{"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"apos", '\''}, {"quot", '"'}}};
 
 std::string Utf8OrUnderscore(uint32_t codePoint) {
     const bool surrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
-    if (surrogate || codePoint > kLargestCodePoint) return "_";
+    if (surrogate || codePoint > largestCodePoint) return "_";
     const auto tail = [&](int shift) { return static_cast<char>(0x80 | ((codePoint >> shift) & 0x3F)); };
     if (codePoint < 0x80) return {static_cast<char>(codePoint)};
     if (codePoint < 0x800) return {static_cast<char>(0xC0 | (codePoint >> 6)), tail(0)};
@@ -39,14 +39,14 @@ uint32_t CodePoint(std::string_view digits) {
     for (const char digit : digits) {
         if (!IsDigit(digit)) break;
         value = value * 10 + static_cast<uint32_t>(digit - '0');
-        if (value > kLargestCodePoint) return kLargestCodePoint + 1;
+        if (value > largestCodePoint) return largestCodePoint + 1;
     }
     return value;
 }
 
 // The text that a reference stands for; empty when it is unknown. Hexadecimal references are not taken.
 std::string DecodeReference(std::string_view name) {
-    for (const auto& known : kNamedReferences)
+    for (const auto& known : namedReferences)
         if (name == known.name) return {known.byte};
     if (name.size() < 2 || name[0] != '#' || !IsDigit(name[1])) return {};
     const uint32_t codePoint = CodePoint(name.substr(1));
@@ -65,7 +65,7 @@ bool IsXmlDelimiter(int byte) {
 }
 
 const char* XmlTextBuffer::Start() {
-    return Reserve(kFirstTokenBytes);
+    return Reserve(firstTokenBytes);
 }
 
 const char* XmlTextBuffer::Reserve(size_t capacity) {
@@ -80,7 +80,7 @@ const char* XmlTextBuffer::Reserve(size_t capacity) {
 
 const char* XmlTextBuffer::Grow() {
     const size_t capacity = capacity_ * 2 + capacity_ / 4;
-    if (capacity >= kTokenByteLimit)
+    if (capacity >= tokenByteLimit)
         return "token buffer tried to malloc() more than 512MB, probably unsafe and invalid XML";
     return Reserve(capacity);
 }
@@ -161,7 +161,7 @@ bool XmlTokenizer::ReadString(int quote) {
 }
 
 bool XmlTokenizer::ReadReference(std::string& decoded) {
-    std::array<char, kLongestReference> name;
+    std::array<char, longestReference> name;
     size_t length = 0;
     for (; current_ != ';'; Advance()) {
         const bool ends = current_ < 0 || (current_ != '#' && IsXmlDelimiter(current_));

@@ -6,9 +6,9 @@ namespace vantor {
 
 namespace {
 
-constexpr size_t kBlockBytes = 16384;
+constexpr size_t blockBytes = 16384;
 // Up to here a walk along the list is quicker than a set.
-constexpr size_t kFewAttributes = 12;
+constexpr size_t fewAttributes = 12;
 
 }  // namespace
 
@@ -36,8 +36,8 @@ std::string_view XmlTree::Keep(std::string_view text) {
     if (text.empty()) return {};
     if (text.size() > freeBytes_) {
         // A long text has a block of its own; what is left of the last one still serves short ones.
-        const bool isLong = text.size() > kBlockBytes / 8;
-        auto block = std::make_unique_for_overwrite<char[]>(isLong ? text.size() : kBlockBytes);
+        const bool isLong = text.size() > blockBytes / 8;
+        auto block = std::make_unique_for_overwrite<char[]>(isLong ? text.size() : blockBytes);
         blocks_.push_back(std::move(block));
         char* start = blocks_.back().get();
         if (isLong) {
@@ -45,7 +45,7 @@ std::string_view XmlTree::Keep(std::string_view text) {
             return {start, text.size()};
         }
         free_ = start;
-        freeBytes_ = kBlockBytes;
+        freeBytes_ = blockBytes;
     }
     char* place = free_;
     std::copy(text.begin(), text.end(), place);
@@ -67,7 +67,7 @@ bool XmlAttributeList::Add(std::string_view keptName, std::string_view value) {
 }
 
 bool XmlAttributeList::Insert(std::string_view keptName) {
-    if (count_ < kFewAttributes) return element_.Attribute(keptName) == nullptr;
+    if (count_ < fewAttributes) return element_.Attribute(keptName) == nullptr;
     if (names_.empty())
         for (auto* known = element_.firstAttribute; known != nullptr; known = known->next)
             names_.insert(known->name);
