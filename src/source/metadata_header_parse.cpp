@@ -47,7 +47,7 @@ void CompleteTempo(MetadataHeader& header, std::string_view tempoKey, std::strin
     const std::string* beatsText = header.metadata.Get(beatsKey);
     if (!beatsText || header.metadata.Has(tempoKey) || !(header.durationSeconds > 0)) return;
     const double beats = DecimalNumber(*beatsText);
-    if (!std::isfinite(beats) || 32 * beats != std::floor(32 * beats)) return;
+    if (!(beats > 0) || !std::isfinite(beats) || 32 * beats != std::floor(32 * beats)) return;
     header.metadata.Set(tempoKey, TrimNumber(FixedText(beats * 60 / header.durationSeconds, 6)));
 }
 

@@ -76,6 +76,7 @@ int32_t ReadFrom(PCM_source& source, double startSeconds, int32_t frames, double
     block.channels = source.ChannelCount();
     block.frames = frames;
     block.samples = samples;
+    block.absoluteSeconds = notContinuation;
     source.ReadSamples(&block);
     return block.framesProduced;
 }

@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include "source/source_entry.h"
+#include "tests/source/source_support.h"
+
+namespace vantor::test {
+namespace {
+
+class MetadataSource : public ::testing::Test {
+  protected:
+    HostPtr<PCM_source> Make(const Bytes& bytes) {
+        return HostPtr<PCM_source>(CreateMetadataSource(folder.Write("m", bytes).c_str()));
+    }
+    std::string Value(const Bytes& bytes, const std::string& key) {
+        const auto source = Make(bytes);
+        return source ? ValueOf(*source.Get(), key) : "no source";
+    }
+
+    TempFolder folder;
+};
+
+Bytes Beats(const std::string& beats) {
+    const Bytes info = ByteWriter().Be32(1).Text("beat count").U8(0).Text(beats).U8(0);
+    return info;
+}
+
+// Four seconds of 16-bit mono at 1000 Hz.
+Bytes LoopFile(uint32_t flags, uint32_t beats, std::string_view id = "RIFF", const Bytes& front = {},
+               uint32_t dataSize = 8000) {
+    return RiffFile(ByteWriter()
+                        .Add(front)
+                        .Chunk("fmt ", FmtBody(1, 1, 1000, 16))
+                        .Chunk("acid", AcidBody{.flags = flags, .beats = beats})
+                        .Text("data")
+                        .Le32(dataSize)
+                        .Zeros(8000),
+                    id);
+}
+
+Bytes Caf(const Bytes& chunks, double rate = 1000, uint32_t channels = 2) {
+    const Bytes description =
+        ByteWriter().BeDouble(rate).Text("lpcm").Be32(0).Be32(4).Be32(1).Be32(channels).Be32(16);
+    return ByteWriter().Text("caff").Be16(1).Be16(0).CafChunk("desc", description).Add(chunks);
+}
+
+Bytes PacketTable(uint64_t validFrames) {
+    return ByteWriter().Be64(1).Be64(validFrames).Be32(11).Be32(22);
+}
+
+TEST_F(MetadataSource, CarriesMetadataAndNothingElse) {
+    const auto source = Make(MonoFile(
+        Ramp(8), ByteWriter().Chunk("abcd", Bytes(4)).Chunk("acid", AcidBody{.flags = 8, .tempo = 90})));
+    ASSERT_TRUE(source);
+    EXPECT_EQ(ValueOf(*source.Get(), "ACID:BPM"), "90.000000");
+    EXPECT_EQ(ValueOf(*source.Get(), "BPM"), "") << "keys only, no fields";
+    EXPECT_EQ(source->ChannelCount(), 0);
+    EXPECT_EQ(source->LengthSeconds(), 0);
+    EXPECT_FALSE(source->IsOnline());
+    EXPECT_TRUE(ReadInts(*source.Get(), 0, 4).empty());
+    const char *key = nullptr, *value = nullptr;
+    std::vector<std::string> keys;
+    for (intptr_t i = 0; source->ExtendedCall(0x10013, reinterpret_cast<void*>(i), &key, &value); ++i)
+        keys.emplace_back(key);
+    EXPECT_EQ(keys, (std::vector<std::string>{"ACID:BPM", "abcd"}));
+    EXPECT_EQ(source->ExtendedCall(0x10013, reinterpret_cast<void*>(-1), &key, &value), 0);
+    EXPECT_EQ(source->ExtendedCall(0x90001, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(source->ExtendedCall(0x10014, nullptr, nullptr, nullptr), 0);
+}
+
+TEST_F(MetadataSource, RefusesWhatItCannotUse) {
+    const auto fmt = [](uint16_t tag, uint16_t channels, uint32_t rate, uint16_t bits) {
+        return RiffFile(
+            ByteWriter().Chunk("fmt ", FmtBody(tag, channels, rate, bits, 4)).Chunk("data", Bytes(8)));
+    };
+    EXPECT_TRUE(Make(fmt(1, 1, 1000, 16)));
+    EXPECT_FALSE(Make(fmt(3, 1, 1000, 32)));
+    EXPECT_FALSE(Make(fmt(1, 0, 1000, 16)));
+    EXPECT_FALSE(Make(fmt(1, 1, 0, 16)));
+    EXPECT_FALSE(Make(fmt(1, 1, 0x80000000u, 16)));
+    EXPECT_FALSE(Make(Caf({}, 1)));
+    EXPECT_FALSE(Make(Caf({}, 1000, 0)));
+    EXPECT_FALSE(Make(ByteWriter().Text("FORM").Be32(4).Text("AIFF")));
+    EXPECT_FALSE(Make(ByteWriter().Text("RIFF").Le32(4).Text("AVI ")));
+    EXPECT_FALSE(Make(ByteWriter().Text("RIFF")));
+    EXPECT_EQ(CreateMetadataSource(folder.Path("missing").c_str()), nullptr);
+    EXPECT_EQ(CreateMetadataSource(nullptr), nullptr);
+    const Bytes whole = LoopFile(0, 8);
+    for (size_t size = 0; size < 100; ++size)
+        Make(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size)));
+}
+
+TEST_F(MetadataSource, TempoFollowsFromBeatsAndLength) {
+    const Bytes sizes = ByteWriter().Le64(0).Le64(8000);
+    EXPECT_EQ(Value(LoopFile(0, 8), "ACID:BPM"), "120");
+    EXPECT_EQ(Value(LoopFile(0, 8, "RIFF", {}, 0), "ACID:BPM"), "120") << "the size was never filled in";
+    EXPECT_EQ(Value(LoopFile(0, 8, "RF64", ByteWriter().Chunk("ds64", sizes), 0xFFFFFFFF), "ACID:BPM"),
+              "120");
+    const auto caf = [](const std::string& beats) {
+        return Caf(ByteWriter().CafChunk("pakt", PacketTable(4000)).CafChunk("info", Beats(beats)));
+    };
+    EXPECT_EQ(Value(caf("8"), "CAFINFO:tempo"), "120");
+    EXPECT_EQ(Value(caf("8.03125"), "CAFINFO:tempo"), "120.46875");
+    EXPECT_EQ(Value(caf("8.01"), "CAFINFO:tempo"), "");
+    EXPECT_EQ(Value(Caf(ByteWriter().CafChunk("info", Beats("8"))), "CAFINFO:tempo"), "") << "no length";
+}
+
+TEST_F(MetadataSource, CafChunks) {
+    Bytes uuid = {0x29, 0x81, 0x92, 0x73, 0xB5, 0xBF, 0x4A, 0xEF,
+                  0xB7, 0x8D, 0x62, 0xD1, 0xEF, 0x90, 0xBB, 0x2C};
+    const Bytes other(20, 7);
+    const Bytes info = Beats("x");
+    uuid.insert(uuid.end(), info.begin(), info.end());
+    const auto source = Make(Caf(ByteWriter()
+                                     .CafChunk("chan", ByteWriter().Be32(0x10000).Be32(0x3F).Be32(0))
+                                     .CafChunk("free", Bytes(9))
+                                     .CafChunk("pakt", PacketTable(4000))
+                                     .CafChunk("uuid", other)
+                                     .CafChunk("uuid", uuid)
+                                     .CafChunk("abcd", {})
+                                     .Text("data")
+                                     .Be64(~0ull)
+                                     .Zeros(40)));
+    ASSERT_TRUE(source);
+    EXPECT_EQ(ValueOf(*source.Get(), "CAFINFO:channel configuration"), "L R C LFE Lb Rb");
+    EXPECT_EQ(ValueOf(*source.Get(), "CAFINFO:beat count"), "x");
+    const char *key = nullptr, *value = nullptr;
+    EXPECT_EQ(source->ExtendedCall(0x10013, reinterpret_cast<void*>(2), &key, &value), 1);
+    EXPECT_STREQ(key, "abcd");
+    int64_t valid = 0;
+    int32_t priming = 0, remainder = 0;
+    EXPECT_EQ(source->ExtendedCall(0x90001, &valid, &priming, &remainder), 1);
+    EXPECT_EQ(valid, 4000);
+    EXPECT_EQ(priming, 11);
+    EXPECT_EQ(remainder, 22);
+}
+
+}  // namespace
+}  // namespace vantor::test
