@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <fstream>
+#include <map>
 #include <random>
 
+#include "host/host_services.h"
+#include "tests/support/scripted_file_system.h"
 #include "tests/support/temp_file.h"
 
 namespace vantor::test {
@@ -55,6 +60,270 @@ TEST(FileReader, DeliversTheBytesOfTheFile) {
             ASSERT_EQ(reader.Tell(), position);
         }
     }
+}
+
+// A file behind the scripted system.
+class ScriptedReader : public testing::Test {
+  protected:
+    std::string Write(size_t count) {
+        std::mt19937 random(7);
+        bytes = RandomBytes(random, count);
+        return folder.Write("file.bin", bytes);
+    }
+
+    // Reads and compares; the bytes that came.
+    int64_t ReadAndCompare(FileReader& reader, int64_t count) {
+        std::vector<uint8_t> destination(static_cast<size_t>(count));
+        const int64_t start = reader.Tell();
+        const int64_t got = reader.Read(destination.data(), count);
+        EXPECT_TRUE(std::equal(destination.begin(), destination.begin() + got, bytes.begin() + start));
+        EXPECT_EQ(reader.Tell(), start + got);
+        return got;
+    }
+
+    std::vector<RequestRecord> FirstReads(size_t count) const {
+        auto reads = files.Reads();
+        reads.resize(std::min(reads.size(), count));
+        return reads;
+    }
+
+    TempFolder folder;
+    std::vector<uint8_t> bytes;
+    ScriptedFileSystem files;
+    platform::ScopedFileSystem scope{files};
+};
+
+TEST_F(ScriptedReader, ModesChooseTheOpenFlags) {
+    const auto name = Write(10);
+    const struct {
+        int32_t mode, blockBytes;
+        bool overlapped, unbuffered;
+    } cases[] = {{-1, 1, false, true}, {-1, 0, false, false}, {0, 1, false, false},
+                 {1, 1, true, true},   {2, 1, true, false},   {7, 1, true, false}};
+    for (const auto& c : cases) {
+        const FileReader reader(name, {.mode = c.mode, .blockBytes = c.blockBytes});
+        const auto options = files.Opens().back().options;
+        EXPECT_EQ(options.overlapped, c.overlapped) << c.mode;
+        EXPECT_EQ(options.unbuffered, c.unbuffered) << c.mode;
+        EXPECT_FALSE(options.shareWrite);
+    }
+}
+
+TEST_F(ScriptedReader, AWriteSharedFileGrows) {
+    const auto name = Write(10);
+    for (const int32_t mode : {-1, 0, 2}) {
+        bytes.resize(10);
+        WriteWholeFile(name, bytes);
+        files.FailAt(Operation::open, 0, Fault::sharingViolation);
+        FileReader reader(name, {.mode = mode});
+        ASSERT_TRUE(reader.IsOpen());
+        EXPECT_TRUE(reader.IsWriteShared());
+        EXPECT_TRUE(files.Opens().back().options.shareWrite);
+        EXPECT_EQ(ReadAndCompare(reader, 100), 10);
+        bytes.insert(bytes.end(), {1, 2, 3});
+        std::ofstream(name, std::ios::binary | std::ios::app).write("\1\2\3", 3);
+        EXPECT_EQ(reader.Size(), 13);  // read-ahead learns the new size here
+        EXPECT_EQ(ReadAndCompare(reader, 100), 3) << mode;
+    }
+}
+
+TEST_F(ScriptedReader, FirstReadsAreShortenedInTurn) {
+    const auto name = Write(200000);
+    const struct {
+        int32_t blockBytes;
+        std::map<uint32_t, int> firstRequests;  // of 8 streams
+    } cases[] = {{65536, {{65536, 2}, {32768, 2}, {16384, 2}, {8192, 2}}},
+                 {16384, {{16384, 4}, {8192, 4}}},
+                 {8192, {{8192, 8}}}};
+    for (const auto& c : cases) {
+        std::map<uint32_t, int> firstRequests;
+        for (int stream = 0; stream < 8; ++stream) {
+            files.Reset();
+            FileReader reader(name, {.mode = 0, .blockBytes = c.blockBytes});
+            EXPECT_EQ(ReadAndCompare(reader, 150000), 150000);
+            const auto reads = files.Reads();
+            ++firstRequests[reads[0].count];
+            EXPECT_EQ(reads[1].count, static_cast<uint32_t>(c.blockBytes));
+        }
+        EXPECT_EQ(firstRequests, c.firstRequests);
+    }
+}
+
+TEST_F(ScriptedReader, UnbufferedRequestsCoverWholeSectors) {
+    const auto name = Write(200000);
+    for (int stream = 0; stream < 4; ++stream) {
+        FileReader reader(name, {.mode = -1, .blockBytes = 9 * 8192});
+        ASSERT_TRUE(reader.Seek(10000));
+        EXPECT_EQ(ReadAndCompare(reader, 1000000), 190000);
+    }
+    for (const auto& read : files.Reads()) {
+        EXPECT_EQ(read.offset % 8192, 0);
+        EXPECT_EQ(read.count % 8192, 0u);
+    }
+}
+
+TEST_F(ScriptedReader, ASeekInsideTheStagedBytesReadsNothing) {
+    FileReader reader(Write(20000), {.mode = 0, .blockBytes = 8192});
+    EXPECT_EQ(ReadAndCompare(reader, 5000), 5000);
+    for (const int64_t position : {0, 8000, 4999}) {
+        ASSERT_TRUE(reader.Seek(position));
+        EXPECT_EQ(ReadAndCompare(reader, 100), 100);
+    }
+    EXPECT_EQ(files.Reads(), (std::vector<RequestRecord>{{0, 8192}}));
+    ASSERT_TRUE(reader.Seek(8193));
+    EXPECT_EQ(ReadAndCompare(reader, 100), 100);
+    EXPECT_EQ(files.Reads().back(), (RequestRecord{8193, 8192}));
+}
+
+TEST_F(ScriptedReader, ReadAheadStartsAtTheSectorOrAtThePosition) {
+    const auto name = Write(100000);
+    for (const auto& [mode, offset] : {std::pair{1, 8192}, std::pair{2, 10000}}) {
+        files.Reset();
+        FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 2});
+        ASSERT_TRUE(reader.Seek(10000));
+        EXPECT_EQ(ReadAndCompare(reader, 100), 100);
+        EXPECT_EQ(FirstReads(2), (std::vector<RequestRecord>{{offset, 8192}, {offset + 8192, 8192}}));
+    }
+}
+
+TEST_F(ScriptedReader, TheRingRefillsAsBlocksAreConsumed) {
+    files.HoldRequests(true);
+    FileReader reader(Write(100000), {.mode = 2, .blockBytes = 8192, .blockCount = 3});
+    EXPECT_EQ(ReadAndCompare(reader, 1), 1);
+    EXPECT_EQ(files.Count(Operation::read), 3);
+    EXPECT_EQ(ReadAndCompare(reader, 8191), 8191);  // the block is spent, but its place not yet taken
+    EXPECT_EQ(files.Count(Operation::read), 3);
+    EXPECT_EQ(ReadAndCompare(reader, 1), 1);
+    EXPECT_EQ(files.Count(Operation::read), 4);
+    EXPECT_EQ(ReadAndCompare(reader, 100000), 91807);
+    EXPECT_EQ(ReadAndCompare(reader, 1), 0);
+    EXPECT_EQ(files.Count(Operation::read), 13);  // every byte was asked for once
+}
+
+TEST_F(ScriptedReader, AnOverlappedErrorStays) {
+    FileReader reader(Write(100000), {.mode = 2, .blockBytes = 8192, .blockCount = 2});
+    files.FailAt(Operation::read, 1, Fault::failure);
+    EXPECT_EQ(ReadAndCompare(reader, 100), 100);
+    EXPECT_EQ(ReadAndCompare(reader, 20000), 8092);  // what is buffered
+    EXPECT_EQ(ReadAndCompare(reader, 100), 0);
+    ASSERT_TRUE(reader.Seek(50000));
+    EXPECT_EQ(ReadAndCompare(reader, 100), 0);
+}
+
+TEST_F(ScriptedReader, ASynchronousErrorEndsTheReadOnly) {
+    const auto name = Write(100000);
+    for (const int32_t mode : {-1, 0}) {
+        FileReader reader(name, {.mode = mode, .blockBytes = 8192});
+        files.FailAt(Operation::read, 1, Fault::failure);
+        EXPECT_EQ(ReadAndCompare(reader, 20000), 8192);
+        EXPECT_EQ(ReadAndCompare(reader, 20000), 20000);
+    }
+}
+
+// A file that answers less than its size at open promised: every read ends.
+TEST_F(ScriptedReader, ShortBlocksDoNotHoldAReadUp) {
+    const auto name = Write(100000);
+    for (const int32_t mode : {-1, 0, 1, 2}) {
+        FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 2});
+        files.FailAt(Operation::read, 0, Fault::partial, true);
+        EXPECT_GE(ReadAndCompare(reader, 100000), 4096) << mode;
+        files.Reset();
+    }
+}
+
+TEST_F(ScriptedReader, BorrowsFromItsBuffersWhereItCan) {
+    const auto name = Write(100000);
+    for (const int32_t mode : {-1, 0, 1, 2}) {
+        FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 1});
+        std::vector<uint8_t> scratch;
+        const uint8_t *first = nullptr, *second = nullptr, *third = nullptr;
+        ASSERT_EQ(reader.Borrow(&first, 1000, scratch), 1000);
+        ASSERT_EQ(reader.Borrow(&second, 7000, scratch), 7000);
+        EXPECT_EQ(second, first + 1000);
+        EXPECT_TRUE(scratch.empty());
+        ASSERT_EQ(reader.Borrow(&third, 1000, scratch), 1000);  // beyond the block
+        EXPECT_TRUE(std::equal(third, third + 1000, bytes.begin() + 8000));
+        EXPECT_EQ(third, scratch.data());
+        ASSERT_EQ(reader.Borrow(&third, INT64_MAX, scratch), 91000);
+        EXPECT_LE(scratch.size(), 91000u);
+        EXPECT_EQ(reader.Borrow(&third, 1, scratch), 0);
+    }
+}
+
+TEST_F(ScriptedReader, ReleasingForgetsRequestsInFlight) {
+    files.HoldRequests(true);
+    FileReader reader(Write(100000), {.mode = 1, .blockBytes = 8192, .blockCount = 3});
+    EXPECT_EQ(ReadAndCompare(reader, 5000), 5000);
+    reader.ReleaseBuffers();
+    EXPECT_EQ(ReadAndCompare(reader, 100000), 95000);
+}
+
+TEST_F(ScriptedReader, SmallFilesAreHeldInMemory) {
+    const auto name = Write(50000);
+    const struct {
+        int32_t mode;
+        uint32_t mapThreshold, wholeFileLimit;
+        int64_t reads;  // until everything is delivered, twice
+    } cases[] = {{0, 0, 50001, 0}, {-1, 50001, 50001, 1}, {0, 50001, 50001, 1}, {2, 0, 50001, 2}};
+    for (const auto& c : cases) {
+        files.Reset();
+        FileReader reader(name, {.mode = c.mode, .blockBytes = 65536}, c.mapThreshold, c.wholeFileLimit);
+        for (int pass = 0; pass < 2; ++pass) {
+            ASSERT_TRUE(reader.Seek(0));
+            EXPECT_EQ(ReadAndCompare(reader, 60000), 50000);
+            ASSERT_TRUE(reader.Seek(40000));
+            EXPECT_EQ(ReadAndCompare(reader, 60000), 10000);
+        }
+        EXPECT_LE(files.Count(Operation::read), c.reads);
+    }
+    FileReader empty(folder.Write("empty", {}), {}, 0, 1);
+    EXPECT_TRUE(empty.IsOpen());
+    EXPECT_EQ(ReadAndCompare(empty, 1), 0);
+}
+
+TEST_F(ScriptedReader, AbsurdParametersAreBounded) {
+    const auto name = Write(30000);
+    for (const int32_t mode : {INT_MIN, -1, 0, 1, INT_MAX})
+        for (const int32_t blockBytes : {INT_MIN, -1, 0, INT_MAX})
+            for (const int32_t blockCount : {INT_MIN, 0, INT_MAX}) {
+                FileReader reader(name, {mode, blockBytes, blockCount});
+                EXPECT_EQ(ReadAndCompare(reader, 40000), 30000);
+            }
+}
+
+TEST_F(ScriptedReader, ClosedReadersAndEdgesDeliverNothing) {
+    FileReader closed(folder.Path("missing"), {});
+    std::vector<uint8_t> scratch;
+    const uint8_t* borrowed = nullptr;
+    EXPECT_FALSE(closed.IsOpen());
+    EXPECT_FALSE(closed.Seek(0));
+    EXPECT_EQ(closed.Size() + closed.Remaining() + closed.Borrow(&borrowed, 5, scratch), 0);
+    FileReader reader(Write(10), {});
+    EXPECT_EQ(reader.Read(nullptr, 0) + reader.Read(nullptr, -5), 0);
+    ASSERT_TRUE(reader.Seek(INT64_MAX));
+    EXPECT_EQ(reader.Tell(), 10);
+    ASSERT_TRUE(reader.Seek(-1));
+    EXPECT_EQ(reader.Tell(), 0);
+}
+
+TEST(PreferredReadParameters, TheHostMayOverwriteThem) {
+    const auto services = Services();
+    Services().preferredReadMode = nullptr;
+    EXPECT_EQ(PreferredReadParameters(0).blockBytes, 262144);
+    EXPECT_EQ(PreferredReadParameters(2).blockBytes, 65536);
+    const auto prefer = [](int32_t* mode, int32_t* blocks, int32_t* blockBytes) {
+        *mode = -1;
+        *blocks = 5;
+        *blockBytes += 1;
+    };
+    Services().preferredReadMode = Services().preferredPeakReadMode = prefer;
+    const auto playback = PreferredReadParameters(0), peaks = PreferredReadParameters(1);
+    EXPECT_EQ(playback.blockBytes, 262145);
+    EXPECT_EQ(playback.blockCount, 5);
+    EXPECT_EQ(playback.mode, -1);
+    EXPECT_EQ(peaks.blockBytes, 65537);
+    EXPECT_EQ(PreferredReadParameters(-1).blockBytes, 1024);
+    Services() = services;
 }
 
 }  // namespace

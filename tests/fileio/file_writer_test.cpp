@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <random>
 
+#include "host/host_services.h"
+#include "tests/support/scripted_file_system.h"
 #include "tests/support/temp_file.h"
 
 namespace vantor::test {
@@ -33,6 +35,8 @@ TEST_P(FileWriterModes, LeaveTheBytesThatWereWritten) {
     std::mt19937 random(static_cast<unsigned>(mode));
     const auto upTo = [&](size_t limit) { return std::uniform_int_distribution<size_t>(0, limit)(random); };
     const TempFolder folder;
+    ScriptedFileSystem files;
+    const platform::ScopedFileSystem scope(files);
     for (int round = 0; round < 12; ++round) {
         Reference reference;
         const auto name = folder.Write("out.bin", std::vector<uint8_t>(upTo(20000), 0xEE));
@@ -69,6 +73,121 @@ TEST_P(FileWriterModes, LeaveTheBytesThatWereWritten) {
         if (wholeSectors) reference.bytes.resize((reference.bytes.size() + 4095) / 4096 * 4096);
         ASSERT_EQ(ReadWholeFile(name), reference.bytes);
     }
+    if (!wholeSectors) return;
+    for (const auto& write : files.Writes()) {
+        EXPECT_EQ(write.offset % 4096, 0);
+        EXPECT_EQ(write.count % 4096, 0u);
+    }
+}
+
+// What the host is told in place of a count of bytes.
+std::vector<uint32_t> reportedFailures;
+
+class FileWriterFaults : public testing::Test {
+  protected:
+    FileWriterFaults() {
+        reportedFailures.clear();
+        Services().updateDiskCounters = [](int32_t, int32_t written) {
+            reportedFailures.push_back(static_cast<uint32_t>(written));
+        };
+    }
+    ~FileWriterFaults() override { Services() = services; }
+
+    HostServices services = Services();
+    TempFolder folder;
+    std::string name = folder.Path("out.bin");
+    std::vector<uint8_t> bytes = std::vector<uint8_t>(30000, 0x5A);
+    ScriptedFileSystem files;
+    platform::ScopedFileSystem scope{files};
+};
+
+TEST_F(FileWriterFaults, TheKindOfFailureIsReported) {
+    for (const int32_t mode : {0, 1, 3}) {
+        for (const auto& [fault, code] :
+             {std::pair{Fault::diskFull, 0xF9FAB541u}, std::pair{Fault::failure, 0xF9FAB542u}}) {
+            reportedFailures.clear();
+            files.FailAt(Operation::write, 0, fault);
+            FileWriter writer(name.c_str(), {.mode = mode});
+            EXPECT_LT(writer.Write(bytes.data(), 30000), 30000) << mode;
+            EXPECT_FALSE(writer.Flush(true));
+            EXPECT_EQ(reportedFailures, std::vector{code}) << mode;
+        }
+    }
+}
+
+// A full disk: what was counted as written is in the file.
+TEST_F(FileWriterFaults, AFullDiskCutsTheWriteShort) {
+    for (const int32_t mode : {0, 1}) {
+        for (const int32_t space : {0, 1, 8192, 20000}) {
+            files.SetFreeBytes(space);
+            FileWriter writer(name.c_str(), {.mode = mode});
+            EXPECT_EQ(writer.Write(bytes.data(), 30000), space) << mode;
+            EXPECT_EQ(writer.Tell(), space);
+            EXPECT_EQ(writer.Size(), space);
+            EXPECT_EQ(reportedFailures.back(), 0xF9FAB541u);
+        }
+    }
+}
+
+// A write that fails on its way shows in what comes after it.
+TEST_F(FileWriterFaults, ALateFailureIsNotLost) {
+    files.HoldRequests(true);
+    files.FailAt(Operation::write, 0, Fault::diskFull);
+    FileWriter writer(name.c_str(), {.mode = 1, .blockBytes = 8192, .minBlocks = 1, .maxBlocks = 1});
+    EXPECT_EQ(writer.Write(bytes.data(), 8192), 8192);
+    EXPECT_TRUE(writer.Flush(false));
+    EXPECT_EQ(writer.Write(bytes.data(), 1), 0);
+    EXPECT_EQ(writer.Seek(0), 1);
+    EXPECT_FALSE(writer.Flush(true));
+    EXPECT_EQ(reportedFailures, std::vector{0xF9FAB541u});
+}
+
+TEST_F(FileWriterFaults, OpenFlagsFollowTheMode) {
+    using platform::Access;
+    using platform::Creation;
+    const struct {
+        int32_t mode;
+        bool openExisting, overlapped, writeThrough, unbuffered;
+    } cases[] = {{0, false, false, false, false}, {0, true, false, false, false},
+                 {1, false, true, false, false},  {2, true, true, true, false},
+                 {3, false, true, true, true},    {3, true, true, true, false}};
+    for (const auto& c : cases) {
+        const FileWriter writer(
+            name.c_str(), {.mode = c.mode, .openExisting = c.openExisting, .shareWrite = c.openExisting});
+        const auto record = files.Opens().back();
+        EXPECT_TRUE(record.isWide);
+        EXPECT_EQ(record.options.access, c.mode == 0 ? Access::write : Access::readWrite);
+        EXPECT_EQ(record.options.creation, c.openExisting ? Creation::openAlways : Creation::createAlways);
+        EXPECT_EQ(record.options.overlapped, c.overlapped);
+        EXPECT_EQ(record.options.writeThrough, c.writeThrough);
+        EXPECT_EQ(record.options.unbuffered, c.unbuffered);
+        EXPECT_EQ(record.options.shareWrite, c.openExisting);
+    }
+}
+
+TEST_F(FileWriterFaults, AClosedWriterFailsQuietly) {
+    FileWriter writer(nullptr, {});
+    EXPECT_FALSE(writer.IsOpen());
+    EXPECT_EQ(writer.Write("x", 1), 0);
+    EXPECT_EQ(writer.Seek(0), 1);
+    EXPECT_EQ(writer.Size(), 0);
+    EXPECT_FALSE(writer.CutAtPosition());
+    EXPECT_TRUE(reportedFailures.empty());
+}
+
+TEST_F(FileWriterFaults, ASeekBeyondTheEndCountsForTheSize) {
+    for (const int32_t mode : {0, 1}) {
+        FileWriter writer(name.c_str(), {.mode = mode});
+        EXPECT_EQ(writer.Seek(-1), 1);
+        EXPECT_EQ(writer.Seek(100), 0);
+        EXPECT_EQ(writer.Size(), 100);
+        EXPECT_TRUE(writer.WriteUInt32(0x04030201));
+        EXPECT_EQ(writer.Size(), 104);
+        EXPECT_TRUE(writer.Flush(true));
+    }
+    auto expected = std::vector<uint8_t>(100, 0);
+    expected.insert(expected.end(), {1, 2, 3, 4});
+    EXPECT_EQ(ReadWholeFile(name), expected);
 }
 
 }  // namespace

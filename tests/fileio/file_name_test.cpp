@@ -1,0 +1,99 @@
+#include "fileio/file_name.h"
+
+#include <gtest/gtest.h>
+
+#include "fileio/file_reader.h"
+#include "fileio/file_writer.h"
+#include "tests/support/scripted_file_system.h"
+#include "tests/support/temp_file.h"
+
+namespace vantor::test {
+namespace {
+
+std::u16string Wide(const std::string& name) {
+    std::u16string wide;
+    EXPECT_TRUE(WideFileName(name, wide));
+    return wide;
+}
+
+TEST(FileName, LongNamesGetThePrefixOfTheirForm) {
+    const std::string a(251, 'a');
+    const std::u16string wideA(251, u'a');
+    EXPECT_EQ(Wide("C:/b" + a), u"C:/b" + wideA);  // 255 units
+    EXPECT_EQ(Wide("C:/bc" + a), u"\\\\?\\C:\\bc" + wideA);
+    EXPECT_EQ(Wide("\\\\s/c" + a), u"\\\\?\\UNC\\s\\c" + wideA);
+    EXPECT_EQ(Wide("//s/c" + a), u"//s/c" + wideA);
+    EXPECT_EQ(Wide("/home" + a), u"/home" + wideA);
+    EXPECT_EQ(Wide("C:/" + std::string(2000, 'x')), u"\\\\?\\C:\\" + std::u16string(2000, u'x'));
+}
+
+TEST(FileName, DecodesStrictly) {
+    EXPECT_EQ(Wide("\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"), u"\u00E4\u20AC\U0001F600");
+    std::u16string wide;
+    for (const auto* name : {"\x80", "\xC3", "\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+                             "\xF5\x80\x80\x80", "a\xE2\x82"})
+        EXPECT_FALSE(WideFileName(name, wide)) << name;
+}
+
+TEST(FileName, ReadersAskForTheWideFormWhenItIsNeeded) {
+    EXPECT_FALSE(WantsWideForm("plain"));
+    EXPECT_FALSE(WantsWideForm("latin\xE4"));
+    EXPECT_FALSE(WantsWideForm("cut\xE2\x82"));
+    EXPECT_TRUE(WantsWideForm("\xC3\xA4"));
+    EXPECT_TRUE(WantsWideForm("bad\xE4 good\xF0\x9F\x98\x80"));
+    EXPECT_FALSE(WantsWideForm(std::string(255, 'a')));
+    EXPECT_TRUE(WantsWideForm(std::string(256, 'a')));
+}
+
+TEST(FileName, ComparesWithoutRegardToCase) {
+    EXPECT_EQ(CompareFileNames("C:/A.wav", "c:/a.WAV"), 0);
+    EXPECT_LT(CompareFileNames("a", "B"), 0);
+    EXPECT_GT(CompareFileNames("ab", "A"), 0);
+    EXPECT_LT(CompareFileNames("z", "\xC3"), 0);
+}
+
+// Which forms are tried, in which order: "w" wide, "n" narrow. The files do not exist.
+TEST(FileName, FormsAreTriedInOrder) {
+    ScriptedFileSystem files;
+    const platform::ScopedFileSystem scope(files);
+    const auto forms = [&] {
+        std::string tried;
+        for (const auto& open : files.Opens())
+            tried += open.isWide ? 'w' : 'n';
+        files.Reset();
+        return tried;
+    };
+    const auto read = [&](const std::string& name) {
+        EXPECT_FALSE(FileReader(name, {}).IsOpen());
+        return forms();
+    };
+    EXPECT_EQ(read("no such folder/a"), "n");
+    EXPECT_EQ(read("no such folder/\xC3\xA4"), "wn");
+    EXPECT_EQ(read("no such folder/\xC3\xA4\xFF"), "n");
+    EXPECT_EQ(read("no such folder/" + std::string(300, 'a')), "wn");
+    EXPECT_FALSE(FileWriter("no such folder/a", {}).IsOpen());
+    EXPECT_EQ(forms(), "wn");
+}
+
+TEST(FileName, EveryNameReachesItsFile) {
+    const TempFolder folder;
+    const std::string umlauts = "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80";
+    const std::string deep = "\xC3\xA4" + std::string(140, 'd');
+    const auto deepPath = folder.Path(deep);
+    std::filesystem::create_directory(std::u8string(deepPath.begin(), deepPath.end()));
+    for (const auto& name : {std::string("plain"), umlauts, deep + "/" + std::string(140, 'f')}) {
+        const auto path = folder.Path(name);
+        ASSERT_EQ(FileWriter(path.c_str(), {}).Write("abc", 3), 3) << path;
+        {
+            FileReader reader(path, {});
+            char bytes[4] = {};
+            EXPECT_EQ(reader.Read(bytes, 4), 3) << path;
+            EXPECT_STREQ(bytes, "abc");
+        }
+        EXPECT_TRUE(RemoveFile(path)) << path;
+        EXPECT_FALSE(FileReader(path, {}).IsOpen());
+    }
+}
+
+}  // namespace
+}  // namespace vantor::test
