@@ -58,10 +58,12 @@ int64_t DeliverStored(ReaderContext& context, const AudioFormat& format, double*
     return done;
 }
 
-// The block that holds the expected frame. A partial block at the end of the file is not decoded.
+// The block that holds the expected frame. A partial block at the end of the data is not decoded, not even
+// when the chunks behind it would fill it up.
 bool TakeNextBlock(ReaderContext& context, const AudioFormat& format) {
     const AdpcmCoding& coding = context.decoder->Coding();
     const int64_t index = context.expectedFrame / coding.framesPerBlock;
+    if (format.blockCodedBytes > 0 && index >= format.blockCodedBytes / coding.blockAlign) return false;
     const uint8_t* block = nullptr;
     const int64_t got =
         BorrowAt(context, format.dataStart + index * coding.blockAlign, coding.blockAlign, &block);

@@ -47,6 +47,7 @@ struct AudioFormat {
     double sampleRate = 0;                  // Hz
     std::atomic<int64_t> lengthFrames = 0;  // grows while the file does, under playing threads
     int64_t dataStart = 0;                  // file offset of the first audio byte
+    int64_t blockCodedBytes = 0;            // ADPCM: audio bytes from there on; 0 up to the file's end
     int32_t bitsPerSample = 0;              // container size: 8, 16, 20, 24, 32, 64; 4 or 2 for ADPCM
     int32_t validBits = 0;                  // from WAVE_FORMAT_EXTENSIBLE, else 0
     int32_t encoding = encodingInteger;

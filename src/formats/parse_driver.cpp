@@ -62,6 +62,7 @@ void ClearAudio(AudioFormat& format) {
     format.sampleRate = 0;
     format.blockAlign = 0;
     format.dataStart = 0;
+    format.blockCodedBytes = 0;
     format.lengthFrames = 0;
     format.lengthCutWhileGrowing = false;
 }
@@ -123,6 +124,7 @@ int Accept(ContainerWalk& walk) {
     (void)walk.reader.Seek(walk.dataStart);
     const FrameCount count = CountFrames(walk);
     format.lengthFrames = count.frames;
+    if (IsAdpcm(format.encoding)) format.blockCodedBytes = walk.dataBytes;
     format.lengthCutWhileGrowing = count.cut && walk.reader.IsWriteShared();
     format.errorMessage.reset();
     return 0;

@@ -183,6 +183,17 @@ TEST(Adpcm, APartialBlockIsNotDecoded) {
     EXPECT_EQ(file.JumpTo(113, 10, 2).size(), 2u);
 }
 
+// What the blocks deliver ends before the counted frames do, and other chunks follow.
+TEST(Adpcm, OtherChunksDoNotCompleteABlock) {
+    const ReferenceCoding coding{encodingImaAdpcm, 2, 64};
+    AdpcmFile file(coding, Stream(coding, 3));
+    file.format.blockCodedBytes = 3 * 64 - 1;
+    EXPECT_EQ(file.ReadAll(1000, 2).size(), 2u * 2 * 57);
+    EXPECT_TRUE(file.JumpTo(120, 10, 2).empty());
+    file.format.blockCodedBytes = 3 * 64;
+    EXPECT_EQ(file.JumpTo(120, 10, 2).size(), 20u);
+}
+
 TEST(Adpcm, TheLengthOfTheRecordEndsTheStream) {
     const ReferenceCoding coding{encodingImaAdpcm, 1, 1024};
     AdpcmFile file(coding, Stream(coding, 3), 3000);
