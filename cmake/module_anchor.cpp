@@ -2,5 +2,5 @@
 #include "entry/plugin_entry.h"
 
 namespace {
-[[maybe_unused]] const auto entryAnchor = &VantorPluginEntry;
+[[gnu::used]] const auto entryAnchor = &VantorPluginEntry;
 }

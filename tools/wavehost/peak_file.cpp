@@ -78,7 +78,7 @@ bool WritePeakFile(const fs::path& file, const PeakOrigin& origin, int64_t frame
     const auto channels = static_cast<size_t>(origin.channels);
     const auto peaks = static_cast<int64_t>(finest.size() / channels);
     fs::path temporary = file;
-    temporary += "." + std::to_string(ProcessNumber()) + ".tmp";
+    temporary += std::to_string(ProcessNumber()) + ".tmp";
     Stream stream(OpenStream(temporary, "wb"));
     if (!stream) return false;
     const Header header{
