@@ -49,6 +49,8 @@ bool StagedReader::Refill() {
     staged_ = consumed_ = 0;
     if (!buffer_) buffer_ = NewAlignedBuffer(bufferBytes_);
     if (!buffer_) return false;
+    if (!isPlaced_) isPlaced_ = state_.file->SetPosition(state_.position);
+    if (!isPlaced_) return false;
     const int64_t request = RefillBytes();
     int64_t skipped = 0;
     if (wholeSectors_ && state_.position % sectorBytes != 0) {
@@ -79,12 +81,11 @@ void StagedReader::MoveTo(int64_t position) {
     }
 }
 
-// The file pointer goes to the position; should that fail, the next refill reads nothing useful, so it is
-// tried again there.
+// A file pointer that could not be moved is moved by the next refill, which fails while it cannot.
 void StagedReader::Discard() {
     staged_ = consumed_ = 0;
     firstRead_ = true;
-    (void)state_.file->SetPosition(state_.position);
+    isPlaced_ = state_.file->SetPosition(state_.position);
 }
 
 void StagedReader::ReleaseBuffers() {

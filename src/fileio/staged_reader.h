@@ -31,6 +31,7 @@ class StagedReader final : public ReadStrategy {
     int64_t staged_ = 0;    // valid bytes in the buffer
     int64_t consumed_ = 0;  // of these, already delivered
     bool firstRead_ = true;
+    bool isPlaced_ = true;  // the file pointer stands where the staged bytes end
 };
 
 class DirectReader final : public ReadStrategy {

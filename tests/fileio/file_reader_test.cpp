@@ -217,6 +217,9 @@ TEST_F(ScriptedReader, ASynchronousErrorEndsTheReadOnly) {
         files.FailAt(Operation::read, 1, Fault::failure);
         EXPECT_EQ(ReadAndCompare(reader, 20000), 8192);
         EXPECT_EQ(ReadAndCompare(reader, 20000), 20000);
+        files.FailAt(Operation::seek, 0, Fault::failure);
+        ASSERT_TRUE(reader.Seek(65536));
+        EXPECT_EQ(ReadAndCompare(reader, 20000), 20000);
     }
 }
 
