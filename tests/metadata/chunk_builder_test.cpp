@@ -157,7 +157,7 @@ TEST(AxmlChunk, IsADocumentThatAnXmlReaderUnderstands) {
     ASSERT_EQ(parser.Parse(), nullptr);
     const auto& identifier = *parser.Root()->firstChild->firstChild;
     EXPECT_EQ(identifier.Attribute("formatLabel")->value, "ISRC");
-    EXPECT_EQ(identifier.firstChild->Value(), "ISRC:A<&>\xC3\xA9");
+    EXPECT_EQ(identifier.firstChild->Value(), "ISRC:A<&> \xC3\xA9");
     EXPECT_TRUE(Built(BuildAxmlChunk, {{"AXML:ISRC", ""}}, "axml").empty());
 }
 

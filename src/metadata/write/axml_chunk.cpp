@@ -1,5 +1,5 @@
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
+#include "metadata/write/escape_xml.h"
 
 namespace vantor {
 
@@ -20,22 +20,15 @@ constexpr std::string_view tail = R"(</dc:identifier>
 
 // Readers that search for the code leave references as they find them: a reference already there stays one,
 // or it would grow with every edit.
-std::string Escape(std::string_view text) {
+std::string EscapeOnce(std::string_view text) {
     std::string escaped;
     for (; !text.empty(); text.remove_prefix(1)) {
-        const char character = text[0];
         const bool isReference =
             text.starts_with("&amp;") || text.starts_with("&lt;") || text.starts_with("&gt;");
-        const bool isControl =
-            static_cast<uint8_t>(character) < ' ' && character != '\t' && character != '\n';
-        if (character == '<')
-            escaped += "&lt;";
-        else if (character == '>')
-            escaped += "&gt;";
-        else if (character == '&' && !isReference)
-            escaped += "&amp;";
-        else if (!isControl)  // XML has no form for control characters
-            escaped += character;
+        if (isReference)
+            escaped += '&';
+        else
+            EscapeXml(escaped, text.substr(0, 1), true);
     }
     return escaped;
 }
@@ -43,7 +36,7 @@ std::string Escape(std::string_view text) {
 }  // namespace
 
 int BuildAxmlChunk(ChunkImage& image, const MetadataStore& store) {
-    const auto isrc = Escape(Utf8OrLatin1(store.Value("AXML:ISRC")));
+    const auto isrc = EscapeOnce(XmlText(store.Value("AXML:ISRC")));
     if (isrc.empty()) return 0;
     const auto document = std::string(head).append(isrc).append(tail);
     AppendChunk(image, "axml", reinterpret_cast<const uint8_t*>(document.data()), document.size());
