@@ -17,7 +17,6 @@ namespace {
 
 using Kind = Id3Entry::Kind;
 
-constexpr std::string_view binaryData = "[Binary data]";
 constexpr std::string_view tableOfContents = "[table of contents data]";
 constexpr std::string_view unknownLanguage = "XXX";
 
@@ -30,8 +29,8 @@ std::string KeyOf(std::string_view id, std::string_view qualifier) {
 }
 
 Id3Entry ValueEntry(std::string key, std::string value) {
-    if (value.empty()) return {Kind::Nothing, {}, {}, {}};
-    return {Kind::Value, std::move(key), std::move(value), {}};
+    if (value.empty()) return {Kind::Nothing, {}, {}, {}, {}};
+    return {Kind::Value, {}, std::move(key), std::move(value), {}};
 }
 
 // The texts at the cursor: all of a 2.4 frame, in older versions what stands before the first terminator.
@@ -70,10 +69,6 @@ Id3Entry ReadUserUrl(const Id3Frame& frame) {
     return ValueEntry(KeyOf(frame.id, *description), Utf8OrLatin1(UpToNul(cursor.Rest())));
 }
 
-bool IsLetter(uint8_t character) {
-    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
-}
-
 // COMM and USLT: encoding, language (3 bytes, ISO 639-2), description and its terminator, text.
 Id3Entry ReadLanguageText(const Id3Frame& frame) {
     Id3TextCursor cursor(frame.data);
@@ -81,9 +76,8 @@ Id3Entry ReadLanguageText(const Id3Frame& frame) {
     const auto code = cursor.TakeBytes(3);
     const auto description = code ? cursor.TakeTerminatedText() : std::nullopt;
     if (!description) return {};
-    const std::string_view language = std::all_of(code->begin(), code->end(), IsLetter)
-                                          ? std::string_view(reinterpret_cast<const char*>(code->data()), 3)
-                                          : unknownLanguage;
+    const std::string_view stored(reinterpret_cast<const char*>(code->data()), code->size());
+    const std::string_view language = IsLanguageCode(stored) ? stored : unknownLanguage;
     if (description->empty() && IsDefaultLanguage(language))
         return ValueEntry(KeyOf(frame.id), cursor.TakeText());
     std::string key = KeyOf(frame.id, language);
@@ -103,7 +97,7 @@ Id3Entry ReadIdentifier(const Id3Frame& frame) {
     const auto owner = cursor.TakePlainText();
     if (!owner) return {};
     return ValueEntry(KeyOf(frame.id, *owner),
-                      std::string(IsPrintable(cursor.Rest()) ? UpToNul(cursor.Rest()) : binaryData));
+                      std::string(IsPrintable(cursor.Rest()) ? UpToNul(cursor.Rest()) : id3BinaryData));
 }
 
 // PRIV: owner and its zero, data.
@@ -112,9 +106,9 @@ Id3Entry ReadPrivate(const Id3Frame& frame) {
     const auto owner = cursor.TakePlainText();
     if (!owner) return {};
     const bool isXmp = *owner == "XMP";
-    if (!isXmp && *owner != "IXML") return ValueEntry(KeyOf(frame.id, *owner), std::string(binaryData));
-    if (cursor.Rest().empty()) return {Kind::Nothing, {}, {}, {}};
-    return {isXmp ? Kind::Xmp : Kind::Ixml, {}, {}, cursor.Rest()};
+    if (!isXmp && *owner != "IXML") return ValueEntry(KeyOf(frame.id, *owner), std::string(id3BinaryData));
+    if (cursor.Rest().empty()) return {Kind::Nothing, {}, {}, {}, {}};
+    return {isXmp ? Kind::Xmp : Kind::Ixml, {}, {}, {}, cursor.Rest()};
 }
 
 // The title among the frames that a chapter holds.
@@ -144,6 +138,11 @@ bool IsFrameId(std::string_view id) {
     return (id.size() == 3 || id.size() == 4) && std::all_of(id.begin(), id.end(), isAllowed);
 }
 
+bool IsLanguageCode(std::string_view text) {
+    const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+    return text.size() == 3 && std::all_of(text.begin(), text.end(), isLetter);
+}
+
 bool IsDefaultLanguage(std::string_view language) {
     constexpr std::array<std::string_view, 3> defaults = {"eng", "XXX", "und"};
     return std::any_of(defaults.begin(), defaults.end(),
@@ -153,7 +152,7 @@ bool IsDefaultLanguage(std::string_view language) {
 bool Id3EntryWalk::Next(Id3Frame& frame, Id3Entry& entry) {
     if (!frames_.Next(frame)) return false;
     entry = frame.data.empty() || !IsFrameId(frame.id) ? Id3Entry{} : Read(frame);
-    if (entry.kind == Kind::Value) Number(entry.key);
+    if (entry.kind == Kind::Value) Number(entry);
     return true;
 }
 
@@ -195,15 +194,12 @@ Id3Entry Id3EntryWalk::ReadChapter(const Id3Frame& frame) {
     return ValueEntry(NumberedKey(id3ChapterKey, ++chapterCount_), std::move(value));
 }
 
-void Id3EntryWalk::Number(std::string& key) {
-    const auto [found, isFirst] = lastNumbers_.try_emplace(key, 1);
-    if (isFirst) return;
+void Id3EntryWalk::Number(Id3Entry& entry) {
+    const auto [found, isFirst] = lastNumbers_.try_emplace(entry.base, 1);
+    entry.key = entry.base;
     // A description may end like a number: such a key is passed over.
-    std::string numbered;
-    do
-        numbered = NumberedKey(key, ++found->second);
-    while (!lastNumbers_.try_emplace(numbered, 1).second);
-    key = std::move(numbered);
+    for (bool isNew = isFirst; !isNew; isNew = lastNumbers_.try_emplace(entry.key, 1).second)
+        entry.key = NumberedKey(entry.base, ++found->second);
 }
 
 }  // namespace vantor

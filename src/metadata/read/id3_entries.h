@@ -34,6 +34,7 @@ namespace vantor {
 
 inline constexpr std::string_view id3Prefix = "ID3:";
 inline constexpr std::string_view id3ChapterKey = "ID3:CHAP";
+inline constexpr std::string_view id3BinaryData = "[Binary data]";
 
 struct Id3Entry {
     enum class Kind {
@@ -44,7 +45,8 @@ struct Id3Entry {
         Foreign,  // no place in the store
     };
     Kind kind = Kind::Foreign;
-    std::string key;
+    std::string key;   // of this frame, with its running number
+    std::string base;  // the same without the number
     std::string value;
     std::span<const uint8_t> document;  // valid as long as the frame's data
 };
@@ -63,7 +65,8 @@ class Id3EntryWalk {
     [[nodiscard]] Id3Entry Read(const Id3Frame& frame);
     [[nodiscard]] Id3Entry ReadPictureEntry(const Id3Frame& frame) const;
     [[nodiscard]] Id3Entry ReadChapter(const Id3Frame& frame);
-    void Number(std::string& key);
+    // Gives the entry a key of its own.
+    void Number(Id3Entry& entry);
 
     Id3FrameWalk frames_;
     int64_t fileOffset_;
@@ -75,6 +78,8 @@ class Id3EntryWalk {
 [[nodiscard]] std::string NumberedKey(std::string_view key, size_t number);
 // A frame id of version 2.3 and 2.4: four capital letters or digits. Three are one of version 2.2.
 [[nodiscard]] bool IsFrameId(std::string_view id);
+// Three letters, as ISO 639-2 has them.
+[[nodiscard]] bool IsLanguageCode(std::string_view text);
 // True for the languages that "ID3:COMM" leaves out: English, unknown, undetermined.
 [[nodiscard]] bool IsDefaultLanguage(std::string_view language);
 

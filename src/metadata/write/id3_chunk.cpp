@@ -1,0 +1,175 @@
+// The "id3 " chunk: an ID3v2.4 tag in UTF-8, not unsynchronised, of even size.
+//
+// The frames of the old tag come first and in their order: unchanged where the store still holds their key
+// and value, made anew where the value has changed, left out where the key is gone. Frames without a key are
+// taken over as they stand; those of iXML and XMP documents are left out, for a RIFF file has chunks of its
+// own for them and would read every document twice. Entries without an old frame follow.
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <tuple>
+
+#include "metadata/key_table.h"
+#include "metadata/read/id3_entries.h"
+#include "metadata/text.h"
+#include "metadata/write/build_chunks.h"
+#include "metadata/write/id3_frame_ids.h"
+#include "metadata/write/id3_old_frame.h"
+
+namespace vantor {
+
+namespace {
+
+using PendingEntries = std::map<std::string_view, std::string_view>;  // key, value
+
+struct NewEntry {
+    std::string_view base;  // the key without its running number
+    uint64_t number = 1;
+    std::string_view value;
+};
+
+PendingEntries Id3EntriesOf(const MetadataStore& store) {
+    PendingEntries entries;
+    store.ForEach([&](const MetadataEntry& entry) {
+        if (entry.key.starts_with(id3Prefix) && !entry.value.empty()) entries.emplace(entry.key, entry.value);
+    });
+    return entries;
+}
+
+std::string_view FrameIdOfKey(std::string_view key) {
+    key.remove_prefix(id3Prefix.size());
+    return key.substr(0, key.find(':'));
+}
+
+std::string_view QualifierOfKey(std::string_view key) {
+    key.remove_prefix(id3Prefix.size());
+    const size_t colon = key.find(':');
+    return colon == std::string_view::npos ? std::string_view{} : key.substr(colon + 1);
+}
+
+bool IsRunningNumber(std::string_view text) {
+    return text.size() >= 3 && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// A number counts frames of the key before it, when there is such a key or none of its frames has a
+// description that could end so.
+NewEntry SplitNumber(std::string_view key, std::string_view value, const MetadataStore& store) {
+    const size_t colon = key.rfind(':');
+    if (colon < id3Prefix.size() || !IsRunningNumber(key.substr(colon + 1))) return {key, 1, value};
+    const std::string_view base = key.substr(0, colon), id = FrameIdOfKey(key);
+    const bool isPlain = QualifierOfKey(base).empty() && id != "TXXX" && id != "WXXX" && id != "UFID";
+    if (!isPlain && !store.Has(base)) return {key, 1, value};
+    return {base, UnsignedDecimal(key.substr(colon + 1)), value};
+}
+
+// Two descriptors of one picture, wherever it lies.
+bool DescribesSamePicture(std::string_view left, std::string_view right) {
+    auto first = ParseDescriptor(left), second = ParseDescriptor(right);
+    if (!first || !second) return false;
+    first->offset = second->offset = 0;
+    return DescriptorText(*first) == DescriptorText(*second);
+}
+
+std::optional<std::vector<uint8_t>> ReadRange(FileReader* source, uint64_t offset, uint64_t length) {
+    if (!source || !source->IsOpen() || length > maxId3FrameBytes) return std::nullopt;
+    const auto fileBytes = static_cast<uint64_t>(source->Size());
+    if (offset > fileBytes || length > fileBytes - offset) return std::nullopt;
+    std::vector<uint8_t> bytes(static_cast<size_t>(length));
+    if (!source->Seek(static_cast<int64_t>(offset))) return std::nullopt;
+    if (!source->ReadExactly(bytes.data(), static_cast<int64_t>(length))) return std::nullopt;
+    return bytes;
+}
+
+class TagMerge {
+  public:
+    TagMerge(const MetadataStore& store, FileReader* source)
+        : store_(store), source_(source), pending_(Id3EntriesOf(store)) {}
+
+    void TakeOver(std::span<const uint8_t> oldTag);
+    void AppendNewEntries();
+    [[nodiscard]] const Id3Frames& Frames() const { return frames_; }
+
+  private:
+    void MergeEntry(const Id3FrameWalk& walk, const Id3Frame& frame, const Id3Entry& entry);
+    bool AppendEntry(std::string_view base, std::string_view value);
+    [[nodiscard]] bool HasSuccessor(std::string_view id) const;
+
+    const MetadataStore& store_;
+    FileReader* source_;
+    PendingEntries pending_;  // without a frame so far
+    Id3Frames frames_;
+};
+
+void TagMerge::TakeOver(std::span<const uint8_t> oldTag) {
+    Id3EntryWalk walk(oldTag, 0);
+    Id3Frame frame;
+    Id3Entry entry;
+    while (walk.Next(frame, entry)) {
+        if (entry.kind == Id3Entry::Kind::Value) MergeEntry(walk.Frames(), frame, entry);
+        if (entry.kind == Id3Entry::Kind::Foreign && !HasSuccessor(frame.id))
+            AppendOldFrame(frames_, walk.Frames(), frame);
+    }
+}
+
+// A text that could not be read, or has an id of version 2.2, gives way to the entry of its present id.
+bool TagMerge::HasSuccessor(std::string_view id) const {
+    if (!id.starts_with('T') || id == "TXXX") return false;
+    return store_.Has(std::string(id3Prefix).append(FrameId24(id)));
+}
+
+void TagMerge::MergeEntry(const Id3FrameWalk& walk, const Id3Frame& frame, const Id3Entry& entry) {
+    const auto found = pending_.find(entry.key);
+    if (found == pending_.end()) return;
+    const std::string_view value = found->second;
+    pending_.erase(found);
+    if (frame.id == "CHAP" && !store_.Has(id3ChapterKey)) return;
+    if (frame.id.size() == 3 && HasSuccessor(frame.id)) return;
+    const bool isUnchanged =
+        frame.id == "APIC" ? DescribesSamePicture(value, entry.value) : value == entry.value;
+    if (isUnchanged || !AppendEntry(entry.base, value)) AppendOldFrame(frames_, walk, frame);
+}
+
+bool TagMerge::AppendEntry(std::string_view base, std::string_view value) {
+    if (!IsPictureKey(base))
+        return AppendValueFrame(frames_, FrameIdOfKey(base), QualifierOfKey(base), value);
+    const auto descriptor = ParseDescriptor(value);
+    if (!descriptor) return false;
+    const auto picture = ReadRange(source_, descriptor->offset, descriptor->length);
+    return picture && AppendPictureFrame(frames_, *descriptor, *picture);
+}
+
+// In the order of their numbers, which is not that of their keys from 1000 on.
+void TagMerge::AppendNewEntries() {
+    std::vector<NewEntry> entries;
+    for (const auto& [key, value] : pending_)
+        entries.push_back(SplitNumber(key, value, store_));
+    std::stable_sort(entries.begin(), entries.end(), [](const NewEntry& left, const NewEntry& right) {
+        return std::tie(left.base, left.number) < std::tie(right.base, right.number);
+    });
+    for (const auto& entry : entries) {
+        const std::string_view id = FrameIdOfKey(entry.base);
+        if (id.size() != 3 || !HasSuccessor(id)) AppendEntry(entry.base, entry.value);
+    }
+}
+
+}  // namespace
+
+int BuildId3Chunk(ChunkImage& image, const MetadataStore& store, FileReader* source,
+                  const std::vector<uint8_t>& oldTag) {
+    TagMerge merge(store, source);
+    merge.TakeOver(oldTag);
+    merge.AppendNewEntries();
+    const Id3Frames& frames = merge.Frames();
+    if (frames.empty()) return 0;
+
+    // One zero of padding makes an odd tag even: readers differ on who owns the pad byte of a chunk.
+    std::vector<uint8_t> tag = {'I', 'D', '3', 4, 0, 0, 0, 0, 0, 0};
+    tag.insert(tag.end(), frames.begin(), frames.end());
+    tag.resize(tag.size() + tag.size() % 2);
+    WriteSyncsafe(&tag[6], static_cast<uint32_t>(tag.size() - id3HeaderBytes));
+    const size_t before = image.size();
+    AppendChunk(image, "id3 ", tag.data(), tag.size());
+    return static_cast<int>(image.size() - before);
+}
+
+}  // namespace vantor
