@@ -98,7 +98,7 @@ TEST(Id3Text, DecodesEveryEncoding) {
 TEST(Id3Text, JoinsTheTextsOfOneFrame) {
     EXPECT_EQ(TextOf("\3one\0two\0\0three\0"s), "one; two; three");
     EXPECT_EQ(TextOf("\1\xFE\xFF\0a\0\0\0b"s), "a; b");  // the second text follows the first one's mark
-    EXPECT_EQ(TextOf("\0one\0left over"s, 3), "one");
+    EXPECT_EQ(TextOf("\0one\0two"s, 3), "one; two");
 }
 
 TEST(Id3Reader, NamesGenres) {
@@ -163,11 +163,11 @@ TEST(Id3Reader, NumbersRepeatedFrames) {
     EXPECT_EQ(ReadTag(tag), expected);
 
     Id3TagWriter many(4);
-    for (int i = 0; i < 200000; ++i)
+    for (int i = 0; i < 50000; ++i)
         many.Text("TPE1", "x");
     auto entries = ReadTag(many.Tag());
-    EXPECT_EQ(entries.size(), 200000u);
-    EXPECT_EQ(entries.count("ID3:TPE1:999") + entries.count("ID3:TPE1:200000"), 2u);
+    EXPECT_EQ(entries.size(), 50000u);
+    EXPECT_EQ(entries.count("ID3:TPE1:999") + entries.count("ID3:TPE1:50000"), 2u);
 }
 
 TEST(Id3Reader, HandsDocumentsOn) {

@@ -33,31 +33,25 @@ Id3Entry ValueEntry(std::string key, std::string value) {
     return {Kind::Value, {}, std::move(key), std::move(value), {}};
 }
 
-// The texts at the cursor: all of a 2.4 frame, in older versions what stands before the first terminator.
-template <typename Convert>
-std::string FrameText(Id3TextCursor& cursor, int version, Convert convert) {
-    return version == 4 ? cursor.TakeAllTexts(convert) : convert(cursor.TakeText());
-}
-
 std::string Unchanged(std::string text) {
     return text;
 }
 
-Id3Entry ReadText(const Id3Frame& frame, int version) {
+Id3Entry ReadText(const Id3Frame& frame) {
     Id3TextCursor cursor(frame.data);
     if (!cursor.TakeEncoding()) return {};
     const bool isGenre = frame.id == "TCON";
-    return ValueEntry(KeyOf(frame.id), isGenre ? FrameText(cursor, version, GenreNames)
-                                               : FrameText(cursor, version, Unchanged));
+    return ValueEntry(KeyOf(frame.id),
+                      isGenre ? cursor.TakeAllTexts(GenreNames) : cursor.TakeAllTexts(Unchanged));
 }
 
 // TXXX: encoding, description and its terminator, text.
-Id3Entry ReadUserText(const Id3Frame& frame, int version) {
+Id3Entry ReadUserText(const Id3Frame& frame) {
     Id3TextCursor cursor(frame.data);
     if (!cursor.TakeEncoding()) return {};
     const auto description = cursor.TakeTerminatedText();
     if (!description) return {};
-    return ValueEntry(KeyOf(frame.id, *description), FrameText(cursor, version, Unchanged));
+    return ValueEntry(KeyOf(frame.id, *description), cursor.TakeAllTexts(Unchanged));
 }
 
 // WXXX: encoding, description and its terminator, URL.
@@ -115,7 +109,7 @@ Id3Entry ReadPrivate(const Id3Frame& frame) {
 std::string ChapterTitle(std::span<const uint8_t> frames, int version) {
     Id3FrameWalk walk(frames, version);
     for (Id3Frame frame; walk.Next(frame);)
-        if (frame.id == "TIT2") return ReadText(frame, version).value;
+        if (frame.id == "TIT2") return ReadText(frame).value;
     return {};
 }
 
@@ -158,8 +152,8 @@ bool Id3EntryWalk::Next(Id3Frame& frame, Id3Entry& entry) {
 
 Id3Entry Id3EntryWalk::Read(const Id3Frame& frame) {
     const std::string_view id = frame.id;
-    if (id == "TXXX") return ReadUserText(frame, frames_.Version());
-    if (id.starts_with('T')) return ReadText(frame, frames_.Version());
+    if (id == "TXXX") return ReadUserText(frame);
+    if (id.starts_with('T')) return ReadText(frame);
     if (id == "COMM" || id == "USLT") return ReadLanguageText(frame);
     if (id == "WXXX") return ReadUserUrl(frame);
     if (id == "UFID") return ReadIdentifier(frame);

@@ -2,7 +2,7 @@
 // The reader stores them; the builder asks the same walk which frames of an old tag the store stands for.
 //
 // Frame           Key                                        Value
-// T***            ID3:TIT2                                   text; several texts of a 2.4 frame joined by ";
+// T***            ID3:TIT2                                   text; several texts of a frame joined by ";
 // " TCON            ID3:TCON                                   genre names, joined by "; " TXXX
 // ID3:TXXX:description                       text WXXX            ID3:WXXX:description URL COMM, USLT
 // ID3:COMM                                   text, when the description is empty and the

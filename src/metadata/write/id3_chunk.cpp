@@ -143,8 +143,8 @@ void TagMerge::AppendNewEntries() {
     std::vector<NewEntry> entries;
     for (const auto& [key, value] : pending_)
         entries.push_back(SplitNumber(key, value, store_));
-    std::stable_sort(entries.begin(), entries.end(), [](const NewEntry& left, const NewEntry& right) {
-        return std::tie(left.base, left.number) < std::tie(right.base, right.number);
+    std::sort(entries.begin(), entries.end(), [](const NewEntry& left, const NewEntry& right) {
+        return std::tie(left.base, left.number, left.value) < std::tie(right.base, right.number, right.value);
     });
     for (const auto& entry : entries) {
         const std::string_view id = FrameIdOfKey(entry.base);

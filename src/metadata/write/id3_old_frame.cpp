@@ -48,7 +48,8 @@ std::optional<Content24> ConvertFlags(const Id3Frame& frame) {
     return content;
 }
 
-// Bytes of a chapter or table of contents before the frames inside it; nothing when it is malformed.
+// Bytes of a chapter or table of contents before the frames inside it; nothing when it is malformed or not
+// to be read.
 std::optional<size_t> BytesBeforeInnerFrames(const Id3Frame& frame) {
     Id3TextCursor cursor(frame.data);
     if (!cursor.TakePlainText()) return std::nullopt;
@@ -82,11 +83,13 @@ std::optional<Content24> ConvertInnerFrames(const Id3Frame& frame) {
     return content;
 }
 
-// Chapters do not hold chapters: such a frame inside one keeps its content as it is.
+// Chapters do not hold chapters: such a frame inside one keeps its content as it is, and so does one whose
+// inner frames cannot be found.
 bool Append23Frame(Id3Frames& frames, const Id3Frame& frame, bool isInner) {
     if (!IsFrameId(frame.id)) return false;
-    const bool convertsInside = !isInner && HoldsFrames(frame) && !frame.data.empty();
-    const auto content = convertsInside ? ConvertInnerFrames(frame) : ConvertFlags(frame);
+    std::optional<Content24> content;
+    if (!isInner && HoldsFrames(frame)) content = ConvertInnerFrames(frame);
+    if (!content) content = ConvertFlags(frame);
     // The status flags lie one bit lower in 2.4.
     return content && AppendId3Frame(frames, frame.id, content->body, static_cast<uint8_t>(frame.status >> 1),
                                      content->format);
