@@ -21,10 +21,12 @@ endfunction()
 
 # The plug-in itself: every floor, one exported symbol.
 function(vantor_module)
-    add_library(vantor_wave MODULE ${CMAKE_SOURCE_DIR}/cmake/module_anchor.cpp)
+    # The top floor goes in as sources: nothing refers to the entry, so the linker would leave it in its archive.
+    get_target_property(entrySources vantor_entry SOURCES)
+    add_library(vantor_wave MODULE ${entrySources})
     set_target_properties(vantor_wave PROPERTIES PREFIX "")
     target_compile_options(vantor_wave PRIVATE ${VANTOR_WARNINGS})
-    target_link_libraries(vantor_wave PRIVATE vantor_entry Threads::Threads)
+    target_link_libraries(vantor_wave PRIVATE vantor_source Threads::Threads)
     if(WIN32)
         target_link_options(vantor_wave PRIVATE ${CMAKE_SOURCE_DIR}/cmake/exports.def)
     else()
