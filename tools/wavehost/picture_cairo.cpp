@@ -8,6 +8,13 @@
 #include "output_file.h"
 #include "picture.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+// The font library keeps what it has found until the process ends.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig";
+}
+#endif
+
 namespace vantor::wavehost {
 
 namespace {
@@ -29,6 +36,11 @@ constexpr double smallestTickDistance = 84;
 struct FreeCairo {
     void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
     void operator()(cairo_t* canvas) const { cairo_destroy(canvas); }
+};
+
+struct PeakSpan {
+    double high;
+    double low;
 };
 
 // The drawing library refuses text that is not UTF-8; control characters have no picture either.
@@ -149,6 +161,7 @@ class Painter {
     }
 
     void LaneGround(int32_t channel);
+    [[nodiscard]] std::vector<PeakSpan> JoinedSpans(int32_t channel) const;
     void Wave(int32_t channel);
     void TimeAxis();
     void Region(const MarkerFact& region);
@@ -177,28 +190,40 @@ void Painter::LaneGround(int32_t channel) {
 // One outline: along the maxima and back along the minima, never thinner than a pixel.
 void Painter::Wave(int32_t channel) {
     if (picture_.columns < 1) return;
+    const std::vector<PeakSpan> spans = JoinedSpans(channel);
     const double middle = LaneMiddle(channel), reach = LaneReach();
-    const auto channels = static_cast<size_t>(picture_.channels);
-    const size_t minima = picture_.peaks.size() / 2;
     const auto yOf = [&](double sample) { return middle - std::clamp(sample, -1.0, 1.0) * reach; };
-    const auto at = [&](int32_t column) {
-        return static_cast<size_t>(column) * channels + static_cast<size_t>(channel);
-    };
     cairo_t* canvas = canvas_.get();
     cairo_new_path(canvas);
-    for (int32_t column = 0; column < picture_.columns; ++column) {
-        const double y = yOf(picture_.peaks[at(column)]) - 0.5;
-        cairo_line_to(canvas, PictureLayout::left + column, y);
-        cairo_line_to(canvas, PictureLayout::left + column + 1, y);
+    double x = PictureLayout::left;
+    for (const PeakSpan& span : spans) {
+        cairo_line_to(canvas, x, yOf(span.high) - 0.5);
+        cairo_line_to(canvas, ++x, yOf(span.high) - 0.5);
     }
-    for (int32_t column = picture_.columns - 1; column >= 0; --column) {
-        const double y = yOf(picture_.peaks[minima + at(column)]) + 0.5;
-        cairo_line_to(canvas, PictureLayout::left + column + 1, y);
-        cairo_line_to(canvas, PictureLayout::left + column, y);
+    for (auto span = spans.rbegin(); span != spans.rend(); ++span) {
+        cairo_line_to(canvas, x, yOf(span->low) + 0.5);
+        cairo_line_to(canvas, --x, yOf(span->low) + 0.5);
     }
     cairo_close_path(canvas);
     Use(waveColour);
     cairo_fill(canvas);
+}
+
+// The columns of one channel, each drawn out to where it meets the one before: between two columns the
+// waveform passes through every value.
+std::vector<PeakSpan> Painter::JoinedSpans(int32_t channel) const {
+    const size_t minima = picture_.peaks.size() / 2;
+    std::vector<PeakSpan> spans;
+    PeakSpan before{};
+    for (int32_t column = 0; column < picture_.columns; ++column) {
+        const size_t at = static_cast<size_t>(column) * static_cast<size_t>(picture_.channels) +
+                          static_cast<size_t>(channel);
+        const PeakSpan here{picture_.peaks[at], picture_.peaks[minima + at]};
+        if (column == 0) before = here;
+        spans.push_back({std::max(here.high, before.low), std::min(here.low, before.high)});
+        before = here;
+    }
+    return spans;
 }
 
 // The distance of two ticks: a round number of seconds, minutes or hours.

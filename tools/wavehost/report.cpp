@@ -72,9 +72,7 @@ void PrintSlices(const std::vector<SliceFact>& slices) {
 }
 
 void PrintFacts(const SourceFacts& facts) {
-    PrintLine(facts.file);
-    PrintLine(facts.type + ", " + NumberText(facts.sampleRate) + " Hz, " + std::to_string(facts.channels) +
-              " channels, " + std::to_string(facts.bitDepth) + " bits, " + TimeText(facts.lengthSeconds));
+    PrintLine(facts.file + " (" + facts.type + ", " + TimeText(facts.lengthSeconds) + ")");
     size_t start = 0;
     while (start < facts.infoText.size()) {
         const size_t end = std::min(facts.infoText.find('\n', start), facts.infoText.size());
@@ -82,9 +80,7 @@ void PrintFacts(const SourceFacts& facts) {
         PrintLine("  " + facts.infoText.substr(start, shown - start));
         start = end + 1;
     }
-    if (!facts.markers.empty()) PrintLine("Markers");
-    PrintMarkers(facts.markers);
-    if (!facts.slices.empty()) PrintLine("Slices");
+    if (!facts.slices.empty()) PrintLine("  Slices");
     PrintSlices(facts.slices);
 }
 

@@ -31,15 +31,28 @@ class SamplerateConverter final : public RateConverter {
         waiting_.reserve(waiting_.size() + samples);
         std::transform(input, input + samples, std::back_inserter(waiting_),
                        [](double sample) { return static_cast<float>(sample); });
+        taken_ += inputFrames;
+        if (last) outputFrames = PlayOut(outputFrames);
         made_.resize(std::max(made_.size(), static_cast<size_t>(outputFrames) * channels_));
 
-        const int32_t frames = Run(last, outputFrames);
+        const int32_t frames = Run(outputFrames);
         std::copy_n(made_.begin(), static_cast<size_t>(frames) * channels_, output);
+        given_ += frames;
         return frames;
     }
 
   private:
-    int32_t Run(bool last, int32_t outputFrames) {
+    // The library's own end of a stream may come a frame early: instead silence follows the input, and the
+    // output ends where the input did. Returns the output frames that are left, at most `outputFrames`.
+    int32_t PlayOut(int32_t outputFrames) {
+        const double left = std::ceil(static_cast<double>(taken_) * ratio_) - static_cast<double>(given_);
+        outputFrames = std::clamp(static_cast<int32_t>(std::min(left, 1e9)), 0, outputFrames);
+        const double silence = std::ceil(outputFrames / ratio_) + static_cast<double>(LookAheadFrames());
+        waiting_.resize(waiting_.size() + static_cast<size_t>(silence) * channels_);
+        return outputFrames;
+    }
+
+    int32_t Run(int32_t outputFrames) {
         size_t used = 0;
         int32_t frames = 0;
         while (frames < outputFrames) {
@@ -48,7 +61,6 @@ class SamplerateConverter final : public RateConverter {
             step.input_frames = static_cast<long>(waiting_.size() / channels_ - used);
             step.data_out = made_.data() + static_cast<size_t>(frames) * channels_;
             step.output_frames = outputFrames - frames;
-            step.end_of_input = last;
             step.src_ratio = ratio_;
             if (src_process(state_.get(), &step) != 0) break;
             if (step.input_frames_used == 0 && step.output_frames_gen == 0) break;
@@ -59,6 +71,8 @@ class SamplerateConverter final : public RateConverter {
         return frames;
     }
 
+    int64_t taken_ = 0;  // input frames
+    int64_t given_ = 0;  // output frames
     std::unique_ptr<SRC_STATE, FreeState> state_;
     size_t channels_;
     double ratio_;
