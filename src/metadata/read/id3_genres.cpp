@@ -241,7 +241,8 @@ std::string GenreNames(std::string_view contentType) {
 }
 
 std::string ContentTypeOfNames(std::string_view names) {
-    return names.starts_with('(') ? "(" + std::string(names) : std::string(names);
+    std::string contentType(names.starts_with('(') ? 1 : 0, '(');
+    return contentType.append(names);
 }
 
 }  // namespace vantor

@@ -165,7 +165,7 @@ int BuildId3Chunk(ChunkImage& image, const MetadataStore& store, FileReader* sou
     // One zero of padding makes an odd tag even: readers differ on who owns the pad byte of a chunk.
     std::vector<uint8_t> tag = {'I', 'D', '3', 4, 0, 0, 0, 0, 0, 0};
     tag.insert(tag.end(), frames.begin(), frames.end());
-    tag.resize(tag.size() + tag.size() % 2);
+    if (tag.size() % 2 != 0) tag.push_back(0);
     WriteSyncsafe(&tag[6], static_cast<uint32_t>(tag.size() - id3HeaderBytes));
     const size_t before = image.size();
     AppendChunk(image, "id3 ", tag.data(), tag.size());
