@@ -21,37 +21,45 @@ constexpr std::array<int32_t, lastIndex + 1> steps = {
 
 constexpr std::array<int32_t, 8> indexChanges = {-1, -1, -1, -1, 2, 4, 6, 8};
 
-// What a code does at an index, for every pair of them: the row of an index is its sixteen codes. A packed
-// entry holds the change of the sample above `rowBits` bits, and below them the first entry of the next
-// index's row.
-constexpr int rowBits = 11;
-constexpr uint32_t rowMask = (1u << rowBits) - 1;
-static_assert(lastIndex * 16 <= rowMask);
-
 // The multiplication, not the sum of shifted steps: for some codes the two round differently.
 constexpr int32_t Change(int32_t step, int32_t code) {
     const int32_t magnitude = step * (code & 7) / 4 + step / 8;
     return code & 8 ? -magnitude : magnitude;
 }
 
-constexpr auto transitions = [] {
-    std::array<int32_t, (lastIndex + 1) * 16> table{};
+// What a code does at an index, for every pair of them; the row of an index is its sixteen codes.
+struct Transitions {
+    std::array<int32_t, (lastIndex + 1) * 16> change;    // of the sample
+    std::array<uint16_t, (lastIndex + 1) * 16> nextRow;  // first entry of the next index's row
+};
+
+constexpr Transitions transitions = [] {
+    Transitions table{};
     for (int32_t index = 0; index <= lastIndex; ++index)
         for (int32_t code = 0; code < 16; ++code) {
-            const int32_t change = Change(steps[static_cast<size_t>(index)], code);
+            const auto entry = static_cast<size_t>(index * 16 + code);
             const int32_t next =
                 std::clamp(index + indexChanges[static_cast<size_t>(code & 7)], 0, lastIndex);
-            table[static_cast<size_t>(index * 16 + code)] = change * (1 << rowBits) + next * 16;
+            table.change[entry] = Change(steps[static_cast<size_t>(index)], code);
+            table.nextRow[entry] = static_cast<uint16_t>(next * 16);
         }
     return table;
 }();
 
-inline int16_t Step(AdpcmChannel& channel, uint32_t code) {
-    const int32_t transition = transitions[channel.row + code];
-    channel.sample1 = std::clamp(channel.sample1 + (transition >> rowBits), -32768, 32767);
-    channel.row = static_cast<uint32_t>(transition) & rowMask;
-    return static_cast<int16_t>(channel.sample1);
-}
+// What decoding carries from a code to the next: few enough words to stay in registers.
+struct Lane {
+    int32_t sample = 0;
+    uint32_t row = 0;
+
+    int16_t Step(uint32_t code) {
+        const uint32_t entry = row + code;
+        row = transitions.nextRow[entry];
+        sample += transitions.change[entry];
+        if (sample != static_cast<int16_t>(sample)) [[unlikely]]
+            sample = sample < 0 ? -32768 : 32767;
+        return static_cast<int16_t>(sample);
+    }
+};
 
 // `bits` a code; a 2-bit code is the sign and the highest bit of a 4-bit one.
 template <int bits>
@@ -59,32 +67,46 @@ inline uint32_t Code(uint32_t group, int place) {
     return (group >> (bits * place) & ((1u << bits) - 1)) << (4 - bits);
 }
 
-// Decodes `lanes` neighbouring channels side by side: their chains of dependent steps overlap in time.
-template <int bits, int lanes>
-void DecodeLanes(int32_t channelCount, const uint8_t* groups, int64_t count, AdpcmChannel* channels,
-                 int16_t* frames) {
-    std::array<AdpcmChannel, lanes> state;
-    std::copy_n(channels, lanes, state.begin());
+template <int bits>
+void DecodeOne(int32_t channelCount, const uint8_t* groups, int64_t count, AdpcmChannel& channel,
+               int16_t* frames) {
+    Lane lane{channel.sample1, channel.row};
     for (int64_t round = 0; round < count; ++round) {
-        std::array<uint32_t, lanes> words;
-        for (size_t lane = 0; lane < lanes; ++lane)
-            words[lane] = ReadLe32(groups + 4 * lane);
-        for (int place = 0; place < 32 / bits; ++place) {
-            for (size_t lane = 0; lane < lanes; ++lane)
-                frames[lane] = Step(state[lane], Code<bits>(words[lane], place));
-            frames += channelCount;
-        }
-        groups += int64_t{4} * channelCount;
+        const uint32_t group = ReadLe32(groups + round * 4 * channelCount);
+#pragma GCC unroll 16
+        for (int place = 0; place < 32 / bits; ++place, frames += channelCount)
+            *frames = lane.Step(Code<bits>(group, place));
     }
-    std::copy_n(state.begin(), lanes, channels);
+    channel.sample1 = lane.sample;
+    channel.row = lane.row;
+}
+
+// Two channels side by side: their chains of dependent steps overlap in time.
+template <int bits>
+void DecodeStereo(const uint8_t* groups, int64_t count, AdpcmChannel* channels, int16_t* frames) {
+    Lane left{channels[0].sample1, channels[0].row};
+    Lane right{channels[1].sample1, channels[1].row};
+    for (int64_t round = 0; round < count; ++round) {
+        const uint32_t leftGroup = ReadLe32(groups + round * 8);
+        const uint32_t rightGroup = ReadLe32(groups + round * 8 + 4);
+#pragma GCC unroll 16
+        for (int place = 0; place < 32 / bits; ++place, frames += 2) {
+            frames[0] = left.Step(Code<bits>(leftGroup, place));
+            frames[1] = right.Step(Code<bits>(rightGroup, place));
+        }
+    }
+    channels[0].sample1 = left.sample;
+    channels[0].row = left.row;
+    channels[1].sample1 = right.sample;
+    channels[1].row = right.row;
 }
 
 template <int bits>
 void DecodeGroups(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
                   int16_t* frames) {
-    if (channelCount == 2) return DecodeLanes<bits, 2>(2, rounds, count, channels, frames);
+    if (channelCount == 2) return DecodeStereo<bits>(rounds, count, channels, frames);
     for (int32_t i = 0; i < channelCount; ++i)
-        DecodeLanes<bits, 1>(channelCount, rounds + int64_t{4} * i, count, channels + i, frames + i);
+        DecodeOne<bits>(channelCount, rounds + int64_t{4} * i, count, channels[i], frames + i);
 }
 
 }  // namespace

@@ -8,47 +8,78 @@ namespace vantor {
 
 namespace {
 
-constexpr std::array<int32_t, 16> adaptation = {230, 230, 230, 230, 307, 409, 512, 614,
+constexpr std::array<int64_t, 16> adaptation = {230, 230, 230, 230, 307, 409, 512, 614,
                                                 768, 614, 512, 409, 307, 230, 230, 230};
-constexpr int32_t minDelta = 16;
+constexpr std::array<int64_t, 16> signedCodes = {0, 1, 2, 3, 4, 5, 6, 7, -8, -7, -6, -5, -4, -3, -2, -1};
+constexpr int64_t minDelta = 16;
 // Far beyond any sample; keeps a hostile block, which can triple delta with every code, inside 32 bits.
-constexpr int32_t maxDelta = 0x7FFFFFFF / 768;
+constexpr int64_t maxDelta = 0x7FFFFFFF / 768;
 
-inline int16_t Step(AdpcmChannel& channel, uint32_t code) {
-    const int64_t weighted =
-        int64_t{channel.sample1} * channel.coefficient1 + int64_t{channel.sample2} * channel.coefficient2;
-    const int32_t signedCode = static_cast<int32_t>(code ^ 8) - 8;
-    const auto prediction = static_cast<int32_t>(weighted / 256);  // truncates, on purpose: no floor shift
-    const int32_t sample = std::clamp(prediction + signedCode * channel.delta, -32768, 32767);
-    channel.delta = std::clamp(adaptation[code] * channel.delta / 256, minDelta, maxDelta);
-    channel.sample2 = channel.sample1;
-    channel.sample1 = sample;
-    return static_cast<int16_t>(sample);
-}
+// What decoding carries from a code to the next: copies in full words, which stay in registers.
+struct Lane {
+    explicit Lane(const AdpcmChannel& channel)
+        : sample1(channel.sample1),
+          sample2(channel.sample2),
+          coefficient1(channel.coefficient1),
+          coefficient2(channel.coefficient2),
+          delta(channel.delta) {}
 
-inline uint32_t Nibble(const uint8_t* bytes, int64_t place) {
-    const uint32_t byte = bytes[place / 2];
-    return place % 2 ? byte & 15 : byte >> 4;
-}
-
-// Decodes `lanes` neighbouring channels side by side: their chains of dependent steps overlap in time.
-template <int lanes>
-void DecodeLanes(int32_t channelCount, int32_t first, const uint8_t* rounds, int64_t count,
-                 AdpcmChannel* channels, int16_t* frames) {
-    std::array<AdpcmChannel, lanes> state;
-    std::copy_n(channels + first, lanes, state.begin());
-    frames += first;
-    for (int64_t round = 0; round < count; ++round) {
-        for (int32_t frame = 0; frame < 2; ++frame) {
-            for (int32_t lane = 0; lane < lanes; ++lane) {
-                const uint32_t code = Nibble(rounds, int64_t{frame} * channelCount + first + lane);
-                frames[lane] = Step(state[static_cast<size_t>(lane)], code);
-            }
-            frames += channelCount;
-        }
-        rounds += channelCount;
+    void Store(AdpcmChannel& channel) const {
+        channel.sample1 = static_cast<int32_t>(sample1);
+        channel.sample2 = static_cast<int32_t>(sample2);
+        channel.delta = static_cast<int32_t>(delta);
     }
-    std::copy_n(state.begin(), lanes, channels + first);
+
+    int16_t Step(uint32_t code) {
+        const int64_t prediction = (sample1 * coefficient1 + sample2 * coefficient2) / 256;  // truncates
+        int64_t sample = prediction + signedCodes[code] * delta;
+        if (sample != static_cast<int16_t>(sample)) [[unlikely]]
+            sample = sample < 0 ? -32768 : 32767;
+        // A shift and a truncating division differ below zero only, where the least value wins over both.
+        delta = std::clamp(adaptation[code] * delta >> 8, minDelta, maxDelta);
+        sample2 = sample1;
+        sample1 = sample;
+        return static_cast<int16_t>(sample);
+    }
+
+    int64_t sample1;
+    int64_t sample2;
+    int64_t coefficient1;
+    int64_t coefficient2;
+    int64_t delta;
+};
+
+void DecodeMono(const uint8_t* codes, int64_t count, AdpcmChannel& channel, int16_t* frames) {
+    Lane lane(channel);
+    for (int64_t i = 0; i < count; ++i) {
+        frames[2 * i] = lane.Step(codes[i] >> 4);
+        frames[2 * i + 1] = lane.Step(codes[i] & 15);
+    }
+    lane.Store(channel);
+}
+
+// Two channels side by side: their chains of dependent steps overlap in time.
+void DecodeStereo(const uint8_t* codes, int64_t frameCount, AdpcmChannel* channels, int16_t* frames) {
+    Lane left(channels[0]);
+    Lane right(channels[1]);
+    for (int64_t i = 0; i < frameCount; ++i) {
+        frames[2 * i] = left.Step(codes[i] >> 4);
+        frames[2 * i + 1] = right.Step(codes[i] & 15);
+    }
+    left.Store(channels[0]);
+    right.Store(channels[1]);
+}
+
+// The codes of a channel of many lie `channelCount` nibbles apart.
+void DecodeOneOfMany(int32_t channelCount, int32_t place, const uint8_t* codes, int64_t frameCount,
+                     AdpcmChannel& channel, int16_t* frames) {
+    Lane lane(channel);
+    for (int64_t i = 0; i < frameCount; ++i) {
+        const int64_t nibble = i * channelCount + place;
+        const uint32_t byte = codes[nibble / 2];
+        frames[nibble] = lane.Step(nibble % 2 ? byte & 15 : byte >> 4);
+    }
+    lane.Store(channel);
 }
 
 }  // namespace
@@ -76,9 +107,10 @@ bool DecodeMsHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChanne
 
 void DecodeMsRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
                     int16_t* frames) {
-    if (channelCount == 2) return DecodeLanes<2>(2, 0, rounds, count, channels, frames);
+    if (channelCount == 1) return DecodeMono(rounds, count, channels[0], frames);
+    if (channelCount == 2) return DecodeStereo(rounds, 2 * count, channels, frames);
     for (int32_t i = 0; i < channelCount; ++i)
-        DecodeLanes<1>(channelCount, i, rounds, count, channels, frames);
+        DecodeOneOfMany(channelCount, i, rounds, 2 * count, channels[i], frames);
 }
 
 }  // namespace vantor
