@@ -18,6 +18,24 @@ uint64_t SizeField(const uint8_t* bytes, const ChunkFraming& framing) {
     return framing.bigEndian ? ReadBe32(bytes) : ReadLe32(bytes);
 }
 
+bool IsZero(uint8_t byte) {
+    return byte == 0;
+}
+
+// Steps over headers of nothing but zeros, which are empty chunks, many at a time: some writers leave large
+// files full of them.
+bool SkipZeroHeaders(FileReader& reader, size_t headerBytes) {
+    uint8_t block[6144];  // whole headers of 8 and of 12 bytes
+    const auto wanted = static_cast<int64_t>(sizeof block);
+    for (;;) {
+        const int64_t start = reader.Tell();
+        const int64_t count = reader.Read(block, wanted);
+        const auto zeros = static_cast<size_t>(std::find_if_not(block, block + count, IsZero) - block);
+        if (count == wanted && zeros == sizeof block) continue;
+        return reader.Seek(start + static_cast<int64_t>(zeros / headerBytes * headerBytes));
+    }
+}
+
 }  // namespace
 
 bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chunk) {
@@ -40,6 +58,9 @@ int64_t NextChunkPosition(const ChunkFraming& framing, const Chunk& chunk) {
 }
 
 bool SeekPastChunk(FileReader& reader, const ChunkFraming& framing, const Chunk& chunk) {
+    const size_t headerBytes = framing.idBytes + framing.sizeBytes;
+    if (chunk.bodyBytes == 0 && std::all_of(chunk.header.data(), chunk.header.data() + headerBytes, IsZero))
+        return SkipZeroHeaders(reader, headerBytes);
     return reader.Seek(NextChunkPosition(framing, chunk));
 }
 

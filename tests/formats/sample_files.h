@@ -1,0 +1,18 @@
+// One file of every container with every chunk that its walk knows: for cutting and damaging.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/support/byte_writer.h"
+
+namespace vantor::test {
+
+struct SampleFile {
+    std::string name;
+    Bytes bytes;
+};
+
+std::vector<SampleFile> SampleFiles();
+
+}  // namespace vantor::test
