@@ -45,7 +45,7 @@ class FakeHost {
     size_t peakFilesAsked = 0;
     std::string lastPeakFile;     // argument of the last "PeakGet_Create"
     intptr_t lastPeakExtra = -1;  // and its extra argument
-    int32_t lastBuildIsFloat = -1;
+    std::atomic<int32_t> lastBuildIsFloat = -1;
     std::string localizePrefix;  // put in front of every text
     std::vector<std::string> localized;
     std::mutex lock;  // for the texts above
