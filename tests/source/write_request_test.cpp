@@ -108,7 +108,8 @@ TEST_F(WriteRequest, NeverCopiesAFileOverItself) {
     EXPECT_EQ(Write(*source, folder.Path("./self.wav"), {{"TITLE", "x"}}, copyOnly), 0);
     std::error_code noLinks;
     std::filesystem::create_hard_link(path, target, noLinks);
-    if (!noLinks) EXPECT_EQ(Write(*source, target, {{"TITLE", "x"}}, copyOnly), 0);
+    if (noLinks) target = path;
+    EXPECT_EQ(Write(*source, target, {{"TITLE", "x"}}, copyOnly), 0);
     EXPECT_EQ(ReadWholeFile(path), before);
 }
 
