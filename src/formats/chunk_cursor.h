@@ -55,7 +55,7 @@ struct BodyReader {
     FileReader& reader;
     uint64_t remaining;
 
-    // False, with nothing read, when the body or the file does not hold `count` bytes more.
+    // False when the body or the file does not hold `count` bytes more.
     [[nodiscard]] bool Read(uint8_t* destination, uint64_t count);
     [[nodiscard]] bool Skip(uint64_t count);
 };

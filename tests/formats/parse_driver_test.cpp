@@ -1,0 +1,79 @@
+#include <gtest/gtest.h>
+
+#include "host/host_services.h"
+#include "tests/formats/parse_fixture.h"
+#include "tests/support/scripted_file_system.h"
+
+namespace vantor::test {
+namespace {
+
+const Bytes playable =
+    RiffFile(ByteWriter().Chunk("fmt ", FmtBody(1, 2, 44100, 16)).Chunk("data", ByteWriter().Zeros(40)));
+
+int Parse(AudioFormat& format, const std::string& path) {
+    FileReader reader(path, smallReader);
+    return ParseAudioFormat(format, reader);
+}
+
+TEST(ParseDriver, AFileThatHasNotChangedIsNotReadAgain) {
+    const TempFolder folder;
+    const auto path = folder.Write("file", playable);
+    AudioFormat format;
+    ASSERT_EQ(Parse(format, path), 0);
+    format.metadata.Set("still", "here");
+    format.errorMessage = "stale";
+    EXPECT_EQ(Parse(format, path), 0);
+    EXPECT_TRUE(format.metadata.Has("still"));
+    EXPECT_FALSE(format.errorMessage);
+    folder.Write("file", ByteWriter().Add(playable).Zeros(8));
+    EXPECT_EQ(Parse(format, path), 0);
+    EXPECT_FALSE(format.metadata.Has("still"));
+}
+
+TEST(ParseDriver, AFailedParseIsTriedAgainAndLeavesNothingBehind) {
+    const TempFolder folder;
+    const auto path = folder.Write("file", playable);
+    AudioFormat format;
+    ASSERT_EQ(Parse(format, path), 0);
+    folder.Write("file", ByteWriter().Text("no audio here"));
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        EXPECT_EQ(Parse(format, path), 1);
+        EXPECT_EQ(format.errorMessage, "Unknown file header");
+        EXPECT_EQ(format.fileKind, kindUnknown);
+        EXPECT_EQ(format.lengthFrames, 0);
+    }
+}
+
+TEST(ParseDriver, AFileBeingWrittenIsMarkedWhenItEndsEarly) {
+    ScriptedFileSystem files;
+    const platform::ScopedFileSystem scope(files);
+    const TempFolder folder;
+    const auto growing = [&](uint32_t sizeField) {
+        const auto path = folder.Write(
+            "file",
+            RiffFile(
+                ByteWriter().Chunk("fmt ", FmtBody(1, 2, 44100, 16)).Text("data").Le32(sizeField).Zeros(40)));
+        files.FailAt(Operation::open, 0, Fault::sharingViolation);
+        AudioFormat format;
+        EXPECT_EQ(Parse(format, path), 0);
+        EXPECT_EQ(format.lengthFrames, 10);
+        return format.lengthCutWhileGrowing;
+    };
+    EXPECT_TRUE(growing(4000));
+    EXPECT_TRUE(growing(0));
+    EXPECT_FALSE(growing(40));
+}
+
+TEST(ParseDriver, MessagesAreLocalised) {
+    const auto previous = Services().localize;
+    Services().localize = [](const char* text, const char* section, int32_t flags) -> const char* {
+        const bool asAgreed =
+            std::string_view(text) == "Unknown file header" && std::string_view(section) == "wave";
+        return asAgreed && flags == 0 ? "translated" : "wrong key";
+    };
+    EXPECT_EQ(ParseBytes({})->Message(), "translated");
+    Services().localize = previous;
+}
+
+}  // namespace
+}  // namespace vantor::test
