@@ -30,7 +30,8 @@ bool ReadBlock(PCM_source& source, DecodedFile& file, int blockFrames) {
 
 DecodedFile DecodeByModule(const std::string& path, int blockFrames) {
     DecodedFile file;
-    const HostPtr<PCM_source> source(CreateWaveSource(path.c_str(), nullptr));
+    bool isMpegInWave = false;
+    const HostPtr<PCM_source> source(CreateWaveSource(path.c_str(), &isMpegInWave));
     if (!source || !source->IsOnline()) return file;
     file.opened = true;
     file.channels = source->ChannelCount();
