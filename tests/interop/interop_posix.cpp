@@ -70,9 +70,8 @@ const int byteOrders[] = {SF_ENDIAN_FILE, SF_ENDIAN_LITTLE, SF_ENDIAN_BIG};
 bool IsReadable(const Container& container, const Coding& coding, int byteOrder) {
     const bool isRiffLike = container.format == SF_FORMAT_WAV || container.format == SF_FORMAT_WAVEX ||
                             container.format == SF_FORMAT_RF64 || container.format == SF_FORMAT_W64;
-    if (isRiffLike)
-        return byteOrder != SF_ENDIAN_BIG &&
-               (container.format != SF_FORMAT_WAVEX || coding.format != SF_FORMAT_ULAW);
+    const bool isExtensible = container.format == SF_FORMAT_WAVEX || container.format == SF_FORMAT_RF64;
+    if (isRiffLike) return byteOrder != SF_ENDIAN_BIG && (!isExtensible || coding.format != SF_FORMAT_ULAW);
     if (container.format == SF_FORMAT_SVX) return coding.format == SF_FORMAT_PCM_S8;
     // libsndfile marks little-endian AIFC of 24 and 32 bits with names ("42n1", "23ni") that are not among
     // those known.
