@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "commands/commands.h"
@@ -58,6 +59,11 @@ int64_t Play(PCM_source& source, const Plan& plan, WavWriter& writer, Progress& 
     return done;
 }
 
+void ReportSpeed(const std::string& file, int64_t frames, double sampleRate, double seconds) {
+    std::fprintf(stderr, "%s: %lld frames in %.3f s, %.0f times real time\n", file.c_str(),
+                 static_cast<long long>(frames), seconds, static_cast<double>(frames) / sampleRate / seconds);
+}
+
 int Render(const Module& module, const RenderOptions& options) {
     Host().readMode = playingReads;
     const HostPtr<PCM_source> source = OpenSource(module, options.file);
@@ -67,6 +73,7 @@ int Render(const Module& module, const RenderOptions& options) {
     const WavLayout layout{options.format, plan.channels, static_cast<uint32_t>(std::lround(plan.sampleRate)),
                            options.raw};
     int64_t done = 0;
+    const auto started = std::chrono::steady_clock::now();
     const int status = ForFile(options.output, [&] {
         WavWriter writer(options.output, layout, plan.totalFrames);
         {
@@ -76,6 +83,8 @@ int Render(const Module& module, const RenderOptions& options) {
         writer.Finish();
         return exitDone;
     });
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
+    if (status == exitDone) ReportSpeed(options.file, done, plan.sampleRate, std::max(taken.count(), 1e-6));
     if (options.stats) ReportStatistics();
     if (status == exitDone && done < plan.totalFrames)
         throw Failure("ended after " + std::to_string(done) + " of " + std::to_string(plan.totalFrames) +

@@ -1,0 +1,78 @@
+#include "tests/wavehost/run_wavehost.h"
+
+#include <cstdlib>
+
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#endif
+
+namespace vantor::test {
+
+namespace {
+
+#if defined(_WIN32)
+constexpr const char* executable = "/wavehost.exe";
+// The shell takes the outermost quotes away.
+int Shell(const std::string& command) {
+    return std::system(('"' + command + '"').c_str());
+}
+std::string Quoted(const std::string& argument) {
+    return '"' + argument + '"';
+}
+#else
+constexpr const char* executable = "/wavehost";
+int Shell(const std::string& command) {
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+std::string Quoted(const std::string& argument) {
+    std::string quoted = "'";
+    for (const char c : argument)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+#endif
+
+std::string TextOfFile(const std::string& path) {
+    const Bytes bytes = ReadWholeFile(path);
+    return {bytes.begin(), bytes.end()};
+}
+
+}  // namespace
+
+HostRun RunWavehost(const std::vector<std::string>& arguments) {
+    const TempFolder folder;
+    std::filesystem::path program(std::string(VANTOR_BUILD_DIR) + executable);
+    std::string command = Quoted(program.make_preferred().string());
+    for (const std::string& argument : arguments)
+        command += " " + Quoted(argument);
+    const std::string out = folder.Path("out"), err = folder.Path("err");
+    const int exitCode = Shell(command + " >" + Quoted(out) + " 2>" + Quoted(err));
+    return {exitCode, TextOfFile(out), TextOfFile(err)};
+}
+
+int16_t PatternSample(int64_t frame, int channel) {
+    return static_cast<int16_t>((frame * 7919 + channel * 12007) % 65536 - 32768);
+}
+
+Bytes PatternData(int frames, int channels) {
+    ByteWriter data;
+    for (int frame = 0; frame < frames; ++frame)
+        for (int channel = 0; channel < channels; ++channel)
+            data.Le16(static_cast<uint16_t>(PatternSample(frame, channel)));
+    return data;
+}
+
+Bytes PatternWav(int frames, int channels, const Bytes& chunks) {
+    return RiffFile(ByteWriter()
+                        .Chunk("fmt ", FmtBody(1, static_cast<uint16_t>(channels), 48000, 16))
+                        .Chunk("data", PatternData(frames, channels))
+                        .Add(chunks));
+}
+
+Bytes InfoChunk(std::string_view id, std::string_view text) {
+    const ByteWriter item = ByteWriter().Text("INFO").Chunk(id, ByteWriter().Text(text).U8(0));
+    return ByteWriter().Chunk("LIST", item);
+}
+
+}  // namespace vantor::test

@@ -1,0 +1,27 @@
+// Starts the reference host as a person does, and the files that it is given.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/support/byte_writer.h"
+#include "tests/support/temp_file.h"
+
+namespace vantor::test {
+
+struct HostRun {
+    int exitCode;
+    std::string out;  // standard output, byte for byte
+    std::string err;
+};
+HostRun RunWavehost(const std::vector<std::string>& arguments);
+
+// 16-bit samples that differ in every frame and channel.
+int16_t PatternSample(int64_t frame, int channel);
+Bytes PatternData(int frames, int channels);
+// A WAV file of those samples; `chunks` stand behind the data.
+Bytes PatternWav(int frames, int channels, const Bytes& chunks = {});
+// A LIST chunk of type INFO with one item.
+Bytes InfoChunk(std::string_view id, std::string_view text);
+
+}  // namespace vantor::test
