@@ -145,7 +145,9 @@ bool IsDefaultLanguage(std::string_view language) {
 
 bool Id3EntryWalk::Next(Id3Frame& frame, Id3Entry& entry) {
     if (!frames_.Next(frame)) return false;
-    entry = frame.data.empty() || !IsFrameId(frame.id) ? Id3Entry{} : Read(frame);
+    const bool isReadable =
+        !frame.data.empty() && IsFrameId(frame.id) && lastNumbers_.size() < mostId3Entries;
+    entry = isReadable ? Read(frame) : Id3Entry{};
     if (entry.kind == Kind::Value) Number(entry);
     return true;
 }

@@ -18,7 +18,7 @@
 //
 // The first frame of a key has the plain key. Later ones have a colon and a running number from 002 on, at
 // least three digits. All other frames, and those compressed, encrypted or unsynchronised on their own, have
-// no key.
+// no key, nor has any behind the first 65,536 entries.
 #pragma once
 
 #include <cstddef>
@@ -35,6 +35,9 @@ namespace vantor {
 inline constexpr std::string_view id3Prefix = "ID3:";
 inline constexpr std::string_view id3ChapterKey = "ID3:CHAP";
 inline constexpr std::string_view id3BinaryData = "[Binary data]";
+
+// Of one tag: far more than any tag in use has, and little enough for a tag made of nothing but tiny frames.
+inline constexpr size_t mostId3Entries = 65536;
 
 struct Id3Entry {
     enum class Kind {
