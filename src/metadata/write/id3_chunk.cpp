@@ -106,12 +106,13 @@ void TagMerge::TakeOver(std::span<const uint8_t> oldTag) {
     Id3Entry entry;
     while (walk.Next(frame, entry)) {
         if (entry.kind == Id3Entry::Kind::Value) MergeEntry(walk.Frames(), frame, entry);
-        if (entry.kind == Id3Entry::Kind::Foreign && !HasSuccessor(frame.id))
+        if (entry.kind == Id3Entry::Kind::Foreign && !(frame.data.empty() && HasSuccessor(frame.id)))
             AppendOldFrame(frames_, walk.Frames(), frame);
     }
 }
 
-// A text that could not be read, or has an id of version 2.2, gives way to the entry of its present id.
+// A compressed or encrypted text, or one that has an id of version 2.2, gives way to the entry of its present
+// id.
 bool TagMerge::HasSuccessor(std::string_view id) const {
     if (!id.starts_with('T') || id == "TXXX") return false;
     return store_.Has(std::string(id3Prefix).append(FrameId24(id)));
