@@ -156,11 +156,13 @@ std::shared_ptr<AudioFormat> FreshFormat(SharedFileState& state, const void* sou
     return format;
 }
 
+// The file that is to be written is forgotten before, since a handle of ours that shares reading alone would
+// keep the writer out, and after, since a reader may have opened it meanwhile.
 bool UpdateInPlace(const std::string& fileName, std::unique_ptr<FileReader> file, const ChunkImages& images,
                    bool isRf64) {
     ChunkImage image = images.main;
     image.insert(image.end(), images.tail.begin(), images.tail.end());
-    ForgetFile(fileName.c_str());  // a handle that shares reading alone would keep us out
+    ForgetFile(fileName.c_str());
     const bool updated = RewriteInPlace(fileName, std::move(file), image, isRf64, images.hasAcid);
     ForgetFile(fileName.c_str());
     return updated;
@@ -169,6 +171,7 @@ bool UpdateInPlace(const std::string& fileName, std::unique_ptr<FileReader> file
 bool WriteToTarget(const std::string& fileName, const std::string& target, const ChunkImages& images,
                    int32_t fileKind) {
     if (IsSameFile(fileName, target)) return false;
+    ForgetFile(target.c_str());
     FileReader file(fileName, rewriteReading);
     const bool written =
         file.IsOpen() && WriteCopy(file, target, images.main, images.tail, fileKind, images.hasAcid);

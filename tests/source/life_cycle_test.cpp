@@ -124,6 +124,7 @@ TEST_F(LifeCycle, BrokenFileTellsWhyAndPlaysOnceItIsMended) {
     char text[64];
     EXPECT_EQ(source->ExtendedCall(0x10014, text, reinterpret_cast<void*>(sizeof text), nullptr), 1);
     EXPECT_STREQ(text, "Unknown file header");
+    source->SetOnline(false);  // lets go of the file
     WriteWholeFile(path, MonoFile(Ramp(10)));
     source->SetOnline(true);
     EXPECT_TRUE(source->IsOnline());
