@@ -53,24 +53,23 @@ TEST(WavehostInfo, TellsOfEveryFileAsJson) {
 
 TEST(WavehostState, RestoresASliceFromWhereverItsFileIs) {
     const TempFolder folder;
-    fs::create_directory(folder.Path("it's a loop"));
-    const std::string file = folder.Write("it's a loop/loop.wav", SlicedLoop());
+    fs::create_directories(folder.Path("project/it's a loop"));
+    const std::string file = folder.Write("project/it's a loop/loop.wav", SlicedLoop());
     const Json slices = Json::parse(RunWavehost({"slices", "--json", file}).out);
     ASSERT_EQ(slices.size(), 2u);
     EXPECT_EQ(slices[1], Json({{"index", 1}, {"start_seconds", 0.5}, {"position_beats", 1.0}}));
 
-    const std::string state = folder.Path("state.txt");
+    const std::string state = folder.Path("project/state.txt");
     ASSERT_EQ(RunWavehost({"state", file, "--slice", "1", "-o", state}).exitCode, 0);
     EXPECT_EQ(RunWavehost({"state", file, "--slice", "2"}).exitCode, 1);
-    const TempFolder moved;
-    fs::copy(folder.Path(""), moved.Path(""), fs::copy_options::recursive);
-    const HostRun restored = RunWavehost({"restore", moved.Path("state.txt"), "--json"});
+    fs::rename(folder.Path("project"), folder.Path("moved"));
+    const HostRun restored = RunWavehost({"restore", folder.Path("moved/state.txt"), "--json"});
     ASSERT_EQ(restored.exitCode, 0) << restored.err;
     const Json facts = Json::parse(restored.out);
     EXPECT_EQ(facts["type"], "WAVE_SLICE");
     EXPECT_EQ(facts["length_seconds"], 0.5);
-    EXPECT_TRUE(fs::equivalent(facts["file"].get<std::string>(), moved.Path("it's a loop/loop.wav")));
-    EXPECT_EQ(RunWavehost({"restore", file}).exitCode, 1);
+    EXPECT_TRUE(fs::equivalent(facts["file"].get<std::string>(), folder.Path("moved/it's a loop/loop.wav")));
+    EXPECT_EQ(RunWavehost({"restore", folder.Path("moved/it's a loop/loop.wav")}).exitCode, 1);
 }
 
 TEST(WavehostScan, ListsWhatTheModuleReadsAndNothingElse) {
@@ -79,7 +78,7 @@ TEST(WavehostScan, ListsWhatTheModuleReadsAndNothingElse) {
     folder.Write("b.wav", PatternWav(10, 1, InfoChunk("INAM", "\xFF\xFE broken")));
     folder.Write("deep/er/a.wav", PatternWav(10, 1, InfoChunk("IART", "Me")));
     folder.Write("deep/notes.txt", {'h', 'i'});
-    const HostRun run = RunWavehost({"scan", folder.Path(""), "--json"});
+    const HostRun run = RunWavehost({"scan", folder.Path("."), "--json"});
     EXPECT_EQ(run.exitCode, 0) << run.err;
     std::vector<Json> found;
     std::istringstream lines(run.out);
