@@ -1,8 +1,5 @@
 #include "source/file_info_text.h"
 
-#include <array>
-#include <utility>
-
 #include "formats/channel_layout.h"
 #include "host/host_services.h"
 #include "metadata/text.h"
@@ -17,7 +14,7 @@ const char* ContainerName(int32_t fileKind) {
         case kindWave:
             return "RIFF WAVE";
         case kindIff:
-            return "AIFF";
+            return "AIFF / IFF";
         case kindWave64:
             return "Wave64";
         case kindRf64:

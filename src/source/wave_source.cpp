@@ -1,12 +1,7 @@
 #include "source/wave_source.h"
 
-#include <cmath>
-#include <cstring>
-#include <new>
 #include <utility>
 
-#include "fileio/file_name.h"
-#include "host/host_services.h"
 #include "metadata/key_table.h"
 #include "source/guarded.h"
 #include "source/source_entry.h"

@@ -95,7 +95,4 @@ struct FrameSpan {
 // empty.
 [[nodiscard]] std::optional<FrameSpan> SliceSpan(const AudioFormat& format, int32_t sliceIndex);
 
-// A reader of the file's stored peaks from the host; null when it has none or the format is not known.
-SharedPeakReader NewPeakReader(const std::string& fileName, const AudioFormat& format, intptr_t extra);
-
 }  // namespace vantor

@@ -1,7 +1,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <new>
+#include <memory>
+#include <utility>
 
 #include "metadata/key_table.h"
 #include "metadata/text.h"

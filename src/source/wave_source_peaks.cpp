@@ -37,6 +37,14 @@ void Replace(PeakObjects& peaks, T PeakObjects::*object, T replacement) {
     std::swap(peaks.*object, replacement);
 }
 
+// Null when the host has no peaks of the file, or the format is not known.
+SharedPeakReader NewPeakReader(const std::string& fileName, const AudioFormat& format, intptr_t extra) {
+    if (!Services().createPeakReader || fileName.empty() || !HasRateAndChannels(format)) return nullptr;
+    PeakReader* reader =
+        Services().createPeakReader(fileName.c_str(), WholeRate(format), format.channels, extra);
+    return reader ? std::make_shared<SharedHostObject<PeakReader>>(reader) : nullptr;
+}
+
 SharedPeakBuilder NewPeakBuilder(const std::string& fileName, const AudioFormat& format) {
     if (!Services().createPeakBuilder || !HasRateAndChannels(format)) return nullptr;
     auto source = std::make_unique<PCM_source_wavefile>();
@@ -95,13 +103,6 @@ void ServeSlicePeaks(PeakObjects& peaks, const std::string& fileName, const Audi
 }
 
 }  // namespace
-
-SharedPeakReader NewPeakReader(const std::string& fileName, const AudioFormat& format, intptr_t extra) {
-    if (!Services().createPeakReader || fileName.empty() || !HasRateAndChannels(format)) return nullptr;
-    PeakReader* reader =
-        Services().createPeakReader(fileName.c_str(), WholeRate(format), format.channels, extra);
-    return reader ? std::make_shared<SharedHostObject<PeakReader>>(reader) : nullptr;
-}
 
 // With the first open of a file its stored peaks are looked for.
 void PCM_source_wavefile::CreatePeakReader() {

@@ -95,8 +95,7 @@ TEST_F(ExtendedCalls, TempoOfALoop) {
     };
     for (const auto& c : cases) {
         const auto source = OpenLoop(c.acid);
-        const_cast<MetadataStore&>(source->Attachment().format->metadata)
-            .Clear();  // of what the chunk itself says
+        source->Attachment().format->metadata.Clear();  // of what the chunk itself says
         double tempo = -1, usable = -1;
         EXPECT_EQ(source->ExtendedCall(0x40000, &tempo, nullptr, nullptr), c.result);
         EXPECT_EQ(tempo, c.tempo);
