@@ -97,7 +97,7 @@ void ExpectSame(const std::string& path, const std::string& what, double toleran
             << what << ": " << ours.Frames() << " and " << theirs.Frames();
     else
         EXPECT_LT(RmsDifference(ours, theirs), tolerance) << what;
-    EXPECT_GT(ours.Frames(), 4000u) << what;
+    EXPECT_GT(ours.Frames(), 3000u) << what;  // the `fact` of a stereo IMA file by libsndfile says 3061
 }
 
 TEST(Interop, EveryFormatOfLibsndfileDecodesToTheSameSamples) {
