@@ -20,6 +20,6 @@ for file in "${files[@]}"; do
     echo "=== $file"
     build/native/wavehost info "$file" || { status=1; continue; }
     build/native/wavehost markers "$file" || status=1
-    build/native/wavehost render "$file" -o "$out/rendered.wav" || status=1
+    build/native/wavehost render "$file" -o "$out/rendered.wav" --stats 2>&1 || status=1
 done
 exit $status
