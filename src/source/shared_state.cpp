@@ -93,19 +93,15 @@ void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, 
     state.hasReaders = true;
 }
 
-bool EnsureOpened(SharedFileState& state, const void* source) {
+OpenedFile EnsureOpened(SharedFileState& state, const void* source) {
     const std::lock_guard guard(state.lock);
-    if (state.hasReaders) return true;
-    auto lent = AcquireReader(state, source);
-    if (!lent.context) return false;
-    lent.context->reader->ReleaseBuffers();
-    ReleaseReader(state, std::move(lent), source, 0);
-    return true;
-}
-
-std::shared_ptr<AudioFormat> CurrentFormat(SharedFileState& state) {
-    const std::lock_guard guard(state.lock);
-    return state.format;
+    if (!state.hasReaders) {
+        auto lent = AcquireReader(state, source);
+        if (!lent.context) return {false, state.format};
+        lent.context->reader->ReleaseBuffers();
+        ReleaseReader(state, std::move(lent), source, 0);
+    }
+    return {true, state.format};
 }
 
 void DisownReaders(SharedFileState& state, const void* source) {

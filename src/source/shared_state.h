@@ -45,9 +45,12 @@ struct LentReader {
 LentReader AcquireReader(SharedFileState& state, const void* source);
 // Gives it back, reserved for `source` for `holdMilliseconds` (0: not reserved).
 void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, uint32_t holdMilliseconds);
-// Makes sure that the file was opened since the first source came. False when it cannot be.
-bool EnsureOpened(SharedFileState& state, const void* source);
-[[nodiscard]] std::shared_ptr<AudioFormat> CurrentFormat(SharedFileState& state);
+// Makes sure that the file was opened since the first source came.
+struct OpenedFile {
+    bool opened = false;
+    std::shared_ptr<AudioFormat> format;  // may be known although the file cannot be opened now
+};
+OpenedFile EnsureOpened(SharedFileState& state, const void* source);
 // Idle readers that name `source` as their owner become anybody's.
 void DisownReaders(SharedFileState& state, const void* source);
 // Closes idle readers without an owner, with `forced` those with one too; `atMost` of them. Returns how many.

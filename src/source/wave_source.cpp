@@ -150,19 +150,18 @@ void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
     if (!keepsName) ChangeFile(fileName);
     const std::string name = Name();
     if (name.empty()) return;
-    SourceAttachment attachment{AttachState(name.c_str(), purpose), nullptr};
+    const auto state = AttachState(name.c_str(), purpose);
     {
         const std::lock_guard guard(lock_);
-        attachment_.state = attachment.state;  // from here on Close counts the source off again
+        attachment_.state = state;  // from here on Close counts the source off again
     }
-    const bool opened = EnsureOpened(*attachment.state, this);
-    attachment.format = CurrentFormat(*attachment.state);
+    auto file = EnsureOpened(*state, this);
     {
         const std::lock_guard guard(lock_);
-        attachment_.format = std::move(attachment.format);
-        online_ = opened;
+        attachment_.format = std::move(file.format);
+        online_ = file.opened;
     }
-    if (opened && purpose == purposePlayback) CreatePeakReader();
+    if (file.opened && purpose == purposePlayback) CreatePeakReader();
 }
 
 void PCM_source_wavefile::Close(bool newNameFollows) {

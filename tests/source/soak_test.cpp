@@ -15,8 +15,10 @@ constexpr int fileCount = 5;
 constexpr int frames = 4000;
 #if defined(_WIN32)
 constexpr int rounds = 25;
+constexpr int edits = 10;
 #else
 constexpr int rounds = 150;
+constexpr int edits = 40;
 #endif
 
 class Soak : public ::testing::Test {
@@ -93,6 +95,21 @@ class Soak : public ::testing::Test {
         }
     }
 
+    // Tags one file after the other while they play; in place, or where handles keep the writer out, as a
+    // copy.
+    void Edit(const std::string& copyName) {
+        for (int edit = 0; edit < edits; ++edit) {
+            const auto file = static_cast<size_t>(edit % fileCount);
+            std::string target = folder.Path(copyName);
+            const std::string title = "edit " + std::to_string(edit);
+            const MetadataPair pairs[] = {{"TITLE", title.c_str()}, {nullptr, nullptr}};
+            const auto source = OpenSource(paths[file]);
+            EXPECT_GT(source->ExtendedCall(0x20008, target.data(), const_cast<MetadataPair*>(pairs),
+                                           reinterpret_cast<void*>(intptr_t{1})),
+                      0);
+        }
+    }
+
     void Work(uint32_t seed) {
         std::minstd_rand random(seed);
         for (int round = 0; round < rounds; ++round) {
@@ -117,6 +134,8 @@ TEST_F(Soak, EverySampleIsRightAndNothingStaysOpen) {
     std::vector<std::jthread> threads;
     for (uint32_t i = 0; i < threadCount; ++i)
         threads.emplace_back([this, i] { Work(i + 1); });
+    for (const char* copyName : {"one.wav", "two.wav"})
+        threads.emplace_back([this, copyName] { Edit(copyName); });
     threads.clear();
     shared.clear();
     for (const auto& path : paths)
