@@ -80,6 +80,27 @@ TEST(WavehostMetaSet, WritesToAnotherFileOrNowhere) {
     EXPECT_EQ(FilesIn(file), 2u);
 }
 
+TEST(WavehostMetaSet, RehearsesALargeFileByItsEnds) {
+    const TempFolder folder;
+    constexpr uint32_t audioBytes = 80 << 20;
+    const std::string file = folder.Write("large.wav", ByteWriter()
+                                                           .Text("RIFF")
+                                                           .Le32(audioBytes + 36)
+                                                           .Text("WAVE")
+                                                           .Chunk("fmt ", FmtBody(1, 2, 48000, 16))
+                                                           .Text("data")
+                                                           .Le32(audioBytes));
+    fs::resize_file(file, 44 + audioBytes);
+    const HostRun run = RunWavehost({"meta", "set", file, "TITLE=Large", "--dry-run"});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(Holds(run.out, "updated in place")) << run.out;
+    fs::resize_file(file, 43 + audioBytes);  // the last byte of the audio is missing
+    const HostRun copied = RunWavehost({"meta", "set", file, "TITLE=Large", "--dry-run", "--output", file});
+    EXPECT_TRUE(Holds(copied.out, "rewritten")) << copied.out << copied.err;
+    EXPECT_EQ(fs::file_size(file), 43 + audioBytes);
+    EXPECT_EQ(FilesIn(file), 1u);
+}
+
 TEST(WavehostMetaSet, RefusesWithoutTouchingAnything) {
     const TempFolder folder;
     const Bytes comm = ByteWriter().Be16(1).Be32(2).Be16(16).Be16(0x400E).Be64(0xAC44000000000000);

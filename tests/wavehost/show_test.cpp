@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -88,6 +89,47 @@ TEST(WavehostScan, ListsWhatTheModuleReadsAndNothingElse) {
     EXPECT_EQ(found[1]["metadata"], Json({{"INFO:IART", "Me"}}));
     EXPECT_EQ(RunWavehost({"scan", folder.Path("none")}).exitCode, 1);
 }
+
+#if !defined(_WIN32)  // the picture is what makes the peaks
+TEST(WavehostPeaks, StoresTheHighestAndLowestSampleOfEverySpan) {
+    const TempFolder folder;
+    constexpr int frames = 1000, channels = 2, framesPerPeak = 120;  // 400 peaks a second
+    const std::string file = folder.Write("song.wav", PatternWav(frames, channels));
+    ASSERT_EQ(RunWavehost({"peaks", file, "--png", folder.Path("song.png")}).exitCode, 0);
+    const Bytes stored = ReadWholeFile(file + ".vwpeaks");
+    constexpr int peaks = (frames + framesPerPeak - 1) / framesPerPeak;
+    constexpr size_t headerBytes = 64, pairBytes = 8;
+    ASSERT_EQ(stored.size(), headerBytes + peaks * channels * pairBytes);
+    for (int peak = 0; peak < peaks; ++peak)
+        for (int channel = 0; channel < channels; ++channel) {
+            float pair[2], high = -1, low = 1;
+            std::memcpy(
+                pair,
+                stored.data() + headerBytes + static_cast<size_t>(peak * channels + channel) * pairBytes,
+                pairBytes);
+            for (int frame = peak * framesPerPeak; frame < std::min(frames, (peak + 1) * framesPerPeak);
+                 ++frame) {
+                const float sample = static_cast<float>(PatternSample(frame, channel)) / 32768;
+                high = std::max(high, sample);
+                low = std::min(low, sample);
+            }
+            EXPECT_EQ(pair[0], high) << peak;
+            EXPECT_EQ(pair[1], low) << peak;
+        }
+}
+
+TEST(WavehostState, QuotesANameThatHoldsQuotes) {
+    const TempFolder folder;
+    const std::string file = folder.Write("a \"loop\", it's.wav", SlicedLoop());
+    const HostRun state = RunWavehost({"state", file});
+    const std::string kept = folder.Path("state.txt");
+    WriteWholeFile(kept, {state.out.begin(), state.out.end()});
+    const HostRun restored = RunWavehost({"restore", kept, "--json"});
+    ASSERT_EQ(restored.exitCode, 0) << state.out << restored.err;
+    EXPECT_EQ(Json::parse(restored.out)["file"], file);
+    EXPECT_EQ(Json::parse(restored.out)["type"], "WAVE");
+}
+#endif
 
 TEST(WavehostPeaks, DrawsAndKeepsPeakFilesWhileTheyFit) {
     const TempFolder folder;

@@ -182,7 +182,7 @@ int main(int argc, char** argv) {
     try {
         PrepareConsole();
         const int status = Run(CommandArguments(argc, argv));
-        if (std::fflush(stdout) == 0) return status;
+        if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
         ReportFailure("standard output", "cannot be written");
     } catch (const std::exception& failure) {
         ReportFailure("", failure.what());

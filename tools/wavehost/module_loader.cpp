@@ -52,7 +52,6 @@ Module LoadModule(const std::string& path) {
     const int32_t accepted = entry(library, &host);
     Take("pcmsrc", module.sources);
     Take("API_wave__createMetadataSource", module.createMetadataSource);
-    Take("open_file_reduce", module.openFileReduce);
     if (accepted != 1 || !module.sources)
         throw Failure(TextOf(file) + ": the module's entry refused this host");
     return module;

@@ -7,11 +7,10 @@
 
 namespace vantor::wavehost {
 
-// What the module registered. The API functions are null when it did not register them.
+// What the module registered, as far as the commands use it. The API function is null when it is missing.
 struct Module {
     const SourceTypeHandler* sources = nullptr;
     PCM_source* (*createMetadataSource)(const char* fileName) = nullptr;
-    int32_t (*openFileReduce)(uint32_t flags) = nullptr;
 };
 
 // Loads the module from `path`; when that is empty, from beside the executable, else from the build folder.

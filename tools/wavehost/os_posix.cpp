@@ -101,7 +101,7 @@ PrivateFiles::~PrivateFiles() {
 // no longer there, and takes that of the new one.
 EditLock::EditLock(const fs::path& file) {
     for (;;) {
-        handle_ = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+        handle_ = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a pipe must not hold us up
         struct stat held {
         }, named{};
         if (handle_ < 0 || flock(handle_, LOCK_EX) != 0 || fstat(handle_, &held) != 0) return;

@@ -84,6 +84,11 @@ int CheckAnswered(const std::string& file, const std::vector<Change>& changes) {
     return status;
 }
 
+std::string Refusal(const fs::path& file) {
+    return TakesMetadata(file) ? "the metadata could not be written"
+                               : "metadata is written into WAV, RF64 and BW64 files alone";
+}
+
 struct Edit {
     const Module& module;
     const MetaSetOptions& options;
@@ -129,7 +134,7 @@ int Apply(Edit& edit) {
         Print(options.file, "rewritten" + (options.output.empty() ? "" : " to " + options.output),
               edit.changes);
     } else {
-        throw Failure("the metadata could not be written (only WAV, RF64 and BW64 files are)");
+        throw Failure(Refusal(file));
     }
     return CheckAnswered(options.file, edit.changes);
 }
@@ -143,8 +148,7 @@ int Rehearse(Edit& edit) {
     const Outcome outcome = rehearsal.Result(edit.Run(TextOf(rehearsal.Copy()), rehearsal.Target()));
     for (Change& change : edit.changes)
         change.after = change.wanted;
-    if (outcome == Outcome::failed)
-        throw Failure("the metadata cannot be written (only WAV, RF64 and BW64 files are)");
+    if (outcome == Outcome::failed) throw Failure(Refusal(PathOf(file)));
     if (outcome == Outcome::inPlace) Verify(edit.module, rehearsal.Copy(), edit.shape, edit.changes);
     if (outcome == Outcome::copied && rehearsal.IsWhole())
         Verify(edit.module, rehearsal.Target(), edit.shape, edit.changes);

@@ -46,7 +46,9 @@ void CopyEnds(const fs::path& file, const fs::path& copy, uintmax_t fileBytes) {
     if (!from || !to.flush()) throw Failure("cannot be copied for a rehearsal");
 }
 
-bool IsRiffFamily(const fs::path& file) {
+}  // namespace
+
+bool TakesMetadata(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     char header[12] = {};
     stream.read(header, sizeof header);
@@ -54,10 +56,8 @@ bool IsRiffFamily(const fs::path& file) {
     return (id == "RIFF" || id == "RF64" || id == "BW64") && form == "WAVE";
 }
 
-}  // namespace
-
 Rehearsal::Rehearsal(const fs::path& file)
-    : folder_(NewFolder()), extension_(TextOf(file.extension())), rewritable_(IsRiffFamily(file)) {
+    : folder_(NewFolder()), extension_(TextOf(file.extension())), takesMetadata_(TakesMetadata(file)) {
     const uintmax_t bytes = fs::file_size(file);
     whole_ = bytes <= largestWholeCopy;
     if (whole_)
@@ -77,7 +77,7 @@ fs::path Rehearsal::Target() const {
 }
 
 Outcome Rehearsal::Result(Outcome answered) const {
-    return answered == Outcome::failed && !whole_ && rewritable_ ? Outcome::copied : answered;
+    return answered == Outcome::failed && !whole_ && takesMetadata_ ? Outcome::copied : answered;
 }
 
 }  // namespace vantor::wavehost

@@ -10,6 +10,9 @@ namespace vantor::wavehost {
 // The module's answer to a write request.
 enum class Outcome : intptr_t { failed = 0, copied = 1, inPlace = 2 };
 
+// Whether the file is of a container into which the module writes: WAV, RF64 or BW64.
+bool TakesMetadata(const fs::path& file);
+
 // A folder in the system's temporary folder with a copy of a file, removed with all that is in it. Of a large
 // file only the beginning and the end are copied, where the chunks other than audio are, with a hole between.
 class Rehearsal {
@@ -31,7 +34,7 @@ class Rehearsal {
     fs::path folder_;
     std::string extension_;
     bool whole_;
-    bool rewritable_ = false;  // a container that the module writes
+    bool takesMetadata_;
 };
 
 }  // namespace vantor::wavehost
