@@ -1,0 +1,47 @@
+#include "bench/raw_reads.h"
+
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <stdexcept>
+
+namespace vantor::bench {
+
+RawFile::RawFile(const std::string& fileName) : descriptor_(::open(fileName.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (descriptor_ < 0) throw std::runtime_error(fileName + ": cannot be opened");
+}
+
+RawFile::~RawFile() {
+    ::close(descriptor_);
+}
+
+int64_t RawFile::ReadAt(int64_t position, void* bytes, int64_t count) const {
+    return ::pread(descriptor_, bytes, static_cast<size_t>(count), position);
+}
+
+int64_t RawFile::Size() const {
+    struct stat status {};
+    return ::fstat(descriptor_, &status) == 0 ? status.st_size : 0;
+}
+
+void ReadBytes(const RawFile& file, int64_t pieceBytes, double frameBytes, int32_t frames, int32_t channels) {
+    std::vector<char> piece(static_cast<size_t>(pieceBytes));
+    std::vector<double> samples(static_cast<size_t>(frames * channels));
+    const double blockBytes = frameBytes * frames;
+    int64_t position = 0;
+    double written = 0;  // of the bytes that were read
+    while (const int64_t got = file.ReadAt(position, piece.data(), pieceBytes)) {
+        position += got;
+        benchmark::DoNotOptimize(piece.data());
+        for (; frames > 0 && written < static_cast<double>(position); written += blockBytes) {
+            std::memset(samples.data(), 0, samples.size() * sizeof(double));
+            benchmark::DoNotOptimize(samples.data());
+            benchmark::ClobberMemory();
+        }
+    }
+}
+
+}  // namespace vantor::bench

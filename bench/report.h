@@ -1,0 +1,46 @@
+// Collects the repetitions of every benchmark and prints a table of ratios.
+//
+// A benchmark is called "row/contestant". Of its repetitions the median counts.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vantor::bench {
+
+// The contestants, as they stand in the names.
+inline constexpr const char* tuned = "tuned";            // the module, in the read setting that suits the row
+inline constexpr const char* byDefault = "default";      // the module, in the setting it chooses by itself
+inline constexpr const char* rival = "libsndfile";       // the same work through libsndfile
+inline constexpr const char* bytesAlone = "bytes";       // reading the bytes in large pieces, nothing else
+inline constexpr const char* bytesAndDoubles = "limit";  // and writing as many doubles
+
+class RatioReporter final : public benchmark::ConsoleReporter {
+  public:
+    RatioReporter() : ConsoleReporter(OO_None) {}
+    bool ReportContext(const Context&) override { return true; }
+    void ReportRuns(const std::vector<Run>& runs) override;  // one dot of progress a benchmark
+    void Finalize() override;                                // the tables
+
+  private:
+    struct Result {
+        std::vector<double> seconds;
+        std::map<std::string, double> counters;  // of the last repetition
+    };
+    struct Row {
+        std::string name;
+        int64_t place;  // among the registered benchmarks
+        std::map<std::string, Result> results;
+    };
+
+    void PrintRatios() const;
+    void PrintCounters() const;
+    Row& RowOf(const std::string& name, int64_t place);
+
+    std::vector<Row> rows_;
+};
+
+}  // namespace vantor::bench

@@ -1,0 +1,37 @@
+// The rows of the table, registered with the benchmark library by subject.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include "bench/bench_files.h"
+#include "bench/bench_host.h"
+#include "bench/report.h"
+
+namespace vantor::bench {
+
+void RegisterDecodeRows(const BenchFolder& folder);  // from end to end, in order; and peaks
+void RegisterRandomRows(const BenchFolder& folder);  // here and there
+void RegisterOpenRows(const BenchFolder& folder);    // open, parse, close; idle sources
+void RegisterEditRows(const BenchFolder& folder);    // one tag changed
+
+// Opens sources as `contestant` and prints the KiB that each keeps resident. To be run in a process of its
+// own, whose heap nothing has used before.
+void MeasureIdleMemory(const BenchFolder& folder, const std::string& contestant, int sources, int files);
+
+// Registers `body(state)` as "row/contestant"; an exception becomes the benchmark's error.
+template <typename Body>
+void Register(const std::string& row, const char* contestant, Body body) {
+    benchmark::RegisterBenchmark((row + "/" + contestant).c_str(), [body](benchmark::State& state) {
+        try {
+            body(state);
+        } catch (const std::exception& failure) {
+            state.SkipWithError(failure.what());
+        }
+    });
+}
+
+}  // namespace vantor::bench
