@@ -21,6 +21,17 @@ const std::map<std::string, SampleFormat> sampleFormats{{"f64", SampleFormat::f6
                                                         {"s24", SampleFormat::s24},
                                                         {"s16", SampleFormat::s16}};
 
+// Within bounds; "nan", which is neither too small nor too large, is not.
+std::function<std::string(const std::string&)> Between(double least, double most) {
+    return [=](const std::string& text) {
+        double number = 0;
+        const bool read = CLI::detail::lexical_cast(text, number);
+        return read && number >= least && number <= most ? std::string() : "'" + text + "' is out of range";
+    };
+}
+
+constexpr double mostSeconds = 1e9;
+
 // A subcommand whose options live as long as the parser, and which is chosen when it stands on the line.
 template <typename Options>
 std::pair<CLI::App*, std::shared_ptr<Options>> AddCommand(CLI::App& app, Command& chosen, const char* name,
@@ -50,11 +61,11 @@ void AddRender(CLI::App& app, Command& chosen) {
     command->add_option("-o,--output", options->output, "The file to write; - is standard output")
         ->required();
     command->add_option("--start", options->startSeconds, "Seconds into the file")
-        ->check(CLI::NonNegativeNumber);
+        ->check(Between(0, mostSeconds));
     command->add_option("--length", options->lengthSeconds, "Seconds to play; all that is left by default")
-        ->check(CLI::NonNegativeNumber);
+        ->check(Between(0, mostSeconds));
     command->add_option("--rate", options->sampleRate, "Sample rate in Hz; the file's own by default")
-        ->check(CLI::Range(1.0, 4294967295.0));
+        ->check(Between(1, 4294967295.0));
     command->add_option("--channels", options->channels, "Channels; the file's own by default")
         ->check(CLI::Range(1, 65535));
     command->add_option("--block", options->blockFrames, "Frames asked for at a time")
@@ -121,8 +132,9 @@ void AddPeaks(CLI::App& app, Command& chosen) {
     command->add_option("--width", options->width, "Pixels")->check(CLI::Range(100, 32000));
     command->add_option("--height", options->height, "Pixels")->check(CLI::Range(60, 32000));
     command->add_option("--start", options->startSeconds, "Seconds into the file")
-        ->check(CLI::NonNegativeNumber);
-    command->add_option("--length", options->lengthSeconds, "Seconds to draw")->check(CLI::PositiveNumber);
+        ->check(Between(0, mostSeconds));
+    command->add_option("--length", options->lengthSeconds, "Seconds to draw")
+        ->check(Between(1e-6, mostSeconds));
 }
 
 void AddState(CLI::App& app, Command& chosen) {
