@@ -34,7 +34,8 @@ class FakeResampler final : public Counted<Resampler> {
     double LatencySeconds() override { return 0; }
     void Reset() override { phase_ = 0; }
     int32_t RequestInput(int32_t outputFrames, int32_t channels, double** input) override {
-        const auto frames = static_cast<int32_t>(std::floor(phase_ + outputFrames * ratio_));
+        const double most = std::max(1.0, 1e6 / channels);  // a ratio from a file has no bounds
+        const auto frames = static_cast<int32_t>(std::min(most, std::floor(phase_ + outputFrames * ratio_)));
         input_.assign(static_cast<size_t>(std::max(frames, 1) * channels), 0.0);
         *input = input_.data();
         return frames;
@@ -42,8 +43,9 @@ class FakeResampler final : public Counted<Resampler> {
     int32_t Produce(double* output, int32_t inputFrames, int32_t outputFrames, int32_t channels) override {
         int32_t produced = 0;
         for (; produced < outputFrames; ++produced) {
-            const auto frame = static_cast<int32_t>(phase_ + produced * ratio_);
-            if (frame >= inputFrames) break;
+            const double place = phase_ + produced * ratio_;
+            if (!(place < inputFrames)) break;
+            const auto frame = static_cast<int32_t>(place);
             std::copy_n(&input_[static_cast<size_t>(frame * channels)], channels,
                         output + produced * channels);
         }
@@ -107,7 +109,7 @@ Resampler* CreateResampler() {
 }
 
 void FormatTime(double seconds, char* text, int32_t textBytes) {
-    std::snprintf(text, static_cast<size_t>(textBytes), "%d:%06.3f", static_cast<int>(seconds) / 60,
+    std::snprintf(text, static_cast<size_t>(textBytes), "%.0f:%06.3f", std::floor(seconds / 60),
                   std::fmod(seconds, 60));
 }
 

@@ -1,0 +1,43 @@
+// Files that live in memory alone. Put it behind the seam for a test or a fuzz target:
+//
+//     MemoryFileSystem files;
+//     const platform::ScopedFileSystem scope(files);
+//     files.Put("song.wav", bytes);
+//
+// Names are taken as given, the wide form without its characters above 127. For one thread.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "platform/file_system.h"
+#include "tests/support/byte_writer.h"
+
+namespace vantor::test {
+
+class MemoryFileSystem final : public platform::FileSystem {
+  public:
+    struct Contents {
+        Bytes bytes;
+        int64_t lastWriteTime = 0;
+    };
+
+    void Put(const std::string& name, Bytes bytes);
+    // Null when there is no such file.
+    [[nodiscard]] const Bytes* Find(const std::string& name) const;
+
+    [[nodiscard]] platform::OpenResult OpenWide(const std::u16string& name,
+                                                const platform::OpenOptions& options,
+                                                std::unique_ptr<platform::File>& file) override;
+    [[nodiscard]] platform::OpenResult OpenNarrow(const std::string& name,
+                                                  const platform::OpenOptions& options,
+                                                  std::unique_ptr<platform::File>& file) override;
+    [[nodiscard]] bool RemoveWide(const std::u16string& name) override;
+    [[nodiscard]] bool RemoveNarrow(const std::string& name) override;
+
+  private:
+    std::map<std::string, std::shared_ptr<Contents>> files_;
+};
+
+}  // namespace vantor::test
