@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing of the packages for a job, with apt-get (through sudo when not root).
-# Usage: source scripts/setup.sh; vantor_setup build | test | bench | fuzz
+# Usage: source scripts/setup.sh; vantor_setup build, test, bench, fuzz or coverage
 
 vantor_packages_build="g++ cmake ninja-build ccache pkg-config libsamplerate0-dev libcairo2-dev libcli11-dev
     nlohmann-json3-dev"
@@ -8,6 +8,7 @@ vantor_packages_test="$vantor_packages_build git clang clang-format googletest l
     g++-mingw-w64-x86-64-posix wine wine64
     libsndfile1-dev sndfile-programs sox libsox-fmt-all ffmpeg libimage-exiftool-perl libtag1-dev"
 vantor_packages_bench="$vantor_packages_build libbenchmark-dev libsndfile1-dev"
+vantor_packages_coverage="$vantor_packages_test gcovr"
 vantor_packages_fuzz="$vantor_packages_build clang llvm"
 
 vantor_setup() {
