@@ -28,6 +28,7 @@ struct CopyPlan {
     int64_t audioBytes = 0;
     bool hasFormat = false;
     bool isFormatBeforeAudio = false;
+    int64_t end = 0;            // of the last whole chunk
     int64_t leftoverStart = 0;  // bytes behind the last whole chunk; kept at the end of the copy
     int64_t leftoverBytes = 0;
     bool isTailBeforeAudio = false;
@@ -75,6 +76,7 @@ std::optional<CopyPlan> WalkSource(FileReader& reader, bool isRf64, bool hasAcid
     while ((step = walk.Next(chunk)) == WalkStep::chunk)
         AddChunk(plan, chunk);
     if (step == WalkStep::refused || !plan.hasFormat) return std::nullopt;
+    plan.end = walk.Position();
     if (step == WalkStep::leftover) {
         plan.leftoverStart = walk.Position();
         if (!IsLeftoverReplaceable(reader, plan, hasAcid))
@@ -155,7 +157,8 @@ bool CopyChunks(CopyJob& job) {
         if (!WriteImage(job.writer, job.mainImage)) return false;
         if (job.plan.isTailBeforeAudio && !WriteImage(job.writer, job.tailImage)) return false;
     }
-    return isImageWritten && (job.plan.isTailBeforeAudio || WriteImage(job.writer, job.tailImage));
+    const bool isWhole = walk.Position() == job.plan.end;  // no header was lost on the way
+    return isWhole && isImageWritten && (job.plan.isTailBeforeAudio || WriteImage(job.writer, job.tailImage));
 }
 
 bool CopyLeftover(CopyJob& job) {

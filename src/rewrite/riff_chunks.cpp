@@ -18,9 +18,14 @@ constexpr std::string_view replaceableIds[] = {
 };
 constexpr uint32_t smallestDs64 = 24;
 constexpr uint32_t smallestFormat = 16;
+constexpr uint32_t listTypeBytes = 4;
+
+bool IsList(std::string_view id) {
+    return id == "LIST"sv || id == "list"sv;
+}
 
 bool IsInfoList(uint32_t bodyBytes, FileReader& reader) {
-    uint8_t type[4];
+    uint8_t type[listTypeBytes];
     if (bodyBytes < sizeof type || !reader.ReadExactly(type, sizeof type)) return false;
     const auto text = FourCharacters(type);
     return text == "INFO"sv || text == "info"sv;
@@ -35,7 +40,7 @@ std::string_view RiffChunk::Id() const {
 bool IsReplaceableChunk(const ChunkHeader& header, FileReader& reader, bool hasAcid) {
     const auto id = FourCharacters(header.data());
     if (id == "acid"sv) return hasAcid;
-    if (id == "LIST"sv || id == "list"sv) return IsInfoList(ReadLe32(&header[4]), reader);
+    if (IsList(id)) return IsInfoList(ReadLe32(&header[4]), reader);
     return std::ranges::find(replaceableIds, id) != std::end(replaceableIds);
 }
 
@@ -45,7 +50,8 @@ RiffChunkWalk::RiffChunkWalk(FileReader& reader, bool isRf64, bool hasAcid)
 WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     if (position_ >= fileSize_) return WalkStep::end;
     reader_.Seek(position_);
-    if (!reader_.ReadExactly(chunk.header.data(), chunkHeaderBytes)) return WalkStep::leftover;
+    if (fileSize_ - position_ < chunkHeaderBytes) return WalkStep::leftover;
+    if (!reader_.ReadExactly(chunk.header.data(), chunkHeaderBytes)) return WalkStep::refused;
     chunk.start = position_;
     if (isRf64_ && position_ == riffHeaderBytes && !ReadDs64At(chunk.header)) return WalkStep::refused;
 
@@ -56,6 +62,8 @@ WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     chunk.isData = chunk.Id() == "data"sv;
     if (chunk.isCutOff && !chunk.isData) return WalkStep::leftover;
     chunk.isReplaceable = IsReplaceableChunk(chunk.header, reader_, hasAcid_);
+    if (IsList(chunk.Id()) && chunk.bodyBytes >= listTypeBytes && reader_.Tell() == chunk.BodyStart())
+        return WalkStep::refused;  // a list of unknown type
     if (chunk.Id() == "fmt "sv && chunk.bodyBytes >= smallestFormat) formatSeen_ = true;
     position_ = chunk.End();
     return WalkStep::chunk;

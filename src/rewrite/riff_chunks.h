@@ -41,7 +41,7 @@ enum class WalkStep {
     chunk,
     end,       // the file ends with its last chunk (whose pad byte may be missing)
     leftover,  // bytes follow that are no whole chunk: garbage, or a chunk cut off by the end
-    refused,   // RF64 or BW64 without a usable `ds64`
+    refused,   // RF64 or BW64 without a usable `ds64`, or a header that is there cannot be read
 };
 
 // Steps through the chunks in file order. Audio is stepped over by the rule by which it is played, so that

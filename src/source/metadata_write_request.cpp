@@ -12,15 +12,13 @@
 #include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
 #include "rewrite/rewrite.h"
-#include "rewrite/riff_chunks.h"
 #include "source/extended_calls.h"
+#include "source/old_chunks.h"
 #include "source/state_tables.h"
 
 namespace vantor {
 
 namespace {
-
-using namespace std::string_view_literals;
 
 enum WriteFlags : int32_t { mergeExisting = 1, neverInPlace = 2 };
 enum WriteResult : intptr_t { writeFailed = 0, writtenToTarget = 1, updatedInPlace = 2 };
@@ -37,7 +35,7 @@ struct ChunkImages {
 struct ChunkSources {
     const MetadataStore& store;
     FileReader& file;
-    const std::vector<uint8_t>& oldTag;
+    const OldChunks& old;
 };
 
 bool IsRewritable(int32_t fileKind) {
@@ -72,20 +70,6 @@ void Merge(MetadataStore& store, const MetadataStore& changes, double sampleRate
     ApplyFields(fields, store, static_cast<int>(std::clamp(sampleRate, 0.0, 2147483647.0)));
 }
 
-// The file's own ID3v2 tag, header included; empty when it has none.
-std::vector<uint8_t> OldId3Tag(FileReader& file, bool isRf64) {
-    constexpr std::array ids = {"ID3 "sv, "id3 "sv, "ID3x"sv, "id3x"sv, "ID3_"sv, "id3_"sv};
-    RiffChunkWalk walk(file, isRf64, false);
-    for (RiffChunk chunk; walk.Next(chunk) == WalkStep::chunk;) {
-        if (std::find(ids.begin(), ids.end(), chunk.Id()) == ids.end()) continue;
-        std::vector<uint8_t> tag(static_cast<size_t>(chunk.bodyBytes));
-        file.Seek(chunk.BodyStart());
-        if (!file.ReadExactly(tag.data(), chunk.bodyBytes)) return {};
-        return tag;
-    }
-    return {};
-}
-
 struct SchemeBuilder {
     std::string_view scheme;
     int (*build)(ChunkImage& image, const ChunkSources& sources);
@@ -104,12 +88,14 @@ constexpr std::array builders = {
     SchemeBuilder{"XMP",
                   [](ChunkImage& image, const ChunkSources& s) { return BuildXmpChunk(image, s.store); }},
     SchemeBuilder{"AXML",
-                  [](ChunkImage& image, const ChunkSources& s) { return BuildAxmlChunk(image, s.store); }},
+                  [](ChunkImage& image, const ChunkSources& s) {
+                      return BuildAxmlChunk(image, s.store, s.old.axmlDocuments);
+                  }},
     SchemeBuilder{"CART",
                   [](ChunkImage& image, const ChunkSources& s) { return BuildCartChunk(image, s.store); }},
     SchemeBuilder{"ID3",
                   [](ChunkImage& image, const ChunkSources& s) {
-                      return BuildId3Chunk(image, s.store, &s.file, s.oldTag);
+                      return BuildId3Chunk(image, s.store, &s.file, s.old.id3Tag);
                   }},
 };
 
@@ -184,14 +170,16 @@ intptr_t Write(const std::string& fileName, const char* target, const MetadataSt
     const bool merges = flags & mergeExisting;
     MetadataStore store;
     if (merges) store = format.metadata;
+    RemoveBwfCopies(store);
     Merge(store, changes, format.sampleRate);
 
     auto file = std::make_unique<FileReader>(fileName, rewriteReading);
     if (!file->IsOpen()) return writeFailed;
     const bool isRf64 = IsRf64(format);
-    const auto oldTag = merges ? OldId3Tag(*file, isRf64) : std::vector<uint8_t>();
+    const auto old = merges ? ReadOldChunks(*file, isRf64) : OldChunks{};
+    if (!old) return writeFailed;
     ChunkImages images;
-    AddSchemeChunks(images, {store, *file, oldTag});
+    AddSchemeChunks(images, {store, *file, *old});
     AddAcidChunk(images, format, changes);
     if (!(flags & neverInPlace) && UpdateInPlace(fileName, std::move(file), images, isRf64))
         return updatedInPlace;

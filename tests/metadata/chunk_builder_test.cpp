@@ -36,6 +36,10 @@ Bytes Built(Builder builder, const Entries& entries, std::string_view id) {
     return {image.begin() + 9, image.begin() + 9 + bodyBytes};
 }
 
+int BuildNewAxmlChunk(ChunkImage& image, const MetadataStore& store) {
+    return BuildAxmlChunk(image, store, {});
+}
+
 Bytes Bext(const Entries& entries) {
     return Built(BuildBextChunk, entries, "bext");
 }
@@ -152,13 +156,13 @@ TEST(CartChunk, HoldsEightTimersAtMost) {
 }
 
 TEST(AxmlChunk, IsADocumentThatAnXmlReaderUnderstands) {
-    const auto body = Built(BuildAxmlChunk, {{"AXML:ISRC", "A<&>\x01\xE9"}}, "axml");
+    const auto body = Built(BuildNewAxmlChunk, {{"AXML:ISRC", "A<&>\x01\xE9"}}, "axml");
     XmlMemoryParser parser(body.data(), body.size());
     ASSERT_EQ(parser.Parse(), nullptr);
     const auto& identifier = *parser.Root()->firstChild->firstChild;
     EXPECT_EQ(identifier.Attribute("formatLabel")->value, "ISRC");
     EXPECT_EQ(identifier.firstChild->Value(), "ISRC:A<&> \xC3\xA9");
-    EXPECT_TRUE(Built(BuildAxmlChunk, {{"AXML:ISRC", ""}}, "axml").empty());
+    EXPECT_TRUE(Built(BuildNewAxmlChunk, {{"AXML:ISRC", ""}}, "axml").empty());
 }
 
 TEST(AcidChunk, SetsTheFlagsOfWhatItHolds) {
@@ -240,7 +244,7 @@ const Scheme schemes[] = {
       {"CART:Title", "i"},
       {"CART:URL", "http://x"},
       {"CART:UserDef", "j"}}},
-    {"axml", BuildAxmlChunk, ReadAxml, {{"AXML:ISRC", "USS1Z9900001"}}},
+    {"axml", BuildNewAxmlChunk, ReadAxml, {{"AXML:ISRC", "USS1Z9900001"}}},
 };
 
 Entries ReadBack(const Scheme& scheme, const Entries& entries) {

@@ -304,5 +304,24 @@ TEST(IxmlChunk, GivesPlainFieldsBackAsTheyWere) {
     EXPECT_EQ(PairsOf(Built(StoreOf(pairs))), pairs);
 }
 
+// What the document repeats from the broadcast chunk is no field of its own once it is read back.
+TEST(IxmlChunk, CopiesOfTheBroadcastChunkGoWithIt) {
+    auto store = StoreOf({{"BWF:TimeReference", "5"},
+                          {"IXML:BWF:BWF_DESCRIPTION", "x"},
+                          {"IXML:BWF:BWF_DESCRIPTION:2", "x"},
+                          {"IXML:BWF:BWF_TIME_REFERENCE_HIGH", "0"},
+                          {"IXML:BWF:BWF_TIME_REFERENCE_LOW", "5"},
+                          {"IXML:BWF:OTHER", "x"},
+                          {"IXML:NOTE", "x"}});
+    RemoveBwfCopies(store);
+    EXPECT_EQ(PairsOf(store),
+              (Pairs{{"BWF:TimeReference", "5"}, {"IXML:BWF:OTHER", "x"}, {"IXML:NOTE", "x"}}));
+
+    const Pairs withoutChunk = {{"IXML:BWF:BWF_DESCRIPTION", "x"}};
+    auto alone = StoreOf(withoutChunk);
+    RemoveBwfCopies(alone);
+    EXPECT_EQ(PairsOf(alone), withoutChunk);
+}
+
 }  // namespace
 }  // namespace vantor

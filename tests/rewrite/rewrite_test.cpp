@@ -9,7 +9,7 @@
 
 #include "formats/audio_format.h"
 #include "rewrite/byte_transfer.h"
-#include "tests/rewrite/chunk_list.h"
+#include "tests/support/chunk_list.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/temp_file.h"
 

@@ -152,6 +152,11 @@ void ScriptedFileSystem::Redirect(const std::string& name) {
     script_.redirected = name;
 }
 
+void ScriptedFileSystem::BeforeEach(std::function<void()> look) {
+    const std::lock_guard lock(mutex_);
+    script_.beforeEach = std::move(look);
+}
+
 void ScriptedFileSystem::Reset() {
     const std::lock_guard lock(mutex_);
     script_ = {};
@@ -188,6 +193,12 @@ bool ScriptedFileSystem::HoldsRequests() const {
 }
 
 std::optional<Fault> ScriptedFileSystem::Begin(Operation operation) {
+    std::function<void()> look;
+    {
+        const std::lock_guard lock(mutex_);
+        look = script_.beforeEach;
+    }
+    if (look) look();
     const std::lock_guard lock(mutex_);
     const auto kind = static_cast<size_t>(operation);
     const int64_t index = script_.counts[kind]++;

@@ -8,6 +8,7 @@
 // Redirect names the file that every open shall reach. May be used by several threads.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -58,6 +59,8 @@ class ScriptedFileSystem final : public platform::FileSystem {
     void HoldRequests(bool hold);
     // Opens reach `name` whatever they ask for; the record keeps what they asked for.
     void Redirect(const std::string& name);
+    // Called before every operation from now on.
+    void BeforeEach(std::function<void()> look);
     // Forgets faults and records.
     void Reset();
 
@@ -92,6 +95,7 @@ class ScriptedFileSystem final : public platform::FileSystem {
         int64_t bytesWritten = 0;
         bool holdsRequests = false;
         std::optional<std::string> redirected;
+        std::function<void()> beforeEach;
     };
 
     // Counts the operation; the fault that it meets.

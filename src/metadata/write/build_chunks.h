@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -14,6 +15,7 @@
 namespace vantor {
 
 using ChunkImage = std::vector<uint8_t>;
+using ChunkBody = std::vector<uint8_t>;
 
 // Appends a chunk with its size and, after an odd body, its pad byte: the one place where chunks are framed.
 void AppendChunk(ChunkImage& image, std::string_view id, const uint8_t* body, size_t bodyBytes);
@@ -21,10 +23,15 @@ void AppendChunk(ChunkImage& image, std::string_view id, const uint8_t* body, si
 int BuildBextChunk(ChunkImage& image, const MetadataStore& store);  // 1 when a chunk was appended
 // Returns the bytes appended; the data are filled with zeros to an even size of at least minimumDataBytes.
 int BuildIxmlChunk(ChunkImage& image, const MetadataStore& store, int minimumDataBytes);
+// Removes the keys under which the "BWF" section that BuildIxmlChunk writes is read back, when the store has
+// the broadcast chunk itself: a field that is then removed from the one must not live on in the copy.
+void RemoveBwfCopies(MetadataStore& store);
 int BuildXmpChunk(ChunkImage& image, const MetadataStore& store);
 int BuildInfoChunk(ChunkImage& image, const MetadataStore& store);
 int BuildCartChunk(ChunkImage& image, const MetadataStore& store);
-int BuildAxmlChunk(ChunkImage& image, const MetadataStore& store);
+// `oldDocuments` are the bodies of the file's "axml" chunks in file order (none: an edit that replaces
+// everything). They are written back byte for byte but for their ISRC, which becomes the store's.
+int BuildAxmlChunk(ChunkImage& image, const MetadataStore& store, std::span<const ChunkBody> oldDocuments);
 // `source` is the file that the picture descriptors of the store point into; may be null. `oldTag` holds the
 // file's old ID3v2 tag, header included (empty: none): frames that the store cannot hold are carried over
 // from it.

@@ -67,15 +67,20 @@ std::string_view WithoutNumber(std::string_view key) {
                : key;
 }
 
-// True for a key read from a BWF section that this document writes anew.
-bool IsOwnBwfSection(std::string_view key, const MetadataStore& store) {
+// The field of a key read from a BWF section as this document writes it; null for any other key.
+const BwfField* BwfFieldOfCopy(std::string_view key) {
     constexpr std::string_view prefix = "IXML:BWF:";
-    if (!key.starts_with(prefix)) return false;
+    if (!key.starts_with(prefix)) return nullptr;
     std::string_view element = WithoutNumber(key.substr(prefix.size()));
     if (element == "BWF_TIME_REFERENCE_HIGH" || element == "BWF_TIME_REFERENCE_LOW") element = timeReference;
-    return std::any_of(bwfFields.begin(), bwfFields.end(), [&](const BwfField& field) {
-        return field.element == element && store.Has(std::string("BWF:").append(field.field));
-    });
+    const auto* field = std::ranges::find(bwfFields, element, &BwfField::element);
+    return field == bwfFields.end() ? nullptr : field;
+}
+
+// True for a key read from a BWF section that this document writes anew.
+bool IsOwnBwfSection(std::string_view key, const MetadataStore& store) {
+    const BwfField* field = BwfFieldOfCopy(key);
+    return field != nullptr && store.Has(std::string("BWF:").append(field->field));
 }
 
 // Decimal, with an optional "-", up to the first other character; modulo 2^64.
@@ -168,6 +173,11 @@ class Document {
 };
 
 }  // namespace
+
+void RemoveBwfCopies(MetadataStore& store) {
+    if (!store.Has("BWF:TimeReference")) return;  // every broadcast chunk gives one
+    store.RemoveWhere([](std::string_view key) { return BwfFieldOfCopy(key) != nullptr; });
+}
 
 int BuildIxmlChunk(ChunkImage& image, const MetadataStore& store, int minimumDataBytes) {
     if (!StoreHasScheme("IXML", store) && !StoreHasScheme("ASWG", store) && !StoreHasScheme("BWF", store))

@@ -1,4 +1,4 @@
-#include "tests/rewrite/chunk_list.h"
+#include "tests/support/chunk_list.h"
 
 #include <algorithm>
 
@@ -36,8 +36,11 @@ std::optional<ListedChunk> Find(const Bytes& file, std::string_view id) {
 std::vector<ListedChunk> KeptChunks(const Bytes& file) {
     auto chunks = ChunkList(file);
     std::erase_if(chunks, [](const ListedChunk& chunk) {
-        static const std::string_view dropped[] = {"JUNK", "PAD_", "bext", "iXML", "_PMX"};
-        return std::ranges::find(dropped, chunk.id) != std::end(dropped);
+        static const std::string_view dropped[] = {"JUNK", "PAD_", "bext", "iXML",
+                                                   "_PMX", "axml", "cart", "id3 "};
+        const bool isInfo =
+            chunk.id == "LIST" && chunk.body.size() >= 4 && FourCharacters(chunk.body.data()) == "INFO";
+        return isInfo || std::ranges::find(dropped, chunk.id) != std::end(dropped);
     });
     return chunks;
 }
