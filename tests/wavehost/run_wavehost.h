@@ -9,6 +9,12 @@
 
 namespace vantor::test {
 
+#if defined(_WIN32)
+inline constexpr bool onWindows = true;
+#else
+inline constexpr bool onWindows = false;
+#endif
+
 struct HostRun {
     int exitCode;
     std::string out;  // standard output, byte for byte

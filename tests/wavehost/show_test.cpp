@@ -90,8 +90,8 @@ TEST(WavehostScan, ListsWhatTheModuleReadsAndNothingElse) {
     EXPECT_EQ(RunWavehost({"scan", folder.Path("none")}).exitCode, 1);
 }
 
-#if !defined(_WIN32)  // the picture is what makes the peaks
 TEST(WavehostPeaks, StoresTheHighestAndLowestSampleOfEverySpan) {
+    if (onWindows) GTEST_SKIP() << "peaks are made for pictures, which that build does not draw";
     const TempFolder folder;
     constexpr int frames = 1000, channels = 2, framesPerPeak = 120;  // 400 peaks a second
     const std::string file = folder.Write("song.wav", PatternWav(frames, channels));
@@ -119,6 +119,7 @@ TEST(WavehostPeaks, StoresTheHighestAndLowestSampleOfEverySpan) {
 }
 
 TEST(WavehostState, QuotesANameThatHoldsQuotes) {
+    if (onWindows) GTEST_SKIP() << "no file name holds a double quote there";
     const TempFolder folder;
     const std::string file = folder.Write("a \"loop\", it's.wav", SlicedLoop());
     const HostRun state = RunWavehost({"state", file});
@@ -129,7 +130,6 @@ TEST(WavehostState, QuotesANameThatHoldsQuotes) {
     EXPECT_EQ(Json::parse(restored.out)["file"], file);
     EXPECT_EQ(Json::parse(restored.out)["type"], "WAVE");
 }
-#endif
 
 TEST(WavehostPeaks, DrawsAndKeepsPeakFilesWhileTheyFit) {
     const TempFolder folder;
