@@ -94,12 +94,20 @@ bool WouldPlayMore(const Plan& plan, int64_t newFileSize, bool isRf64) {
            PlayedRiffBytes(audio.bytes, audio.start, plan.fileSize);
 }
 
-// Writes the image at the start of `run`, which is no shorter than it.
+bool FitsOneHeader(const Run& run) {
+    return run.length - chunkHeaderBytes <= int64_t{UINT32_MAX};
+}
+
+// Makes the run one padding chunk, where a chunk can be that long.
+bool CoverRun(FileWriter& writer, const Run& run) {
+    return !FitsOneHeader(run) || WriteJunkHeader(run.start, writer, run.length);
+}
+
+// Writes the image at the start of the covered `run`, which is no shorter than it.
 bool PlaceImage(FileWriter& writer, const Run& run, const Image& image) {
     const auto bytes = static_cast<int64_t>(image.size());
     const int64_t rest = run.length - bytes;
-    const bool fitsOneHeader = run.length - chunkHeaderBytes <= int64_t{UINT32_MAX};
-    if (fitsOneHeader && !WriteJunkHeader(run.start, writer, run.length)) return false;
+    const bool fitsOneHeader = FitsOneHeader(run);
     if (image.empty()) return true;
     if (writer.Seek(run.start + chunkHeaderBytes) != 0 ||
         !WriteBytes(writer, image.data() + chunkHeaderBytes, bytes - chunkHeaderBytes))
@@ -113,7 +121,7 @@ bool PlaceImage(FileWriter& writer, const Run& run, const Image& image) {
 
 bool PlaceInGap(FileWriter& writer, Run& gap, const Image& image) {
     const auto bytes = static_cast<int64_t>(image.size());
-    if (!PlaceImage(writer, gap, image)) return false;
+    if (!CoverRun(writer, gap) || !PlaceImage(writer, gap, image)) return false;
     if (gap.length > bytes && !FillWithJunk(gap.start + bytes, writer, gap.length - bytes)) return false;
     gap.length = 0;
     return true;
@@ -136,7 +144,12 @@ bool AppendImage(FileWriter& writer, const Plan& plan, const Image& image) {
 
 bool PlaceInTrailingRun(FileWriter& writer, Run& trailing, const Image& image) {
     const auto bytes = static_cast<int64_t>(image.size());
+    const int64_t oldLength = trailing.length;
     if (trailing.length < bytes && !GrowTrailingRun(writer, trailing, bytes)) return false;
+    if (!CoverRun(writer, trailing)) {
+        trailing.length = oldLength;  // nothing claims what it grew by
+        return false;
+    }
     return PlaceImage(writer, trailing, image);
 }
 

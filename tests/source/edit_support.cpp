@@ -128,7 +128,8 @@ std::map<std::string, std::string> TagsOf(const std::string& path) {
 }
 
 void ExpectOnlyTagsDiffer(const Bytes& before, const Bytes& after, const std::string& what, bool hasNewAcid) {
-    EXPECT_EQ(ComparableChunks(after, hasNewAcid), ComparableChunks(before, hasNewAcid)) << what;
+    EXPECT_EQ(ComparableChunks(after, hasNewAcid), ComparableChunks(before, hasNewAcid))
+        << what << ": " << Ids(after);
     ExpectSizesAgree(after, what);
 }
 
