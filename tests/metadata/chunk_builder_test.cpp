@@ -136,7 +136,7 @@ TEST(CartChunk, WritesFieldsTimersAndTagText) {
                              {"CART:URL", "4"},
                              {"CART:TagText", "odd"}},
                             "cart");
-    ASSERT_EQ(body.size(), 2051u);
+    ASSERT_EQ(body.size(), 2052u) << "even";
     EXPECT_EQ(TextAt(body, 0, 68), "0101" + std::string(63, 't') + '\0');
     EXPECT_EQ(ReadLe32(&body[680]), 0u);
     EXPECT_EQ(Bytes(body.begin() + 684, body.begin() + 708),

@@ -82,14 +82,6 @@ std::vector<ListedChunk> ComparableChunks(const Bytes& file, bool withoutAcid) {
 
 }  // namespace
 
-intptr_t RequestWrite(PCM_source& source, std::string target, const Fields& fields, intptr_t flags) {
-    std::vector<MetadataPair> pairs;
-    for (const auto& [key, value] : fields)
-        pairs.push_back({key.c_str(), value.c_str()});
-    pairs.push_back({nullptr, nullptr});
-    return source.ExtendedCall(0x20008, target.data(), pairs.data(), reinterpret_cast<void*>(flags));
-}
-
 Bytes TaggedPicture() {
     ByteWriter picture;
     for (int i = 0; i < 777; ++i)
@@ -113,18 +105,6 @@ Bytes TaggedFile(std::string_view riffId) {
         .Chunk("data", audio)
         .Add(ChunksBehind());
     return RiffFile(chunks, riffId);
-}
-
-std::map<std::string, std::string> TagsOf(PCM_source& source) {
-    std::map<std::string, std::string> tags;
-    const char *key = nullptr, *value = nullptr;
-    for (intptr_t i = 0; source.ExtendedCall(0x10013, reinterpret_cast<void*>(i), &key, &value); ++i)
-        tags[key] = value;
-    return tags;
-}
-
-std::map<std::string, std::string> TagsOf(const std::string& path) {
-    return TagsOf(*OpenSource(path));
 }
 
 void ExpectOnlyTagsDiffer(const Bytes& before, const Bytes& after, const std::string& what, bool hasNewAcid) {

@@ -1,24 +1,12 @@
 // A file with every kind of tag and chunk, edits of it through a source, and what must hold after each.
 #pragma once
 
-#include <map>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "tests/source/source_support.h"
 #include "tests/support/chunk_list.h"
 
 namespace vantor::test {
-
-inline constexpr intptr_t replaceAll = 0;
-inline constexpr intptr_t mergeTags = 1;
-inline constexpr intptr_t neverInPlace = 2;
-
-using Fields = std::vector<std::pair<std::string, std::string>>;
-
-// Extended call 0x20008.
-intptr_t RequestWrite(PCM_source& source, std::string target, const Fields& fields, intptr_t flags);
 
 inline constexpr int editedFrames = 2501;
 
@@ -28,10 +16,6 @@ Bytes TaggedFile(std::string_view riffId = "RIFF");
 // The picture and the audio description that stand in it.
 Bytes TaggedPicture();
 std::string TaggedDescription();
-
-// Every key and value, by enumeration.
-std::map<std::string, std::string> TagsOf(PCM_source& source);
-std::map<std::string, std::string> TagsOf(const std::string& path);
 
 // The same audio and kept chunks as before ("acid" apart when the edit writes one); the chunks fill the file;
 // the sizes say so.

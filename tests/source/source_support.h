@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "source/state_tables.h"
@@ -89,6 +91,34 @@ inline std::string ValueOf(PCM_source& source, std::string key) {
     char value[256] = "unchanged";
     source.ExtendedCall(0x10007, key.data(), value, reinterpret_cast<void*>(sizeof value));
     return value;
+}
+
+// Every key and value, by enumeration.
+inline std::map<std::string, std::string> TagsOf(PCM_source& source) {
+    std::map<std::string, std::string> tags;
+    const char *key = nullptr, *value = nullptr;
+    for (intptr_t i = 0; source.ExtendedCall(0x10013, reinterpret_cast<void*>(i), &key, &value); ++i)
+        tags[key] = value;
+    return tags;
+}
+
+inline std::map<std::string, std::string> TagsOf(const std::string& path) {
+    return TagsOf(*OpenSource(path));
+}
+
+inline constexpr intptr_t replaceAll = 0;
+inline constexpr intptr_t mergeTags = 1;
+inline constexpr intptr_t neverInPlace = 2;
+
+using Fields = std::vector<std::pair<std::string, std::string>>;
+
+// Extended call 0x20008.
+inline intptr_t RequestWrite(PCM_source& source, std::string target, const Fields& fields, intptr_t flags) {
+    std::vector<MetadataPair> pairs;
+    for (const auto& [key, value] : fields)
+        pairs.push_back({key.c_str(), value.c_str()});
+    pairs.push_back({nullptr, nullptr});
+    return source.ExtendedCall(0x20008, target.data(), pairs.data(), reinterpret_cast<void*>(flags));
 }
 
 inline size_t IdleReaderCount(const std::string& path, int32_t purpose = purposePlayback) {

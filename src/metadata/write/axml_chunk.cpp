@@ -64,8 +64,15 @@ std::optional<CodePlace> FindCode(std::string_view text, size_t from = 0) {
     return CodePlace{start, end};
 }
 
-// True for the small document that stands for an ISRC alone.
+// A small document that stands for an ISRC alone; a second line feed makes it even.
+std::string OwnDocument(std::string_view code) {
+    auto document = std::string(head).append(code).append(tail);
+    if (document.size() % 2 != 0) document += '\n';
+    return document;
+}
+
 bool IsOwnDocument(std::string_view text) {
+    if (text.ends_with("\n\n")) text.remove_suffix(1);
     if (!text.starts_with(head) || !text.ends_with(tail)) return false;
     const size_t codeEnd = text.find('<', head.size());
     return codeEnd == text.size() - tail.size();
@@ -162,7 +169,9 @@ void AppendWithCode(ChunkImage& image, std::span<const ChunkBody> documents, std
         const auto text = TextOf(document);
         const auto place = FindCode(text);
         const auto core = isPlaced ? std::nullopt : FindCoreMetadata(text);
-        if (place) {
+        if (IsOwnDocument(text)) {
+            AppendDocument(image, OwnDocument(code));
+        } else if (place) {
             AppendDocument(image, WithCode(text, *place, code));
         } else if (core) {
             AppendDocument(image, std::string(text.substr(0, core->content))
@@ -173,7 +182,7 @@ void AppendWithCode(ChunkImage& image, std::span<const ChunkBody> documents, std
             AppendDocument(image, text);
         }
     }
-    if (!isPlaced) AppendDocument(image, std::string(head).append(code).append(tail));
+    if (!isPlaced) AppendDocument(image, OwnDocument(code));
 }
 
 }  // namespace

@@ -18,6 +18,8 @@ using ChunkImage = std::vector<uint8_t>;
 using ChunkBody = std::vector<uint8_t>;
 
 // Appends a chunk with its size and, after an odd body, its pad byte: the one place where chunks are framed.
+// Builders fill their bodies to an even size where they can: some readers forget the pad byte of a chunk that
+// they do not know, and with it lose the audio behind.
 void AppendChunk(ChunkImage& image, std::string_view id, const uint8_t* body, size_t bodyBytes);
 
 int BuildBextChunk(ChunkImage& image, const MetadataStore& store);  // 1 when a chunk was appended

@@ -67,6 +67,7 @@ int BuildCartChunk(ChunkImage& image, const MetadataStore& store) {
     body.insert(body.end(), tagText.begin(), tagText.end());
     if (std::ranges::all_of(body, [](uint8_t byte) { return byte == 0; })) return 0;
     PutText(body, 0, version);
+    if (body.size() % 2 != 0) body.push_back(0);  // see AppendChunk
     AppendChunk(image, "cart", body.data(), body.size());
     return 1;
 }

@@ -134,6 +134,7 @@ int BuildXmpChunk(ChunkImage& image, const MetadataStore& store) {
     AddElements(text, store);
     AddMarkers(text, store);
     Add(text, {trailer});
+    if (text.size() % 2 != 0) text.push_back('\0');  // see AppendChunk
     const size_t before = image.size();
     AppendChunk(image, "_PMX", reinterpret_cast<const uint8_t*>(text.data()), text.size());
     return static_cast<int>(image.size() - before);
