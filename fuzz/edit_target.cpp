@@ -16,7 +16,7 @@ using test::Bytes;
 using namespace std::string_view_literals;
 
 constexpr const char* targetName = "copy.wav";
-constexpr int32_t comparedFrames = 4000;
+constexpr int32_t comparedFrames = 1000;
 constexpr size_t chunkHeaderBytes = 8;
 
 struct Change {
@@ -41,7 +41,10 @@ struct Audio {
 Audio AudioOf(PCM_source_wavefile& source) {
     const auto format = source.Attachment().format;
     Audio audio{format->lengthFrames, format->channels, format->sampleRate, {}, {}};
-    if (audio.channels > 64) return audio;
+    // With bytes between its frames the sound goes on behind the audio chunk.
+    const int32_t frameBytes = audio.channels * WholeBytes(format->bitsPerSample);
+    const bool isSparse = !IsAdpcm(format->encoding) && format->blockAlign > frameBytes;
+    if (audio.channels > 64 || isSparse) return audio;
     audio.first = ReadFramesAt(source, 0, comparedFrames, audio.channels, comparedFrames);
     const auto tail = static_cast<double>(std::max<int64_t>(audio.lengthFrames - comparedFrames, 0));
     audio.last = ReadFramesAt(source, tail, comparedFrames, audio.channels, comparedFrames);

@@ -49,9 +49,9 @@ void Play(PCM_source& source, Choices& choices) {
     const std::array channelCounts = {own, 1, 2, 6, own + 1};
     const int32_t channels =
         std::clamp(channelCounts[static_cast<size_t>(choices.OneOf(channelCounts.size()))], 1, mostSamples);
-    const int32_t frames = std::min(mostSamples / channels, 600);
     const std::array blockSizes = {7, 1, 64, 512};
     const int32_t blockFrames = blockSizes[static_cast<size_t>(choices.OneOf(blockSizes.size()))];
+    const int32_t frames = std::min(mostSamples / channels, 30 * blockFrames);
     const double length = std::floor(source.LengthSeconds() * source.SampleRate());
     for (const double start : {0.0, -5.0, 16.0 * choices.Byte(), length - 9, 1e15}) {
         const auto whole = ReadFramesAt(source, start, frames, channels, frames);

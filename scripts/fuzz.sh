@@ -14,6 +14,9 @@ cmake --build --preset fuzz --target vantor_fuzz
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || mapfile -t targets < <(sed -n 's/.*Target{"\([a-z0-9_]*\)".*/\1/p' fuzz/targets.h)
 
+# What the sanitizer keeps of freed memory counts as resident.
+export ASAN_OPTIONS=quarantine_size_mb=16
+
 run() {
     local target=$1 found=build/fuzz/corpus/$1 seeds=(fuzz/corpus/"$1") longest=4096
     case $target in
@@ -21,7 +24,7 @@ run() {
     esac
     mkdir -p "$found" "fuzz/crashes/$target"
     echo "== $target"
-    build/fuzz/fuzz_"$target" -max_total_time="$seconds" -max_len=$longest -timeout=1 -rss_limit_mb=512 \
+    build/fuzz/fuzz_"$target" -max_total_time="$seconds" -max_len=$longest -timeout=1 -entropic=0 -rss_limit_mb=256 \
         -malloc_limit_mb=256 -dict=fuzz/chunks.dict -artifact_prefix="fuzz/crashes/$target/" -print_final_stats=1 \
         "$found" "${seeds[@]}" >"build/fuzz/$target.log" 2>&1 || {
         echo "== $target broke: build/fuzz/$target.log" >&2

@@ -12,6 +12,10 @@ using Bucket = std::vector<MetadataEntry>;
 
 constexpr size_t bucketLimit = 256;
 
+size_t KeyBytes(const MetadataEntry& entry) {
+    return entry.key.size() + sizeof entry;
+}
+
 std::string_view CutAtNul(std::string_view text) {
     return text.substr(0, text.find('\0'));
 }
@@ -65,7 +69,7 @@ void MetadataStore::Set(std::string_view key, std::string_view value) {
         const auto place = Find(key);
         if (place.found)
             buckets_[place.bucket][place.index].value = std::move(entry.value);
-        else
+        else if (KeyBytes(entry) <= mostKeyBytes - keyBytes_)
             Insert(place, std::move(entry));
     } catch (const std::bad_alloc&) {
         // The pair is dropped; every step either completes or leaves the store as it was.
@@ -73,6 +77,7 @@ void MetadataStore::Set(std::string_view key, std::string_view value) {
 }
 
 void MetadataStore::Insert(Place place, MetadataEntry entry) {
+    const size_t keyBytes = KeyBytes(entry);
     if (buckets_.empty()) {
         Bucket first;
         first.push_back(std::move(entry));
@@ -89,12 +94,14 @@ void MetadataStore::Insert(Place place, MetadataEntry entry) {
         bucket.insert(bucket.begin() + static_cast<std::ptrdiff_t>(place.index), std::move(entry));
     }
     ++count_;
+    keyBytes_ += keyBytes;
 }
 
 bool MetadataStore::Remove(std::string_view key) {
     const auto place = Find(key);
     if (!place.found) return false;
     auto& bucket = buckets_[place.bucket];
+    keyBytes_ -= KeyBytes(bucket[place.index]);
     bucket.erase(bucket.begin() + static_cast<std::ptrdiff_t>(place.index));
     if (bucket.empty()) buckets_.erase(buckets_.begin() + static_cast<std::ptrdiff_t>(place.bucket));
     --count_;
@@ -102,14 +109,20 @@ bool MetadataStore::Remove(std::string_view key) {
 }
 
 void MetadataStore::RemoveWhere(bool (*predicate)(std::string_view key)) {
+    const auto leaves = [&](const MetadataEntry& entry) {
+        if (!predicate(entry.key)) return false;
+        --count_;
+        keyBytes_ -= KeyBytes(entry);
+        return true;
+    };
     for (auto& bucket : buckets_)
-        count_ -= std::erase_if(bucket, [&](const MetadataEntry& entry) { return predicate(entry.key); });
+        std::erase_if(bucket, leaves);
     std::erase_if(buckets_, [](const Bucket& bucket) { return bucket.empty(); });
 }
 
 void MetadataStore::Clear() {
     buckets_.clear();
-    count_ = 0;
+    count_ = keyBytes_ = 0;
 }
 
 const MetadataEntry* MetadataStore::At(size_t index) const {

@@ -14,11 +14,15 @@ struct MetadataEntry {
     std::string value;
 };
 
-// Inserting costs no more than the square root of the number of entries: a hostile file may bring a million
-// keys. No lock of its own. Pointers into entries stay valid while the store is unchanged. Set drops the pair
-// when memory runs out.
+// A hostile file may bring any number of keys, and long ones from few bytes: inserting costs no more than the
+// square root of the number of entries, and a full store takes no new key. No lock of its own. Pointers into
+// entries stay valid while the store is unchanged. Set drops the pair when memory runs out.
 class MetadataStore {
   public:
+    // What keys and entries may take, values aside: some 200,000 keys, a hundred times what the richest file
+    // holds.
+    static constexpr size_t mostKeyBytes = size_t{16} << 20;
+
     [[nodiscard]] size_t Count() const { return count_; }
     // Null when absent. An empty key finds nothing.
     [[nodiscard]] const std::string* Get(std::string_view key) const;
@@ -55,6 +59,7 @@ class MetadataStore {
 
     std::vector<std::vector<MetadataEntry>> buckets_;  // none empty; each sorted; ascending across buckets
     size_t count_ = 0;
+    size_t keyBytes_ = 0;
 };
 
 }  // namespace vantor

@@ -125,17 +125,16 @@ bool WriteFileHeader(CopyJob& job) {
            WriteBytes(job.writer, reinterpret_cast<const uint8_t*>("WAVE"), 4);
 }
 
-// The size field of the copied `data` chunk: what is really there, so that chunks behind it are not taken for
+// The size field of a copied `data` chunk: what is really there, so that chunks behind it are not taken for
 // audio.
-uint32_t AudioSizeField(const CopyJob& job, uint32_t sourceField) {
-    const int64_t bytes = job.plan.audioBytes;
+uint32_t AudioSizeField(const CopyJob& job, uint32_t sourceField, int64_t bytes) {
     if (job.IsRf64() && (sourceField == sizeInDs64 || bytes >= int64_t{sizeInDs64})) return sizeInDs64;
     return static_cast<uint32_t>(bytes);
 }
 
 bool CopyChunk(CopyJob& job, const RiffChunk& chunk) {
     auto header = chunk.header;
-    if (chunk.isData) WriteLe32(&header[4], AudioSizeField(job, ReadLe32(&header[4])));
+    if (chunk.isData) WriteLe32(&header[4], AudioSizeField(job, ReadLe32(&header[4]), chunk.bodyBytes));
     job.reader.Seek(chunk.BodyStart());
     if (!WriteBytes(job.writer, header.data(), chunkHeaderBytes) ||
         !CopyBytes(job.reader, job.writer, chunk.bodyBytes))
@@ -186,7 +185,7 @@ bool CorrectDs64DataSize(CopyJob& job) {
     ChunkHeader header{};
     job.reader.Seek(job.plan.audioStart - chunkHeaderBytes);
     if (!job.reader.ReadExactly(header.data(), chunkHeaderBytes)) return false;
-    if (AudioSizeField(job, ReadLe32(&header[4])) != sizeInDs64) return true;
+    if (AudioSizeField(job, ReadLe32(&header[4]), job.plan.audioBytes) != sizeInDs64) return true;
     return WriteUInt64At(job.writer, ds64DataSizeOffset, job.plan.audioBytes);
 }
 

@@ -105,7 +105,7 @@ double PCM_source_wavefile::SampleRate() {
 double PCM_source_wavefile::LengthSeconds() {
     return Guarded(0.0, [&] {
         const auto [state, format] = Attachment();
-        if (!format || format->sampleRate <= smallestRate) return 0.0;
+        if (!format || !(format->sampleRate > smallestRate)) return 0.0;  // a rate may be NaN
         if (const auto slice = SliceSpan(*format, sliceIndex_))
             return static_cast<double>(slice->frames) / format->sampleRate;
         if (MayGrow(*format)) UpdateGrowingLength(*state, *format);

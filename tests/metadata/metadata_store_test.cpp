@@ -120,5 +120,33 @@ TEST(MetadataStore, BehavesLikeAnOrderedMap) {
     }
 }
 
+// A file may turn a few bytes into a long key, any number of times.
+TEST(MetadataStore, TakesNoNewKeyWhenFull) {
+    MetadataStore store;
+    const auto key = [](size_t number) { return std::to_string(number) + std::string(1 << 16, 'k'); };
+    size_t held = 0;
+    do {
+        store.Set(key(held), "value");
+    } while (store.Count() == ++held && held < 1000);
+    --held;
+    EXPECT_EQ(held, MetadataStore::mostKeyBytes / (1 << 16) - 1);
+    store.Set(key(0), "another");
+    EXPECT_EQ(store.Value(key(0)), "another");
+    for (const bool removesWhere : {false, true}) {
+        if (removesWhere)
+            store.RemoveWhere([](std::string_view candidate) { return candidate.starts_with("1k"); });
+        else
+            store.Remove(key(0));
+        EXPECT_EQ(store.Count(), held - 1);
+        store.Set(key(removesWhere ? 0 : 1000), "new");
+        EXPECT_EQ(store.Count(), held);
+    }
+    const MetadataStore copy = store;
+    store.Clear();
+    store.Set(key(0), "first");
+    EXPECT_EQ(store.Count(), 1u);
+    EXPECT_EQ(copy.Count(), held);
+}
+
 }  // namespace
 }  // namespace vantor

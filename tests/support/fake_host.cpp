@@ -34,7 +34,7 @@ class FakeResampler final : public Counted<Resampler> {
     double LatencySeconds() override { return 0; }
     void Reset() override { phase_ = 0; }
     int32_t RequestInput(int32_t outputFrames, int32_t channels, double** input) override {
-        const double most = std::max(1.0, 1e6 / channels);  // a ratio from a file has no bounds
+        const double most = std::max(1.0, 65536.0 / channels);  // a ratio from a file has no bounds
         const auto frames = static_cast<int32_t>(std::min(most, std::floor(phase_ + outputFrames * ratio_)));
         input_.assign(static_cast<size_t>(std::max(frames, 1) * channels), 0.0);
         *input = input_.data();
