@@ -6,6 +6,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
 
 #include "tests/source/edit_support.h"
 #include "tests/support/scripted_file_system.h"
@@ -109,6 +112,35 @@ TEST(KilledEdit, LeavesEverySampleAndNoGarbage) {
                 if (::testing::Test::HasFailure()) return;
             }
     }
+}
+
+// The same with the command line, killed after a while that nobody chose: set VANTOR_WAVEHOST to its path.
+TEST(KilledEdit, OfTheCommandLineLeavesEverySample) {
+    const char* const wavehost = std::getenv("VANTOR_WAVEHOST");
+    if (!wavehost) GTEST_SKIP() << "VANTOR_WAVEHOST does not name the executable";
+    const Layout& layout = layouts[1];
+    const Tags after = TagsAfter(layout);
+    std::mt19937 random(5);
+    int killed = 0;
+    for (int round = 0; round < 200; ++round) {
+        TempFolder folder;
+        const auto path = folder.Write("killed.wav", layout.file);
+        const auto delay = static_cast<useconds_t>(random() % 15000);
+        const pid_t child = fork();
+        if (child == 0) {
+            if (!std::freopen("/dev/null", "w", stdout)) _exit(1);
+            const auto comment = "COMMENT=" + layout.fields[1].second;
+            execl(wavehost, wavehost, "meta", "set", path.c_str(), "TITLE=New", comment.c_str(), nullptr);
+            _exit(1);
+        }
+        usleep(delay);
+        kill(child, SIGKILL);
+        int status = 0;
+        waitpid(child, &status, 0);
+        killed += WIFSIGNALED(status);
+        ExpectSound(layout, path, after, "killed after " + std::to_string(delay) + " us");
+    }
+    EXPECT_GT(killed, 0);
 }
 
 }  // namespace
