@@ -81,7 +81,7 @@ bool IsOwnDocument(std::string_view text) {
 // Where the content of the document's <coreMetadata> begins, and its prefix with the colon.
 struct CoreMetadata {
     std::string_view prefix;
-    size_t content;
+    size_t content = 0;  // 0: the document has none
 };
 
 // The end of a start tag, behind its ">"; nothing when the element is empty or the tag does not end.
@@ -99,7 +99,7 @@ std::optional<size_t> EndOfStartTag(std::string_view text, size_t from) {
     return std::nullopt;
 }
 
-std::optional<CoreMetadata> FindCoreMetadata(std::string_view text) {
+CoreMetadata FindCoreMetadata(std::string_view text) {
     constexpr std::string_view name = "coreMetadata";
     constexpr size_t longestPrefix = 64;
     for (size_t at = text.find(name); at != text.npos; at = text.find(name, at + 1)) {
@@ -115,10 +115,10 @@ std::optional<CoreMetadata> FindCoreMetadata(std::string_view text) {
             std::string_view("> \t\r\n").find(text[behind]) == std::string_view::npos)
             continue;
         const auto content = EndOfStartTag(text, behind);
-        if (!content) return std::nullopt;
-        return CoreMetadata{prefix, *content};
+        if (!content) break;
+        return {prefix, *content};
     }
-    return std::nullopt;
+    return {};
 }
 
 // The element that carries a code in somebody else's document.
@@ -136,9 +136,9 @@ std::string WithoutCodes(std::string_view text) {
     size_t copied = 0;
     for (auto code = FindCode(text); code; code = FindCode(text, copied)) {
         size_t start = code->start, end = code->end;
-        if (core) {
+        if (core.content != 0) {
             const auto element =
-                IdentifierElement(core->prefix, text.substr(start + mark.size(), end - start - mark.size()));
+                IdentifierElement(core.prefix, text.substr(start + mark.size(), end - start - mark.size()));
             const size_t before = element.find(mark);
             if (start >= copied + before && text.substr(start - before).starts_with(element)) {
                 start -= before;
@@ -168,15 +168,15 @@ void AppendWithCode(ChunkImage& image, std::span<const ChunkBody> documents, std
     for (const auto& document : documents) {
         const auto text = TextOf(document);
         const auto place = FindCode(text);
-        const auto core = isPlaced ? std::nullopt : FindCoreMetadata(text);
+        const auto core = isPlaced ? CoreMetadata{} : FindCoreMetadata(text);
         if (IsOwnDocument(text)) {
             AppendDocument(image, OwnDocument(code));
         } else if (place) {
             AppendDocument(image, WithCode(text, *place, code));
-        } else if (core) {
-            AppendDocument(image, std::string(text.substr(0, core->content))
-                                      .append(IdentifierElement(core->prefix, code))
-                                      .append(text.substr(core->content)));
+        } else if (core.content != 0) {
+            AppendDocument(image, std::string(text.substr(0, core.content))
+                                      .append(IdentifierElement(core.prefix, code))
+                                      .append(text.substr(core.content)));
             isPlaced = true;
         } else {
             AppendDocument(image, text);
