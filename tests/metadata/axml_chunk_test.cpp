@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "fileio/byte_order.h"
-#include "metadata/read/read_metadata.h"
 #include "metadata/write/build_chunks.h"
 #include "tests/metadata/store_entries.h"
 #include "xml/xml_parser.h"
@@ -34,7 +33,7 @@ Documents Edited(const Documents& documents, const std::string& isrc) {
 std::string IsrcOf(const Documents& documents) {
     MetadataStore store;
     for (const auto& document : documents)
-        ReadAxml({reinterpret_cast<const uint8_t*>(document.data()), document.size()}, store);
+        ReadAxml(BytesOf(document), store);
     return std::string(store.Value("AXML:ISRC"));
 }
 
@@ -59,7 +58,8 @@ TEST(AxmlDocuments, StayByteForByteWhileTheIsrcIsTheSame) {
 TEST(AxmlDocuments, OnlyTheTextOfAChangedIsrcIsReplaced) {
     const Documents changed = {"<a><b>ISRC:A&amp;B</b><c>ISRC:OTHER</c></a>"};
     EXPECT_EQ(Edited({coded}, "A&B"), changed);
-    EXPECT_EQ(Edited(changed, "A&B"), changed);
+    for (const char* again : {"A&B", "A&amp;B"})
+        EXPECT_EQ(Edited(changed, again), changed) << "a reference does not grow with every edit";
     EXPECT_EQ(IsrcOf(Edited({coded, description, "<x>ISRC:last</x>"}, "NEW")), "NEW");
 }
 
@@ -67,6 +67,8 @@ TEST(AxmlDocuments, ARemovedIsrcLeavesNoCodeBehind) {
     EXPECT_EQ(Edited({coded}, ""), Documents{"<a><b></b><c></c></a>"});
     EXPECT_EQ(IsrcOf(Edited({"<a>ISRC:x<b/>ISISRC:yRC:z<", "ISRC:no end"}, "")), "");
     const auto own = Edited({}, "USS1Z9900001");
+    EXPECT_TRUE(IsWellFormed(own.at(0)));
+    EXPECT_TRUE(IsWellFormed(Edited({}, "A<&>\x01\xE9").at(0)));
     EXPECT_EQ(IsrcOf(own), "USS1Z9900001");
     EXPECT_EQ(Edited(own, ""), Documents{}) << "a document that only held the code goes";
 }

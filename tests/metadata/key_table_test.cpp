@@ -4,12 +4,10 @@
 
 #include "tests/metadata/store_entries.h"
 
-namespace vantor {
+namespace vantor::test {
 namespace {
 
-using test::Entries;
-using test::EntriesOf;
-using test::StoreOf;
+using namespace std::string_literals;
 
 std::vector<std::string> SchemeKeys(const char* field) {
     std::vector<std::string> keys;
@@ -36,41 +34,19 @@ std::string Applied(const std::vector<FieldPair>& fields, MetadataStore store = 
 }
 
 TEST(KeyTable, ListsTheCommonFieldsWithTheirRows) {
-    struct Row {
-        const char* name;
-        const char* label;
-        size_t keys;
-        const char* first;
-        const char* last;
-    };
-    const Row rows[] = {
-        {"TITLE", "Title", 11, "INFO:INAM", "REX:Name"},
-        {"ARTIST", "Artist", 8, "INFO:IART", "IFF:AUTH"},
-        {"ALBUM", "Album", 7, "INFO:IALB", "CAFINFO:album"},
-        {"TRACKNUMBER", "Track", 7, "INFO:TRCK", "CAFINFO:track number"},
-        {"YEAR", "Date", 10, "BWF:OriginationDate", "CAFINFO:year"},
-        {"GENRE", "Genre", 7, "INFO:IGNR", "CAFINFO:genre"},
-        {"COMMENT", "Comment", 11, "INFO:ICMT", "REX:FreeText"},
-        {"DESC", "Description", 8, "BWF:Description", "IFF:ANNO"},
-        {"BPM", "BPM", 6, "ACID:BPM", "CAFINFO:tempo"},
-        {"KEY", "Key", 6, "ACID:KEY", "CAFINFO:key signature"},
-        {"DB_CUSTOM", "Browser Tags", 4, "ID3:TXXX:VANTOR", "IXML:USER:VANTOR"},
-    };
-    int index = 0;
-    for (const auto& row : rows) {
-        const char* label = nullptr;
-        EXPECT_STREQ(CommonField(index++, &label), row.name);
-        EXPECT_STREQ(label, row.label);
-        const auto keys = SchemeKeys(row.name);
-        ASSERT_EQ(keys.size(), row.keys) << row.name;
-        EXPECT_EQ(keys.front(), row.first);
-        EXPECT_EQ(keys.back(), row.last);
-    }
-    EXPECT_EQ(CommonField(index), nullptr);
+    std::string list;
+    const char* label = nullptr;
+    for (int i = 0; const char* name = CommonField(i, &label); ++i)
+        list += name + "="s + label + " " + std::to_string(SchemeKeys(name).size()) + "|";
+    EXPECT_EQ(list,
+              "TITLE=Title 11|ARTIST=Artist 8|ALBUM=Album 7|TRACKNUMBER=Track 7|YEAR=Date 10|GENRE=Genre 7|"
+              "COMMENT=Comment 11|DESC=Description 8|BPM=BPM 6|KEY=Key 6|DB_CUSTOM=Browser Tags 4|");
     EXPECT_EQ(CommonField(-1), nullptr);
     EXPECT_EQ(SchemeKeys("DATE"), SchemeKeys("YEAR"));
-    EXPECT_EQ(SchemeKeys("Title"),
-              (std::vector<std::string>{"ID3:TXXX:Title", "APE:Title", "VORBIS:Title", "IXML:USER:Title"}));
+    using Keys = std::vector<std::string>;
+    EXPECT_EQ(SchemeKeys("DB_CUSTOM"),
+              (Keys{"ID3:TXXX:VANTOR", "APE:VANTOR", "VORBIS:VANTOR", "IXML:USER:VANTOR"}));
+    EXPECT_EQ(SchemeKeys("Title"), (Keys{"ID3:TXXX:Title", "APE:Title", "VORBIS:Title", "IXML:USER:Title"}));
 }
 
 TEST(KeyTable, CutsKeysToTheOutput) {
@@ -80,28 +56,20 @@ TEST(KeyTable, CutsKeysToTheOutput) {
     EXPECT_TRUE(SchemeKeyFor("TITLE", 0, out, 1));
     EXPECT_STREQ(out, "");
     EXPECT_FALSE(SchemeKeyFor("TITLE", 0, out, 0));
-    EXPECT_FALSE(SchemeKeyFor("TITLE", -1, out, sizeof out));
-    EXPECT_FALSE(SchemeKeyFor("", 0, out, sizeof out));
-    EXPECT_FALSE(SchemeKeyFor(nullptr, 0, out, sizeof out));
     EXPECT_FALSE(SchemeKeyFor("TITLE", 0, nullptr, 8));
+    EXPECT_FALSE(SchemeKeyFor("TITLE", -1, out, sizeof out));
+    for (const char* field : {"", static_cast<const char*>(nullptr)})
+        EXPECT_FALSE(SchemeKeyFor(field, 0, out, sizeof out));
 }
 
 TEST(KeyTable, LooksFieldsUpInTheOrderOfTheirRow) {
-    const auto store = StoreOf({{"INFO:INAM", ""},
-                                {"ID3:TIT2", "second"},
-                                {"CART:Title", "third"},
-                                {"XMP:dc/date", "2024"},
-                                {"VORBIS:MOOD", "calm"},
-                                {"IXML:USER:VANTOR", "tags"}});
-    EXPECT_EQ(Lookup("TITLE", store), "second");
-    EXPECT_EQ(Lookup("CART:Title", store), "third");
-    EXPECT_EQ(Lookup("YEAR", store), "2024");
-    EXPECT_EQ(Lookup("DATE", store), "2024");
-    EXPECT_EQ(Lookup("MOOD", store), "calm");
-    EXPECT_EQ(Lookup("DB_CUSTOM", store), "tags");
-    EXPECT_EQ(Lookup("Title", store), "-");
-    EXPECT_EQ(Lookup("INFO:INAM", store), "-");
-    EXPECT_EQ(Lookup("ARTIST", store), "-");
+    const auto store = StoreOf(Listed("",
+                                      "INFO:INAM=|ID3:TIT2=second|CART:Title=third|XMP:dc/"
+                                      "date=2024|VORBIS:MOOD=calm|IXML:USER:VANTOR=tags"));
+    for (const auto& [name, value] : Listed("",
+                                            "TITLE=second|CART:Title=third|YEAR=2024|DATE=2024|MOOD=calm|DB_"
+                                            "CUSTOM=tags|Title=-|INFO:INAM=-|ARTIST=-"))
+        EXPECT_EQ(Lookup(name.c_str(), store), value) << name;
     char out[4];
     EXPECT_TRUE(LookupField("TITLE", out, sizeof out, &store));
     EXPECT_STREQ(out, "sec");
@@ -148,9 +116,10 @@ TEST(ApplyFields, PlacesTheFileByMilliseconds) {
 }
 
 TEST(TimeReference, IsRemovedWhenThereIsNothingToWrite) {
-    const Entries all = {{"BWF:TimeReference", "1"},        {"ID3:TXXX:TIME_REFERENCE", "1"},
-                         {"VORBIS:TIME_REFERENCE", "1"},    {"IXML:BEXT:BWF_TIME_REFERENCE_HIGH", "1"},
-                         {"XMP:dm/relativeTimestamp", "1"}, {"IXML:BEXT:BWF_TIME_REFERENCE_LOW", "1"}};
+    const auto all =
+        Listed("",
+               "BWF:TimeReference=1|ID3:TXXX:TIME_REFERENCE=1|VORBIS:TIME_REFERENCE=1|IXML:BEXT:BWF_TIME_"
+               "REFERENCE_HIGH=1|XMP:dm/relativeTimestamp=1|IXML:BEXT:BWF_TIME_REFERENCE_LOW=1");
     for (const auto& [seconds, rate] : {std::pair{0.0, 48000.0}, {10.0, 1.0}, {-1.0, 48000.0}}) {
         auto store = StoreOf(all);
         SetTimeReference(store, seconds, rate);
@@ -161,33 +130,26 @@ TEST(TimeReference, IsRemovedWhenThereIsNothingToWrite) {
 TEST(TimeReference, IsReadFromTheFirstKeyThatHoldsOne) {
     constexpr double wholeWord = 4294967296.0;
     struct Case {
-        Entries entries;
+        const char* entries;
         double rate;
         double seconds;
     };
     const Case cases[] = {
-        {{}, 48000, -1},
-        {{{"BWF:TimeReference", "48000"}}, 48000, 1},
-        {{{"BWF:TimeReference", "48000 "}}, 48000, 0},
-        {{{"BWF:TimeReference", "18446744073709551615"}}, 1, 18446744073709551616.0},
-        {{{"BWF:TimeReference", ""}, {"ID3:TXXX:TIME_REFERENCE", "2"}, {"VORBIS:TIME_REFERENCE", "9"}}, 1, 2},
-        {{{"VORBIS:TIME_REFERENCE", "9"}, {"IXML:BEXT:BWF_TIME_REFERENCE_LOW", "5"}}, 1, 9},
-        {{{"IXML:BEXT:BWF_TIME_REFERENCE_LOW", "-1"}}, 1, wholeWord - 1},
-        {{{"IXML:BEXT:BWF_TIME_REFERENCE_LOW", "4294967295"}}, 1, wholeWord - 1},
-        {{{"IXML:BEXT:BWF_TIME_REFERENCE_LOW", "7"}, {"IXML:BEXT:BWF_TIME_REFERENCE_HIGH", "2"}},
-         1,
-         2 * wholeWord + 7},
-        {{{"IXML:BEXT:BWF_TIME_REFERENCE_HIGH", "2"}}, 1, -1},
-        {{{"XMP:dm/relativeTimestamp", "000001500"}}, 48000, 1.5},
-        {{{"BWF:TimeReference", "48000"},
-          {"IXML:BEXT:BWF_TIME_REFERENCE_LOW", "1"},
-          {"XMP:dm/relativeTimestamp", "2000"}},
-         0,
-         2},
+        {"OTHER=1", 48000, -1},
+        {"BWF:TimeReference=48000", 48000, 1},
+        {"BWF:TimeReference=48000 ", 48000, 0},
+        {"BWF:TimeReference=18446744073709551615", 1, 18446744073709551616.0},
+        {"BWF:TimeReference=|ID3:TXXX:TIME_REFERENCE=2|VORBIS:TIME_REFERENCE=9", 1, 2},
+        {"VORBIS:TIME_REFERENCE=9|IXML:BEXT:BWF_TIME_REFERENCE_LOW=5", 1, 9},
+        {"IXML:BEXT:BWF_TIME_REFERENCE_LOW=-1", 1, wholeWord - 1},
+        {"IXML:BEXT:BWF_TIME_REFERENCE_LOW=7|IXML:BEXT:BWF_TIME_REFERENCE_HIGH=2", 1, 2 * wholeWord + 7},
+        {"IXML:BEXT:BWF_TIME_REFERENCE_HIGH=2", 1, -1},
+        {"XMP:dm/relativeTimestamp=000001500", 48000, 1.5},
+        {"BWF:TimeReference=48000|IXML:BEXT:BWF_TIME_REFERENCE_LOW=1|XMP:dm/relativeTimestamp=2000", 0, 2},
     };
     for (const auto& [entries, rate, seconds] : cases) {
-        const auto store = StoreOf(entries);
-        EXPECT_EQ(ReadTimeReference(&store, rate), seconds) << (entries.empty() ? "" : entries[0].first);
+        const auto store = StoreOf(Listed("", entries));
+        EXPECT_EQ(ReadTimeReference(&store, rate), seconds) << entries;
     }
     EXPECT_EQ(ReadTimeReference(nullptr, 48000), -1);
 }
@@ -199,29 +161,23 @@ TEST(SchemeList, GoesByTheFileType) {
             schemes += std::string(scheme) + " ";
         return schemes;
     };
-    EXPECT_EQ(list(".wav"), "BWF INFO IXML ASWG XMP AXML CART ID3 ");
-    EXPECT_EQ(list("BWF"), list(".WAV"));
-    EXPECT_EQ(list("opus"), "VORBIS ");
-    EXPECT_EQ(list(".aiff"), "IFF XMP ID3 ");
-    EXPECT_EQ(list("Caff"), list("CAF"));
-    EXPECT_EQ(list("wave"), "");
-    EXPECT_EQ(list(""), "");
+    EXPECT_EQ(list(".WAV"), "BWF INFO IXML ASWG XMP AXML CART ID3 ");
+    EXPECT_EQ(list("Caff"), "CAFINFO ");
+    EXPECT_EQ(list("wave") + list(""), "");
     EXPECT_EQ(SchemeForType("wav", -1), nullptr);
 }
 
 TEST(SchemeList, ASchemeIsPresentByItsFirstKey) {
     const auto store = StoreOf({{"BWFX", ""}, {"INFO:INAM", ""}});
-    EXPECT_TRUE(StoreHasScheme("BWF", store));
-    EXPECT_TRUE(StoreHasScheme("INFO", store));
-    EXPECT_FALSE(StoreHasScheme("IN2", store));
-    EXPECT_FALSE(StoreHasScheme("XMP", store));
-    EXPECT_FALSE(StoreHasScheme("BWF", {}));
-    EXPECT_TRUE(HasSchemePrefix("FLACPIC:APIC"));
-    EXPECT_TRUE(HasSchemePrefix("ID3:"));
-    EXPECT_FALSE(HasSchemePrefix("ID3"));
-    EXPECT_FALSE(HasSchemePrefix("TITLE"));
-    EXPECT_FALSE(HasSchemePrefix("info:INAM"));
+    for (const char* scheme : {"BWF", "INFO"})
+        EXPECT_TRUE(StoreHasScheme(scheme, store)) << scheme;
+    for (const char* scheme : {"IN2", "XMP"})
+        EXPECT_FALSE(StoreHasScheme(scheme, store)) << scheme;
+    for (const char* key : {"FLACPIC:APIC", "ID3:"})
+        EXPECT_TRUE(HasSchemePrefix(key)) << key;
+    for (const char* key : {"ID3", "TITLE", "info:INAM"})
+        EXPECT_FALSE(HasSchemePrefix(key)) << key;
 }
 
 }  // namespace
-}  // namespace vantor
+}  // namespace vantor::test
