@@ -62,35 +62,26 @@ TEST(ReadFrames, BlocksOfAnySizeGiveTheSameSamples) {
     }
 }
 
-TEST(ReadFrames, BlocksOfOneFrame) {
-    PlayedFile file({}, Ramp(600, 2), 600);
-    EXPECT_EQ(file.ReadAll(1, 2), file.ReadAll(600, 2));
-}
-
 TEST(ReadFrames, ChannelsAreFitted) {
     constexpr int32_t none = -1;
-    // For each output channel, the file's channel that feeds it.
-    const struct {
-        int32_t fileChannels;
-        std::vector<int32_t> fedBy;
-    } cases[] = {
-        {1, {0}},       {1, {0, 0}}, {1, {0, 0, none, none}},    {2, {0}}, {2, {0, 1}}, {2, {0, 1, none}},
-        {6, {0, 1, 2}}, {6, {0}},    {3, {0, 1, 2, none, none}},
+    // The file's channels; for each output channel, the one that feeds it.
+    const std::pair<int32_t, std::vector<int32_t>> cases[] = {
+        {1, {0, 0}}, {1, {0, 0, none, none}}, {2, {0}}, {2, {0, 1, none}}, {6, {0, 1, 2}}, {6, {0}},
     };
-    for (const auto& c : cases) {
-        const auto wanted = static_cast<int32_t>(c.fedBy.size());
-        PlayedFile file({encodingInteger, 16, c.fileChannels}, Ramp(5000, c.fileChannels), 5000);
+    for (const auto& [fileChannels, fedBy] : cases) {
+        const auto wanted = static_cast<int32_t>(fedBy.size());
+        PlayedFile file({encodingInteger, 16, fileChannels}, Ramp(5000, fileChannels), 5000);
         Samples expected;
         for (int32_t frame = 0; frame < 5000; ++frame)
-            for (const int32_t channel : c.fedBy)
+            for (const int32_t channel : fedBy)
                 expected.push_back(channel == none ? 0.0 : RampValue(frame, channel));
-        EXPECT_EQ(file.ReadAll(100000, wanted), expected) << c.fileChannels << " to " << wanted;
-        EXPECT_EQ(file.ReadAll(999, wanted), expected) << c.fileChannels << " to " << wanted;
+        for (const int32_t block : {999, 100000})
+            EXPECT_EQ(file.ReadAll(block, wanted), expected) << fileChannels << " to " << wanted;
     }
 }
 
 TEST(ReadFrames, EightFramesOffReadsOnNineSeeks) {
-    for (const int32_t offset : {-9, -8, -1, 0, 1, 8, 9}) {
+    for (const int32_t offset : {-9, -8, 0, 8, 9}) {
         PlayedFile file({}, Ramp(4000, 2), 4000);
         (void)file.ReadAt(100, 100, 2);
         const int32_t first = std::abs(offset) <= 8 ? 200 : 200 + offset;
@@ -112,21 +103,17 @@ TEST(ReadFrames, AnotherSourceOrAFreshStartSeeks) {
     EXPECT_EQ(file.ReadAt(225, 1, 2)[0], RampValue(225));
 }
 
-TEST(ReadFrames, EndsWithTheData) {
-    PlayedFile file({}, Ramp(1000, 2), 1000, Bytes(4000, 0xAA));
-    EXPECT_EQ(file.ReadAt(990, 100, 2).size(), 20u);
-    EXPECT_TRUE(file.ReadAt(1000, 100, 2).empty());
-    EXPECT_TRUE(file.ReadAt(5000, 100, 2).empty());
-    EXPECT_EQ(file.ReadAt(0, 1, 2)[0], 0.0);
-}
-
-// The header promises more than the file holds; the last frame is cut in two.
-TEST(ReadFrames, ATruncatedFileDeliversItsWholeFrames) {
+// Other chunks follow; or the header promises more than the file holds and the last frame is cut in two.
+TEST(ReadFrames, EndsWithTheWholeFramesOfTheData) {
     Bytes audio = Ramp(1000, 2);
+    PlayedFile followed({}, audio, 1000, Bytes(4000, 0xAA));
     audio.erase(audio.end() - 3, audio.end());
-    PlayedFile file({}, audio, 5000);
-    for (const int32_t block : {7, 512, 100000})
-        EXPECT_EQ(file.ReadAll(block, 2).size(), 2u * 999) << block;
+    PlayedFile cut({}, audio, 5000);
+    EXPECT_EQ(followed.ReadAt(990, 100, 2).size(), 20u);
+    EXPECT_TRUE(followed.ReadAt(1000, 100, 2).empty());
+    EXPECT_EQ(followed.ReadAt(0, 1, 2)[0], 0.0);
+    for (const int32_t block : {1, 512, 100000})
+        EXPECT_EQ(cut.ReadAll(block, 2).size(), 2u * 999) << block;
 }
 
 TEST(ReadFrames, RequestsThatCannotBeServed) {

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -35,12 +33,9 @@ void ExpectSound(const ParsedFile& parsed, size_t fileBytes) {
     }
 }
 
-TEST(HostileFiles, TheSamplesThemselvesPlay) {
-    for (const auto& sample : SampleFiles()) {
-        const auto parsed = ParseBytes(sample.bytes);
-        EXPECT_EQ(parsed->result, 0) << sample.name << ": " << parsed->Message();
-        EXPECT_GT(parsed->format.lengthFrames, 0) << sample.name;
-    }
+TEST(SampleFiles, EveryChunkIsRead) {
+    for (const auto& sample : SampleFiles())
+        EXPECT_EQ(RecordText(ParsePlayable(sample.bytes)->format), sample.record) << sample.name;
 }
 
 TEST(HostileFiles, CutAtEveryByteTheyPlayOrSayWhyNot) {
@@ -102,27 +97,13 @@ TEST(HostileFiles, WithoutMemoryTheyAreRefusedOrLoseTags) {
     }
 }
 
-TEST(HostileFiles, MillionsOfEmptyChunksAreSteppedOver) {
-    Bytes bytes =
-        RiffFile(ByteWriter().Chunk("fmt ", FmtBody(1, 2, 44100, 16)).Chunk("data", ByteWriter().Zeros(40)));
-    bytes.resize(bytes.size() + (size_t{64} << 20));
-    const auto parsed = ParseBytes(bytes);
-    EXPECT_EQ(parsed->result, 0);
-    EXPECT_EQ(parsed->format.lengthFrames, 10);
-    EXPECT_EQ(parsed->format.metadata.Count(), 0u);
-}
-
 TEST(HostileFiles, ZerosBetweenChunksHideNothing) {
-    for (const size_t zeros : {8u, 16u, 4096u, 4104u, 100000u}) {
-        const auto parsed = ParseBytes(RiffFile(ByteWriter()
-                                                    .Zeros(zeros)
-                                                    .Chunk("fmt ", FmtBody(1, 2, 44100, 16))
-                                                    .Zeros(zeros)
-                                                    .Chunk("data", ByteWriter().Zeros(40))
-                                                    .Zeros(zeros)
-                                                    .Chunk("tail", ByteWriter().Zeros(4))));
+    for (const size_t zeros : {size_t{8}, size_t{16}, size_t{4096}, size_t{4104}, size_t{64} << 20}) {
+        ByteWriter chunks;
+        chunks.Zeros(zeros).Chunk("fmt ", pcmFmt).Zeros(zeros).Chunk("data", tenFrames).Zeros(zeros);
+        const auto parsed = ParsePlayable(RiffFile(chunks.Chunk("tail", Bytes(4))));
         EXPECT_EQ(parsed->format.lengthFrames, 10) << zeros;
-        EXPECT_TRUE(parsed->format.metadata.Has("tail")) << zeros;
+        EXPECT_EQ(parsed->format.metadata.Count(), 1u) << zeros;
     }
 }
 
@@ -142,7 +123,7 @@ std::unique_ptr<ParsedFile> ParseSparse(const Bytes& header, const Bytes& tail =
 }
 
 TEST(HostileFiles, BeyondFourGiBAllAudioThatIsThereCounts) {
-    const auto fmt = ByteWriter().Chunk("fmt ", FmtBody(1, 2, 44100, 16));
+    const auto fmt = ByteWriter().Chunk("fmt ", pcmFmt);
     const auto tail = ByteWriter().Chunk("tail", ByteWriter().Zeros(4));
     const auto wrapped = static_cast<uint32_t>(sparseBytes - 44 - 12);
     const auto wave = ParseSparse(RiffFile(ByteWriter().Add(fmt).Text("data").Le32(wrapped)), tail);
@@ -150,27 +131,15 @@ TEST(HostileFiles, BeyondFourGiBAllAudioThatIsThereCounts) {
     EXPECT_EQ(wave->format.lengthFrames, (sparseBytes - 44) / 4);
     EXPECT_TRUE(wave->format.metadata.Has("tail"));  // the audio was stepped over whole
 
-    const Bytes aiff =
-        ByteWriter()
-            .Text("FORM")
-            .Be32(0)
-            .Text("AIFF")
-            .IffChunk("COMM", ByteWriter().Be16(2).Be32(25).Be16(16).Be16(0x400E).Be32(0xAC440000).Be32(0))
-            .Text("SSND")
-            .Be32(0xFFFFFFF0)
-            .Be64(0);
+    const auto comm = ByteWriter().IffChunk("COMM", CommBody(2, 25, 16));
+    const Bytes aiff = IffFile("AIFF", ByteWriter().Add(comm).Text("SSND").Be32(0xFFFFFFF0).Be64(0));
     EXPECT_EQ(ParseSparse(aiff)->format.lengthFrames, 25 + (int64_t{1} << 30));
 }
 
 TEST(HostileFiles, AnOutsizedBodyTakesNoMemory) {
     // A chunk that the file does hold, but that no metadata fills.
-    const auto desc = ByteWriter().BeDouble(48000).Text("lpcm").Be32(2).Be32(4).Be32(1).Be32(2).Be32(16);
-    const Bytes caf = ByteWriter()
-                          .Text("caff")
-                          .Be32(0x00010000)
-                          .CafChunk("desc", desc)
-                          .Text("info")
-                          .Be64(uint64_t{4} << 30);
+    const auto desc = ByteWriter().CafChunk("desc", DescBody());
+    const Bytes caf = CafFile(ByteWriter().Add(desc).Text("info").Be64(uint64_t{4} << 30));
     const auto parsed = ParseSparse(caf);
     if (!parsed) GTEST_SKIP() << "no sparse file of 4 GiB here";
     EXPECT_EQ(parsed->Message(), "Error reading CAFF info chunk");

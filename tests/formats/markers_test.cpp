@@ -1,8 +1,5 @@
 #include "formats/markers.h"
 
-#include <gtest/gtest.h>
-
-#include "fileio/byte_order.h"
 #include "tests/formats/parse_fixture.h"
 
 namespace vantor::test {
@@ -10,140 +7,98 @@ namespace {
 
 constexpr uint32_t rate = 44100;
 
-Bytes CueList(std::initializer_list<std::pair<uint32_t, uint32_t>> cues) {
+// Pairs of id and frame; the count in front is off by `miscount`.
+Bytes Cues(std::initializer_list<std::pair<uint32_t, uint32_t>> cues, uint32_t miscount = 0) {
     ByteWriter body;
-    body.Le32(static_cast<uint32_t>(cues.size()));
+    body.Le32(static_cast<uint32_t>(cues.size()) + miscount);
     for (const auto& [id, frame] : cues)
         body.Le32(id).Zeros(16).Le32(frame);
-    return body;
+    return ByteWriter().Chunk("cue ", body);
 }
 
-Bytes Label(uint32_t id, std::string_view text) {
-    return ByteWriter().Le32(id).Text(text);
+Bytes Text(std::string_view kind, uint32_t id, std::string_view text) {
+    return ByteWriter().Chunk(kind, ByteWriter().Le32(id).Text(text));
 }
 
-Bytes LabelledText(uint32_t id, uint32_t frames, std::string_view text = {}) {
-    return ByteWriter().Le32(id).Le32(frames).Zeros(12).Text(text);
+Bytes Labelled(uint32_t id, uint32_t frames, std::string_view text = {}) {
+    return ByteWriter().Chunk("ltxt", ByteWriter().Le32(id).Le32(frames).Zeros(12).Text(text));
 }
 
-// The chunks around a format and some audio.
-std::vector<Marker> MarkersOf(const Bytes& chunks, uint32_t sampleRate = rate) {
-    const auto parsed = ParseBytes(RiffFile(ByteWriter()
-                                                .Chunk("fmt ", FmtBody(1, 1, sampleRate, 16))
-                                                .Add(chunks)
-                                                .Chunk("data", ByteWriter().Zeros(20))));
-    EXPECT_EQ(parsed->result, 0) << parsed->Message();
-    return parsed->format.markers;
+Bytes Adtl(std::initializer_list<Bytes> subChunks) {
+    ByteWriter list;
+    list.Text("adtl");
+    for (const auto& subChunk : subChunks)
+        list.Add(subChunk);
+    return ByteWriter().Chunk("LIST", list);
 }
 
-ByteWriter Adtl(const Bytes& subChunks) {
-    return ByteWriter().Chunk("LIST", ByteWriter().Text("adtl").Add(subChunks));
+Bytes Sampler(uint32_t loops, uint32_t extra) {
+    ByteWriter smpl;
+    smpl.Zeros(28).Le32(loops).Le32(extra).Le32(3).Le32(0).Le32(0).Le32(rate / 2).Zeros(8).Zeros(2);
+    return ByteWriter().Chunk("smpl", smpl);
 }
 
-TEST(Markers, CueListsMustAddUp) {
-    Bytes body = CueList({{1, 0}, {2, 22050}});
-    const auto markers = MarkersOf(ByteWriter().Chunk("cue ", body));
-    ASSERT_EQ(markers.size(), 1u);  // the one at 0 without a name is none
-    EXPECT_EQ(markers[0].id, 2);
-    EXPECT_EQ(markers[0].start, 0.5);
-    body.push_back(0);
-    EXPECT_TRUE(MarkersOf(ByteWriter().Chunk("cue ", body)).empty());
-    body = CueList({{2, 22050}});
-    WriteLe32(body.data(), 0xFFFFFFFF);
-    EXPECT_TRUE(MarkersOf(ByteWriter().Chunk("cue ", body)).empty());
+std::string MarkersOf(const Bytes& chunks, uint32_t sampleRate = rate) {
+    return MarkersText(ParsePlayable(WaveFile(FmtBody(1, 1, sampleRate, 16), chunks))->format.markers);
 }
 
-TEST(Markers, WithoutARateThereAreNone) {
-    EXPECT_TRUE(MarkersOf(ByteWriter()
-                              .Chunk("cue ", CueList({{2, 9}}))
-                              .Add(Adtl(ByteWriter().Chunk("labl", Label(2, "a")))),
-                          0)
-                    .empty());
-    EXPECT_TRUE(MarkersOf(ByteWriter().Chunk("cue ", CueList({{2, 9}})), 1).empty());
-}
-
-TEST(Markers, LabelsWinOverNotesOverLabelledTextsInAnyOrder) {
-    const auto labl = ByteWriter().Chunk("labl", Label(1, "Verse"));
-    const auto note = ByteWriter().Chunk("note", Label(1, "x"));
-    const auto ltxt = ByteWriter().Chunk("ltxt", LabelledText(1, 0, "y"));
-    const auto nameOf = [](const Bytes& subChunks) { return MarkersOf(Adtl(subChunks)).at(0).name; };
-    EXPECT_EQ(nameOf(ByteWriter().Add(labl).Add(note).Add(ltxt)), "Verse");
-    EXPECT_EQ(nameOf(ByteWriter().Add(ltxt).Add(note).Add(labl)), "Verse");
-    EXPECT_EQ(nameOf(ByteWriter().Add(note).Add(ltxt)), "x");
-    EXPECT_EQ(nameOf(ByteWriter().Add(ltxt).Chunk("labl", Label(1, ""))), "y");
-    EXPECT_EQ(nameOf(ByteWriter().Add(labl).Chunk("labl", Label(1, "again"))), "Verse");
-    EXPECT_EQ(nameOf(ByteWriter().Chunk("labl", Label(1, std::string(600, 'a')))), std::string(511, 'a'));
-}
-
-TEST(Markers, ALabelWithoutItsCuePointStandsAtTheStart) {
-    const auto markers = MarkersOf(Adtl(ByteWriter().Chunk("labl", Label(7, "odd"))));
-    ASSERT_EQ(markers.size(), 1u);
-    EXPECT_EQ(markers[0].id, 7);
-    EXPECT_EQ(markers[0].start, 0);
-}
-
-TEST(Markers, RegionsAreMeasuredFromWhereTheirMarkerStandsByThen) {
-    const auto cues = ByteWriter().Chunk("cue ", CueList({{1, rate}}));
-    const auto list = Adtl(ByteWriter().Chunk("ltxt", LabelledText(1, rate)));
-    const auto after = MarkersOf(ByteWriter().Add(cues).Add(list));
-    EXPECT_TRUE(after.at(0).isRegion);
-    EXPECT_EQ(after.at(0).start, 1);
-    EXPECT_EQ(after.at(0).end, 2);
-    const auto before = MarkersOf(ByteWriter().Add(list).Add(cues));
-    EXPECT_EQ(before.at(0).start, 1);
-    EXPECT_EQ(before.at(0).end, 1);
-}
-
-TEST(Markers, AListKeepsWhatItSaidBeforeItBroke) {
-    const auto broken = [](uint32_t size) {
-        return MarkersOf(
-            Adtl(ByteWriter().Chunk("labl", Label(1, "odd")).Text("labl").Le32(size).Add(Label(2, "lost"))));
+TEST(Markers, AreReadFromChunksThatAddUp) {
+    const Bytes verse = Text("labl", 1, "Verse"), note = Text("note", 1, "x"), ltxt = Labelled(1, 0, "y");
+    const auto both = [](const Bytes& first, const Bytes& second) {
+        return ByteWriter().Add(first).Add(second);
     };
-    for (const uint32_t size : {9u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-        const auto markers = broken(size);
-        ASSERT_EQ(markers.size(), 1u) << size;
-        EXPECT_EQ(markers[0].name, "odd");
-    }
-    EXPECT_EQ(broken(8).size(), 2u);
-    EXPECT_EQ(broken(3).size(), 1u);  // too small for its id
-}
-
-TEST(Markers, SamplerLoopsMustAddUp) {
-    const auto smpl = [](uint32_t loops, uint32_t extra) {
-        return MarkersOf(ByteWriter().Chunk(
-            "smpl",
-            ByteWriter().Zeros(28).Le32(loops).Le32(extra).Le32(3).Le32(0).Le32(0).Le32(22050).Zeros(8).Zeros(
-                2)));
+    const auto broken = [&](uint32_t size) {  // after a label that is whole
+        return Adtl({verse, ByteWriter().Text("labl").Le32(size).Le32(2).Text("lost")});
     };
-    const auto markers = smpl(1, 2);
-    ASSERT_EQ(markers.size(), 1u);
-    EXPECT_TRUE(markers[0].isRegion);
-    EXPECT_EQ(markers[0].start, 0);
-    EXPECT_EQ(markers[0].end, 0.5);
-    EXPECT_TRUE(smpl(1, 1).empty());
-    EXPECT_TRUE(smpl(178956971, 10).empty());  // 24 times it is 8 in 32 bits
+    const struct {
+        Bytes chunks;
+        std::string markers;
+    } cases[] = {
+        {Cues({{1, 0}, {2, rate / 2}}), "2@0.5"},  // the one at 0 without a name is none
+        {Cues({{2, rate}}, 1), ""},
+        {Cues({{2, rate}}, 0xFFFFFFFE), ""},
+        {Cues({{2, rate}}, 0x80000000), ""},  // 24 times it is 24 in 32 bits
+        {Cues({{0x80000000, 100}}), ""},      // a negative id
+        // Labels win over notes over labelled texts, in any order.
+        {Adtl({verse, note, ltxt}), "1@0 Verse"},
+        {Adtl({ltxt, note, verse}), "1@0 Verse"},
+        {Adtl({note, ltxt}), "1@0 x"},
+        {Adtl({ltxt, Text("labl", 1, "")}), "1@0 y"},
+        {Adtl({verse, Text("labl", 1, "again")}), "1@0 Verse"},
+        {Adtl({Text("labl", 1, std::string(600, 'a'))}), "1@0 " + std::string(511, 'a')},
+        // A region is measured from where its marker stands by then.
+        {both(Cues({{1, rate}}), Adtl({Labelled(1, rate)})), "1@1-2"},
+        {both(Adtl({Labelled(1, rate)}), Cues({{1, rate}})), "1@1-1"},
+        // A list keeps what it said before it broke.
+        {broken(8), "1@0 Verse; 2@0 lost"},
+        {broken(9), "1@0 Verse"},
+        {broken(0x7FFFFFFF), "1@0 Verse"},
+        {broken(0xFFFFFFFF), "1@0 Verse"},
+        {broken(3), "1@0 Verse"},  // too small for its id
+        {Sampler(1, 2), "3@0-0.5"},
+        {Sampler(1, 1), ""},
+        {Sampler(178956971, 10), ""},  // 24 times it is 8 in 32 bits
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(MarkersOf(c.chunks), c.markers) << "case " << &c - cases;
+    EXPECT_EQ(MarkersOf(both(Cues({{2, 9}}), Adtl({verse})), 0), "");
+    EXPECT_EQ(MarkersOf(Cues({{2, 9}}), 1), "");
 }
 
 TEST(Markers, ManyCuesAndLabelsFindEachOther) {
     constexpr uint32_t count = 100000;
-    ByteWriter cues;
-    ByteWriter labels;
+    ByteWriter cues, labels;
     cues.Le32(2 * count);
-    for (uint32_t i = 0; i < count; ++i) {
-        cues.Le32(i).Zeros(16).Le32(0);
-        labels.Chunk("labl", Label(count - 1 - i, "m"));
-    }
-    for (uint32_t i = 0; i < count; ++i)
-        cues.Le32(i).Zeros(16).Le32(rate);  // the same ids again
-    const auto markers = MarkersOf(ByteWriter().Chunk("cue ", cues).Add(Adtl(labels)));
+    labels.Text("adtl");
+    for (uint32_t i = 0; i < 2 * count; ++i)
+        cues.Le32(i % count).Zeros(16).Le32(i < count ? 0 : rate);  // every id twice
+    for (uint32_t i = count; i-- > 0;)
+        labels.Add(Text("labl", i, "m"));
+    const auto parsed =
+        ParsePlayable(WaveFile(pcmFmt, ByteWriter().Chunk("cue ", cues).Chunk("LIST", labels)));
+    const auto& markers = parsed->format.markers;
     ASSERT_EQ(markers.size(), count);
-    EXPECT_EQ(markers[count - 1].id, static_cast<int>(count - 1));
-    EXPECT_EQ(markers[17].start, 1);
-    EXPECT_EQ(markers[17].name, "m");
-}
-
-TEST(Markers, NegativeIdsAreRemoved) {
-    EXPECT_TRUE(MarkersOf(ByteWriter().Chunk("cue ", CueList({{0x80000000, 100}}))).empty());
+    EXPECT_EQ(MarkersText({markers[17], markers[count - 1]}), "17@1 m; 99999@1 m");
 }
 
 struct Rf64Entry {
@@ -153,58 +108,26 @@ struct Rf64Entry {
     std::string_view label = {};
 };
 
-std::vector<Marker> PlaceRf64(std::vector<Marker> markers, std::initializer_list<Rf64Entry> entries,
-                              size_t tail = 0) {
+std::string PlaceRf64(std::vector<Marker> markers, std::initializer_list<Rf64Entry> entries,
+                      size_t tail = 0) {
     ByteWriter body;
     for (const auto& entry : entries)
         body.Le32(entry.flags).Le64(entry.frame).Zeros(16).Field(entry.label, 256).Le32(entry.id).Zeros(32);
     ReadRf64Markers(body.Zeros(tail).Done(), rate, markers);
-    return markers;
+    return MarkersText(markers);
 }
 
-TEST(Rf64Markers, MoveTheMarkerOfTheirIdAndPlace) {
-    constexpr uint64_t far = (uint64_t{1} << 32) + rate;
+TEST(Rf64Markers, MoveTheMarkerOfTheirIdAndPlaceOrMakeIt) {
+    constexpr uint64_t far = (uint64_t{1} << 32) * rate + rate;  // the same place in 32 bits
     const Marker cue{1, 1, 0, false, "old", nameFromLabl};
     const Marker other{2, 1, 0, false, {}, nameNone};
     const Marker region{1, 1, 3, true, {}, nameNone};
     // Of two alike the first moves, then the second.
-    const auto moved = PlaceRf64({other, cue, region}, {{1, far, 1, "new"}, {1 | 8, far, 1, "unread"}}, 319);
-    ASSERT_EQ(moved.size(), 3u);
-    const double place = static_cast<double>(far) / rate;
-    EXPECT_EQ(moved[0].start, 1);
-    EXPECT_EQ(moved[1].start, place);
-    EXPECT_EQ(moved[1].name, "new");
-    EXPECT_EQ(moved[2].start, place);
-    EXPECT_DOUBLE_EQ(moved[2].end, place + 2);
-    EXPECT_FALSE(moved[2].name);
-}
-
-TEST(Rf64Markers, MakeWhatIsNotThere) {
-    const auto made =
-        PlaceRf64({}, {{0, rate, 1}, {1, 2 * rate, 4, "a"}, {0, 3 * rate, 0xDEADBEEF}, {1, rate, 5}});
-    ASSERT_EQ(made.size(), 2u);
-    EXPECT_EQ(made[0].start, 2);
-    EXPECT_EQ(made[0].end, 3);
-    EXPECT_TRUE(made[0].isRegion);
-    EXPECT_EQ(made[0].name, "a");
-    EXPECT_EQ(made[1].start, 1);
-    EXPECT_EQ(made[1].end, 1);
-    EXPECT_FALSE(made[1].isRegion);
-    // A marker made is found again.
-    EXPECT_EQ(PlaceRf64({}, {{1, rate, 5}, {1, rate, 5}}).size(), 1u);
-}
-
-TEST(Rf64Markers, AreReadInRf64FilesOnly) {
-    const Bytes r64m = ByteWriter().Le32(1).Le64(rate).Zeros(16).Field("a", 256).Le32(5).Zeros(32);
-    const auto chunks = ByteWriter()
-                            .Chunk("ds64", ByteWriter().Zeros(28))
-                            .Chunk("r64m", r64m)
-                            .Chunk("fmt ", FmtBody(1, 1, rate, 16))
-                            .Chunk("data", ByteWriter().Zeros(20));
-    EXPECT_EQ(ParseBytes(RiffFile(chunks, "RF64"))->format.markers.size(), 1u);
-    const auto plain = ParseBytes(RiffFile(chunks));
-    EXPECT_TRUE(plain->format.markers.empty());
-    EXPECT_TRUE(plain->format.metadata.Has("r64m"));
+    EXPECT_EQ(PlaceRf64({other, cue, region}, {{1, far, 1, "new"}, {1 | 8, far, 1, "unread"}}, 319),
+              "2@1; 1@4294967297 new; 1@4294967297-4294967299");
+    EXPECT_EQ(PlaceRf64({}, {{0, rate, 1}, {1, 2 * rate, 4, "a"}, {0, 3 * rate, 0xDEADBEEF}, {1, rate, 5}}),
+              "4@2-3 a; 5@1");
+    EXPECT_EQ(PlaceRf64({}, {{1, rate, 5}, {1, rate, 5}}), "5@1");  // a marker made is found again
 }
 
 }  // namespace

@@ -1,14 +1,9 @@
-#include <gtest/gtest.h>
-
 #include "host/host_services.h"
 #include "tests/formats/parse_fixture.h"
 #include "tests/support/scripted_file_system.h"
 
 namespace vantor::test {
 namespace {
-
-const Bytes playable =
-    RiffFile(ByteWriter().Chunk("fmt ", FmtBody(1, 2, 44100, 16)).Chunk("data", ByteWriter().Zeros(40)));
 
 int Parse(AudioFormat& format, const std::string& path) {
     FileReader reader(path, smallReader);
@@ -17,7 +12,7 @@ int Parse(AudioFormat& format, const std::string& path) {
 
 TEST(ParseDriver, AFileThatHasNotChangedIsNotReadAgain) {
     const TempFolder folder;
-    const auto path = folder.Write("file", playable);
+    const auto path = folder.Write("file", WaveFile());
     AudioFormat format;
     ASSERT_EQ(Parse(format, path), 0);
     format.metadata.Set("still", "here");
@@ -25,14 +20,14 @@ TEST(ParseDriver, AFileThatHasNotChangedIsNotReadAgain) {
     EXPECT_EQ(Parse(format, path), 0);
     EXPECT_TRUE(format.metadata.Has("still"));
     EXPECT_FALSE(format.errorMessage);
-    folder.Write("file", ByteWriter().Add(playable).Zeros(8));
+    folder.Write("file", ByteWriter().Add(WaveFile()).Zeros(8));
     EXPECT_EQ(Parse(format, path), 0);
     EXPECT_FALSE(format.metadata.Has("still"));
 }
 
 TEST(ParseDriver, AFailedParseIsTriedAgainAndLeavesNothingBehind) {
     const TempFolder folder;
-    const auto path = folder.Write("file", playable);
+    const auto path = folder.Write("file", WaveFile());
     AudioFormat format;
     ASSERT_EQ(Parse(format, path), 0);
     folder.Write("file", ByteWriter().Text("no audio here"));
@@ -49,10 +44,9 @@ TEST(ParseDriver, AFileBeingWrittenIsMarkedWhenItEndsEarly) {
     const platform::ScopedFileSystem scope(files);
     const TempFolder folder;
     const auto growing = [&](uint32_t sizeField) {
-        const auto path = folder.Write(
-            "file",
-            RiffFile(
-                ByteWriter().Chunk("fmt ", FmtBody(1, 2, 44100, 16)).Text("data").Le32(sizeField).Zeros(40)));
+        const auto fmt = ByteWriter().Chunk("fmt ", pcmFmt);
+        const Bytes file = RiffFile(ByteWriter().Add(fmt).Text("data").Le32(sizeField).Zeros(40));
+        const auto path = folder.Write("file", file);
         files.FailAt(Operation::open, 0, Fault::sharingViolation);
         AudioFormat format;
         EXPECT_EQ(Parse(format, path), 0);
@@ -67,9 +61,8 @@ TEST(ParseDriver, AFileBeingWrittenIsMarkedWhenItEndsEarly) {
 TEST(ParseDriver, MessagesAreLocalised) {
     const auto previous = Services().localize;
     Services().localize = [](const char* text, const char* section, int32_t flags) -> const char* {
-        const bool asAgreed =
-            std::string_view(text) == "Unknown file header" && std::string_view(section) == "wave";
-        return asAgreed && flags == 0 ? "translated" : "wrong key";
+        const bool asAgreed = text == std::string_view("Unknown file header") && flags == 0;
+        return asAgreed && section == std::string_view("wave") ? "translated" : "wrong key";
     };
     EXPECT_EQ(ParseBytes({})->Message(), "translated");
     Services().localize = previous;

@@ -1,4 +1,4 @@
-// One file of every container with every chunk that its walk knows: for cutting and damaging.
+// One file of every container with every chunk that its walk knows: for reading, cutting and damaging.
 #pragma once
 
 #include <string>
@@ -11,6 +11,7 @@ namespace vantor::test {
 struct SampleFile {
     std::string name;
     Bytes bytes;
+    std::string record;  // what is found in it, as RecordText
 };
 
 std::vector<SampleFile> SampleFiles();

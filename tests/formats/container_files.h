@@ -1,0 +1,88 @@
+// Small files of every container, and the chunks that describe their audio.
+#pragma once
+
+#include <string_view>
+
+#include "tests/support/byte_writer.h"
+
+namespace vantor::test {
+
+inline const Bytes pcmFmt = FmtBody(1, 2, 44100, 16);
+inline const Bytes tenFrames(40, 1);  // of pcmFmt
+
+// Chunks around a `fmt ` body and ten frames of audio.
+inline Bytes WaveFile(const Bytes& fmt = pcmFmt, const Bytes& between = {}) {
+    return RiffFile(ByteWriter().Chunk("fmt ", fmt).Add(between).Chunk("data", tenFrames));
+}
+
+// WAVE_FORMAT_EXTENSIBLE of 6 channels: a sub-format code with the usual GUID tail.
+inline Bytes ExtensibleFmt(uint32_t subFormat, uint16_t bits, uint32_t mask = 0, uint16_t extension = 22) {
+    const Bytes tail{0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
+    const Bytes fmt = FmtBody(0xFFFE, 6, 48000, bits);
+    return ByteWriter().Add(fmt).Le16(extension).Le16(bits).Le32(mask).Le32(subFormat).Add(tail);
+}
+
+inline Bytes Ds64Body(uint64_t dataBytes, uint64_t samples, const Bytes& table = {}) {
+    const auto entries = static_cast<uint32_t>(table.size() / 12);
+    return ByteWriter().Le64(0).Le64(dataBytes).Le64(samples).Le32(entries).Add(table);
+}
+
+inline Bytes Wave64File(const Bytes& chunks) {
+    const Bytes riffTail{0x2E, 0x91, 0xCF, 0x11, 0xA5, 0xD6, 0x28, 0xDB, 0x04, 0xC1, 0x00, 0x00};
+    const Bytes waveTail{0xF3, 0xAC, 0xD3, 0x11, 0x8C, 0xD1, 0x00, 0xC0, 0x4F, 0x8E, 0xDB, 0x8A};
+    ByteWriter file;
+    file.Text("riff").Add(riffTail).Le64(chunks.size() + 40);
+    return file.Text("wave").Add(waveTail).Add(chunks);
+}
+
+inline Bytes IffFile(std::string_view form, const Bytes& chunks) {
+    return ByteWriter().Text("FORM").Be32(static_cast<uint32_t>(chunks.size() + 4)).Text(form).Add(chunks);
+}
+
+struct ExtendedRate {
+    uint16_t exponent = 0x400E;
+    uint32_t mantissa = 0xAC440000;  // 44100 Hz
+};
+
+inline Bytes CommBody(uint16_t channels, uint32_t frames, uint16_t bits, std::string_view type = {},
+                      ExtendedRate rate = {}) {
+    ByteWriter comm;
+    comm.Be16(channels).Be32(frames).Be16(bits).Be16(rate.exponent).Be32(rate.mantissa).Be32(0).Text(type);
+    return type.empty() ? comm : comm.U8(0).U8(0);
+}
+
+inline Bytes SsndBody(size_t audioBytes, uint32_t offset = 0) {
+    return ByteWriter().Be32(offset).Be32(0).Zeros(audioBytes);
+}
+
+struct CafDescription {
+    double rate = 48000;
+    std::string_view format = "lpcm";
+    uint32_t flags = 0;  // 1 float, 2 little-endian
+    uint32_t packetBytes = 4;
+    uint32_t packetFrames = 1;
+    uint32_t channels = 2;
+    uint32_t bits = 16;
+};
+
+inline Bytes DescBody(const CafDescription& d = {}) {
+    ByteWriter body;
+    body.BeDouble(d.rate).Text(d.format).Be32(d.flags).Be32(d.packetBytes).Be32(d.packetFrames);
+    return body.Be32(d.channels).Be32(d.bits);
+}
+
+inline Bytes CafFile(const Bytes& chunks) {
+    return ByteWriter().Text("caff").Be16(1).Be16(0).Add(chunks);
+}
+
+// `between` stands before 40 bytes of audio.
+inline Bytes CafAudioFile(const Bytes& between, const CafDescription& d = {}) {
+    const Bytes data = ByteWriter().Zeros(44);
+    return CafFile(ByteWriter().CafChunk("desc", DescBody(d)).Add(between).CafChunk("data", data));
+}
+
+inline Bytes CafMark(int64_t frame, uint32_t id) {
+    return ByteWriter().Be32(0).Be64(static_cast<uint64_t>(frame)).Be32(id).Zeros(12);
+}
+
+}  // namespace vantor::test
