@@ -61,21 +61,14 @@ TEST(SampleConversion, OtherFormatsHaveNoConverter) {
         EXPECT_EQ(ConverterFor(coding), nullptr);
 }
 
+// Eight segments of 16 steps, each twice as high as the one below it; negative codes lie 4 lower.
 TEST(SampleConversion, UlawFollowsTheSegments) {
-    constexpr double below = 1.0 / 8192;  // a negative code lies as far from its positive one
-    constexpr struct {
-        int first, last;
-        double value, step;  // of the first code; from one code to the next
-    } segments[] = {{128, 143, 0.995849609375, -0.03125},       {144, 159, 0.495849609375, -0.015625},
-                    {160, 175, 0.245849609375, -0.0078125},     {176, 191, 0.120849609375, -0.00390625},
-                    {192, 207, 0.058349609375, -0.001953125},   {208, 223, 0.027099609375, -0.0009765625},
-                    {224, 239, 0.011474609375, -0.00048828125}, {240, 255, 0.003662109375, -0.000244140625}};
-    for (const auto& s : segments)
-        for (int code = s.first; code <= s.last; ++code) {
-            const double value = s.value + (code - s.first) * s.step;
-            EXPECT_EQ(ulawTable[static_cast<size_t>(code)], value) << code;
-            EXPECT_EQ(ulawTable[static_cast<size_t>(code - 128)], -value - below) << code;
-        }
+    for (int code = 0; code < 128; ++code) {
+        const int step = 15 - code % 16, segment = 7 - code / 16;
+        const int magnitude = ((8 * step + 136) << segment) - 136;
+        EXPECT_EQ(ulawTable[static_cast<size_t>(code + 128)], magnitude / 32768.0) << code;
+        EXPECT_EQ(ulawTable[static_cast<size_t>(code)], -(magnitude + 4) / 32768.0) << code;
+    }
     EXPECT_FALSE(std::signbit(ulawTable[255]));
 }
 

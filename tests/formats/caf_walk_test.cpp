@@ -85,7 +85,7 @@ TEST(CafWalk, GoesOnAfterABadDictionary) {
     for (const uint32_t count : {0u, 1u, 2u}) {
         const auto info = ByteWriter().Be32(count).Text("tempo").U8(0).Text("120").U8(0).Text("title").U8(0);
         const auto parsed = ParsePlayable(CafAudioFile(ByteWriter().CafChunk("info", info)));
-        EXPECT_EQ(parsed->Value("CAFINFO:tempo"), count == 0 ? "" : "120");
+        EXPECT_EQ(parsed->format.metadata.Value("CAFINFO:tempo"), count == 0 ? "" : "120");
     }
 }
 

@@ -23,6 +23,8 @@ TEST(ChunkCatalogue, ListsReadsOrDropsAChunk) {
         {{"JUNK", "junq", "FILR", "fllr", "PAD_"}, Bytes(4), ""},
         {{"DISP"}, ByteWriter().Le32(8).Text("picture"), ""},
         {{"DISP"}, ByteWriter().Le32(1), ""},
+        {{"chna"}, ByteWriter().Le16(3).Le16(2), ""},  // more tracks than UIDs
+        {{"chna"}, ByteWriter().Le16(0).Le16(2), ""},
     };
     const std::string audio = "kind 0, int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 44\n";
     for (const auto& c : cases)

@@ -90,8 +90,7 @@ TEST(HostileFiles, WithoutMemoryTheyAreRefusedOrLoseTags) {
                 hasFailed = failing.HasFailed();
             }
             ExpectSound(parsed, sample.bytes.size());
-            const bool refused = parsed.result == 1;
-            EXPECT_EQ(refused, parsed.format.lengthFrames == 0) << sample.name;
+            EXPECT_EQ(parsed.result == 1, parsed.format.lengthFrames == 0) << sample.name;
             EXPECT_EQ(ParseAudioFormat(parsed.format, reader), 0) << sample.name << ": " << parsed.Message();
         }
     }

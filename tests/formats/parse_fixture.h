@@ -22,9 +22,6 @@ struct ParsedFile {
     AudioFormat format;
 
     [[nodiscard]] std::string Message() const { return format.errorMessage.value_or(""); }
-    [[nodiscard]] std::string Value(std::string_view key) const {
-        return std::string(format.metadata.Value(key));
-    }
 };
 
 inline std::unique_ptr<ParsedFile> ParsePath(const std::string& path) {

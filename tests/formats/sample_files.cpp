@@ -64,14 +64,16 @@ Bytes Rf64Sample() {
 Bytes Wave64Sample() {
     const auto cues =
         ByteWriter().Le32(1).Le32(5).Le32(0).Le64(24000).Le64(24000).Le32(4).Le32(0).Le16('A').Le16(0);
+    const auto foreign = ByteWriter().Fill(16, 0x42).Le64(24 + 8).Zeros(8);
     return Wave64File(ByteWriter()
+                          .Wave64Chunk("abcd", Bytes(5))  // padded by 3
+                          .Add(foreign)
                           .Wave64Chunk("fmt ", FmtBody(0x11, 2, 48000, 4, 64))
                           .Wave64Chunk("fact", ByteWriter().Le64(100))
                           .Wave64Chunk("bext", ByteWriter().Field("description", 602))
                           .Wave64Chunk("cue ", cues)
                           .Wave64Chunk("data", ByteWriter().Fill(130, 1))
-                          .Wave64Chunk("LIST", info)
-                          .Wave64Chunk("abcd", ByteWriter().Zeros(5)));
+                          .Wave64Chunk("LIST", info));
 }
 
 Bytes AifcSample() {
@@ -133,7 +135,7 @@ std::vector<SampleFile> SampleFiles() {
              "loop 1, beats 8, root 2\nslices 0 600\n1@0.5-1 a; 2@1-1.5\n" +
                  waveTags},
             {"wave64", Wave64Sample(),
-             "kind 2, ima4 little, 2 ch, 48000 Hz, 64 bytes, 107 frames at 832\n5@0.5-1 A\n"
+             "kind 2, ima4 little, 2 ch, 48000 Hz, 64 bytes, 107 frames at 896\n5@0.5-1 A\n"
              "BWF:Description=description\nBWF:TimeReference=0\nINFO:INAM=song\nabcd=\n"},
             {"aifc", AifcSample(),
              "kind 1, int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 308\n"

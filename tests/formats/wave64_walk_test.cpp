@@ -22,18 +22,40 @@ TEST(Wave64Walk, RefusesWithTheMessageOfWhatIsWrong) {
         {"Invalid w64 chunk length (<24)", Wave64File(ByteWriter().Add(GuidOf("abcd")).Le64(10).Zeros(24))},
         {"Error reading w64 fact chunk", Wave64File(ByteWriter().Add(GuidOf("fact")).Le64(32).Zeros(7))},
         {"Error reading w64 fmt chunk", Wave64File(ByteWriter().Add(GuidOf("fmt ")).Le64(41).Add(pcmFmt))},
-        {"w64 type is not supported", AudioFile(FmtBody(0x0050, 2, 44100, 16))},
-        {"w64 ex-type is not supported", AudioFile(ExtensibleFmt(7, 8))},
-        {"w64 ex-type is not supported", AudioFile(ExtensibleFmt(1, 24, 0, 21))},
-        {"w64 fmt nch is not >= 1 channels", AudioFile(FmtBody(1, 0, 44100, 16, 4))},
-        {"w64 fmt type is ulaw but not 8-bit", AudioFile(FmtBody(7, 1, 8000, 16))},
-        {"w64 fmt type is floating point PCM but not 32/64 bit", AudioFile(FmtBody(3, 1, 8000, 24))},
-        {"w64 fmt type is PCM but not 8/16/20/24/32 bit", AudioFile(FmtBody(1, 1, 8000, 0, 2))},
-        {"w64 is MSADPCM, but invalid parameters", AudioFile(FmtBody(2, 1, 8000, 4, 6))},
-        {"w64 is IMA ADPCM, but invalid parameters", AudioFile(FmtBody(0x11, 1, 8000, 5, 256))},
-        {"w64 is cADPCM, but invalid parameters", AudioFile(FmtBody(0xAC0C, 1, 8000, 4, 256))},
     });
-    EXPECT_FALSE(ParseBytes(AudioFile(FmtBody(0x0050, 2, 44100, 16)))->format.isMpegInWave);
+}
+
+// The `fmt ` chunk is that of RIFF, the messages are not.
+TEST(Wave64Walk, RefusesWhatRiffRefuses) {
+    const struct {
+        const char *inRiff, *inWave64;
+        Bytes fmt;
+    } refusals[] = {
+        {"WAV type is not supported", "w64 type is not supported", FmtBody(0x0050, 2, 44100, 16)},
+        {"WAV type is not supported", "w64 type is not supported", FmtBody(6, 2, 44100, 8)},
+        {"WAV type is not supported", "w64 ex-type is not supported", ExtensibleFmt(1, 16, 0, 21)},
+        {"WAV type is not supported", "w64 ex-type is not supported", FmtBody(0xFFFE, 2, 44100, 16)},
+        {"WAV ex-type is not supported", "w64 ex-type is not supported", ExtensibleFmt(7, 8)},
+        {"WAV is not >= 1ch", "w64 fmt nch is not >= 1 channels", FmtBody(1, 0, 44100, 16, 4)},
+        {"WAV fmt type is ulaw but not 8-bit", "w64 fmt type is ulaw but not 8-bit", FmtBody(7, 1, 8000, 16)},
+        {"WAV is floating point PCM, but not 32/64 bit",
+         "w64 fmt type is floating point PCM but not 32/64 bit", FmtBody(3, 1, 8000, 24)},
+        {"WAV is PCM, but not 8/16/20/24/32 bit", "w64 fmt type is PCM but not 8/16/20/24/32 bit",
+         FmtBody(1, 1, 8000, 12)},
+        {"WAV is PCM, but not 8/16/20/24/32 bit", "w64 fmt type is PCM but not 8/16/20/24/32 bit",
+         FmtBody(1, 1, 8000, 64)},
+        {"WAV is MSADPCM, but invalid parameters", "w64 is MSADPCM, but invalid parameters",
+         FmtBody(2, 1, 8000, 4, 6)},
+        {"WAV is IMA ADPCM, but invalid parameters", "w64 is IMA ADPCM, but invalid parameters",
+         FmtBody(0x11, 1, 8000, 5, 256)},
+        {"WAV is cADPCM, but invalid parameters", "w64 is cADPCM, but invalid parameters",
+         FmtBody(0xAC0C, 1, 8000, 4, 256)},
+    };
+    for (const auto& c : refusals)
+        ExpectRefusals({{c.inRiff, WaveFile(c.fmt)}, {c.inWave64, AudioFile(c.fmt)}});
+    const Bytes mpeg = FmtBody(0x0050, 2, 44100, 16);
+    EXPECT_TRUE(ParseBytes(WaveFile(mpeg))->format.isMpegInWave);
+    EXPECT_FALSE(ParseBytes(AudioFile(mpeg))->format.isMpegInWave);
 }
 
 // The speaker mask is never kept; a chunk without an end runs to that of the file.
@@ -43,18 +65,6 @@ TEST(Wave64Walk, TakesItsFormat) {
               "int24 little, 6 ch, 48000 Hz, 18 bytes, 2 frames at 128, valid 24");
     EXPECT_EQ(AudioText(ParsePlayable(AudioFile(pcmFmt, endless))->format),
               "int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 104");
-}
-
-TEST(Wave64Walk, StepsOverPaddedAndUnknownChunks) {
-    const auto foreign = ByteWriter().Fill(16, 0x42).Le64(24 + 8).Zeros(8);
-    const auto parsed = ParsePlayable(Wave64File(ByteWriter()
-                                                     .Wave64Chunk("abcd", Bytes(6))  // padded by 2
-                                                     .Add(foreign)
-                                                     .Wave64Chunk("fmt ", pcmFmt)
-                                                     .Wave64Chunk("data", Bytes(41))
-                                                     .Wave64Chunk("tail", Bytes(4))));
-    EXPECT_EQ(RecordText(parsed->format),
-              "kind 2, int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 168\nabcd=\ntail=\n");
 }
 
 TEST(Wave64Walk, ReadsItsOwnKindOfCues) {
