@@ -1,40 +1,23 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
-#include "metadata/read/read_metadata.h"
 #include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
 #include "metadata/write/escape_xml.h"
-#include "tests/support/byte_writer.h"
+#include "tests/metadata/store_entries.h"
 
-namespace vantor {
+namespace vantor::test {
 namespace {
 
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
-Pairs PairsOf(const MetadataStore& store) {
-    Pairs pairs;
-    store.ForEach([&](const MetadataEntry& entry) { pairs.emplace_back(entry.key, entry.value); });
-    return pairs;
-}
-
-MetadataStore StoreOf(const Pairs& pairs) {
-    MetadataStore store;
-    for (const auto& [key, value] : pairs)
-        store.Set(key, value);
-    return store;
-}
-
 bool Read(std::string_view document, MetadataStore& store) {
-    return ReadIxml(test::ByteWriter().Text(document).Done(), store);
+    return ReadIxml(BytesOf(document), store);
 }
 
-Pairs PairsOf(std::string_view document) {
+Entries EntriesIn(std::string_view document) {
     MetadataStore store;
     Read(document, store);
-    return PairsOf(store);
+    return EntriesOf(store);
 }
 
 // The document without the chunk's header and its zeros.
@@ -45,7 +28,7 @@ std::string Built(const MetadataStore& store) {
 }
 
 // What stands between the fixed beginning and end.
-std::string BuiltBody(const Pairs& pairs) {
+std::string BuiltBody(const Entries& pairs) {
     const std::string header = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><BWFXML>";
     const std::string trailer = "</BWFXML>";
     const std::string text = Built(StoreOf(pairs));
@@ -53,102 +36,69 @@ std::string BuiltBody(const Pairs& pairs) {
     return text.substr(header.size(), text.size() - header.size() - trailer.size());
 }
 
-const char* const recorderDocument = R"(<?xml version="1.0" encoding="UTF-8"?>
+const std::string recorderDocument = R"(<?xml version="1.0" encoding="UTF-8"?>
 <BWFXML>
-	<IXML_VERSION>1.61</IXML_VERSION>
 	<PROJECT>Moby &amp; Dick</PROJECT>
-	<SCENE>12A</SCENE>
 	<CIRCLED>TRUE</CIRCLED>
 	<NOTE></NOTE>
-	<SPEED>
-		<TIMECODE_RATE>25/1</TIMECODE_RATE>
-	</SPEED>
 	<BEXT>
 		<BWF_TIME_REFERENCE_LOW>123456</BWF_TIME_REFERENCE_LOW>
 		<BWF_TIME_REFERENCE_HIGH>0</BWF_TIME_REFERENCE_HIGH>
 	</BEXT>
 	<TRACK_LIST>
 		<TRACK_COUNT>2</TRACK_COUNT>
-		<TRACK>
-			<CHANNEL_INDEX>1</CHANNEL_INDEX>
-			<NAME>Boom</NAME>
-		</TRACK>
-		<TRACK>
-			<CHANNEL_INDEX>2</CHANNEL_INDEX>
-			<NAME>Lav</NAME>
-		</TRACK>
+		<TRACK><CHANNEL_INDEX>1</CHANNEL_INDEX><NAME>Boom</NAME></TRACK>
+		<TRACK><CHANNEL_INDEX>2</CHANNEL_INDEX><NAME>Lav</NAME></TRACK>
 	</TRACK_LIST>
 	<USER><VANTOR>rain; roof</VANTOR></USER>
 	<ASWG><project>Whales</project></ASWG>
 </BWFXML>
 )";
 
-const Pairs recorderPairs = {
-    {"ASWG:project", "Whales"},
-    {"IXML:BEXT:BWF_TIME_REFERENCE_HIGH", "0"},
-    {"IXML:BEXT:BWF_TIME_REFERENCE_LOW", "123456"},
-    {"IXML:CIRCLED", "TRUE"},
-    {"IXML:IXML_VERSION", "1.61"},
-    {"IXML:PROJECT", "Moby & Dick"},
-    {"IXML:SCENE", "12A"},
-    {"IXML:SPEED:TIMECODE_RATE", "25/1"},
-    {"IXML:TRACK_LIST:TRACK:CHANNEL_INDEX", "1"},
-    {"IXML:TRACK_LIST:TRACK:CHANNEL_INDEX:2", "2"},
-    {"IXML:TRACK_LIST:TRACK:NAME", "Boom"},
-    {"IXML:TRACK_LIST:TRACK:NAME:2", "Lav"},
-    {"IXML:TRACK_LIST:TRACK_COUNT", "2"},
-    {"IXML:USER:VANTOR", "rain; roof"},
-};
+const Entries recorderEntries =
+    Listed("",
+           "ASWG:project=Whales|IXML:BEXT:BWF_TIME_REFERENCE_HIGH=0|IXML:BEXT:BWF_TIME_REFERENCE_LOW=123456"
+           "|IXML:CIRCLED=TRUE|IXML:PROJECT=Moby & Dick|IXML:TRACK_LIST:TRACK:CHANNEL_INDEX=1"
+           "|IXML:TRACK_LIST:TRACK:CHANNEL_INDEX:2=2|IXML:TRACK_LIST:TRACK:NAME=Boom"
+           "|IXML:TRACK_LIST:TRACK:NAME:2=Lav|IXML:TRACK_LIST:TRACK_COUNT=2|IXML:USER:VANTOR=rain; roof");
 
 TEST(IxmlReader, ReadsADocumentOfAFieldRecorder) {
-    EXPECT_EQ(PairsOf(recorderDocument), recorderPairs);
-    EXPECT_EQ(PairsOf(std::string(recorderDocument) + std::string(500, '\0') + "<"), recorderPairs);
-    EXPECT_EQ(PairsOf("\xEF\xBB\xBF stray" + std::string(recorderDocument)), recorderPairs);
+    EXPECT_EQ(EntriesIn(recorderDocument), recorderEntries);
+    EXPECT_EQ(EntriesIn(recorderDocument + std::string(500, '\0') + "<"), recorderEntries);
+    EXPECT_EQ(EntriesIn("\xEF\xBB\xBF stray" + recorderDocument), recorderEntries);
 }
 
 TEST(IxmlReader, NeedsTheRootTagUnlessTheTextIsShort) {
     struct Case {
-        std::string document;
-        bool accepted;
-        Pairs pairs;
+        const char* document;
+        Entries entries;
     };
     const Case cases[] = {
-        {"", false, {}},
-        {"no element", false, {}},
-        {"<?xml version='1.0'?><OTHER><A>1</A></OTHER>", false, {}},
+        {"", refused},
+        {"no element", refused},
+        {"<?xml version='1.0'?><OTHER><A>1</A></OTHER>", refused},
         // 20 bytes are taken as they stand, a longer text is searched while 21 bytes remain.
-        {"<X><NOTE>1</NOTE></X", false, {}},
-        {"<X><AB>12</AB></X>\n\n", true, {{"IXML:X:AB", "12"}}},
-        {"<X><AB>12</AB></X>\n\n\n", false, {}},
-        {"  <BWFXML><A></A></BWFXML>", true, {}},
-        {" <BWFXML></BWFXML>   ", false, {}},
-        {" <BWFXML></BWFXML>    ", true, {}},
+        {"<X><NOTE>1</NOTE></X", refused},
+        {"<X><AB>12</AB></X>\n\n", Listed("IXML:", "X:AB=12")},
+        {"<X><AB>12</AB></X>\n\n\n", refused},
+        {"  <BWFXML><A></A></BWFXML>", {}},
+        {" <BWFXML></BWFXML>   ", refused},
+        {" <BWFXML></BWFXML>    ", {}},
         // The search ignores case, the name does not.
-        {"<bwfxml><NOTE>1</NOTE></bwfxml>", true, {{"IXML:bwfxml:NOTE", "1"}}},
-        {"<BWFXML>root text<A>1</A></BWFXML>", true, {{"IXML:A", "1"}}},
-        {"<BWFXML><A>1</A><B>2</BWFXML>", false, {}},
+        {"<bwfxml><NOTE>1</NOTE></bwfxml>", Listed("IXML:", "bwfxml:NOTE=1")},
+        {"<BWFXML>root text<A>1</A></BWFXML>", Listed("IXML:", "A=1")},
+        {"<BWFXML><NOTE>caf\xE9</NOTE></BWFXML>", Listed("IXML:", "NOTE=caf\xC3\xA9")},
+        {"<BWFXML><A>1</A><B>2</BWFXML>", refused},
     };
-    for (const Case& item : cases) {
-        MetadataStore store;
-        EXPECT_EQ(Read(item.document, store), item.accepted) << item.document;
-        EXPECT_EQ(PairsOf(store), item.pairs) << item.document;
-    }
+    for (const auto& [document, entries] : cases)
+        EXPECT_EQ(ReadEntries("IXML", BytesOf(document)), entries) << document;
 }
 
 TEST(IxmlReader, NumbersWhatIsThereAlready) {
-    MetadataStore store;
-    const std::string document = "<BWFXML><A>1</A><A>2</A><A:3>x</A:3><A>3</A></BWFXML>";
-    ASSERT_TRUE(Read(document, store));
-    EXPECT_EQ(PairsOf(store),
-              (Pairs{{"IXML:A", "1"}, {"IXML:A:2", "2"}, {"IXML:A:3", "x"}, {"IXML:A:4", "3"}}));
-    ASSERT_TRUE(Read("<BWFXML><A>again</A></BWFXML>", store));
-    EXPECT_EQ(store.Value("IXML:A:5"), "again");
-}
-
-TEST(IxmlReader, NumbersAHundredThousandInOneDocumentAndGoesOnInTheNext) {
-    constexpr int count = 100'000;
+    EXPECT_EQ(EntriesIn("<BWFXML><A>1</A><A>2</A><A:3>x</A:3><A>3</A></BWFXML>"),
+              Listed("IXML:", "A=1|A:2=2|A:3=x|A:4=3"));
     std::string document = "<BWFXML>";
-    for (int i = 1; i <= count; ++i)
+    for (int i = 1; i <= 100'000; ++i)
         document += "<A>" + std::to_string(i) + "</A>";
     MetadataStore store;
     ASSERT_TRUE(Read(document + "</BWFXML>", store));
@@ -165,25 +115,19 @@ TEST(IxmlReader, CutsADeepPathBetweenCharacters) {
         open += "<\xC3\xA9>";
         close += "</\xC3\xA9>";
     }
-    const Pairs pairs = PairsOf("<BWFXML>" + open + "x" + close + "</BWFXML>");
+    const Entries pairs = EntriesIn("<BWFXML>" + open + "x" + close + "</BWFXML>");
     ASSERT_EQ(pairs.size(), 1u);
     // "IXML" and 169 times a colon and two bytes are 511.
     EXPECT_EQ(pairs[0].first.size(), 511u);
-    EXPECT_TRUE(PairsOf("<BWFXML>" + open).empty());
-    const Pairs odd = PairsOf("<BWFXML><odd>" + open + "x" + close + "</odd></BWFXML>");
+    EXPECT_TRUE(EntriesIn("<BWFXML>" + open).empty());
+    const Entries odd = EntriesIn("<BWFXML><odd>" + open + "x" + close + "</odd></BWFXML>");
     EXPECT_EQ(odd.at(0).first.size(), 511u);
     EXPECT_TRUE(IsValidUtf8(odd[0].first));
 }
 
-TEST(IxmlReader, TakesLatin1WhereTheTextIsNotUtf8) {
-    EXPECT_EQ(PairsOf("<BWFXML><NOTE>caf\xE9</NOTE></BWFXML>"), (Pairs{{"IXML:NOTE", "caf\xC3\xA9"}}));
-}
-
 TEST(IxmlReader, ReadsNothingFromATruncatedDocument) {
-    const std::string document = recorderDocument;
-    const size_t end = document.rfind('>');
-    for (size_t bytes = 0; bytes < end; ++bytes)
-        EXPECT_TRUE(PairsOf(document.substr(0, bytes)).empty()) << bytes;
+    for (size_t bytes = 0; bytes < recorderDocument.rfind('>'); ++bytes)
+        EXPECT_TRUE(EntriesIn(recorderDocument.substr(0, bytes)).empty()) << bytes;
 }
 
 TEST(EscapeXml, EscapesContentAndNames) {
@@ -195,56 +139,37 @@ TEST(EscapeXml, EscapesContentAndNames) {
 }
 
 TEST(IxmlChunk, WritesKeysIntoTheirSections) {
-    struct Case {
-        Pairs store;
-        std::string body;
+    const auto times = [](const std::string& high, const std::string& low) {
+        return "<BWF_TIME_REFERENCE_HIGH>" + high + "</BWF_TIME_REFERENCE_HIGH><BWF_TIME_REFERENCE_LOW>" +
+               low + "</BWF_TIME_REFERENCE_LOW></BWF>";
     };
-    const Case cases[] = {
-        {{{"BWF:Description", "x"}}, "<BWF><BWF_DESCRIPTION>x</BWF_DESCRIPTION></BWF>"},
-        {{{"BWF:CodingHistory", "x"}}, ""},
-        {{{"IXML:NOTE", "a<b & c"}}, "<NOTE>a&lt;b &amp; c</NOTE>"},
-        {{{"IXML:A B:C", "1"}}, "<A_B_C>1</A_B_C>"},
-        {{{"ASWG:project", "p"},
-          {"BWF:Version", "2"},
-          {"IXML:A", "1"},
-          {"IXML:USER:X", "2"},
-          {"IXML:Z", "3"},
-          {"INFO:INAM", "no"}},
+    const std::pair<const char*, std::string> cases[] = {
+        {"BWF:Description=x", "<BWF><BWF_DESCRIPTION>x</BWF_DESCRIPTION></BWF>"},
+        {"BWF:CodingHistory=x", ""},
+        {"IXML:NOTE=a<b & c", "<NOTE>a&lt;b &amp; c</NOTE>"},
+        {"IXML:A B:C=1", "<A_B_C>1</A_B_C>"},
+        {"ASWG:project=p|BWF:Version=2|IXML:A=1|IXML:USER:X=2|IXML:Z=3|INFO:INAM=no",
          "<ASWG><project>p</project></ASWG><BWF><BWF_VERSION>2</BWF_VERSION></BWF><A>1</A>"
          "<USER><X>2</X></USER><Z>3</Z>"},
-        {{{"BWF:TimeReference", "4294967296"}},
-         "<BWF><BWF_TIME_REFERENCE_HIGH>1</BWF_TIME_REFERENCE_HIGH>"
-         "<BWF_TIME_REFERENCE_LOW>0</BWF_TIME_REFERENCE_LOW></BWF>"},
-        {{{"BWF:TimeReference", "4294967295 samples"}},
-         "<BWF><BWF_TIME_REFERENCE_HIGH>0</BWF_TIME_REFERENCE_HIGH>"
-         "<BWF_TIME_REFERENCE_LOW>-1</BWF_TIME_REFERENCE_LOW></BWF>"},
-        {{{"BWF:TimeReference", "-2"}},
-         "<BWF><BWF_TIME_REFERENCE_HIGH>-1</BWF_TIME_REFERENCE_HIGH>"
-         "<BWF_TIME_REFERENCE_LOW>-2</BWF_TIME_REFERENCE_LOW></BWF>"},
-        {{{"BWF:TimeReference", "x1"}},
-         "<BWF><BWF_TIME_REFERENCE_HIGH>0</BWF_TIME_REFERENCE_HIGH>"
-         "<BWF_TIME_REFERENCE_LOW>0</BWF_TIME_REFERENCE_LOW></BWF>"},
-        {{{"IXML:A", "#junk#1"}, {"IXML:B", "1#junk#"}}, "<B>1#junk#</B>"},
+        {"BWF:TimeReference=4294967296", "<BWF>" + times("1", "0")},
+        {"BWF:TimeReference=4294967295 samples", "<BWF>" + times("0", "-1")},
+        {"BWF:TimeReference=-2", "<BWF>" + times("-1", "-2")},
+        {"BWF:TimeReference=x1", "<BWF>" + times("0", "0")},
+        {"IXML:A=#junk#1|IXML:B=1#junk#", "<B>1#junk#</B>"},
         // A section that the document writes anew is not carried along from the last one.
-        {{{"BWF:Originator", "o"},
-          {"BWF:TimeReference", "1"},
-          {"IXML:BWF:BWF_ORIGINATOR", "old"},
-          {"IXML:BWF:BWF_ORIGINATOR:2", "old"},
-          {"IXML:BWF:BWF_TIME_REFERENCE_LOW", "7"},
-          {"IXML:BWF:BWF_DESCRIPTION", "kept"}},
-         "<BWF><BWF_ORIGINATOR>o</BWF_ORIGINATOR><BWF_TIME_REFERENCE_HIGH>0</BWF_TIME_REFERENCE_HIGH>"
-         "<BWF_TIME_REFERENCE_LOW>1</BWF_TIME_REFERENCE_LOW></BWF>"
-         "<BWF_BWF_DESCRIPTION>kept</BWF_BWF_DESCRIPTION>"},
+        {"BWF:Originator=o|BWF:TimeReference=1|IXML:BWF:BWF_ORIGINATOR=old|IXML:BWF:BWF_ORIGINATOR:2=old"
+         "|IXML:BWF:BWF_TIME_REFERENCE_LOW=7|IXML:BWF:BWF_DESCRIPTION=kept",
+         "<BWF><BWF_ORIGINATOR>o</BWF_ORIGINATOR>" + times("0", "1") +
+             "<BWF_BWF_DESCRIPTION>kept</BWF_BWF_DESCRIPTION>"},
         // Names are well formed whatever the key holds, and none is written twice.
-        {{{"IXML:USER:1/2=\"", "1"}}, "<USER><_1_2__>1</_1_2__></USER>"},
-        {{{"IXML:A B", "1"}, {"IXML:A:B", "2"}, {"IXML:A_B", "3"}, {"IXML:A_B_2", "4"}},
+        {"IXML:A B=1|IXML:A:B=2|IXML:A_B=3|IXML:A_B_2=4",
          "<A_B_3>1</A_B_3><A_B_4>2</A_B_4><A_B>3</A_B><A_B_2>4</A_B_2>"},
-        {{{"IXML:\xC3\x97\xE6\x97\xA5", "\xE6\x97\xA5\x01\x0B"}},
-         "<__\xE6\x97\xA5>\xE6\x97\xA5  </__\xE6\x97\xA5>"},
-        {{{"IXML:NOTE", "caf\xE9"}}, "<NOTE>caf\xC3\xA9</NOTE>"},
+        {"IXML:\u00D7\u65E5=\u65E5\x01\x0B", "<__\u65E5>\u65E5  </__\u65E5>"},
+        {"IXML:NOTE=caf\xE9", "<NOTE>caf\u00E9</NOTE>"},
     };
-    for (const Case& item : cases)
-        EXPECT_EQ(BuiltBody(item.store), item.body);
+    for (const auto& [entries, body] : cases)
+        EXPECT_EQ(BuiltBody(Listed("", entries)), body);
+    EXPECT_EQ(BuiltBody({{"IXML:USER:1/2=\"", "1"}}), "<USER><_1_2__>1</_1_2__></USER>");
 }
 
 TEST(IxmlChunk, FillsWithZerosToAnEvenSize) {
@@ -256,8 +181,7 @@ TEST(IxmlChunk, FillsWithZerosToAnEvenSize) {
         size_t data = std::max(text.size() + 1, static_cast<size_t>(minimum));
         data += data % 2;
         EXPECT_EQ(appended, static_cast<int>(data + 8));
-        const test::Bytes chunk =
-            test::ByteWriter().U8(1).U8(2).U8(3).Chunk("iXML", test::ByteWriter().Field(text, data));
+        const Bytes chunk = ByteWriter().U8(1).U8(2).U8(3).Chunk("iXML", ByteWriter().Field(text, data));
         EXPECT_EQ(image, chunk) << minimum;
     }
 }
@@ -270,17 +194,17 @@ TEST(IxmlChunk, BuildsNothingWithoutAKeyOfItsSchemes) {
 
 // After the first pass what is read is written back as it was.
 TEST(IxmlChunk, ReachesAFixedPointAfterOnePass) {
-    const Pairs stores[] = {
-        recorderPairs,
-        {{"BWF:Description", "d"}, {"BWF:TimeReference", "5000000000"}, {"IXML:BWF:BWF_DESCRIPTION", "old"}},
-        {{"IXML:A B", "1"}, {"IXML:A:B", "2"}, {"IXML:A:B:2", "3"}, {"IXML:A_B", "4"}, {"IXML:A_B_2", "5"}},
-        {{"IXML:USER", "u"}, {"IXML:USER:2", "v"}, {"IXML:USER:BWFXML", "w"}, {"IXML:BWFXML", "x"}},
-        {{"ASWG:a", "1"}, {"ASWG:a:2", "2"}, {"IXML:ASWG", "3"}, {"IXML:ASWG:b", "4"}, {"IXML:BWF", "5"}},
-        {{"IXML:" + std::string(300, 'n') + " " + std::string(300, 'n'), "1"},
-         {"IXML:" + std::string(700, 'n'), "2"}},
-        {{"IXML:SPACE", " "}, {"IXML:LINES", " a\r\n\tb "}, {"IXML:LATIN", "\xE9"}, {"IXML:CONTROL", "\x02"}},
+    const Entries stores[] = {
+        recorderEntries,
+        Listed("", "BWF:Description=d|BWF:TimeReference=5000000000|IXML:BWF:BWF_DESCRIPTION=old"),
+        Listed("IXML:", "A B=1|A:B=2|A:B:2=3|A_B=4|A_B_2=5"),
+        Listed("IXML:", "USER=u|USER:2=v|USER:BWFXML=w|BWFXML=x"),
+        Listed("", "ASWG:a=1|ASWG:a:2=2|IXML:ASWG=3|IXML:ASWG:b=4|IXML:BWF=5"),
+        Listed("IXML:",
+               std::string(300, 'n') + " " + std::string(300, 'n') + "=1|" + std::string(700, 'n') + "=2"),
+        Listed("IXML:", "SPACE= |LINES= a\r\n\tb |LATIN=\xE9|CONTROL=\x02"),
     };
-    for (const Pairs& pairs : stores) {
+    for (const Entries& pairs : stores) {
         const std::string first = Built(StoreOf(pairs));
         MetadataStore store;
         ASSERT_TRUE(Read(first, store)) << first;
@@ -292,36 +216,29 @@ TEST(IxmlChunk, ReachesAFixedPointAfterOnePass) {
         ASSERT_TRUE(Read(second, again));
         for (const auto& [key, value] : pairs)
             if (key.starts_with("BWF:")) again.Set(key, value);
-        EXPECT_EQ(PairsOf(again), PairsOf(store));
+        EXPECT_EQ(EntriesOf(again), EntriesOf(store));
     }
 }
 
 TEST(IxmlChunk, GivesPlainFieldsBackAsTheyWere) {
-    const Pairs pairs = {{"ASWG:project", "p & q"},
-                         {"IXML:NOTE", "a\nb <c> \"d\""},
-                         {"IXML:PROJECT", "x"},
-                         {"IXML:USER:VANTOR", "tag \xE6\x97\xA5"}};
-    EXPECT_EQ(PairsOf(Built(StoreOf(pairs))), pairs);
+    const auto plain = Listed("", "ASWG:project=p & q|IXML:NOTE=a\nb <c> \"d\"|IXML:USER:VANTOR=tag \u65E5");
+    EXPECT_EQ(EntriesIn(Built(StoreOf(plain))), plain);
 }
 
 // What the document repeats from the broadcast chunk is no field of its own once it is read back.
 TEST(IxmlChunk, CopiesOfTheBroadcastChunkGoWithIt) {
-    auto store = StoreOf({{"BWF:TimeReference", "5"},
-                          {"IXML:BWF:BWF_DESCRIPTION", "x"},
-                          {"IXML:BWF:BWF_DESCRIPTION:2", "x"},
-                          {"IXML:BWF:BWF_TIME_REFERENCE_HIGH", "0"},
-                          {"IXML:BWF:BWF_TIME_REFERENCE_LOW", "5"},
-                          {"IXML:BWF:OTHER", "x"},
-                          {"IXML:NOTE", "x"}});
+    auto store = StoreOf(
+        Listed("",
+               "BWF:TimeReference=5|IXML:BWF:BWF_DESCRIPTION=x|IXML:BWF:BWF_DESCRIPTION:2=x|IXML:BWF:BWF_"
+               "TIME_REFERENCE_HIGH=0|IXML:BWF:BWF_TIME_REFERENCE_LOW=5|IXML:BWF:OTHER=x|IXML:NOTE=x"));
     RemoveBwfCopies(store);
-    EXPECT_EQ(PairsOf(store),
-              (Pairs{{"BWF:TimeReference", "5"}, {"IXML:BWF:OTHER", "x"}, {"IXML:NOTE", "x"}}));
+    EXPECT_EQ(EntriesOf(store), Listed("", "BWF:TimeReference=5|IXML:BWF:OTHER=x|IXML:NOTE=x"));
 
-    const Pairs withoutChunk = {{"IXML:BWF:BWF_DESCRIPTION", "x"}};
+    const auto withoutChunk = Listed("IXML:", "BWF:BWF_DESCRIPTION=x");
     auto alone = StoreOf(withoutChunk);
     RemoveBwfCopies(alone);
-    EXPECT_EQ(PairsOf(alone), withoutChunk);
+    EXPECT_EQ(EntriesOf(alone), withoutChunk);
 }
 
 }  // namespace
-}  // namespace vantor
+}  // namespace vantor::test

@@ -1,40 +1,21 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
-#include <vector>
 
-#include "metadata/read/read_metadata.h"
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
-#include "tests/support/byte_writer.h"
+#include "tests/metadata/store_entries.h"
 
-namespace vantor {
+namespace vantor::test {
 namespace {
 
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
-Pairs PairsOf(const MetadataStore& store) {
-    Pairs pairs;
-    store.ForEach([&](const MetadataEntry& entry) { pairs.emplace_back(entry.key, entry.value); });
-    return pairs;
-}
-
-Pairs PairsOf(const test::Bytes& packet) {
+Entries EntriesIn(const Bytes& packet) {
     MetadataStore store;
     ReadXmp(packet, store);
-    return PairsOf(store);
+    return EntriesOf(store);
 }
 
-Pairs PairsOf(std::string_view packet) {
-    return PairsOf(test::ByteWriter().Text(packet).Done());
-}
-
-MetadataStore StoreOf(const Pairs& pairs) {
-    MetadataStore store;
-    for (const auto& [key, value] : pairs)
-        store.Set(key, value);
-    return store;
+Entries EntriesIn(std::string_view packet) {
+    return EntriesIn(BytesOf(packet));
 }
 
 const std::string rdfStart =
@@ -43,46 +24,29 @@ const std::string rdfStart =
     " xmlns:xmpDM='http://ns.adobe.com/xmp/1.0/DynamicMedia/'>";
 
 // Properties inside one rdf:Description.
-Pairs Described(const std::string& properties) {
-    return PairsOf(rdfStart + "<rdf:Description rdf:about=''>" + properties + "</rdf:Description></rdf:RDF>");
+Entries Described(const std::string& properties) {
+    return EntriesIn(rdfStart + "<rdf:Description rdf:about=''>" + properties +
+                     "</rdf:Description></rdf:RDF>");
 }
 
 // As common command-line tools write it: one description a namespace, apostrophes, decimal references.
-const char* const toolPacket = R"(<?xpacket begin=')"
+const std::string toolPacket = R"(<?xpacket begin=')"
                                "\xEF\xBB\xBF"
                                R"(' id='W5M0MpCehiHzreSzNTczkc9d'?>
 <x:xmpmeta xmlns:x='adobe:ns:meta/' x:xmptk='Tool 12.40'>
 <rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>
-
- <rdf:Description rdf:about=''
-  xmlns:dc='http://purl.org/dc/elements/1.1/'>
-  <dc:creator>
-   <rdf:Seq>
-    <rdf:li>A. Ansel</rdf:li>
-    <rdf:li>B. Bj&#246;rk</rdf:li>
-   </rdf:Seq>
-  </dc:creator>
-  <dc:description>
-   <rdf:Alt>
-    <rdf:li xml:lang='de'>Regen</rdf:li>
-    <rdf:li xml:lang='x-default'>Rain &amp; &#39;wind&#39;</rdf:li>
-   </rdf:Alt>
-  </dc:description>
-  <dc:subject>
-   <rdf:Bag>
-    <rdf:li>rain</rdf:li>
-    <rdf:li>roof</rdf:li>
-   </rdf:Bag>
-  </dc:subject>
-  <dc:title>
-   <rdf:Alt>
-    <rdf:li xml:lang='x-default'>Storm</rdf:li>
-   </rdf:Alt>
-  </dc:title>
+ <rdf:Description rdf:about='' xmlns:dc='http://purl.org/dc/elements/1.1/'>
+  <dc:creator><rdf:Seq>
+   <rdf:li>A. Ansel</rdf:li>
+   <rdf:li>B. Bj&#246;rk</rdf:li>
+  </rdf:Seq></dc:creator>
+  <dc:description><rdf:Alt>
+   <rdf:li xml:lang='de'>Regen</rdf:li>
+   <rdf:li xml:lang='x-default'>Rain &amp; &#39;wind&#39;</rdf:li>
+  </rdf:Alt></dc:description>
+  <dc:subject><rdf:Bag> <rdf:li>rain</rdf:li> <rdf:li>roof</rdf:li> </rdf:Bag></dc:subject>
  </rdf:Description>
-
- <rdf:Description rdf:about=''
-  xmlns:xmpDM='http://ns.adobe.com/xmp/1.0/DynamicMedia/'>
+ <rdf:Description rdf:about='' xmlns:xmpDM='http://ns.adobe.com/xmp/1.0/DynamicMedia/'>
   <xmpDM:artist>Ann</xmpDM:artist>
   <xmpDM:relativeTimestamp rdf:parseType='Resource'>
    <xmpDM:scale>1/1000</xmpDM:scale>
@@ -91,20 +55,15 @@ const char* const toolPacket = R"(<?xpacket begin=')"
  </rdf:Description>
 </rdf:RDF>
 </x:xmpmeta>
-
 <?xpacket end='w'?>)";
 
-const Pairs toolPairs = {
-    {"XMP:dc/creator", "A. Ansel; B. Bj\xC3\xB6rk"},
-    {"XMP:dc/description", "Rain & 'wind'"},
-    {"XMP:dc/subject", "rain; roof"},
-    {"XMP:dc/title", "Storm"},
-    {"XMP:dm/artist", "Ann"},
-    {"XMP:dm/relativeTimestamp", "000001500"},
-};
+const Entries toolEntries =
+    Listed("XMP:",
+           "dc/creator=A. Ansel; B. Bj\u00F6rk|dc/description=Rain & 'wind'|dc/subject=rain; roof"
+           "|dm/artist=Ann|dm/relativeTimestamp=000001500");
 
-test::Bytes Utf16(std::string_view text, bool bigEndian) {
-    test::ByteWriter writer;
+Bytes Utf16(std::string_view text, bool bigEndian) {
+    ByteWriter writer;
     for (const char character : text)
         bigEndian ? writer.Be16(static_cast<uint8_t>(character))
                   : writer.Le16(static_cast<uint8_t>(character));
@@ -112,18 +71,19 @@ test::Bytes Utf16(std::string_view text, bool bigEndian) {
 }
 
 TEST(XmpReader, ReadsAPacketOfACommonTool) {
-    EXPECT_EQ(PairsOf(toolPacket), toolPairs);
-    EXPECT_EQ(PairsOf("\xEF\xBB\xBF" + std::string(toolPacket) + std::string(4096, ' ')), toolPairs);
-    EXPECT_EQ(PairsOf(std::string(toolPacket) + std::string("\0<>", 3)), toolPairs);
+    EXPECT_EQ(EntriesIn(toolPacket), toolEntries);
+    EXPECT_EQ(EntriesIn("\xEF\xBB\xBF" + toolPacket + std::string(4096, ' ')), toolEntries);
+    EXPECT_EQ(EntriesIn(toolPacket + std::string("\0<>", 3)), toolEntries);
 }
 
 TEST(XmpReader, ReadsUtf16WithAndWithoutAMark) {
     const std::string packet = rdfStart + "<rdf:Description dc:source='a' xmpDM:album='b'/></rdf:RDF>";
-    const Pairs pairs = {{"XMP:dc/source", "a"}, {"XMP:dm/album", "b"}};
-    EXPECT_EQ(PairsOf(Utf16(packet, true)), pairs);
-    EXPECT_EQ(PairsOf(Utf16(packet, false)), pairs);
-    EXPECT_EQ(PairsOf(test::ByteWriter().Be16(0xFEFF).Add(Utf16(packet, true)).Done()), pairs);
-    EXPECT_EQ(PairsOf(test::ByteWriter().Le16(0xFEFF).Add(Utf16(packet, false)).Done()), pairs);
+    for (const bool bigEndian : {false, true}) {
+        const auto units = Utf16(packet, bigEndian);
+        const auto marked = ByteWriter().Add(BytesOf(bigEndian ? "\xFE\xFF" : "\xFF\xFE")).Add(units).Done();
+        for (const auto& bytes : {units, marked})
+            EXPECT_EQ(EntriesIn(bytes), Listed("XMP:", "dc/source=a|dm/album=b"));
+    }
 }
 
 TEST(XmpReader, FollowsNamespacesNotPrefixes) {
@@ -134,41 +94,38 @@ TEST(XmpReader, FollowsNamespacesNotPrefixes) {
         "<m:genre>no</m:genre><dc:rights>no</dc:rights>"
         "<publisher xmlns='http://purl.org/dc/elements/1.1/'>3</publisher>"
         "<d:format xmlns:d='urn:other'>no</d:format></r:Description></r:RDF>";
-    EXPECT_EQ(PairsOf(packet),
-              (Pairs{{"XMP:dc/publisher", "3"}, {"XMP:dc/source", "1"}, {"XMP:dm/album", "2"}}));
+    EXPECT_EQ(EntriesIn(packet), Listed("XMP:", "dc/publisher=3|dc/source=1|dm/album=2"));
 }
 
 TEST(XmpReader, ReadsEveryShapeOfAProperty) {
-    struct Case {
-        const char* properties;
-        Pairs pairs;
-    };
-    const Case cases[] = {
-        {"<dc:source>a</dc:source><xmpDM:genre/>", {{"XMP:dc/source", "a"}}},
-        {"<dc:source rdf:resource='urn:x'/>", {{"XMP:dc/source", "urn:x"}}},
+    const std::pair<const char*, Entries> cases[] = {
+        {"<dc:source>a</dc:source><xmpDM:genre/>", Listed("XMP:", "dc/source=a")},
+        {"<dc:source rdf:resource='urn:x'/>", Listed("XMP:", "dc/source=urn:x")},
         {"<dc:source rdf:parseType='Resource'><rdf:value>v</rdf:value><q>w</q></dc:source>",
-         {{"XMP:dc/source", "v"}}},
+         Listed("XMP:", "dc/source=v")},
         {"<dc:source><rdf:Description><rdf:value>v</rdf:value></rdf:Description></dc:source>",
-         {{"XMP:dc/source", "v"}}},
-        {"<xmpDM:logComment>a&#xA;b&#x20AC;</xmpDM:logComment>", {{"XMP:dm/logComment", "a\nb\xE2\x82\xAC"}}},
-        {"<xmpDM:logComment>caf\xE9</xmpDM:logComment>", {{"XMP:dm/logComment", "caf\xC3\xA9"}}},
+         Listed("XMP:", "dc/source=v")},
+        {"<xmpDM:logComment>a&#xA;b&#x20AC;</xmpDM:logComment>",
+         Listed("XMP:", "dm/logComment=a\nb\xE2\x82\xAC")},
+        {"<xmpDM:logComment>caf\xE9</xmpDM:logComment>", Listed("XMP:", "dm/logComment=caf\xC3\xA9")},
         {"<dc:title><rdf:Alt><rdf:li xml:lang='fr'>a</rdf:li><rdf:li "
          "xml:lang='en'>b</rdf:li></rdf:Alt></dc:title>"
          "<dc:description><rdf:Alt><rdf:li xml:lang='it'>c</rdf:li></rdf:Alt></dc:description>",
-         {{"XMP:dc/description", "c"}, {"XMP:dc/language", "fr"}, {"XMP:dc/title", "a"}}},
+         Listed("XMP:", "dc/description=c|dc/language=fr|dc/title=a")},
         {"<dc:title><rdf:Alt><rdf:li xml:lang='fr'>a</rdf:li></rdf:Alt></dc:title>"
          "<dc:language><rdf:Bag><rdf:li>de</rdf:li></rdf:Bag></dc:language>",
-         {{"XMP:dc/language", "de"}, {"XMP:dc/title", "a"}}},
+         Listed("XMP:", "dc/language=de|dc/title=a")},
         {"<xmpDM:relativeTimestamp xmpDM:value='250' xmpDM:scale='1/1000'/>",
-         {{"XMP:dm/relativeTimestamp", "250"}}},
+         Listed("XMP:", "dm/relativeTimestamp=250")},
         {"<xmpDM:relativeTimestamp><rdf:Description xmpDM:value='96000' xmpDM:scale='1/48000'/>"
          "</xmpDM:relativeTimestamp>",
-         {{"XMP:dm/relativeTimestamp", "2000"}}},
-        {"<xmpDM:relativeTimestamp xmpDM:value='5' xmpDM:scale='1/0'/>", {{"XMP:dm/relativeTimestamp", "5"}}},
+         Listed("XMP:", "dm/relativeTimestamp=2000")},
+        {"<xmpDM:relativeTimestamp xmpDM:value='5' xmpDM:scale='1/0'/>",
+         Listed("XMP:", "dm/relativeTimestamp=5")},
         {"<xmpDM:duration xmpDM:value='5' xmpDM:scale='1/0'/>", {}},
     };
-    for (const Case& item : cases)
-        EXPECT_EQ(Described(item.properties), item.pairs) << item.properties;
+    for (const auto& [properties, entries] : cases)
+        EXPECT_EQ(Described(properties), entries) << properties;
 }
 
 TEST(XmpReader, ReadsMarkersOfAllTracksInMicroseconds) {
@@ -185,25 +142,23 @@ TEST(XmpReader, ReadsMarkersOfAllTracksInMicroseconds) {
               "<rdf:li xmpDM:name='no start'/><rdf:li xmpDM:startTime='-1'/>") +
         track("<xmpDM:frameRate>f30000s1001</xmpDM:frameRate>", "<rdf:li xmpDM:startTime='30'/>") +
         track("", "<rdf:li xmpDM:startTime='7' xmpDM:duration='1'/>") + "</rdf:Bag></xmpDM:Tracks>";
-    EXPECT_EQ(Described(properties), (Pairs{{"XMP:MARK000", "500000:1500000:a:b"},
-                                            {"XMP:MARK001", "2000000:2000000:own rate"},
-                                            {"XMP:MARK002", "1001000:1001000"},
-                                            {"XMP:MARK003", "7:8"}}));
+    EXPECT_EQ(Described(properties), Listed("XMP:",
+                                            "MARK000=500000:1500000:a:b|MARK001=2000000:2000000:own "
+                                            "rate|MARK002=1001000:1001000|MARK003=7:8"));
 }
 
 TEST(XmpReader, RefusesWhatIsNoPacket) {
     MetadataStore store;
     for (const std::string packet : {"", "x", ">", "><", "<a/>", "<rdf:RDF/>", "<a", "<a>&#x;</a>"})
-        EXPECT_FALSE(ReadXmp(test::ByteWriter().Text(packet).Done(), store)) << packet;
-    EXPECT_TRUE(ReadXmp(test::ByteWriter().Text(rdfStart + "</rdf:RDF>").Done(), store));
+        EXPECT_FALSE(ReadXmp(ByteWriter().Text(packet).Done(), store)) << packet;
+    EXPECT_TRUE(ReadXmp(ByteWriter().Text(rdfStart + "</rdf:RDF>").Done(), store));
     EXPECT_EQ(store.Count(), 0u);
 }
 
 TEST(XmpReader, SurvivesTruncationAtEveryByte) {
-    const std::string packet = toolPacket;
-    const size_t lastTag = packet.rfind("</x:xmpmeta>") + 12;
-    for (size_t bytes = 0; bytes < packet.size(); ++bytes)
-        EXPECT_EQ(PairsOf(packet.substr(0, bytes)).empty(), bytes < lastTag) << bytes;
+    const size_t lastTag = toolPacket.rfind("</x:xmpmeta>") + 12;
+    for (size_t bytes = 0; bytes < toolPacket.size(); ++bytes)
+        EXPECT_EQ(EntriesIn(toolPacket.substr(0, bytes)).empty(), bytes < lastTag) << bytes;
 }
 
 TEST(XmpReader, ReadsHundredThousandsOfNamesAndItems) {
@@ -213,36 +168,29 @@ TEST(XmpReader, ReadsHundredThousandsOfNamesAndItems) {
         items += "<rdf:li>i</rdf:li>";
         markers += "<rdf:li xmpDM:startTime='1'/>";
     }
-    const Pairs pairs =
-        PairsOf(rdfStart + "<rdf:Description" + attributes + "><dc:subject><rdf:Bag>" + items +
-                "</rdf:Bag></dc:subject><xmpDM:Tracks><rdf:Bag><rdf:li><xmpDM:markers><rdf:Seq>" + markers +
-                "</rdf:Seq></xmpDM:markers></rdf:li></rdf:Bag></xmpDM:Tracks>"
-                "</rdf:Description></rdf:RDF>");
+    const Entries pairs =
+        EntriesIn(rdfStart + "<rdf:Description" + attributes + "><dc:subject><rdf:Bag>" + items +
+                  "</rdf:Bag></dc:subject><xmpDM:Tracks><rdf:Bag><rdf:li><xmpDM:markers><rdf:Seq>" + markers +
+                  "</rdf:Seq></xmpDM:markers></rdf:li></rdf:Bag></xmpDM:Tracks>"
+                  "</rdf:Description></rdf:RDF>");
     ASSERT_EQ(pairs.size(), 1001u);
     EXPECT_EQ(pairs[999].first, "XMP:MARK999");
     EXPECT_EQ(pairs[1000].second.size(), 299'998u);
 }
 
 // The packet without the chunk's header.
-std::string Built(const Pairs& pairs) {
+std::string Built(const Entries& pairs) {
     ChunkImage image;
     BuildXmpChunk(image, StoreOf(pairs));
     return image.empty() ? "" : std::string(image.begin() + 8, image.end());
 }
 
 TEST(XmpChunk, WritesAWholePacket) {
-    const Pairs pairs = {{"INFO:INAM", "no"},
-                         {"XMP:MARK000", "5:3"},
-                         {"XMP:MARK001", "0:0:Intro"},
-                         {"XMP:MARK007", "1.6:3.2:a<b:c"},
-                         {"XMP:MARK999", "7:8"},
-                         {"XMP:MARK1000", "9:9"},
-                         {"XMP:dc/bad name", "no"},
-                         {"XMP:dc/creator", "A \"B\" & <C>\n\t"},
-                         {"XMP:dc/title", "T & U"},
-                         {"XMP:dm/album", "M"},
-                         {"XMP:dm/relativeTimestamp", "000001500"},
-                         {"XMP:photoshop/City", "no"}};
+    const auto entries =
+        Listed("",
+               "INFO:INAM=no|XMP:MARK000=5:3|XMP:MARK001=0:0:Intro|XMP:MARK007=1.6:3.2:a<b:c|XMP:MARK999=7:8|"
+               "XMP:MARK1000=9:9|XMP:dc/bad name=no|XMP:dc/creator=A \"B\" & <C>\n\t|XMP:dc/title=T & "
+               "U|XMP:dm/album=M|XMP:dm/relativeTimestamp=000001500|XMP:photoshop/City=no");
     const std::string expected =
         "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>"
         "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\">"
@@ -263,9 +211,8 @@ TEST(XmpChunk, WritesAWholePacket) {
         "</rdf:Seq></xmpDM:markers></rdf:li></rdf:Bag></xmpDM:Tracks>"
         "</rdf:Description></rdf:RDF></x:xmpmeta><?xpacket end=\"w\"?>";
     ChunkImage image;
-    const int appended = BuildXmpChunk(image, StoreOf(pairs));
-    const test::Bytes chunk =
-        test::ByteWriter().Chunk("_PMX", test::ByteWriter().Text(expected).Zeros(expected.size() & 1));
+    const int appended = BuildXmpChunk(image, StoreOf(entries));
+    const Bytes chunk = ByteWriter().Chunk("_PMX", ByteWriter().Text(expected).Zeros(expected.size() & 1));
     EXPECT_EQ(std::string(image.begin(), image.end()), std::string(chunk.begin(), chunk.end()));
     EXPECT_EQ(appended, static_cast<int>(chunk.size()));
 }
@@ -279,19 +226,19 @@ TEST(XmpChunk, WritesNoTracksWithoutAMarkerAndNothingWithoutAKey) {
 }
 
 TEST(XmpChunk, GivesBackWhatWasRead) {
-    const Pairs stores[] = {
-        toolPairs,
-        {{"XMP:dc/language", "de"}, {"XMP:dc/title", "Ti\ntel \"\xE6\x97\xA5\""}},
-        {{"XMP:dc/description", " d "}, {"XMP:dc/language", "en; de"}},
-        {{"XMP:dc/language", "en; de"}, {"XMP:dc/source", " a\r\n\tb<&>\"' "}},
-        {{"XMP:MARK000", "0:0"}, {"XMP:MARK001", "86400000001:86400000003:x:y & z"}},
-        {{"XMP:dm/relativeTimestamp", "000001500"}, {"XMP:dm/tempo", "120.5"}},
+    const Entries stores[] = {
+        toolEntries,
+        Listed("XMP:", "dc/language=de|dc/title=Ti\ntel \"\xE6\x97\xA5\""),
+        Listed("XMP:", "dc/description= d |dc/language=en; de"),
+        Listed("XMP:", "dc/language=en; de|dc/source= a\r\n\tb<&>\"' "),
+        Listed("XMP:", "MARK000=0:0|MARK001=86400000001:86400000003:x:y & z"),
+        Listed("XMP:", "dm/relativeTimestamp=000001500|dm/tempo=120.5"),
     };
-    for (const Pairs& pairs : stores) {
+    for (const Entries& pairs : stores) {
         const std::string packet = Built(pairs);
-        EXPECT_EQ(PairsOf(packet), pairs) << packet;
+        EXPECT_EQ(EntriesIn(packet), pairs) << packet;
     }
 }
 
 }  // namespace
-}  // namespace vantor
+}  // namespace vantor::test
