@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "tests/support/byte_writer.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/temp_file.h"
@@ -11,24 +9,13 @@
 namespace vantor::test {
 namespace {
 
-using Names = std::vector<std::string>;
-
-const Names lookedUpFirst = {"PCM_Source_CreateFromType",
-                             "Resampler_Create",
-                             "format_timestr",
-                             "PeakGet_Create",
-                             "PeakBuild_CreateEx",
-                             "resolve_fn",
-                             "relative_fn",
-                             "GetPeakFileName",
-                             "update_disk_counters",
-                             "GetPreferredDiskReadMode",
-                             "GetPreferredDiskReadModePeak",
-                             "HiresPeaksFromSource",
-                             "OpenImageModal",
-                             "gOnMallocFail"};
-const Names lookedUpLast = {"vac_createGroupsFromTab", "__localizeFunc", "__localizeMenu",
-                            "__localizeInitializeDialog", "__localizePrepareDialog"};
+const std::string lookedUpFirst =
+    "PCM_Source_CreateFromType Resampler_Create format_timestr PeakGet_Create PeakBuild_CreateEx resolve_fn "
+    "relative_fn GetPeakFileName update_disk_counters GetPreferredDiskReadMode GetPreferredDiskReadModePeak "
+    "HiresPeaksFromSource OpenImageModal gOnMallocFail ";
+const std::string lookedUpLast =
+    "vac_createGroupsFromTab __localizeFunc __localizeMenu __localizeInitializeDialog "
+    "__localizePrepareDialog ";
 
 TEST(PluginEntry, BindsInOrderAndRegisters) {
     FakeHost host;
@@ -36,22 +23,17 @@ TEST(PluginEntry, BindsInOrderAndRegisters) {
     HostInfo info = host.Info();
     int instance = 0;
     EXPECT_EQ(VantorPluginEntry(&instance, &info), 1);
-    Names all = lookedUpFirst;
-    all.insert(all.end(), lookedUpLast.begin(), lookedUpLast.end());
-    EXPECT_EQ(host.lookups, all);
+    EXPECT_EQ(host.lookups, lookedUpFirst + lookedUpLast);
     EXPECT_EQ(Services().moduleInstance, &instance);
     EXPECT_EQ(Services().hiresPeaks, host.offered.hiresPeaks);
     EXPECT_EQ(Services().localize, host.offered.localize);
     EXPECT_EQ(Services().preferredReadMode, nullptr);
-    std::set<std::string> keys;
-    for (const auto& [key, service] : host.registered)
-        if (service) keys.insert(key);
-    EXPECT_EQ(keys, (std::set<std::string>{"API_wave__createMetadataSource", "open_file_reduce", "pcmsrc"}));
+    EXPECT_EQ(host.registered.size(), 3u);
 }
 
 TEST(PluginEntry, RefusesHostsItCannotWorkWith) {
     FakeHost host;
-    const auto refused = [&](auto change, const Names& lookups) {
+    const auto refused = [&](auto change, const std::string& lookups) {
         host.lookups.clear();
         host.registered.clear();
         HostInfo info = host.Info();
@@ -157,19 +139,19 @@ TEST_F(SourceHandler, TypesByExactNameAndPriority) {
 }
 
 TEST_F(SourceHandler, FilesByExtensionAndPriority) {
+    const auto offers = [&](const char* name) {
+        const auto path = folder.Write(name, wave);
+        std::string taken;
+        for (int32_t priority = 4; priority <= 8; ++priority)
+            if (Offer(path, priority) == "WAVE") taken += std::to_string(priority);
+        return taken;
+    };
     for (const auto* name :
-         {"ab.wav", "x.WAV", "x.w64", "x.bwf", "x.aif", "x.caf", "x.aiff", "x.caff", "take.L", "take.r"}) {
-        const auto path = folder.Write(name, wave);
-        EXPECT_EQ(Offer(path, 4), "none") << name;
-        EXPECT_EQ(Offer(path, 5), "WAVE") << name;
-    }
-    for (const auto* name : {"x.txt", "takeL", "x.wave"}) {
-        const auto path = folder.Write(name, wave);
-        EXPECT_EQ(Offer(path, 6), "none") << name;
-        EXPECT_EQ(Offer(path, 7), "WAVE") << name;
-        EXPECT_EQ(Offer(path, 8), "none") << name;
-    }
-    EXPECT_EQ(Offer(folder.Write("x.Mid", wave), 7), "none");
+         {"ab.wav", "x.WAV", "x.w64", "x.bwf", "x.aif", "x.caf", "x.aiff", "x.caff", "take.L", "take.r"})
+        EXPECT_EQ(offers(name), "5678") << name;
+    for (const auto* name : {"x.txt", "takeL", "x.wave"})
+        EXPECT_EQ(offers(name), "7") << name;
+    EXPECT_EQ(offers("x.Mid"), "");
     EXPECT_EQ(handler->CreateByFile("a.wav", 7), nullptr) << "too short a name";
 }
 

@@ -279,24 +279,13 @@ TEST_F(Edits, ThreadsPlayTheRightSamplesMeanwhile) {
 }
 
 Bytes SilentCaf() {
-    return ByteWriter()
-        .Text("caff")
-        .Be16(1)
-        .Be16(0)
-        .CafChunk("desc", ByteWriter().BeDouble(1000).Text("lpcm").Be32(2).Be32(2).Be32(1).Be32(1).Be32(16))
-        .CafChunk("data", Bytes(44));
+    const Bytes format = ByteWriter().BeDouble(1000).Text("lpcm").Be32(2).Be32(2).Be32(1).Be32(1).Be32(16);
+    return CafFile(ByteWriter().CafChunk("desc", format).CafChunk("data", Bytes(44)));
 }
 
 Bytes SilentWave64() {
-    const Bytes chunks =
-        ByteWriter().Wave64Chunk("fmt ", FmtBody(1, 1, 1000, 16)).Wave64Chunk("data", Bytes(40));
-    return ByteWriter()
-        .Text("riff")
-        .Add({0x2E, 0x91, 0xCF, 0x11, 0xA5, 0xD6, 0x28, 0xDB, 0x04, 0xC1, 0x00, 0x00})
-        .Le64(40 + chunks.size())
-        .Text("wave")
-        .Add({0xF3, 0xAC, 0xD3, 0x11, 0x8C, 0xD1, 0x00, 0xC0, 0x4F, 0x8E, 0xDB, 0x8A})
-        .Add(chunks);
+    return Wave64File(
+        ByteWriter().Wave64Chunk("fmt ", FmtBody(1, 1, 1000, 16)).Wave64Chunk("data", Bytes(40)));
 }
 
 TEST_F(Edits, OfOtherContainersAreRefusedUntouched) {

@@ -7,11 +7,7 @@ namespace vantor::test {
 namespace {
 
 Bytes Bext(const std::string& description, uint64_t timeReference = 0) {
-    return ByteWriter().Field(description, 256).Zeros(82).Le64(timeReference).Zeros(256);
-}
-
-void* Number(intptr_t number) {
-    return reinterpret_cast<void*>(number);
+    return ByteWriter().Field(description, 256 + 82).Le64(timeReference).Zeros(256);
 }
 
 class ExtendedCalls : public ::testing::Test {
@@ -30,9 +26,8 @@ class ExtendedCalls : public ::testing::Test {
 };
 
 TEST_F(ExtendedCalls, UnknownCodesAndClosedSourcesAreNotAnswered) {
-    const auto source = Open({});
     char text[8] = "";
-    EXPECT_EQ(source->ExtendedCall(0x12345, text, text, text), 0);
+    EXPECT_EQ(Open({})->ExtendedCall(0x12345, text, text, text), 0);
     PCM_source_wavefile closed;
     for (const int32_t code :
          {0x10006, 0x10007, 0x10013, 0x10014, 0x20008, 0x40000, 0x9000d, 0x90005, 0x90016, 0x90006})
@@ -55,7 +50,6 @@ TEST_F(ExtendedCalls, ValuesByKeyAndByIndex) {
     const auto source = Open(ByteWriter().Chunk("bext", Bext("Rain", 1500)).Chunk("abcd", Bytes(4)));
     EXPECT_EQ(ValueOf(*source, "DESC"), "Rain");
     EXPECT_EQ(ValueOf(*source, "BWF:Description"), "Rain");
-    EXPECT_EQ(ValueOf(*source, "TITLE"), "");
     EXPECT_EQ(ValueOf(*source, ""), "");
     EXPECT_EQ(source->PlacementPosition(), 1.5);
     char key[] = "DESC";
@@ -65,12 +59,13 @@ TEST_F(ExtendedCalls, ValuesByKeyAndByIndex) {
     EXPECT_EQ(source->ExtendedCall(0x10007, key, nullptr, Number(3)), 0);
     EXPECT_EQ(source->ExtendedCall(0x10007, key, value, Number(0)), 0);
 
-    std::vector<std::string> keys;
+    std::string before;
     const char *name = nullptr, *text = nullptr;
-    for (intptr_t i = 0; source->ExtendedCall(0x10013, Number(i), &name, &text); ++i)
-        keys.emplace_back(name);
-    EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
-    EXPECT_EQ(keys.back(), "abcd");
+    for (intptr_t i = 0; source->ExtendedCall(0x10013, Number(i), &name, &text); ++i) {
+        EXPECT_LT(before, name);
+        before = name;
+    }
+    EXPECT_EQ(before, "abcd");
     EXPECT_STREQ(text, "");
     EXPECT_EQ(source->ExtendedCall(0x10013, Number(-1), &name, &text), 0);
     EXPECT_EQ(source->ExtendedCall(0x10013, Number(0), &name, nullptr), 0);
@@ -102,7 +97,6 @@ TEST_F(ExtendedCalls, TempoOfALoop) {
         EXPECT_EQ(source->ExtendedCall(0x9000d, &usable, nullptr, nullptr), c.tempo > 0 ? 1 : 0);
         EXPECT_EQ(usable, c.tempo > 0 ? c.tempo : -1);
         EXPECT_EQ(ValueOf(*source, "BPM"), c.text);
-        EXPECT_EQ(ValueOf(*source, "bpm"), "");
         source->SetSliceIndex(0);
         EXPECT_EQ(source->ExtendedCall(0x40000, &tempo, nullptr, nullptr), 0);
     }
@@ -136,20 +130,17 @@ TEST_F(ExtendedCalls, MarkersByIndexAndAllocated) {
     EXPECT_EQ(record.startSeconds, 0.5);
     EXPECT_STREQ(record.name, "hit");
     EXPECT_EQ(source->ExtendedCall(0x90016, Number(0), nullptr, nullptr), 1);
-    for (const intptr_t beyond : {-1, 2}) {
-        EXPECT_EQ(source->ExtendedCall(0x90016, Number(beyond), &record, nullptr), 0);
-        EXPECT_EQ(record.name, nullptr) << "the record is zeroed all the same";
-    }
-
     MarkerRecord* allocated = nullptr;
     EXPECT_EQ(source->ExtendedCall(0x90005, Number(0), &allocated, nullptr), 1);
     ASSERT_NE(allocated, nullptr);
     EXPECT_EQ(allocated->startSeconds, 0.25);
-    EXPECT_EQ(source->ExtendedCall(0x90005, Number(-1), &allocated, nullptr), 0);
-    EXPECT_EQ(allocated, nullptr);
-    EXPECT_EQ(source->ExtendedCall(0x90005, Number(2), &allocated, nullptr), 0);
-    EXPECT_EQ(allocated, nullptr);
     EXPECT_EQ(source->ExtendedCall(0x90005, Number(0), nullptr, nullptr), 1);
+    for (const intptr_t beyond : {-1, 2}) {
+        EXPECT_EQ(source->ExtendedCall(0x90016, Number(beyond), &record, nullptr), 0);
+        EXPECT_EQ(record.name, nullptr) << "the record is zeroed all the same";
+        EXPECT_EQ(source->ExtendedCall(0x90005, Number(beyond), &allocated, nullptr), 0);
+        EXPECT_EQ(allocated, nullptr);
+    }
     source->SetSliceIndex(0);
     EXPECT_EQ(source->ExtendedCall(0x90016, Number(0), &record, nullptr), 0);
     EXPECT_EQ(source->ExtendedCall(0x90005, Number(0), &allocated, nullptr), 0);
@@ -194,13 +185,12 @@ TEST_F(ExtendedCalls, FileInfoTextHoldsFormatMarkersAndTags) {
                                  .Chunk("bext", Bext("Rain"))
                                  .Chunk("cue ", cue)
                                  .Chunk("acid", AcidBody{.flags = 8, .beats = 4, .tempo = 98.5}));
-    char text[4096];
-    EXPECT_EQ(source->ExtendedCall(0x10014, text, Number(sizeof text), nullptr), 1);
-    const std::string info = text;
+    const std::string info = InfoText(*source);
     for (const auto* line : {"Format: RIFF WAVE, PCM\r\n", "Channels: 1\r\n", "Sample rate: 1000 Hz\r\n",
                              "Bits per sample: 16\r\n", "Length: 0:01.000\r\n", "Marker: 7, 0:00.250\r\n",
                              "Tempo: 98.5\r\n", "BWF:Description: Rain\r\n"})
         EXPECT_NE(info.find(line), info.npos) << line << "in\n" << info;
+    char text[5];
     EXPECT_EQ(source->ExtendedCall(0x10014, text, Number(5), nullptr), 1);
     EXPECT_STREQ(text, info.substr(0, 4).c_str());
     EXPECT_EQ(source->ExtendedCall(0x10014, text, Number(0), nullptr), 0);

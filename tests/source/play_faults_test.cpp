@@ -42,35 +42,25 @@ Bytes BigEndianRamp() {
 Bytes AiffFile() {
     const Bytes common =
         ByteWriter().Be16(1).Be32(frames).Be16(16).Be16(0x4008).Be16(0xFA00).Zeros(6);  // 1000 Hz
-    const Bytes chunks = ByteWriter()
-                             .IffChunk("NAME", Bytes(9000, 'n'))
-                             .IffChunk("COMM", common)
-                             .IffChunk("SSND", ByteWriter().Zeros(8).Add(BigEndianRamp()));
-    return ByteWriter().Text("FORM").Be32(static_cast<uint32_t>(chunks.size() + 4)).Text("AIFF").Add(chunks);
+    return IffFile("AIFF", ByteWriter()
+                               .IffChunk("NAME", Bytes(9000, 'n'))
+                               .IffChunk("COMM", common)
+                               .IffChunk("SSND", ByteWriter().Zeros(8).Add(BigEndianRamp())));
 }
 
-Bytes CafFile() {
-    return ByteWriter()
-        .Text("caff")
-        .Be16(1)
-        .Be16(0)
-        .CafChunk("desc", ByteWriter().BeDouble(1000).Text("lpcm").Be32(0).Be32(2).Be32(1).Be32(1).Be32(16))
-        .CafChunk("free", Bytes(9000))
-        .CafChunk("data", ByteWriter().Be32(0).Add(BigEndianRamp()));
+Bytes LongCaf() {
+    const Bytes format = ByteWriter().BeDouble(1000).Text("lpcm").Be32(0).Be32(2).Be32(1).Be32(1).Be32(16);
+    return CafFile(ByteWriter()
+                       .CafChunk("desc", format)
+                       .CafChunk("free", Bytes(9000))
+                       .CafChunk("data", ByteWriter().Be32(0).Add(BigEndianRamp())));
 }
 
-Bytes Wave64File() {
-    const Bytes chunks = ByteWriter()
-                             .Wave64Chunk("fmt ", FmtBody(1, 1, 1000, 16))
-                             .Wave64Chunk("abcd", Bytes(9000))
-                             .Wave64Chunk("data", Ramp(frames));
-    return ByteWriter()
-        .Text("riff")
-        .Add({0x2E, 0x91, 0xCF, 0x11, 0xA5, 0xD6, 0x28, 0xDB, 0x04, 0xC1, 0x00, 0x00})
-        .Le64(40 + chunks.size())
-        .Text("wave")
-        .Add({0xF3, 0xAC, 0xD3, 0x11, 0x8C, 0xD1, 0x00, 0xC0, 0x4F, 0x8E, 0xDB, 0x8A})
-        .Add(chunks);
+Bytes LongWave64() {
+    return Wave64File(ByteWriter()
+                          .Wave64Chunk("fmt ", FmtBody(1, 1, 1000, 16))
+                          .Wave64Chunk("abcd", Bytes(9000))
+                          .Wave64Chunk("data", Ramp(frames)));
 }
 
 const Bytes tags = ByteWriter()
@@ -81,8 +71,8 @@ const Medium media[] = {
     {"WAV", MonoFile(Ramp(frames), tags, tags)},
     {"IMA ADPCM", ImaFile()},
     {"AIFF", AiffFile()},
-    {"CAF", CafFile()},
-    {"Wave64", Wave64File()},
+    {"CAF", LongCaf()},
+    {"Wave64", LongWave64()},
 };
 
 std::vector<double> ReadBlock(PCM_source& source, int64_t frame) {
@@ -114,12 +104,6 @@ void ExpectPrefixes(const Blocks& played, const Blocks& right, const std::string
         ASSERT_EQ(std::memcmp(played[i].data(), right[i].data(), played[i].size() * sizeof(double)), 0)
             << what << ", block " << i;
     }
-}
-
-void ExpectReason(PCM_source& source, const std::string& what) {
-    char text[500] = "";
-    source.ExtendedCall(0x10014, text, reinterpret_cast<void*>(sizeof text), nullptr);
-    EXPECT_GT(std::strlen(text), 5u) << what;
 }
 
 int32_t readMode = 0;
@@ -157,7 +141,7 @@ bool PlayWithFault(const Medium& medium, const Blocks& right, const FaultOrder& 
     if (source->IsOnline()) {
         ExpectPrefixes(PlayAll(*source), right, what);
     } else {
-        ExpectReason(*source, what);
+        EXPECT_GT(InfoText(*source).size(), 5u) << what;
         EXPECT_TRUE(ReadBlock(*source, 0).empty()) << what;
     }
     const bool wasMet = files.Count(order.operation) > index;

@@ -57,8 +57,7 @@ class Soak : public ::testing::Test {
     }
 
     static void AskForText(PCM_source& source) {
-        char text[512];
-        source.ExtendedCall(0x10014, text, reinterpret_cast<void*>(sizeof text), nullptr);
+        InfoText(source);
         ValueOf(source, "TITLE");
         EXPECT_GE(source.LengthSeconds(), 0.0);
     }
@@ -100,13 +99,8 @@ class Soak : public ::testing::Test {
     void Edit(const std::string& copyName) {
         for (int edit = 0; edit < edits; ++edit) {
             const auto file = static_cast<size_t>(edit % fileCount);
-            std::string target = folder.Path(copyName);
-            const std::string title = "edit " + std::to_string(edit);
-            const MetadataPair pairs[] = {{"TITLE", title.c_str()}, {nullptr, nullptr}};
-            const auto source = OpenSource(paths[file]);
-            EXPECT_GT(source->ExtendedCall(0x20008, target.data(), const_cast<MetadataPair*>(pairs),
-                                           reinterpret_cast<void*>(intptr_t{1})),
-                      0);
+            const Fields fields = {{"TITLE", "edit " + std::to_string(edit)}};
+            EXPECT_GT(RequestWrite(*OpenSource(paths[file]), folder.Path(copyName), fields, mergeTags), 0);
         }
     }
 

@@ -86,10 +86,15 @@ inline std::vector<int> Numbers(int first, int count) {
     return numbers;
 }
 
+// A number in a pointer, as extended calls take it.
+inline void* Number(intptr_t number) {
+    return reinterpret_cast<void*>(number);
+}
+
 // The value that extended call 0x10007 gives for a key.
 inline std::string ValueOf(PCM_source& source, std::string key) {
     char value[256] = "unchanged";
-    source.ExtendedCall(0x10007, key.data(), value, reinterpret_cast<void*>(sizeof value));
+    source.ExtendedCall(0x10007, key.data(), value, Number(sizeof value));
     return value;
 }
 
@@ -97,7 +102,7 @@ inline std::string ValueOf(PCM_source& source, std::string key) {
 inline std::map<std::string, std::string> TagsOf(PCM_source& source) {
     std::map<std::string, std::string> tags;
     const char *key = nullptr, *value = nullptr;
-    for (intptr_t i = 0; source.ExtendedCall(0x10013, reinterpret_cast<void*>(i), &key, &value); ++i)
+    for (intptr_t i = 0; source.ExtendedCall(0x10013, Number(i), &key, &value); ++i)
         tags[key] = value;
     return tags;
 }
@@ -118,7 +123,14 @@ inline intptr_t RequestWrite(PCM_source& source, std::string target, const Field
     for (const auto& [key, value] : fields)
         pairs.push_back({key.c_str(), value.c_str()});
     pairs.push_back({nullptr, nullptr});
-    return source.ExtendedCall(0x20008, target.data(), pairs.data(), reinterpret_cast<void*>(flags));
+    return source.ExtendedCall(0x20008, target.data(), pairs.data(), Number(flags));
+}
+
+// The text of extended call 0x10014.
+inline std::string InfoText(PCM_source& source) {
+    char text[4096] = "";
+    source.ExtendedCall(0x10014, text, Number(sizeof text), nullptr);
+    return text;
 }
 
 inline size_t IdleReaderCount(const std::string& path, int32_t purpose = purposePlayback) {

@@ -99,4 +99,23 @@ inline Bytes RiffFile(const Bytes& chunks, std::string_view id = "RIFF") {
     return ByteWriter().Text(id).Le32(size).Text("WAVE").Add(chunks);
 }
 
+// A whole IFF file of a form ("AIFF", "AIFC", "8SVX").
+inline Bytes IffFile(std::string_view form, const Bytes& chunks) {
+    return ByteWriter().Text("FORM").Be32(static_cast<uint32_t>(chunks.size() + 4)).Text(form).Add(chunks);
+}
+
+inline Bytes CafFile(const Bytes& chunks) {
+    return ByteWriter().Text("caff").Be16(1).Be16(0).Add(chunks);
+}
+
+inline Bytes Wave64File(const Bytes& chunks) {
+    return ByteWriter()
+        .Text("riff")
+        .Add({0x2E, 0x91, 0xCF, 0x11, 0xA5, 0xD6, 0x28, 0xDB, 0x04, 0xC1, 0x00, 0x00})
+        .Le64(chunks.size() + 40)
+        .Text("wave")
+        .Add({0xF3, 0xAC, 0xD3, 0x11, 0x8C, 0xD1, 0x00, 0xC0, 0x4F, 0x8E, 0xDB, 0x8A})
+        .Add(chunks);
+}
+
 }  // namespace vantor::test

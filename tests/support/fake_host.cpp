@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
+#include <regex>
 
 namespace vantor::test {
 
@@ -83,14 +83,15 @@ int32_t ReadFrom(PCM_source& source, double startSeconds, int32_t frames, double
     return block.framesProduced;
 }
 
+// Stores its peaks in the second run; reads its source in each.
 class FakePeakBuilder final : public Counted<PeakBuilder> {
   public:
     explicit FakePeakBuilder(PCM_source* source) : source_(source) {}
-    double ProgressFraction() override { return static_cast<double>(step_) / current->buildSteps; }
+    double ProgressFraction() override { return step_ / 2.0; }
     int32_t Run() override {
         std::vector<double> samples(static_cast<size_t>(64 * source_->ChannelCount()));
-        ReadFrom(*source_.operator->(), 0, 64, samples.data());
-        if (++step_ < current->buildSteps) return 1;
+        ReadFrom(*source_.Get(), 0, 64, samples.data());
+        if (++step_ < 2) return 1;
         current->hasStoredPeaks = true;
         return 0;
     }
@@ -173,10 +174,7 @@ void HiresPeaks(PCM_source* source, PeakRequest* request) {
 const char* Translate(const char* text, const char* section, int32_t) {
     if (current->localizePrefix.empty()) return text;
     const std::lock_guard guard(current->lock);
-    for (const auto& known : current->localized)
-        if (known == current->localizePrefix + section + ":" + text) return known.c_str();
-    current->localized.reserve(256);  // texts stay where they are
-    return current->localized.emplace_back(current->localizePrefix + section + ":" + text).c_str();
+    return current->localized.insert(current->localizePrefix + section + ":" + text).first->c_str();
 }
 
 int32_t Register(const char* key, void* service) {
@@ -199,7 +197,7 @@ void* Lookup(const char* name) {
         {"HiresPeaksFromSource", reinterpret_cast<void*>(offered.hiresPeaks)},
         {"__localizeFunc", reinterpret_cast<void*>(offered.localize)},
     };
-    current->lookups.emplace_back(name);
+    current->lookups += std::string(name) + " ";
     const auto found = services.find(name);
     return found == services.end() ? nullptr : found->second;
 }
@@ -226,31 +224,18 @@ FakeHost::~FakeHost() {
     current = nullptr;
 }
 
-FakeHost& FakeHost::Current() {
-    return *current;
-}
-
 HostInfo FakeHost::Info() {
     return {hostInterfaceVersion, nullptr, Register, Lookup};
 }
 
 int32_t FakeProject::AddLine(const char* format, ...) {
-    std::string line;
+    const std::string quoted = std::regex_replace(format, std::regex("%p~"), "\"%s\"");
+    char line[4096];
     va_list arguments;
     va_start(arguments, format);
-    for (const char* place = format; *place; ++place) {
-        if (std::strncmp(place, "%p~", 3) == 0) {
-            line += "\"" + std::string(va_arg(arguments, const char*)) + "\"";
-            place += 2;
-        } else if (std::strncmp(place, "%d", 2) == 0) {
-            line += std::to_string(va_arg(arguments, int));
-            ++place;
-        } else {
-            line += *place;
-        }
-    }
+    std::vsnprintf(line, sizeof line, quoted.c_str(), arguments);
     va_end(arguments);
-    lines.push_back(line);
+    lines.emplace_back(line);
     return static_cast<int32_t>(lines.size());
 }
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,13 +21,11 @@ class FakeHost {
     FakeHost(const FakeHost&) = delete;
     FakeHost& operator=(const FakeHost&) = delete;
 
-    static FakeHost& Current();
-
     // For the entry: its record, and the services that it finds by name. A null slot is not offered.
     HostInfo Info();
     HostServices offered;
     int32_t registerResult = 1;
-    std::vector<std::string> lookups;         // names asked for, in order
+    std::string lookups;                      // names asked for, in order, each with a blank behind
     std::map<std::string, void*> registered;  // by key
 
     // Objects of the host that live: resamplers, peak readers and builders.
@@ -38,7 +37,6 @@ class FakeHost {
 
     std::atomic<bool> hasStoredPeaks = true;  // "PeakGet_Create" finds peaks
     double storedPeaksPerSecond = 400;
-    int buildSteps = 2;  // a builder's runs until its peaks are stored; it reads its source in each
     bool builderRefused = false;
     std::vector<std::string>
         peakFiles;  // what "GetPeakFileName" answers, one call after another; the last stays
@@ -47,7 +45,7 @@ class FakeHost {
     intptr_t lastPeakExtra = -1;  // and its extra argument
     std::atomic<int32_t> lastBuildIsFloat = -1;
     std::string localizePrefix;  // put in front of every text
-    std::vector<std::string> localized;
+    std::set<std::string> localized;
     std::mutex lock;  // for the texts above
 };
 

@@ -4,12 +4,11 @@
 #include <cstring>
 #include <utility>
 
+#include "tests/support/plain_file.h"
+
 namespace vantor::test {
 
 using platform::OpenResult;
-using platform::Request;
-using platform::RequestResult;
-using platform::RequestState;
 using platform::WriteError;
 using platform::WriteResult;
 
@@ -30,79 +29,32 @@ struct MemoryView final : platform::MappedView {
     std::shared_ptr<Contents> contents;
 };
 
-// A read is carried out when somebody waits for it.
-struct MemoryRequest final : Request {
-    int64_t offset = 0;
-    void* buffer = nullptr;
-    uint32_t count = 0;
-    RequestResult result;
-};
-
-class MemoryFile final : public platform::File {
+class MemoryFile final : public PlainFile {
   public:
     explicit MemoryFile(std::shared_ptr<Contents> contents) : contents_(std::move(contents)) {}
 
     [[nodiscard]] int64_t Size() override { return static_cast<int64_t>(contents_->bytes.size()); }
     [[nodiscard]] int64_t LastWriteTime() override { return contents_->lastWriteTime; }
-    [[nodiscard]] bool SetPosition(int64_t position) override {
-        if (position < 0) return false;
-        position_ = position;
-        return true;
-    }
-    [[nodiscard]] int64_t Read(void* destination, uint32_t count) override {
-        const uint32_t got = ReadAt(position_, destination, count);
-        position_ += got;
-        return got;
-    }
-    [[nodiscard]] WriteResult Write(const void* source, uint32_t count) override {
-        const auto result = WriteAt(position_, source, count);
-        position_ += result.bytes;
-        return result;
-    }
     [[nodiscard]] bool CutAtPosition() override {
-        if (position_ > mostBytes) return false;
-        contents_->bytes.resize(static_cast<size_t>(position_));
+        if (Position() > mostBytes) return false;
+        contents_->bytes.resize(static_cast<size_t>(Position()));
         contents_->lastWriteTime = NextWriteTime();
         return true;
     }
     [[nodiscard]] std::unique_ptr<platform::MappedView> MapForReading() override {
         return std::make_unique<MemoryView>(contents_);
     }
-    [[nodiscard]] std::unique_ptr<Request> NewRequest() override { return std::make_unique<MemoryRequest>(); }
-    [[nodiscard]] RequestResult StartRead(Request& request, int64_t offset, void* buffer,
-                                          uint32_t count) override {
-        auto& read = static_cast<MemoryRequest&>(request);
-        read.offset = offset;
-        read.buffer = buffer;
-        read.count = count;
-        read.result = {.state = RequestState::pending};
-        return read.result;
-    }
-    [[nodiscard]] RequestResult StartWrite(Request& request, int64_t offset, const void* buffer,
-                                           uint32_t count) override {
-        const auto written = WriteAt(offset, buffer, count);
-        const bool done = written.error == WriteError::none;
-        return static_cast<MemoryRequest&>(request).result = {
-                   .state = done ? RequestState::done : RequestState::failed,
-                   .bytes = written.bytes,
-                   .writeError = written.error};
-    }
-    [[nodiscard]] RequestResult Finish(Request& request, bool wait) override {
-        auto& read = static_cast<MemoryRequest&>(request);
-        if (read.result.state != RequestState::pending || !wait) return read.result;
-        return read.result = {.state = RequestState::done,
-                              .bytes = ReadAt(read.offset, read.buffer, read.count)};
-    }
-    void Abandon(Request& request) override { static_cast<MemoryRequest&>(request).result = {}; }
 
   private:
-    [[nodiscard]] uint32_t ReadAt(int64_t offset, void* destination, uint32_t count) {
+    [[nodiscard]] int64_t ReadAt(int64_t offset, void* destination, uint32_t count) override {
         const int64_t left = std::max<int64_t>(Size() - offset, 0);
-        const auto bytes = static_cast<uint32_t>(std::min<int64_t>(left, count));
-        if (bytes > 0) std::memcpy(destination, &contents_->bytes[static_cast<size_t>(offset)], bytes);
+        const int64_t bytes = std::min<int64_t>(left, count);
+        if (bytes > 0)
+            std::memcpy(destination, &contents_->bytes[static_cast<size_t>(offset)],
+                        static_cast<size_t>(bytes));
         return bytes;
     }
-    [[nodiscard]] WriteResult WriteAt(int64_t offset, const void* source, uint32_t count) {
+    [[nodiscard]] WriteResult WriteAt(int64_t offset, const void* source, uint32_t count) override {
         if (offset > mostBytes - count) return {.bytes = 0, .error = WriteError::diskFull};
         auto& bytes = contents_->bytes;
         const auto start = static_cast<size_t>(offset);
@@ -111,9 +63,9 @@ class MemoryFile final : public platform::File {
         contents_->lastWriteTime = NextWriteTime();
         return {.bytes = count};
     }
+    [[nodiscard]] bool HoldsRequests() const override { return true; }
 
     std::shared_ptr<Contents> contents_;
-    int64_t position_ = 0;
 };
 
 std::string NarrowForm(const std::u16string& name) {

@@ -4,8 +4,7 @@
 //     const platform::ScopedFileSystem scope(files);
 //     files.FailAt(Operation::write, 3, Fault::diskFull);   // the fourth write from now on
 //
-// Real files stay real, so a test looks at the outcome with ReadWholeFile. Names are taken as given, unless
-// Redirect names the file that every open shall reach. May be used by several threads.
+// Real files stay real, so a test looks at the outcome with ReadWholeFile. May be used by several threads.
 #pragma once
 
 #include <functional>
@@ -19,14 +18,8 @@
 
 namespace vantor::test {
 
-enum class Operation {
-    open,
-    read,
-    write,
-    seek,
-    cut,
-    remove
-};  // overlapped requests are reads and writes too
+// Overlapped requests are reads and writes too.
+enum class Operation { open, read, write, seek, cut, remove };
 
 enum class Fault {
     failure,           // nothing is done
@@ -54,21 +47,22 @@ class ScriptedFileSystem final : public platform::FileSystem {
     // all after it do too.
     void FailAt(Operation operation, int64_t index, Fault fault, bool andLater = false);
     // Writes beyond so many bytes, counted from now on, find the disk full.
-    void SetFreeBytes(int64_t bytes);
+    void SetFreeBytes(int64_t bytes) { Set(script_.freeBytes, bytes); }
     // While set, overlapped requests stay pending until somebody waits for them.
-    void HoldRequests(bool hold);
-    // Opens reach `name` whatever they ask for; the record keeps what they asked for.
-    void Redirect(const std::string& name);
+    void HoldRequests(bool hold) { Set(script_.holdsRequests, hold); }
     // Called before every operation from now on.
-    void BeforeEach(std::function<void()> look);
+    void BeforeEach(std::function<void()> look) { Set(script_.beforeEach, std::move(look)); }
     // Forgets faults and records.
-    void Reset();
+    void Reset() { Set(script_, {}); }
 
-    [[nodiscard]] std::vector<OpenRecord> Opens() const;
-    [[nodiscard]] std::vector<RequestRecord> Reads() const;
-    [[nodiscard]] std::vector<RequestRecord> Writes() const;
-    [[nodiscard]] int64_t Count(Operation operation) const;  // failed ones too
-    [[nodiscard]] int64_t BytesWritten() const;
+    [[nodiscard]] std::vector<OpenRecord> Opens() const { return Get(script_.opens); }
+    [[nodiscard]] std::vector<RequestRecord> Reads() const { return Get(script_.reads); }
+    [[nodiscard]] std::vector<RequestRecord> Writes() const { return Get(script_.writes); }
+    // Failed ones too.
+    [[nodiscard]] int64_t Count(Operation operation) const {
+        return Get(script_.counts[static_cast<size_t>(operation)]);
+    }
+    [[nodiscard]] int64_t BytesWritten() const { return Get(script_.bytesWritten); }
 
     [[nodiscard]] platform::OpenResult OpenWide(const std::u16string& name,
                                                 const platform::OpenOptions& options,
@@ -94,17 +88,30 @@ class ScriptedFileSystem final : public platform::FileSystem {
         std::vector<RequestRecord> reads, writes;
         int64_t bytesWritten = 0;
         bool holdsRequests = false;
-        std::optional<std::string> redirected;
         std::function<void()> beforeEach;
     };
 
+    template <typename Value>
+    Value Get(const Value& value) const {
+        const std::lock_guard lock(mutex_);
+        return value;
+    }
+    template <typename Place>
+    void Set(Place& place, std::type_identity_t<Place> value) {
+        const std::lock_guard lock(mutex_);
+        place = std::move(value);
+    }
+    template <typename Record>
+    void Add(std::vector<Record>& records, const Record& record) {
+        const std::lock_guard lock(mutex_);
+        records.push_back(record);
+    }
+
+    [[nodiscard]] platform::OpenResult Open(const OpenRecord& record, std::unique_ptr<platform::File>& file);
     // Counts the operation; the fault that it meets.
     std::optional<Fault> Begin(Operation operation);
-    std::optional<Fault> BeginOpen(OpenRecord record, std::optional<std::string>& redirected);
-    std::optional<Fault> BeginRead(const RequestRecord& record);
     // How a write of so many bytes ends.
     platform::WriteResult BeginWrite(const RequestRecord& record);
-    bool HoldsRequests() const;
 
     mutable std::mutex mutex_;
     Script script_;
