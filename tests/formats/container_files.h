@@ -27,18 +27,6 @@ inline Bytes Ds64Body(uint64_t dataBytes, uint64_t samples, const Bytes& table =
     return ByteWriter().Le64(0).Le64(dataBytes).Le64(samples).Le32(entries).Add(table);
 }
 
-inline Bytes Wave64File(const Bytes& chunks) {
-    const Bytes riffTail{0x2E, 0x91, 0xCF, 0x11, 0xA5, 0xD6, 0x28, 0xDB, 0x04, 0xC1, 0x00, 0x00};
-    const Bytes waveTail{0xF3, 0xAC, 0xD3, 0x11, 0x8C, 0xD1, 0x00, 0xC0, 0x4F, 0x8E, 0xDB, 0x8A};
-    ByteWriter file;
-    file.Text("riff").Add(riffTail).Le64(chunks.size() + 40);
-    return file.Text("wave").Add(waveTail).Add(chunks);
-}
-
-inline Bytes IffFile(std::string_view form, const Bytes& chunks) {
-    return ByteWriter().Text("FORM").Be32(static_cast<uint32_t>(chunks.size() + 4)).Text(form).Add(chunks);
-}
-
 struct ExtendedRate {
     uint16_t exponent = 0x400E;
     uint32_t mantissa = 0xAC440000;  // 44100 Hz
@@ -69,10 +57,6 @@ inline Bytes DescBody(const CafDescription& d = {}) {
     ByteWriter body;
     body.BeDouble(d.rate).Text(d.format).Be32(d.flags).Be32(d.packetBytes).Be32(d.packetFrames);
     return body.Be32(d.channels).Be32(d.bits);
-}
-
-inline Bytes CafFile(const Bytes& chunks) {
-    return ByteWriter().Text("caff").Be16(1).Be16(0).Add(chunks);
 }
 
 // `between` stands before 40 bytes of audio.
