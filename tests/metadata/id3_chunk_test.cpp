@@ -82,9 +82,10 @@ TEST(Id3Chunk, IsNotBuiltWithoutEntriesOrFrames) {
 }
 
 TEST(Id3Chunk, WritesTextsAsUtf8OfVersion24) {
-    const auto tag = BuildTag(StoreOf(Listed("ID3:",
-                                             "TIT2=\u0141\u00F3d\u017A|COMM=c|COMM:deu:d=e|COMM:no "
-                                             "language=f|TXXX:VANTOR=g|TPE1=caf\xE9|UFID:o=h")));
+    const auto entries = Listed("ID3:",
+                                "TIT2=\u0141\u00F3d\u017A|COMM=c|COMM:deu:d=e|COMM:no language=f"
+                                "|TXXX:VANTOR=g|TPE1=caf\xE9|UFID:o=h");
+    const auto tag = BuildTag(StoreOf(entries));
     const Frames expected = {"COMM\0\0\3eng\0c"s,
                              "COMM\0\0\3deud\0e"s,
                              "COMM\0\0\3XXXno language\0f"s,
@@ -95,17 +96,6 @@ TEST(Id3Chunk, WritesTextsAsUtf8OfVersion24) {
     EXPECT_EQ(FramesOf(tag), expected);
     EXPECT_EQ(tag.size() % 2, 0u);
     EXPECT_EQ(Bytes(tag.begin(), tag.begin() + 6), ByteWriter().Text("ID3").U8(4).U8(0).U8(0).Done());
-}
-
-TEST(Id3Chunk, GivesTheSameStoreAgain) {
-    for (const int version : {3, 4}) {
-        const auto store = ReadStore(FullTag(version));
-        EXPECT_GT(store.Count(), 18u);
-        const auto once = BuildTag(store, FullTag(version));
-        EXPECT_EQ(EntriesOf(ReadStore(once)), EntriesOf(store));
-        EXPECT_EQ(FramesOf(once).size(), FramesOf(FullTag(version)).size());
-        EXPECT_EQ(BuildTag(ReadStore(once), once), once);
-    }
 }
 
 TEST(Id3Chunk, GivesTheSameStoreWithoutTheOldTag) {
@@ -197,7 +187,9 @@ TEST(Id3Chunk, LeavesDocumentsToTheirOwnChunks) {
                             .Frame("PRIV", BytesOf("IXML\0<BWFXML><NOTE>n</NOTE></BWFXML>"s))
                             .Frame("PRIV", BytesOf("XMP\0<x:xmpmeta/>"s))
                             .Tag();
-    EXPECT_EQ(FramesOf(BuildTag(ReadStore(oldTag), oldTag)), (Frames{"TIT2\0\0\0t"s}));
+    const auto store = ReadStore(oldTag);
+    EXPECT_EQ(EntriesOf(store), Listed("", "ID3:TIT2=t|IXML:NOTE=n"));
+    EXPECT_EQ(FramesOf(BuildTag(store, oldTag)), (Frames{"TIT2\0\0\0t"s}));
 }
 
 TEST(Id3Chunk, MovesVersion22ToItsSuccessor) {
@@ -269,13 +261,13 @@ TEST(Id3Genres, AreWrittenAsTheyAreRead) {
         EXPECT_EQ(GenreNames(ContentTypeOfNames(name)), name);
 }
 
-// Whatever a damaged tag still holds, a second rewrite changes nothing.
-TEST(Id3Chunk, SettlesOnDamagedTags) {
+// Whatever a whole or a damaged tag holds, one rewrite keeps it and a second one changes nothing.
+TEST(Id3Chunk, GivesTheSameStoreAgain) {
     std::mt19937 random(23);
     for (const int version : {3, 4})
         for (int i = 0; i < 1500; ++i) {
             auto oldTag = FullTag(version);
-            for (int change = 0; change < 6; ++change)
+            for (int change = 0; change < i % 7; ++change)
                 oldTag[10 + random() % (oldTag.size() - 10)] = static_cast<uint8_t>(random());
             const auto store = ReadStore(oldTag);
             const auto once = BuildTag(store, oldTag);

@@ -227,10 +227,10 @@ TEST(IxmlChunk, GivesPlainFieldsBackAsTheyWere) {
 
 // What the document repeats from the broadcast chunk is no field of its own once it is read back.
 TEST(IxmlChunk, CopiesOfTheBroadcastChunkGoWithIt) {
-    auto store = StoreOf(
-        Listed("",
-               "BWF:TimeReference=5|IXML:BWF:BWF_DESCRIPTION=x|IXML:BWF:BWF_DESCRIPTION:2=x|IXML:BWF:BWF_"
-               "TIME_REFERENCE_HIGH=0|IXML:BWF:BWF_TIME_REFERENCE_LOW=5|IXML:BWF:OTHER=x|IXML:NOTE=x"));
+    auto store = StoreOf(Listed("",
+                                "BWF:TimeReference=5|IXML:BWF:BWF_DESCRIPTION=x|IXML:BWF:BWF_DESCRIPTION:2=x"
+                                "|IXML:BWF:BWF_TIME_REFERENCE_HIGH=0|IXML:BWF:BWF_TIME_REFERENCE_LOW=5|IXML:"
+                                "BWF:OTHER=x|IXML:NOTE=x"));
     RemoveBwfCopies(store);
     EXPECT_EQ(EntriesOf(store), Listed("", "BWF:TimeReference=5|IXML:BWF:OTHER=x|IXML:NOTE=x"));
 

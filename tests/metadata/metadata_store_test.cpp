@@ -15,18 +15,6 @@ namespace {
 using test::Entries;
 using test::EntriesOf;
 
-TEST(MetadataStore, KeepsKeysInByteOrder) {
-    MetadataStore store;
-    for (const char* key : {"XMP:dm/album", "ID3:TIT2", "BWF:Originator", "XMP:dc/title", "ID3:COMM",
-                            "BWF:Description", "bwf:Originator", "\xC3\xA9"})
-        store.Set(key, "v");
-    std::vector<std::string> keys;
-    for (size_t i = 0; const auto* entry = store.At(i); ++i)
-        keys.push_back(entry->key);
-    EXPECT_EQ(keys, (std::vector<std::string>{"BWF:Description", "BWF:Originator", "ID3:COMM", "ID3:TIT2",
-                                              "XMP:dc/title", "XMP:dm/album", "bwf:Originator", "\xC3\xA9"}));
-}
-
 TEST(MetadataStore, CutsKeysAndValuesAtTheFirstNul) {
     MetadataStore store;
     store.Set(std::string_view("a\0b", 3), std::string_view("x\0y", 3));
@@ -82,7 +70,8 @@ TEST(MetadataStore, BehavesLikeAnOrderedMap) {
     for (const unsigned keyRange : {20u, 3000u}) {
         MetadataStore store;
         std::map<std::string, std::string, std::less<>> map;
-        const auto key = [&] { return "K" + std::to_string(random() % keyRange); };
+        const char* const starts[] = {"K", "k", "\xC3"};  // keys stand in the order of their bytes
+        const auto key = [&] { return starts[random() % 3] + std::to_string(random() % keyRange); };
         for (int step = 0; step < 20000; ++step) {
             const auto name = key();
             const bool growing = step / 4000 % 2 == 0;
