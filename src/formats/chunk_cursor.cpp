@@ -22,20 +22,6 @@ bool IsZero(uint8_t byte) {
     return byte == 0;
 }
 
-// Steps over headers of nothing but zeros, which are empty chunks, many at a time: some writers leave large
-// files full of them.
-bool SkipZeroHeaders(FileReader& reader, size_t headerBytes) {
-    uint8_t block[6144];  // whole headers of 8 and of 12 bytes
-    const auto wanted = static_cast<int64_t>(sizeof block);
-    for (;;) {
-        const int64_t start = reader.Tell();
-        const int64_t count = reader.Read(block, wanted);
-        const auto zeros = static_cast<size_t>(std::find_if_not(block, block + count, IsZero) - block);
-        if (count == wanted && zeros == sizeof block) continue;
-        return reader.Seek(start + static_cast<int64_t>(zeros / headerBytes * headerBytes));
-    }
-}
-
 }  // namespace
 
 bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chunk) {
@@ -46,6 +32,22 @@ bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chu
     const uint64_t counted = framing.sizeCountsHeader ? headerBytes : 0;
     chunk.bodyBytes = chunk.sizeField - std::min(chunk.sizeField, counted);
     return true;
+}
+
+bool IsZeroHeader(std::span<const uint8_t> header) {
+    return std::all_of(header.begin(), header.end(), IsZero);
+}
+
+bool SkipZeroHeaders(FileReader& reader, size_t headerBytes) {
+    uint8_t block[6144];  // whole headers of 8 and of 12 bytes
+    const auto wanted = static_cast<int64_t>(sizeof block);
+    for (;;) {
+        const int64_t start = reader.Tell();
+        const int64_t count = reader.Read(block, wanted);
+        const auto zeros = static_cast<size_t>(std::find_if_not(block, block + count, IsZero) - block);
+        if (count == wanted && zeros == sizeof block) continue;
+        return reader.Seek(start + static_cast<int64_t>(zeros / headerBytes * headerBytes));
+    }
 }
 
 int64_t NextChunkPosition(const ChunkFraming& framing, const Chunk& chunk) {
@@ -59,7 +61,7 @@ int64_t NextChunkPosition(const ChunkFraming& framing, const Chunk& chunk) {
 
 bool SeekPastChunk(FileReader& reader, const ChunkFraming& framing, const Chunk& chunk) {
     const size_t headerBytes = framing.idBytes + framing.sizeBytes;
-    if (chunk.bodyBytes == 0 && std::all_of(chunk.header.data(), chunk.header.data() + headerBytes, IsZero))
+    if (chunk.bodyBytes == 0 && IsZeroHeader({chunk.header.data(), headerBytes}))
         return SkipZeroHeaders(reader, headerBytes);
     return reader.Seek(NextChunkPosition(framing, chunk));
 }

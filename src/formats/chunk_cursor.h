@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -38,6 +39,11 @@ struct Chunk {
 
 // Reads the header at the reader's position. False when the file ends first.
 [[nodiscard]] bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chunk);
+
+// A header of nothing but zeros is an empty chunk. Some writers leave large files full of them.
+[[nodiscard]] bool IsZeroHeader(std::span<const uint8_t> header);
+// Steps over such headers, many at a time. False when the reader is not open.
+[[nodiscard]] bool SkipZeroHeaders(FileReader& reader, size_t headerBytes);
 
 // Where the next header stands; beyond the end of the file for a size that is too large. Always behind the
 // header of `chunk`.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "fileio/byte_order.h"
+#include "formats/chunk_cursor.h"
 #include "formats/riff_data_size.h"
 
 namespace vantor {
@@ -61,6 +62,9 @@ WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     chunk.isCutOff = chunk.bodyBytes < claimed;
     chunk.isData = chunk.Id() == "data"sv;
     if (chunk.isCutOff && !chunk.isData) return WalkStep::leftover;
+    // A run of empty chunks counts as one: there may be any number of them.
+    if (IsZeroHeader(chunk.header) && SkipZeroHeaders(reader_, chunkHeaderBytes))
+        chunk.bodyBytes = reader_.Tell() - chunk.BodyStart();
     chunk.isReplaceable = IsReplaceableChunk(chunk.header, reader_, hasAcid_);
     if (IsList(chunk.Id()) && chunk.bodyBytes >= listTypeBytes && reader_.Tell() == chunk.BodyStart())
         return WalkStep::refused;  // a list of unknown type

@@ -45,7 +45,8 @@ enum class WalkStep {
 };
 
 // Steps through the chunks in file order. Audio is stepped over by the rule by which it is played, so that
-// its bytes are never taken for chunks; a cut-off `data` chunk is a chunk, and the last.
+// its bytes are never taken for chunks; a cut-off `data` chunk is a chunk, and the last. A run of zeros,
+// which is empty chunks, is one chunk.
 class RiffChunkWalk {
   public:
     RiffChunkWalk(FileReader& reader, bool isRf64, bool hasAcid);

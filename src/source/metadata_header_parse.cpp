@@ -9,6 +9,7 @@
 #include "fileio/byte_order.h"
 #include "formats/channel_layout.h"
 #include "formats/chunk_catalogue.h"
+#include "formats/chunk_cursor.h"
 #include "formats/ds64.h"
 #include "formats/riff_data_size.h"
 #include "metadata/read/read_metadata.h"
@@ -32,6 +33,12 @@ struct Pass {
     MetadataHeader& header;
     std::vector<uint8_t> scratch;
 };
+
+// Where the header behind this one stands: at `next`, or behind a run of empty chunks that begins there.
+int64_t NextHeader(FileReader& reader, std::span<const uint8_t> header, int64_t next) {
+    return IsZeroHeader(header) && reader.Seek(next) && SkipZeroHeaders(reader, header.size()) ? reader.Tell()
+                                                                                               : next;
+}
 
 // Reads the first bytes of a body that claims `bodyBytes`; nothing when it is smaller or not all there.
 template <size_t count>
@@ -131,7 +138,7 @@ bool ParseCaf(Pass& pass) {
         const bool isLast = bodyBytes > pass.reader.Remaining();
         ReadCafChunk(pass, FourCharacters(chunk.data()), bodyBytes);
         if (isLast) break;
-        next = bodyStart + bodyBytes;
+        next = NextHeader(pass.reader, chunk, bodyStart + bodyBytes);
     }
     MetadataHeader& header = pass.header;
     if (header.sampleRate < 1 || header.channels < 1) return false;
@@ -198,7 +205,7 @@ bool ParseRiff(Pass& pass, bool is64Bit) {
         const auto remaining = static_cast<uint64_t>(pass.reader.Remaining());
         const uint64_t bodyBytes = ReadRiffChunk(riff, chunk, bodyStart);
         if (bodyBytes >= remaining) break;
-        next = bodyStart + static_cast<int64_t>(bodyBytes + (bodyBytes & 1));
+        next = NextHeader(pass.reader, chunk, bodyStart + static_cast<int64_t>(bodyBytes + (bodyBytes & 1)));
     }
     MetadataHeader& header = pass.header;
     if (header.bitsPerSample < 1 || header.channels < 1 || header.sampleRate < 1) return false;

@@ -9,8 +9,9 @@
 
 #include "formats/audio_format.h"
 #include "rewrite/byte_transfer.h"
-#include "tests/support/chunk_list.h"
+#include "rewrite/riff_chunks.h"
 #include "tests/support/byte_writer.h"
+#include "tests/support/chunk_list.h"
 #include "tests/support/temp_file.h"
 
 namespace vantor::test {
@@ -154,6 +155,27 @@ TEST(Rewrite, BytesBehindTheLastChunkStay) {
         wanted.insert(wanted.end(), garbage.begin(), garbage.end());
         EXPECT_EQ(copied.bytes, wanted);
     }
+}
+
+// Zeros are empty chunks, and there may be millions: they are kept, and one step of the walk.
+TEST(Rewrite, RunsOfZerosAreOneChunk) {
+    const Bytes zeros(80008);
+    const auto fileWith = [&](const Bytes& image) {
+        return RiffFile(ByteWriter().Add(fmt).Add(image).Add(zeros).Add(audio).Add(zeros));
+    };
+    const Bytes file = fileWith({});
+    EXPECT_EQ(Copy(file, ImageOf(60), {}).bytes, fileWith(ImageOf(60)));
+    EXPECT_EQ(InPlace(file, ImageOf(60)).bytes,
+              RiffFile(ByteWriter().Add(fmt).Add(zeros).Add(audio).Add(zeros).Add(ImageOf(60))));
+
+    const TempFolder folder;
+    FileReader reader(folder.Write("file.wav", file), {});
+    RiffChunkWalk walk(reader, false, false);
+    RiffChunk chunk;
+    int steps = 0;
+    while (walk.Next(chunk) == WalkStep::chunk)
+        ++steps;
+    EXPECT_EQ(steps, 4);
 }
 
 TEST(Rewrite, SuppliesAMissingPadByte) {
