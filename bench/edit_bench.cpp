@@ -53,7 +53,7 @@ void EditModule(benchmark::State& state, const std::string& fileName, const Read
 void RegisterEditRows(const BenchFolder& folder) {
     const std::string row = "one tag in 1 GiB";
     Register(row, tuned,
-             [&folder](auto& state) { EditModule(state, folder.LargeFile(oneGib), visitingReads); });
+             [&folder](auto& state) { EditModule(state, folder.LargeFile(oneGib), openingReads); });
     Register(row, byDefault, [&folder](auto& state) { EditModule(state, folder.LargeFile(oneGib), {}); });
 }
 

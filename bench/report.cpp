@@ -63,7 +63,7 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
             std::fprintf(stderr, "%s: %s\n", name.c_str(), run.error_message.c_str());
             continue;
         }
-        result.seconds.push_back(run.real_accumulated_time / static_cast<double>(run.iterations));
+        result.seconds.push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
         for (const auto& [counter, value] : run.counters)
             result.counters[counter] = value.value;
     }

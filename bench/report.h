@@ -1,6 +1,8 @@
 // Collects the repetitions of every benchmark and prints a table of ratios.
 //
-// A benchmark is called "row/contestant". Of its repetitions the median counts.
+// A benchmark is called "row/contestant". Of its repetitions the median counts, in processor time: every file
+// comes from the page cache, so that on an idle machine this is the time elapsed, and on a busy one it does
+// not count what others use.
 #pragma once
 
 #include <benchmark/benchmark.h>

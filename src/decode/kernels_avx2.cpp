@@ -102,6 +102,23 @@ struct Signed32Big {
     VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) { return Swap32(Load256(stored)); }
 };
 
+// In units of 1/8192 the values are integers (see ulaw_table.h): 64 less two a place, halved from segment to
+// segment, less 34; the complement of that in the negative half.
+struct Ulaw {
+    static constexpr auto form = StoredForm::ulaw;
+    static constexpr int bytes = 1;
+    static constexpr double scale = 1.0 / 8192;
+    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) {
+        const __m256i codes = _mm256_cvtepi8_epi32(Load64(stored));
+        const __m256i places = _mm256_and_si256(codes, _mm256_set1_epi32(15));
+        const __m256i segments = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi32(7));
+        const __m256i top = _mm256_slli_epi32(_mm256_sub_epi32(_mm256_set1_epi32(32), places), 8);
+        const __m256i magnitude = _mm256_sub_epi32(_mm256_srlv_epi32(top, segments), _mm256_set1_epi32(34));
+        const __m256i isNegative = _mm256_cmpgt_epi32(codes, _mm256_set1_epi32(-1));
+        return _mm256_xor_si256(magnitude, isNegative);
+    }
+};
+
 template <typename Stored>
 VANTOR_AVX2 void ConvertIntegers(const uint8_t* stored, double* samples, int64_t count) {
     const __m256d scale = _mm256_set1_pd(Stored::scale);
@@ -160,7 +177,7 @@ KernelTable TableOf() {
 
 const KernelTable& Avx2Kernels() {
     static const KernelTable table = TableOf<Unsigned8, Signed8, Signed16Little, Signed16Big, Signed24Little,
-                                             Signed24Big, Signed32Little, Signed32Big>();
+                                             Signed24Big, Signed32Little, Signed32Big, Ulaw>();
     return table;
 }
 

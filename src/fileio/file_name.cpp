@@ -104,7 +104,7 @@ bool RemoveFile(const std::string& name) {
 }
 
 int CompareFileNames(const char* left, const char* right) {
-    while (*left && Folded(*left) == Folded(*right)) {
+    while (*left && (*left == *right || Folded(*left) == Folded(*right))) {
         ++left;
         ++right;
     }

@@ -14,6 +14,7 @@ using platform::OpenOptions;
 using platform::OpenResult;
 
 struct FileReader::State : ReadState {
+    int64_t lastWriteTime = -1;
     std::unique_ptr<ReadStrategy> strategy;  // set when open; goes before the file
 };
 
@@ -126,7 +127,9 @@ FileReader::FileReader(const std::string& name, const ReadParameters& parameters
     : state_(std::make_unique<State>()) {
     const auto buffer = BufferSizeOf(parameters);
     if (!OpenByName(name, OptionsOf(parameters.mode, buffer), *state_)) return;
-    state_->size = std::max<int64_t>(state_->file->Size(), 0);
+    const auto status = state_->file->StatusAtOpen();
+    state_->size = std::max<int64_t>(status.bytes, 0);
+    state_->lastWriteTime = status.lastWriteTime;
     state_->strategy = MakeStrategy(*state_, parameters.mode, buffer, mapThreshold, wholeFileLimit);
 }
 
@@ -175,8 +178,8 @@ bool FileReader::IsWriteShared() const {
     return state_->isWriteShared;
 }
 
-int64_t FileReader::LastWriteTime() {
-    return IsOpen() ? state_->file->LastWriteTime() : -1;
+int64_t FileReader::LastWriteTime() const {
+    return state_->lastWriteTime;
 }
 
 void FileReader::ReleaseBuffers() {

@@ -56,8 +56,8 @@ class FileReader {
     [[nodiscard]] int64_t Remaining();
     // The file had to be opened with write sharing: another process is writing it.
     [[nodiscard]] bool IsWriteShared() const;
-    // See platform::File::LastWriteTime.
-    [[nodiscard]] int64_t LastWriteTime();
+    // Of the file as it was opened; see platform::FileStatus. Negative when unknown.
+    [[nodiscard]] int64_t LastWriteTime() const;
     // Gives the buffers' memory back until the next read. For a reader that goes idle.
     void ReleaseBuffers();
 

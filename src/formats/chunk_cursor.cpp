@@ -26,6 +26,7 @@ bool IsZero(uint8_t byte) {
 
 bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chunk) {
     const uint64_t headerBytes = framing.idBytes + framing.sizeBytes;
+    if (static_cast<uint64_t>(reader.Remaining()) < headerBytes) return false;  // without asking the system
     if (!reader.ReadExactly(chunk.header.data(), static_cast<int64_t>(headerBytes))) return false;
     chunk.bodyStart = reader.Tell();
     chunk.sizeField = SizeField(chunk.header.data() + framing.idBytes, framing);

@@ -46,6 +46,12 @@ class Request {
     virtual ~Request() = default;
 };
 
+// What a file was when it was opened; negative values could not be read.
+struct FileStatus {
+    int64_t bytes = -1;
+    int64_t lastWriteTime = -1;  // in the system's finest unit: 100 ns on Windows, 1 ns elsewhere
+};
+
 // A file mapped whole for reading; unmapped by its destructor.
 class MappedView {
   public:
@@ -57,8 +63,7 @@ class File {
   public:
     virtual ~File() = default;                 // closes
     [[nodiscard]] virtual int64_t Size() = 0;  // bytes now; negative when unreadable
-    // Last write in the system's finest unit (100 ns on Windows, 1 ns elsewhere); negative when unreadable.
-    [[nodiscard]] virtual int64_t LastWriteTime() = 0;
+    [[nodiscard]] virtual FileStatus StatusAtOpen() = 0;
 
     // At the file pointer. Read, Write and MapForReading are for files opened without `overlapped`.
     [[nodiscard]] virtual bool SetPosition(int64_t position) = 0;

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <optional>
 #include <utility>
 
 #include "platform/file_system.h"
@@ -59,8 +60,9 @@ struct PosixRequest final : Request {
     RequestResult result;
 };
 
-// Reads until `count` bytes or the end of the file. Bytes read, -1 when the first read fails.
-int64_t ReadFully(int descriptor, void* destination, uint32_t count, int64_t offset) {
+// Reads until `count` bytes or the end of the file; a short read at or behind `likelyEnd` is taken for it
+// without asking again. Bytes read, -1 when the first read fails.
+int64_t ReadFully(int descriptor, void* destination, uint32_t count, int64_t offset, int64_t likelyEnd) {
     uint32_t done = 0;
     while (done < count) {
         const ssize_t got =
@@ -69,6 +71,7 @@ int64_t ReadFully(int descriptor, void* destination, uint32_t count, int64_t off
         if (got < 0 && done == 0) return -1;
         if (got <= 0) break;
         done += static_cast<uint32_t>(got);
+        if (likelyEnd >= 0 && offset + done >= likelyEnd) break;
     }
     return done;
 }
@@ -91,18 +94,15 @@ WriteResult WriteFully(int descriptor, const void* source, uint32_t count, int64
 
 class PosixFile final : public File {
   public:
-    explicit PosixFile(Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
+    PosixFile(Descriptor descriptor, const FileStatus& opened)
+        : descriptor_(std::move(descriptor)), opened_(opened) {}
 
     [[nodiscard]] int64_t Size() override {
         struct stat status {};
         return ::fstat(descriptor_.Number(), &status) == 0 ? status.st_size : -1;
     }
 
-    [[nodiscard]] int64_t LastWriteTime() override {
-        struct stat status {};
-        if (::fstat(descriptor_.Number(), &status) != 0) return -1;
-        return static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec;
-    }
+    [[nodiscard]] FileStatus StatusAtOpen() override { return opened_; }
 
     [[nodiscard]] bool SetPosition(int64_t position) override {
         if (position < 0) return false;
@@ -111,7 +111,7 @@ class PosixFile final : public File {
     }
 
     [[nodiscard]] int64_t Read(void* destination, uint32_t count) override {
-        const int64_t got = ReadFully(descriptor_.Number(), destination, count, position_);
+        const int64_t got = ReadFully(descriptor_.Number(), destination, count, position_, opened_.bytes);
         if (got > 0) position_ += got;
         return got;
     }
@@ -166,7 +166,8 @@ class PosixFile final : public File {
     [[nodiscard]] RequestResult Finish(Request& request, bool wait) override {
         auto& read = static_cast<PosixRequest&>(request);
         if (read.result.state != RequestState::pending || !wait) return read.result;
-        const int64_t got = ReadFully(descriptor_.Number(), read.buffer, read.count, read.offset);
+        const int64_t got =
+            ReadFully(descriptor_.Number(), read.buffer, read.count, read.offset, opened_.bytes);
         read.result.state = got < 0 ? RequestState::failed : RequestState::done;
         read.result.bytes = got < 0 ? 0 : static_cast<uint32_t>(got);
         return read.result;
@@ -176,6 +177,7 @@ class PosixFile final : public File {
 
   private:
     Descriptor descriptor_;
+    FileStatus opened_;
     int64_t position_ = 0;
 };
 
@@ -205,9 +207,12 @@ Descriptor OpenDescriptor(const char* name, int flags) {
     return Descriptor(number);
 }
 
-bool IsRegularFile(int descriptor) {
+// None when it is not a regular file.
+std::optional<FileStatus> RegularFileStatus(int descriptor) {
     struct stat status {};
-    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return FileStatus{status.st_size,
+                      static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec};
 }
 
 // The kernel refuses a read lease with EAGAIN while the file is open for writing anywhere. Any other refusal
@@ -252,10 +257,11 @@ class PosixFileSystem final : public FileSystem {
     [[nodiscard]] OpenResult OpenNarrow(const std::string& name, const OpenOptions& options,
                                         std::unique_ptr<File>& file) override {
         auto descriptor = OpenDescriptor(name.c_str(), OpenFlags(options));
-        if (descriptor.Number() < 0 || !IsRegularFile(descriptor.Number())) return OpenResult::failed;
+        const auto status = RegularFileStatus(descriptor.Number());
+        if (!status) return OpenResult::failed;
         if (options.access == Access::read && !options.shareWrite && IsOpenForWriting(descriptor.Number()))
             return OpenResult::sharingViolation;
-        file = std::make_unique<PosixFile>(std::move(descriptor));
+        file = std::make_unique<PosixFile>(std::move(descriptor), *status);
         return OpenResult::opened;
     }
 

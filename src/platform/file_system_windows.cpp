@@ -82,10 +82,15 @@ class WindowsFile final : public File {
         return static_cast<int64_t>(static_cast<uint64_t>(high) << 32 | low);
     }
 
-    [[nodiscard]] int64_t LastWriteTime() override {
+    // Asked for when it is wanted: for as long as the handle is open it keeps writers out, but for those that
+    // it had to let in.
+    [[nodiscard]] FileStatus StatusAtOpen() override {
+        FileStatus status{.bytes = Size()};
         FILETIME time{};
-        if (!GetFileTime(handle_.Get(), nullptr, nullptr, &time)) return -1;
-        return static_cast<int64_t>(static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
+        if (GetFileTime(handle_.Get(), nullptr, nullptr, &time))
+            status.lastWriteTime =
+                static_cast<int64_t>(static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
+        return status;
     }
 
     [[nodiscard]] bool SetPosition(int64_t position) override {

@@ -114,7 +114,7 @@ TEST_F(SystemFiles, LastWriteTimeIsInTheFinestUnit) {
     const auto timeAfter = [&](std::chrono::seconds added) {
         std::filesystem::last_write_time(name, moment + added);
         EXPECT_EQ(Open(name), OpenResult::opened);
-        const int64_t time = file->LastWriteTime();
+        const int64_t time = file->StatusAtOpen().lastWriteTime;
         file.reset();
         return time;
     };

@@ -34,7 +34,7 @@ class MemoryFile final : public PlainFile {
     explicit MemoryFile(std::shared_ptr<Contents> contents) : contents_(std::move(contents)) {}
 
     [[nodiscard]] int64_t Size() override { return static_cast<int64_t>(contents_->bytes.size()); }
-    [[nodiscard]] int64_t LastWriteTime() override { return contents_->lastWriteTime; }
+    [[nodiscard]] platform::FileStatus StatusAtOpen() override { return {Size(), contents_->lastWriteTime}; }
     [[nodiscard]] bool CutAtPosition() override {
         if (Position() > mostBytes) return false;
         contents_->bytes.resize(static_cast<size_t>(Position()));

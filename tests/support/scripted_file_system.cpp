@@ -16,7 +16,7 @@ class ScriptedFile final : public PlainFile {
         : system_(system), inner_(std::move(inner)) {}
 
     [[nodiscard]] int64_t Size() override { return inner_->Size(); }
-    [[nodiscard]] int64_t LastWriteTime() override { return inner_->LastWriteTime(); }
+    [[nodiscard]] platform::FileStatus StatusAtOpen() override { return inner_->StatusAtOpen(); }
     [[nodiscard]] bool SetPosition(int64_t position) override {
         return !system_.Begin(Operation::seek) && PlainFile::SetPosition(position);
     }
