@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 namespace vantor {
 
@@ -76,6 +77,19 @@ bool IsAscii(const std::string& name) {
     return std::all_of(name.begin(), name.end(), [](char c) { return static_cast<uint8_t>(c) < 0x80; });
 }
 
+// Bytes at the start that are equal, eight at a time: most names of a table lie in the same folders.
+size_t EqualWordsBytes(std::string_view left, std::string_view right) {
+    size_t bytes = 0;
+    uint64_t leftWord = 0;
+    uint64_t rightWord = 0;
+    for (; bytes + sizeof leftWord <= std::min(left.size(), right.size()); bytes += sizeof leftWord) {
+        std::memcpy(&leftWord, left.data() + bytes, sizeof leftWord);
+        std::memcpy(&rightWord, right.data() + bytes, sizeof rightWord);
+        if (leftWord != rightWord) break;
+    }
+    return bytes;
+}
+
 int Folded(char c) {
     return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<uint8_t>(c);
 }
@@ -103,12 +117,13 @@ bool RemoveFile(const std::string& name) {
     return fileSystem.RemoveNarrow(name);
 }
 
-int CompareFileNames(const char* left, const char* right) {
-    while (*left && (*left == *right || Folded(*left) == Folded(*right))) {
-        ++left;
-        ++right;
-    }
-    return Folded(*left) - Folded(*right);
+int CompareFileNames(std::string_view left, std::string_view right) {
+    size_t place = EqualWordsBytes(left, right);
+    const size_t shorter = std::min(left.size(), right.size());
+    while (place < shorter && Folded(left[place]) == Folded(right[place]))
+        ++place;
+    const auto at = [place](std::string_view name) { return place < name.size() ? Folded(name[place]) : 0; };
+    return at(left) - at(right);
 }
 
 }  // namespace vantor

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/file_system.h"
 
@@ -20,6 +21,6 @@ bool RemoveFile(const std::string& name);
 
 // Case-insensitive order of names, ASCII letters folded: how file identity is decided on every system. <0, 0,
 // >0.
-[[nodiscard]] int CompareFileNames(const char* left, const char* right);
+[[nodiscard]] int CompareFileNames(std::string_view left, std::string_view right);
 
 }  // namespace vantor

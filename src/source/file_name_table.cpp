@@ -29,10 +29,10 @@ NameTable& Names() {
     return table;
 }
 
-auto PlaceOf(NameTable& table, const char* name) {
+auto PlaceOf(NameTable& table, std::string_view name) {
     return std::lower_bound(table.records.begin(), table.records.end(), name,
-                            [](const auto& record, const char* sought) {
-                                return CompareFileNames(record->name.c_str(), sought) < 0;
+                            [](const auto& record, std::string_view sought) {
+                                return CompareFileNames(record->name, sought) < 0;
                             });
 }
 
@@ -40,7 +40,7 @@ FileNameRecord* Intern(const char* name) {
     NameTable& table = Names();
     const std::lock_guard guard(table.lock);
     auto place = PlaceOf(table, name);
-    if (place == table.records.end() || CompareFileNames((*place)->name.c_str(), name) != 0) {
+    if (place == table.records.end() || CompareFileNames((*place)->name, name) != 0) {
         auto record = std::make_unique<FileNameRecord>();
         record->name = name;
         place = table.records.insert(place, std::move(record));
@@ -52,7 +52,7 @@ FileNameRecord* Intern(const char* name) {
 void Release(FileNameRecord* record) {
     NameTable& table = Names();
     const std::lock_guard guard(table.lock);
-    if (--record->references == 0) table.records.erase(PlaceOf(table, record->name.c_str()));
+    if (--record->references == 0) table.records.erase(PlaceOf(table, record->name));
 }
 
 }  // namespace

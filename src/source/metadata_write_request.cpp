@@ -129,7 +129,7 @@ std::filesystem::path PathOf(const std::string& name) {
 
 // A copy must never be written over the file that it is read from, whatever name leads there.
 bool IsSameFile(const std::string& left, const std::string& right) {
-    if (CompareFileNames(left.c_str(), right.c_str()) == 0) return true;
+    if (CompareFileNames(left, right) == 0) return true;
     std::error_code notThere;
     return std::filesystem::equivalent(PathOf(left), PathOf(right), notThere);
 }

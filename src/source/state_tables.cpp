@@ -23,15 +23,15 @@ StateTable* TableOf(int32_t purpose) {
     return purpose >= 0 && purpose < 3 ? &tables[static_cast<size_t>(purpose)] : nullptr;
 }
 
-States::iterator PlaceOf(StateTable& table, const char* fileName) {
+States::iterator PlaceOf(StateTable& table, std::string_view fileName) {
     return std::lower_bound(table.states.begin(), table.states.end(), fileName,
-                            [](const auto& state, const char* sought) {
-                                return CompareFileNames(state->fileName.c_str(), sought) < 0;
+                            [](const auto& state, std::string_view sought) {
+                                return CompareFileNames(state->fileName, sought) < 0;
                             });
 }
 
-bool Names(const StateTable& table, States::iterator place, const char* fileName) {
-    return place != table.states.end() && CompareFileNames((*place)->fileName.c_str(), fileName) == 0;
+bool Names(const StateTable& table, States::iterator place, std::string_view fileName) {
+    return place != table.states.end() && CompareFileNames((*place)->fileName, fileName) == 0;
 }
 
 // A state without sources gets its first one again, perhaps under another spelling of the name.
@@ -85,7 +85,7 @@ void DetachState(const std::shared_ptr<SharedFileState>& state, const void* sour
     if (--state->sources > 0) return;
     TakeLeftovers(*state, leftovers);
     if (last == LastSource::keepsState) return;
-    const auto place = PlaceOf(*table, state->fileName.c_str());
+    const auto place = PlaceOf(*table, state->fileName);
     leftovers.state = std::move(*place);
     table->states.erase(place);
 }
