@@ -68,4 +68,13 @@ void DecodeRounds(const AdpcmCoding& coding, const uint8_t* rounds, int64_t coun
     }
 }
 
+bool DecodesInPairs(const AdpcmCoding& coding) {
+    return coding.encoding == encodingMsAdpcm && coding.channels == 2 && DecodesMsRunsSideBySide();
+}
+
+void DecodeRoundsInPairs(const AdpcmRun& first, const AdpcmRun& second, int64_t count) {
+    constexpr int64_t framesARound = 2;
+    DecodeMsStereoRuns(first, second, framesARound * count);
+}
+
 }  // namespace vantor

@@ -52,4 +52,15 @@ struct AdpcmChannel {
 void DecodeRounds(const AdpcmCoding& coding, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
                   int16_t* frames);
 
+// Rounds of one block and where they go.
+struct AdpcmRun {
+    const uint8_t* codes;
+    AdpcmChannel* channels;
+    int16_t* frames;  // interleaved
+};
+// True when the rounds of two blocks are decoded faster together.
+[[nodiscard]] bool DecodesInPairs(const AdpcmCoding& coding);
+// Decodes `count` rounds of each of two blocks, of a coding that decodes in pairs.
+void DecodeRoundsInPairs(const AdpcmRun& first, const AdpcmRun& second, int64_t count);
+
 }  // namespace vantor

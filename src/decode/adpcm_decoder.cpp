@@ -1,16 +1,20 @@
 #include "decode/adpcm_decoder.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
-#include "decode/sample_conversion.h"
 #include "formats/audio_format.h"
 
 namespace vantor {
 
 namespace {
 
-constexpr double sampleScale = 1.0 / 32768;
+// Decoded samples are 16-bit samples in the processor's own byte order.
+ConvertSamples DecodedConverter() {
+    constexpr bool bigEndian = std::endian::native == std::endian::big;
+    return ConverterFor({.encoding = encodingInteger, .bitsPerSample = 16, .bigEndian = bigEndian});
+}
 
 int64_t RoundsPerBlock(const AdpcmCoding& coding) {
     return (coding.framesPerBlock - coding.headerFrames + coding.roundFrames - 1) / coding.roundFrames;
@@ -18,47 +22,71 @@ int64_t RoundsPerBlock(const AdpcmCoding& coding) {
 
 }  // namespace
 
+AdpcmDecoder::AdpcmDecoder() : convert_(DecodedConverter()) {}
+
 bool AdpcmDecoder::Configure(const AudioFormat& format) {
     const AdpcmCoding coding = CodingOf(format);
     if (coding == coding_) return false;
     coding_ = AdpcmCoding{};  // nothing decodes until the memory is there
     Reset();
-    if (coding.framesPerBlock > 0) {
-        const int64_t rounds = RoundsPerBlock(coding);
-        const int64_t frames = coding.headerFrames + rounds * coding.roundFrames;
-        const int64_t bytes = coding.headerBytes + rounds * coding.roundBytes;
-        channels_.assign(static_cast<size_t>(coding.channels), {});
-        block_.assign(static_cast<size_t>(std::max<int64_t>(bytes, coding.blockAlign)), 0);
-        decoded_.assign(static_cast<size_t>(frames * coding.channels), 0);
-    }
+    if (coding.framesPerBlock > 0)
+        for (Block& block : blocks_)
+            Allocate(block, coding);
     coding_ = coding;
     return true;
 }
 
-void AdpcmDecoder::Reset() {
-    std::fill(channels_.begin(), channels_.end(), AdpcmChannel{});
-    position_ = endFrame_ = decodedFrames_ = 0;
+void AdpcmDecoder::Allocate(Block& block, const AdpcmCoding& coding) {
+    const int64_t rounds = RoundsPerBlock(coding);
+    const int64_t frames = coding.headerFrames + rounds * coding.roundFrames;
+    const int64_t bytes = coding.headerBytes + rounds * coding.roundBytes;
+    block.channels.assign(static_cast<size_t>(coding.channels), {});
+    block.bytes.assign(static_cast<size_t>(std::max<int64_t>(bytes, coding.blockAlign)), 0);
+    block.decoded.assign(static_cast<size_t>(frames * coding.channels), 0);
 }
 
-void AdpcmDecoder::TakeBlock(const uint8_t* block) {
-    std::memcpy(block_.data(), block, static_cast<size_t>(coding_.blockAlign));
+void AdpcmDecoder::Reset() {
+    taken_ = position_ = 0;
+}
+
+void AdpcmDecoder::TakeBlocks(const uint8_t* blocks, int64_t count) {
+    for (int64_t i = 0; i < count; ++i)
+        Start(blocks_[static_cast<size_t>(i)], blocks + i * coding_.blockAlign);
+    taken_ = count;
     position_ = 0;
-    endFrame_ = coding_.framesPerBlock;
-    if (DecodeHeader(coding_, block_.data(), channels_.data(), decoded_.data())) {
-        decodedFrames_ = coding_.headerFrames;
+}
+
+void AdpcmDecoder::Start(Block& block, const uint8_t* bytes) const {
+    std::memcpy(block.bytes.data(), bytes, static_cast<size_t>(coding_.blockAlign));
+    if (DecodeHeader(coding_, bytes, block.channels.data(), block.decoded.data())) {
+        block.decodedFrames = coding_.headerFrames;
     } else {
-        std::fill(decoded_.begin(), decoded_.end(), int16_t{0});
-        decodedFrames_ = endFrame_;
+        std::fill(block.decoded.begin(), block.decoded.end(), int16_t{0});
+        block.decodedFrames = coding_.framesPerBlock;
     }
 }
 
-void AdpcmDecoder::DecodeUpTo(int64_t frame) {
-    if (frame <= decodedFrames_) return;
-    const int64_t doneRounds = (decodedFrames_ - coding_.headerFrames) / coding_.roundFrames;
-    const int64_t rounds = (frame - decodedFrames_ + coding_.roundFrames - 1) / coding_.roundFrames;
-    DecodeRounds(coding_, block_.data() + coding_.headerBytes + doneRounds * coding_.roundBytes, rounds,
-                 channels_.data(), decoded_.data() + decodedFrames_ * coding_.channels);
-    decodedFrames_ += rounds * coding_.roundFrames;
+// Where the decoding of a block goes on.
+AdpcmRun AdpcmDecoder::NextRun(Block& block) const {
+    const int64_t doneRounds = (block.decodedFrames - coding_.headerFrames) / coding_.roundFrames;
+    return {block.bytes.data() + coding_.headerBytes + doneRounds * coding_.roundBytes, block.channels.data(),
+            block.decoded.data() + block.decodedFrames * coding_.channels};
+}
+
+// A second block is decoded along with the first, as far as both have come equally far.
+void AdpcmDecoder::DecodeUpTo(size_t index, int64_t frame) {
+    Block& block = blocks_[index];
+    if (frame <= block.decodedFrames) return;
+    const int64_t rounds = (frame - block.decodedFrames + coding_.roundFrames - 1) / coding_.roundFrames;
+    Block& second = blocks_[1];
+    if (index == 0 && taken_ == 2 && second.decodedFrames == block.decodedFrames) {
+        DecodeRoundsInPairs(NextRun(block), NextRun(second), rounds);
+        second.decodedFrames += rounds * coding_.roundFrames;
+    } else {
+        const AdpcmRun run = NextRun(block);
+        DecodeRounds(coding_, run.codes, rounds, run.channels, run.frames);
+    }
+    block.decodedFrames += rounds * coding_.roundFrames;
 }
 
 int64_t AdpcmDecoder::Skip(int64_t frames) {
@@ -68,11 +96,13 @@ int64_t AdpcmDecoder::Skip(int64_t frames) {
 }
 
 int64_t AdpcmDecoder::Deliver(double* samples, int64_t frames) {
-    const int64_t count = std::clamp<int64_t>(frames, 0, Remaining());
-    DecodeUpTo(position_ + count);
-    const int16_t* const from = decoded_.data() + position_ * coding_.channels;
-    for (int64_t i = 0; i < count * coding_.channels; ++i)
-        samples[i] = from[i] * sampleScale;
+    if (Remaining() == 0) return 0;
+    const int64_t index = position_ / coding_.framesPerBlock;
+    const int64_t start = position_ % coding_.framesPerBlock;
+    const int64_t count = std::clamp<int64_t>(frames, 0, coding_.framesPerBlock - start);
+    DecodeUpTo(static_cast<size_t>(index), start + count);
+    const int16_t* const from = blocks_[static_cast<size_t>(index)].decoded.data() + start * coding_.channels;
+    convert_(reinterpret_cast<const uint8_t*>(from), samples, count * coding_.channels);
     position_ += count;
     return count;
 }

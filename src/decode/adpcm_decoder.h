@@ -1,13 +1,16 @@
-// Delivers the frames of an ADPCM stream block by block. A block is taken whole and decoded only as far as
-// its frames are asked for. Every block delivers the same number of frames, so that a frame's place does not
-// depend on where decoding began: a block that names an unknown predictor is silent, and where a last round
-// is short of bytes the missing codes count as zero.
+// Delivers the frames of an ADPCM stream block by block. A block is taken whole, or two where they are
+// decoded faster together, and decoded only as far as its frames are asked for. Every block delivers the same
+// number of frames, so that a frame's place does not depend on where decoding began: a block that names an
+// unknown predictor is silent, and where a last round is short of bytes the missing codes count as zero.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "decode/adpcm.h"
+#include "decode/sample_conversion.h"
 
 namespace vantor {
 
@@ -15,6 +18,8 @@ struct AudioFormat;
 
 class AdpcmDecoder {
   public:
+    AdpcmDecoder();
+
     // Takes over the format's coding. An equal one keeps what is decoded; another one starts afresh: then
     // true.
     bool Configure(const AudioFormat& format);
@@ -24,25 +29,35 @@ class AdpcmDecoder {
     // Forgets the current block.
     void Reset();
 
-    // Starts on a new block of coding.blockAlign bytes, which are copied.
-    void TakeBlock(const uint8_t* block);
-    // Frames of the current block that have not been delivered.
-    [[nodiscard]] int64_t Remaining() const { return endFrame_ - position_; }
-    // Passes over up to `frames` frames of the current block; returns how many.
+    // How many blocks a reader that goes on in order had best take at a time: 1 or 2.
+    [[nodiscard]] int64_t PreferredBlocks() const { return DecodesInPairs(coding_) ? 2 : 1; }
+    // Starts on `count` new blocks (1 or 2) of coding.blockAlign bytes, which are copied.
+    void TakeBlocks(const uint8_t* blocks, int64_t count);
+    // Frames of the blocks taken that have not been delivered.
+    [[nodiscard]] int64_t Remaining() const { return taken_ * coding_.framesPerBlock - position_; }
+    // Passes over up to `frames` frames; returns how many.
     int64_t Skip(int64_t frames);
-    // Delivers up to `frames` frames of the current block as interleaved samples; returns how many.
+    // Delivers up to `frames` frames, of one block, as interleaved samples; returns how many.
     int64_t Deliver(double* samples, int64_t frames);
 
   private:
-    void DecodeUpTo(int64_t frame);
+    struct Block {
+        std::vector<AdpcmChannel> channels;
+        std::vector<uint8_t> bytes;    // with zeros up to the end of the last round
+        std::vector<int16_t> decoded;  // interleaved, of the whole block
+        int64_t decodedFrames = 0;
+    };
 
+    static void Allocate(Block& block, const AdpcmCoding& coding);
+    void Start(Block& block, const uint8_t* bytes) const;
+    void DecodeUpTo(size_t index, int64_t frame);
+    [[nodiscard]] AdpcmRun NextRun(Block& block) const;
+
+    ConvertSamples convert_;
     AdpcmCoding coding_;
-    std::vector<AdpcmChannel> channels_;
-    std::vector<uint8_t> block_;    // with zeros up to the end of its last round
-    std::vector<int16_t> decoded_;  // interleaved, of the whole block
-    int64_t position_ = 0;          // frame of the block to deliver next
-    int64_t endFrame_ = 0;          // frames that the block delivers; 0 without a block
-    int64_t decodedFrames_ = 0;
+    std::array<Block, 2> blocks_;
+    int64_t taken_ = 0;     // blocks
+    int64_t position_ = 0;  // frame to deliver next, counted from the first block's start
 };
 
 }  // namespace vantor

@@ -58,25 +58,28 @@ int64_t DeliverStored(ReaderContext& context, const AudioFormat& format, double*
     return done;
 }
 
-// The block that holds the expected frame. A partial block at the end of the data is not decoded, not even
-// when the chunks behind it would fill it up.
-bool TakeNextBlock(ReaderContext& context, const AudioFormat& format) {
+// The block that holds the expected frame and those behind it, up to `wanted`. A partial block at the end of
+// the data is not decoded, not even when the chunks behind it would fill it up.
+bool TakeBlocks(ReaderContext& context, const AudioFormat& format, int64_t wanted) {
     const AdpcmCoding& coding = context.decoder->Coding();
     const int64_t index = context.expectedFrame / coding.framesPerBlock;
-    if (format.blockCodedBytes > 0 && index >= format.blockCodedBytes / coding.blockAlign) return false;
-    const uint8_t* block = nullptr;
+    if (format.blockCodedBytes > 0)
+        wanted = std::min(wanted, format.blockCodedBytes / coding.blockAlign - index);
+    if (wanted < 1) return false;
+    const uint8_t* blocks = nullptr;
     const int64_t got =
-        BorrowAt(context, format.dataStart + index * coding.blockAlign, coding.blockAlign, &block);
+        BorrowAt(context, format.dataStart + index * coding.blockAlign, wanted * coding.blockAlign, &blocks);
     if (got < coding.blockAlign) return false;
-    context.decoder->TakeBlock(block);
+    context.decoder->TakeBlocks(blocks, got / coding.blockAlign);
     return true;
 }
 
 int64_t DeliverDecoded(ReaderContext& context, const AudioFormat& format, double* samples, int64_t frames) {
     int64_t done = 0;
     while (done < frames) {
-        if (context.decoder->Remaining() == 0 && !TakeNextBlock(context, format)) break;
-        const int64_t got = context.decoder->Deliver(samples + done * format.channels, frames - done);
+        AdpcmDecoder& decoder = *context.decoder;
+        if (decoder.Remaining() == 0 && !TakeBlocks(context, format, decoder.PreferredBlocks())) break;
+        const int64_t got = decoder.Deliver(samples + done * format.channels, frames - done);
         done += got;
         context.expectedFrame += got;
     }
@@ -136,7 +139,7 @@ void StartAdpcmAt(ReaderContext& context, const AudioFormat& format, int64_t fra
     decoder.Reset();
     const int64_t skip = frame % decoder.Coding().framesPerBlock;
     context.expectedFrame = frame - skip;
-    if (frame < format.lengthFrames && TakeNextBlock(context, format))
+    if (frame < format.lengthFrames && TakeBlocks(context, format, 1))
         context.expectedFrame += decoder.Skip(skip);
     else
         context.expectedFrame = noPosition;

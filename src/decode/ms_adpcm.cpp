@@ -8,12 +8,7 @@ namespace vantor {
 
 namespace {
 
-constexpr std::array<int64_t, 16> adaptation = {230, 230, 230, 230, 307, 409, 512, 614,
-                                                768, 614, 512, 409, 307, 230, 230, 230};
 constexpr std::array<int64_t, 16> signedCodes = {0, 1, 2, 3, 4, 5, 6, 7, -8, -7, -6, -5, -4, -3, -2, -1};
-constexpr int64_t minDelta = 16;
-// Far beyond any sample; keeps a hostile block, which can triple delta with every code, inside 32 bits.
-constexpr int64_t maxDelta = 0x7FFFFFFF / 768;
 
 // What decoding carries from a code to the next: copies in full words, which stay in registers.
 struct Lane {
@@ -36,7 +31,7 @@ struct Lane {
         if (sample != static_cast<int16_t>(sample)) [[unlikely]]
             sample = sample < 0 ? -32768 : 32767;
         // A shift and a truncating division differ below zero only, where the least value wins over both.
-        delta = std::clamp(adaptation[code] * delta >> 8, minDelta, maxDelta);
+        delta = std::clamp<int64_t>(msAdaptation[code] * delta >> 8, minMsDelta, maxMsDelta);
         sample2 = sample1;
         sample1 = sample;
         return static_cast<int16_t>(sample);
@@ -56,18 +51,6 @@ void DecodeMono(const uint8_t* codes, int64_t count, AdpcmChannel& channel, int1
         frames[2 * i + 1] = lane.Step(codes[i] & 15);
     }
     lane.Store(channel);
-}
-
-// Two channels side by side: their chains of dependent steps overlap in time.
-void DecodeStereo(const uint8_t* codes, int64_t frameCount, AdpcmChannel* channels, int16_t* frames) {
-    Lane left(channels[0]);
-    Lane right(channels[1]);
-    for (int64_t i = 0; i < frameCount; ++i) {
-        frames[2 * i] = left.Step(codes[i] >> 4);
-        frames[2 * i + 1] = right.Step(codes[i] & 15);
-    }
-    left.Store(channels[0]);
-    right.Store(channels[1]);
 }
 
 // The codes of a channel of many lie `channelCount` nibbles apart.
@@ -105,10 +88,22 @@ bool DecodeMsHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChanne
     return true;
 }
 
+// Two channels side by side: their chains of dependent steps overlap in time.
+void DecodeMsStereoRun(const AdpcmRun& run, int64_t frameCount) {
+    Lane left(run.channels[0]);
+    Lane right(run.channels[1]);
+    for (int64_t i = 0; i < frameCount; ++i) {
+        run.frames[2 * i] = left.Step(run.codes[i] >> 4);
+        run.frames[2 * i + 1] = right.Step(run.codes[i] & 15);
+    }
+    left.Store(run.channels[0]);
+    right.Store(run.channels[1]);
+}
+
 void DecodeMsRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
                     int16_t* frames) {
     if (channelCount == 1) return DecodeMono(rounds, count, channels[0], frames);
-    if (channelCount == 2) return DecodeStereo(rounds, 2 * count, channels, frames);
+    if (channelCount == 2) return DecodeMsStereoRun({rounds, channels, frames}, 2 * count);
     for (int32_t i = 0; i < channelCount; ++i)
         DecodeOneOfMany(channelCount, i, rounds, 2 * count, channels[i], frames);
 }

@@ -11,6 +11,12 @@ namespace vantor {
 inline constexpr std::array<int16_t, 14> standardMsCoefficients = {256, 0,   512, -256, 0,    0,   192,
                                                                    64,  240, 0,   460,  -208, 392, -232};
 
+inline constexpr std::array<int32_t, 16> msAdaptation = {230, 230, 230, 230, 307, 409, 512, 614,
+                                                         768, 614, 512, 409, 307, 230, 230, 230};
+inline constexpr int32_t minMsDelta = 16;
+// Far beyond any sample; keeps a hostile block, which can triple delta with every code, inside 32 bits.
+inline constexpr int32_t maxMsDelta = 0x7FFFFFFF / 768;
+
 // Header, one field after the other, each for all channels in turn:
 //   1  predictor, 0..6: a pair of coefficients
 //   2  delta, signed
@@ -23,5 +29,13 @@ inline constexpr std::array<int16_t, 14> standardMsCoefficients = {256, 0,   512
 // nibble of a byte first.
 void DecodeMsRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
                     int16_t* frames);
+
+// Stereo rounds: a byte of codes a frame.
+void DecodeMsStereoRun(const AdpcmRun& run, int64_t frameCount);
+
+// True when two runs take this processor hardly longer than one.
+[[nodiscard]] bool DecodesMsRunsSideBySide();
+// Decodes two independent runs of the same length.
+void DecodeMsStereoRuns(const AdpcmRun& first, const AdpcmRun& second, int64_t frameCount);
 
 }  // namespace vantor
