@@ -62,10 +62,18 @@ void PlaySndfile(benchmark::State& state, const std::string& fileName, const Req
     }
 }
 
+// Small requests are gathered into large reads; large ones are made as they come.
+ReadSetting SettingFor(const Coding& coding, const Request& request) {
+    constexpr double largeRequestBytes = 65536;
+    return coding.bytesASample * request.frames * fileChannels < largeRequestBytes ? playingReads
+                                                                                   : visitingReads;
+}
+
 void RegisterRow(const std::string& row, const BenchFolder& folder, const Coding& coding,
                  const Request& request) {
     const auto file = [&folder, &coding] { return folder.AudioFile(coding); };
-    Register(row, tuned, [=](auto& state) { PlayModule(state, file(), playingReads, request); });
+    Register(row, tuned,
+             [=, &coding](auto& state) { PlayModule(state, file(), SettingFor(coding, request), request); });
     Register(row, byDefault, [=](auto& state) { PlayModule(state, file(), {}, request); });
     Register(row, rival, [=](auto& state) { PlaySndfile(state, file(), request); });
     Register(row, bytesAlone, [=](auto& state) {

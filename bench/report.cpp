@@ -67,7 +67,6 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
         for (const auto& [counter, value] : run.counters)
             result.counters[counter] = value.value;
     }
-    std::fputc('.', stderr);
 }
 
 void RatioReporter::Finalize() {

@@ -24,8 +24,8 @@ class RatioReporter final : public benchmark::ConsoleReporter {
   public:
     RatioReporter() : ConsoleReporter(OO_None) {}
     bool ReportContext(const Context&) override { return true; }
-    void ReportRuns(const std::vector<Run>& runs) override;  // one dot of progress a benchmark
-    void Finalize() override;                                // the tables
+    void ReportRuns(const std::vector<Run>& runs) override;
+    void Finalize() override;  // prints the tables
 
   private:
     struct Result {

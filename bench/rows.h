@@ -3,7 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <functional>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 
@@ -22,10 +22,12 @@ void RegisterEditRows(const BenchFolder& folder);    // one tag changed
 // own, whose heap nothing has used before.
 void MeasureIdleMemory(const BenchFolder& folder, const std::string& contestant, int sources, int files);
 
-// Registers `body(state)` as "row/contestant"; an exception becomes the benchmark's error.
+// Registers `body(state)` as "row/contestant"; an exception becomes the benchmark's error. Every run shows as
+// a dot.
 template <typename Body>
 void Register(const std::string& row, const char* contestant, Body body) {
     benchmark::RegisterBenchmark((row + "/" + contestant).c_str(), [body](benchmark::State& state) {
+        std::fputc('.', stderr);
         try {
             body(state);
         } catch (const std::exception& failure) {

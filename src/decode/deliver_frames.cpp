@@ -42,8 +42,23 @@ void ConvertFrames(const ReaderContext& context, const AudioFormat& format, cons
         context.converter(stored + i * stride, samples + i * channels, channels);
 }
 
+// Frames whose stored bytes are the samples go from the file to where they are wanted.
+int64_t DeliverUnconverted(ReaderContext& context, const AudioFormat& format, double* samples,
+                           int64_t frames) {
+    FileReader& reader = *context.reader;
+    const int64_t stride = StoredFrameStride(format);
+    if (reader.Tell() != context.expectedByte && !reader.Seek(context.expectedByte)) return 0;
+    frames = std::min(frames, reader.Remaining() / stride);  // no part of a frame is written
+    const int64_t got = reader.Read(samples, frames * stride);
+    context.bytesRead += got;
+    context.expectedByte += got / stride * stride;
+    return got / stride;
+}
+
 int64_t DeliverStored(ReaderContext& context, const AudioFormat& format, double* samples, int64_t frames) {
     const int64_t stride = StoredFrameStride(format);
+    if (NeedsNoConversion(context.converterCoding) && stride == SamplesBytes(format))
+        return DeliverUnconverted(context, format, samples, frames);
     const int64_t pieceFrames = std::max<int64_t>(1, pieceBytes / stride);
     int64_t done = 0;
     while (done < frames) {

@@ -1,5 +1,7 @@
 #include "decode/sample_conversion.h"
 
+#include <bit>
+
 #include "decode/kernels.h"
 #include "formats/audio_format.h"
 
@@ -55,6 +57,11 @@ InstructionSet BestInstructionSet() {
 
 StoredCoding StoredCodingOf(const AudioFormat& format) {
     return {format.encoding, format.bitsPerSample, format.fileKind, format.bigEndian};
+}
+
+bool NeedsNoConversion(const StoredCoding& coding) {
+    constexpr bool bigEndian = std::endian::native == std::endian::big;
+    return coding.encoding == encodingFloat && coding.bitsPerSample == 64 && coding.bigEndian == bigEndian;
 }
 
 ConvertSamples ConverterFor(const StoredCoding& coding, InstructionSet set) {

@@ -26,6 +26,9 @@ struct StoredCoding {
 };
 [[nodiscard]] StoredCoding StoredCodingOf(const AudioFormat& format);
 
+// True when the stored bytes are the samples, in this processor's byte order.
+[[nodiscard]] bool NeedsNoConversion(const StoredCoding& coding);
+
 // The kernel for a coding; null when it is not a PCM-like one. Every instruction set gives the same bits.
 [[nodiscard]] ConvertSamples ConverterFor(const StoredCoding& coding,
                                           InstructionSet set = BestInstructionSet());
