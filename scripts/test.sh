@@ -21,7 +21,7 @@ build native -DVANTOR_TESTS=OFF
 
 echo "== address and undefined behaviour"
 build asan
-ctest --test-dir build/asan --output-on-failure
+VANTOR_WAVEHOST="$PWD/build/native/wavehost" ctest --test-dir build/asan --output-on-failure
 
 echo "== threads"
 build tsan -DVANTOR_TEST_FOLDERS="source;rewrite"
