@@ -7,8 +7,8 @@
 
 #include "formats/audio_format.h"
 #include "rewrite/rewrite.h"
-#include "tests/support/chunk_list.h"
 #include "tests/support/byte_writer.h"
+#include "tests/support/chunk_list.h"
 #include "tests/support/scripted_file_system.h"
 #include "tests/support/temp_file.h"
 
