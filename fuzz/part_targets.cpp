@@ -84,8 +84,15 @@ void DecodeAdpcm(Input input) {
     const auto blockBytes = static_cast<size_t>(format.blockAlign);
     const int64_t step = 1 + choices.Byte();
     std::vector<double> samples(static_cast<size_t>(step * format.channels));
-    for (; input.size() >= blockBytes; input = input.subspan(blockBytes)) {
-        decoder.TakeBlock(std::vector(input.begin(), input.begin() + format.blockAlign).data());
+    while (input.size() >= blockBytes) {
+        const auto most =
+            std::min<size_t>(input.size() / blockBytes, static_cast<size_t>(decoder.PreferredBlocks()));
+        const size_t taken = most * blockBytes;
+        // A copy of just that size, so that a read past its end is found out.
+        decoder.TakeBlocks(
+            std::vector(input.begin(), input.begin() + static_cast<std::ptrdiff_t>(taken)).data(),
+            static_cast<int64_t>(most));
+        input = input.subspan(taken);
         decoder.Skip(choices.Byte());
         while (decoder.Deliver(samples.data(), step) > 0)
             for (const double sample : samples)
