@@ -174,6 +174,10 @@ int64_t FileReader::Remaining() {
     return std::max<int64_t>(Size() - state_->position, 0);
 }
 
+bool FileReader::HasFailed() const {
+    return state_->hasFailed;
+}
+
 bool FileReader::IsWriteShared() const {
     return state_->isWriteShared;
 }

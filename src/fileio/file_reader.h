@@ -54,6 +54,8 @@ class FileReader {
     [[nodiscard]] int64_t Size();
     // Bytes from the position to the end of the file, at least 0.
     [[nodiscard]] int64_t Remaining();
+    // An overlapped read has failed: this reader delivers no more than it holds; another one may do better.
+    [[nodiscard]] bool HasFailed() const;
     // The file had to be opened with write sharing: another process is writing it.
     [[nodiscard]] bool IsWriteShared() const;
     // Of the file as it was opened; see platform::FileStatus. Negative when unknown.

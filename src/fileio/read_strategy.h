@@ -14,6 +14,7 @@ struct ReadState {
     int64_t size = 0;
     int64_t position = 0;  // next byte to deliver; 0..size after a seek
     bool isWriteShared = false;
+    bool hasFailed = false;  // an overlapped read; for good
 
     void RefreshSize() {
         if (!isWriteShared) return;

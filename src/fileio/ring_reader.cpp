@@ -65,14 +65,14 @@ const uint8_t* RingReader::Lend(int64_t count) {
 bool RingReader::FindReadyBlock() {
     if (!HaveMemory()) return false;
     discardedInVain_ = 0;
-    int errors = hasFailed_ ? 1 : 0;
+    int errors = state_.hasFailed ? 1 : 0;
     while (!ReadyBlockAtPosition()) {
         RestartUnlessRequested();
         errors += Pump();
         if (errors == 0 && ready_.empty() && !inFlight_.empty()) errors += WaitForOldest();
         // A file that has become shorter than it was at open answers the same short block for ever.
         if (discardedInVain_ > 2 * static_cast<int>(blocks_.size())) ++errors;
-        if (errors > 0) hasFailed_ = true;
+        if (errors > 0) state_.hasFailed = true;
         if (errors > 0 || (ready_.empty() && inFlight_.empty())) return false;
     }
     return true;
@@ -172,9 +172,9 @@ int RingReader::WaitForOldest() {
 
 // Refills the ring after a delivery.
 void RingReader::KeepAhead() {
-    const int errors = (hasFailed_ ? 1 : 0) + Pump();
+    const int errors = (state_.hasFailed ? 1 : 0) + Pump();
     if (errors > 0) {
-        hasFailed_ = true;
+        state_.hasFailed = true;
     } else {
         (void)Pump();
     }

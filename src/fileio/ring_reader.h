@@ -47,7 +47,6 @@ class RingReader final : public ReadStrategy {
     ReadState& state_;
     int64_t blockBytes_;
     bool wholeSectors_;
-    bool hasFailed_ = false;  // for good
     std::vector<Block> blocks_;
     AlignedBuffer memory_;  // allocated by the first read
     BlockList free_, inFlight_, ready_;

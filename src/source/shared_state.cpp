@@ -85,8 +85,9 @@ LentReader AcquireReader(SharedFileState& state, const void* source) {
 
 void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, uint32_t holdMilliseconds) {
     const std::lock_guard guard(state.lock);
-    // A reader of bytes that have been replaced, or that no source will ask for again, is closed.
-    if (!state.attached || lent.format != state.format) return;
+    // A reader of bytes that have been replaced, that no source will ask for again, or that can read no more,
+    // is closed.
+    if (!state.attached || lent.format != state.format || lent.context->reader->HasFailed()) return;
     lent.context->lastOwner = source;
     lent.context->reservedUntil = holdMilliseconds == 0 ? 0 : platform::TickMilliseconds() + holdMilliseconds;
     state.idle.push_back(std::move(lent.context));

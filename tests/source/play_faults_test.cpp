@@ -138,8 +138,12 @@ bool PlayWithFault(const Medium& medium, const Blocks& right, const FaultOrder& 
     const platform::ScopedFileSystem scope(files);
     files.FailAt(order.operation, index, order.fault, order.andLater);
     const auto source = OpenSource(path);
+    const bool wasMetAtOpen = files.Count(order.operation) > index;
     if (source->IsOnline()) {
         ExpectPrefixes(PlayAll(*source), right, what);
+        if (!wasMetAtOpen && files.Count(order.operation) > index && !order.andLater) {
+            EXPECT_TRUE(PlayAll(*source) == right) << what << ", played again";
+        }
     } else {
         EXPECT_GT(InfoText(*source).size(), 5u) << what;
         EXPECT_TRUE(ReadBlock(*source, 0).empty()) << what;
