@@ -85,9 +85,11 @@ std::optional<CopyPlan> WalkSource(FileReader& reader, bool isRf64, bool hasAcid
     return plan;
 }
 
-// True when a plain RIFF copy would play bytes that the source does not: beyond 4 GiB a player takes
-// everything up to the end of the file.
-bool WouldPlayMore(const CopyPlan& plan, int64_t sourceSize, size_t mainBytes, size_t tailBytes) {
+// True when a copy would play bytes that the source does not: audio of no length, in a plain RIFF file audio
+// beyond 4 GiB too, runs to the end of the file for a player.
+bool WouldPlayMore(const CopyPlan& plan, int64_t sourceSize, size_t mainBytes, size_t tailBytes,
+                   bool isRf64) {
+    if (isRf64 && plan.audioBytes > 0) return false;
     const auto images = static_cast<int64_t>(mainBytes + tailBytes);
     const int64_t newSize = riffHeaderBytes + plan.keptBytes + images + plan.leftoverBytes;
     const auto inFront = plan.isFormatBeforeAudio ? static_cast<int64_t>(mainBytes) : 0;
@@ -104,11 +106,11 @@ bool WouldPlayMore(const CopyPlan& plan, int64_t sourceSize, size_t mainBytes, s
 std::optional<CopyPlan> MakePlan(FileReader& reader, const Image& mainImage, const Image& tailImage,
                                  bool isRf64, bool hasAcid) {
     auto plan = WalkSource(reader, isRf64, hasAcid);
-    if (!plan || isRf64) return plan;
+    if (!plan) return plan;
     const int64_t sourceSize = reader.Size();
-    if (!WouldPlayMore(*plan, sourceSize, mainImage.size(), tailImage.size())) return plan;
+    if (!WouldPlayMore(*plan, sourceSize, mainImage.size(), tailImage.size(), isRf64)) return plan;
     plan->isTailBeforeAudio = true;
-    if (WouldPlayMore(*plan, sourceSize, mainImage.size(), tailImage.size())) return std::nullopt;
+    if (WouldPlayMore(*plan, sourceSize, mainImage.size(), tailImage.size(), isRf64)) return std::nullopt;
     return plan;
 }
 

@@ -85,10 +85,11 @@ std::optional<Plan> MakePlan(FileReader& reader, const Image& image, bool isRf64
     return plan;
 }
 
-// A plain RIFF file beyond 4 GiB plays up to its end: growing into that would turn tags into sound.
+// A recording that was never finished and a plain RIFF file beyond 4 GiB play up to their end: growing into
+// that would turn tags into sound.
 bool WouldPlayMore(const Plan& plan, int64_t newFileSize, bool isRf64) {
-    if (isRf64) return false;
     const auto& audio = plan.audio;
+    if (isRf64) return audio.sizeField == 0;
     const int64_t newBytes = RiffDataBytes(audio.sizeField, nullptr, true, audio.start, newFileSize);
     return PlayedRiffBytes(newBytes, audio.start, newFileSize) >
            PlayedRiffBytes(audio.bytes, audio.start, plan.fileSize);

@@ -203,6 +203,13 @@ TEST(Rewrite, Rf64KeepsItsDs64AndGetsBothSizes) {
         EXPECT_TRUE(std::equal(sizes.begin(), sizes.end(), copied.bytes.begin() + 20));
         EXPECT_EQ(Bytes(copied.bytes.end() - 50, copied.bytes.end()), ImageOf(50));
     }
+    // A size of 0 runs to the end of the file, here too.
+    for (const Bytes& body : {Bytes(100, 0x5A), Bytes()}) {
+        const Bytes file = RiffFile(ByteWriter().Add(ds64).Add(fmt).Text("data").Le32(0).Add(body), "RF64");
+        EXPECT_FALSE(InPlace(file, ImageOf(50), true).succeeded);
+        EXPECT_EQ(Ids(Copy(file, {}, ImageOf(50), kindRf64).bytes),
+                  body.empty() ? "ds64fmt bextdata" : "ds64fmt databext");
+    }
     EXPECT_FALSE(InPlace(RiffFile(ByteWriter().Add(fmt).Add(audio), "RF64"), ImageOf(50), true).succeeded);
     EXPECT_FALSE(Copy(RiffFile(ByteWriter().Add(fmt).Add(audio), "RF64"), {}, {}, kindRf64).succeeded);
 }
