@@ -134,13 +134,20 @@ void PCM_source_wavefile::ReadSamples(TransferBlock* block) {
     Guarded([&] {
         const auto [state, format] = Attachment();
         if (!state || !IsPlayable(format.get())) return;
-        auto lent = AcquireReader(*state, this);
-        if (!lent.context || !IsPlayable(lent.format.get())) return;
-        const ReadScope scope{this, sliceIndex_, reinterpret_cast<intptr_t>(hostValue_.load())};
-        ReadFrames(*block, *lent.context, *lent.format, scope);
-        ReleaseReader(*state, std::move(lent), this,
-                      state->purpose == purposePlayback ? playbackHoldMilliseconds : 0);
+        // An edit may have cut off bytes that an open reader had asked for: a fresh one has a second try.
+        if (!ReadWithIdleReader(*block, *state)) ReadWithIdleReader(*block, *state);
     });
+}
+
+bool PCM_source_wavefile::ReadWithIdleReader(TransferBlock& block, SharedFileState& state) {
+    auto lent = AcquireReader(state, this);
+    if (!lent.context || !IsPlayable(lent.format.get())) return true;
+    const ReadScope scope{this, sliceIndex_, reinterpret_cast<intptr_t>(hostValue_.load())};
+    ReadFrames(block, *lent.context, *lent.format, scope);
+    const bool isSound = !lent.context->reader->HasFailed();
+    ReleaseReader(state, std::move(lent), this,
+                  state.purpose == purposePlayback ? playbackHoldMilliseconds : 0);
+    return isSound;
 }
 
 void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {

@@ -72,6 +72,8 @@ class PCM_source_wavefile final : public PCM_source {
   private:
     void Close(bool newNameFollows);
     void CreatePeakReader();
+    // False when the reader can read no more.
+    bool ReadWithIdleReader(TransferBlock& block, SharedFileState& state);
     [[nodiscard]] const char* NameText() const;  // `lock_` is held
 
     std::recursive_mutex opening_;  // held while the source is opened or closed
