@@ -54,27 +54,28 @@ bool DecodeHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel*
     return true;
 }
 
-void DecodeRounds(const AdpcmCoding& coding, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                  int16_t* frames) {
+size_t BlocksTogether(const AdpcmCoding& coding) {
+    // Beyond that it is the memory that counts.
+    constexpr int32_t longestBlock = 1 << 13;
+    const bool isShort = coding.blockAlign <= longestBlock;
+    return isShort && coding.encoding == encodingMsAdpcm && coding.channels == 2 ? MsStereoRunsTogether() : 1;
+}
+
+void DecodeRounds(const AdpcmCoding& coding, std::span<const AdpcmRun> runs, int64_t count) {
     switch (coding.encoding) {
         case encodingMsAdpcm:
-            return DecodeMsRounds(coding.channels, rounds, count, channels, frames);
+            return DecodeMsRounds(coding.channels, runs, count);
         case encodingImaAdpcm:
-            return DecodeImaRounds(coding.channels, rounds, count, channels, frames);
+            for (const AdpcmRun& run : runs)
+                DecodeImaRounds(coding.channels, run.codes, count, run.channels, run.frames);
+            return;
         case encodingCAdpcm:
-            return DecodeCAdpcmRounds(coding.channels, rounds, count, channels, frames);
+            for (const AdpcmRun& run : runs)
+                DecodeCAdpcmRounds(coding.channels, run.codes, count, run.channels, run.frames);
+            return;
         default:
             return;
     }
-}
-
-bool DecodesInPairs(const AdpcmCoding& coding) {
-    return coding.encoding == encodingMsAdpcm && coding.channels == 2 && DecodesMsRunsSideBySide();
-}
-
-void DecodeRoundsInPairs(const AdpcmRun& first, const AdpcmRun& second, int64_t count) {
-    constexpr int64_t framesARound = 2;
-    DecodeMsStereoRuns(first, second, framesARound * count);
 }
 
 }  // namespace vantor

@@ -7,7 +7,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace vantor {
 
@@ -48,19 +50,16 @@ struct AdpcmChannel {
 [[nodiscard]] bool DecodeHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels,
                                 int16_t* frames);
 
-// Decodes `count` rounds that follow one another.
-void DecodeRounds(const AdpcmCoding& coding, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                  int16_t* frames);
-
 // Rounds of one block and where they go.
 struct AdpcmRun {
     const uint8_t* codes;
     AdpcmChannel* channels;
     int16_t* frames;  // interleaved
 };
-// True when the rounds of two blocks are decoded faster together.
-[[nodiscard]] bool DecodesInPairs(const AdpcmCoding& coding);
-// Decodes `count` rounds of each of two blocks, of a coding that decodes in pairs.
-void DecodeRoundsInPairs(const AdpcmRun& first, const AdpcmRun& second, int64_t count);
+inline constexpr size_t maxRunsTogether = 4;
+// How many blocks of the coding are decoded in hardly more time than one: up to maxRunsTogether.
+[[nodiscard]] size_t BlocksTogether(const AdpcmCoding& coding);
+// Decodes `count` rounds of each of up to maxRunsTogether blocks.
+void DecodeRounds(const AdpcmCoding& coding, std::span<const AdpcmRun> runs, int64_t count);
 
 }  // namespace vantor

@@ -1,8 +1,10 @@
 #include "decode/adpcm_decoder.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
+#include <span>
 
 #include "formats/audio_format.h"
 
@@ -29,9 +31,11 @@ bool AdpcmDecoder::Configure(const AudioFormat& format) {
     if (coding == coding_) return false;
     coding_ = AdpcmCoding{};  // nothing decodes until the memory is there
     Reset();
-    if (coding.framesPerBlock > 0)
+    if (coding.framesPerBlock > 0) {
+        blocks_.resize(BlocksTogether(coding));
         for (Block& block : blocks_)
             Allocate(block, coding);
+    }
     coding_ = coding;
     return true;
 }
@@ -73,20 +77,20 @@ AdpcmRun AdpcmDecoder::NextRun(Block& block) const {
             block.decoded.data() + block.decodedFrames * coding_.channels};
 }
 
-// A second block is decoded along with the first, as far as both have come equally far.
+// The blocks behind are decoded along with this one, as far as they have come equally far.
 void AdpcmDecoder::DecodeUpTo(size_t index, int64_t frame) {
-    Block& block = blocks_[index];
-    if (frame <= block.decodedFrames) return;
-    const int64_t rounds = (frame - block.decodedFrames + coding_.roundFrames - 1) / coding_.roundFrames;
-    Block& second = blocks_[1];
-    if (index == 0 && taken_ == 2 && second.decodedFrames == block.decodedFrames) {
-        DecodeRoundsInPairs(NextRun(block), NextRun(second), rounds);
-        second.decodedFrames += rounds * coding_.roundFrames;
-    } else {
-        const AdpcmRun run = NextRun(block);
-        DecodeRounds(coding_, run.codes, rounds, run.channels, run.frames);
+    const int64_t from = blocks_[index].decodedFrames;
+    if (frame <= from) return;
+    const int64_t rounds = (frame - from + coding_.roundFrames - 1) / coding_.roundFrames;
+    std::array<AdpcmRun, maxRunsTogether> runs;
+    size_t count = 0;
+    for (; index < static_cast<size_t>(taken_); ++index) {
+        Block& block = blocks_[index];
+        if (block.decodedFrames != from) continue;
+        runs[count++] = NextRun(block);
+        block.decodedFrames += rounds * coding_.roundFrames;
     }
-    block.decodedFrames += rounds * coding_.roundFrames;
+    DecodeRounds(coding_, std::span(runs).first(count), rounds);
 }
 
 int64_t AdpcmDecoder::Skip(int64_t frames) {

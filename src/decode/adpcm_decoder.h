@@ -1,10 +1,9 @@
-// Delivers the frames of an ADPCM stream block by block. A block is taken whole, or two where they are
-// decoded faster together, and decoded only as far as its frames are asked for. Every block delivers the same
+// Delivers the frames of an ADPCM stream block by block. A block is taken whole, or several where they
+// are decoded together, and decoded only as far as its frames are asked for. Every block delivers the same
 // number of frames, so that a frame's place does not depend on where decoding began: a block that names an
 // unknown predictor is silent, and where a last round is short of bytes the missing codes count as zero.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -29,9 +28,9 @@ class AdpcmDecoder {
     // Forgets the current block.
     void Reset();
 
-    // How many blocks a reader that goes on in order had best take at a time: 1 or 2.
-    [[nodiscard]] int64_t PreferredBlocks() const { return DecodesInPairs(coding_) ? 2 : 1; }
-    // Starts on `count` new blocks (1 or 2) of coding.blockAlign bytes, which are copied.
+    // How many blocks a reader that goes on in order had best take at a time.
+    [[nodiscard]] int64_t PreferredBlocks() const { return static_cast<int64_t>(blocks_.size()); }
+    // Starts on `count` new blocks, 1 to PreferredBlocks, of coding.blockAlign bytes, which are copied.
     void TakeBlocks(const uint8_t* blocks, int64_t count);
     // Frames of the blocks taken that have not been delivered.
     [[nodiscard]] int64_t Remaining() const { return taken_ * coding_.framesPerBlock - position_; }
@@ -55,7 +54,7 @@ class AdpcmDecoder {
 
     ConvertSamples convert_;
     AdpcmCoding coding_;
-    std::array<Block, 2> blocks_;
+    std::vector<Block> blocks_;
     int64_t taken_ = 0;     // blocks
     int64_t position_ = 0;  // frame to deliver next, counted from the first block's start
 };

@@ -53,6 +53,18 @@ void DecodeMono(const uint8_t* codes, int64_t count, AdpcmChannel& channel, int1
     lane.Store(channel);
 }
 
+// Two channels side by side: their chains of dependent steps overlap in time.
+void DecodeStereo(const AdpcmRun& run, int64_t frameCount) {
+    Lane left(run.channels[0]);
+    Lane right(run.channels[1]);
+    for (int64_t i = 0; i < frameCount; ++i) {
+        run.frames[2 * i] = left.Step(run.codes[i] >> 4);
+        run.frames[2 * i + 1] = right.Step(run.codes[i] & 15);
+    }
+    left.Store(run.channels[0]);
+    right.Store(run.channels[1]);
+}
+
 // The codes of a channel of many lie `channelCount` nibbles apart.
 void DecodeOneOfMany(int32_t channelCount, int32_t place, const uint8_t* codes, int64_t frameCount,
                      AdpcmChannel& channel, int16_t* frames) {
@@ -88,24 +100,18 @@ bool DecodeMsHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChanne
     return true;
 }
 
-// Two channels side by side: their chains of dependent steps overlap in time.
-void DecodeMsStereoRun(const AdpcmRun& run, int64_t frameCount) {
-    Lane left(run.channels[0]);
-    Lane right(run.channels[1]);
-    for (int64_t i = 0; i < frameCount; ++i) {
-        run.frames[2 * i] = left.Step(run.codes[i] >> 4);
-        run.frames[2 * i + 1] = right.Step(run.codes[i] & 15);
+void DecodeMsRounds(int32_t channelCount, std::span<const AdpcmRun> runs, int64_t count) {
+    if (channelCount == 2 && DecodeMsStereoSideBySide(runs, 2 * count)) return;
+    for (const AdpcmRun& run : runs) {
+        if (channelCount == 1) {
+            DecodeMono(run.codes, count, run.channels[0], run.frames);
+        } else if (channelCount == 2) {
+            DecodeStereo(run, 2 * count);
+        } else {
+            for (int32_t i = 0; i < channelCount; ++i)
+                DecodeOneOfMany(channelCount, i, run.codes, 2 * count, run.channels[i], run.frames);
+        }
     }
-    left.Store(run.channels[0]);
-    right.Store(run.channels[1]);
-}
-
-void DecodeMsRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                    int16_t* frames) {
-    if (channelCount == 1) return DecodeMono(rounds, count, channels[0], frames);
-    if (channelCount == 2) return DecodeMsStereoRun({rounds, channels, frames}, 2 * count);
-    for (int32_t i = 0; i < channelCount; ++i)
-        DecodeOneOfMany(channelCount, i, rounds, 2 * count, channels[i], frames);
 }
 
 }  // namespace vantor

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "decode/adpcm.h"
 
@@ -25,17 +27,14 @@ inline constexpr int32_t maxMsDelta = 0x7FFFFFFF / 768;
 [[nodiscard]] bool DecodeMsHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel* channels,
                                   int16_t* frames);
 
-// Rounds of one byte a channel. The 4-bit codes of the channels follow one another frame by frame, the high
-// nibble of a byte first.
-void DecodeMsRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                    int16_t* frames);
+// `count` rounds, of one byte a channel, of every run. The 4-bit codes of the channels follow one another
+// frame by frame, the high nibble of a byte first.
+void DecodeMsRounds(int32_t channelCount, std::span<const AdpcmRun> runs, int64_t count);
 
-// Stereo rounds: a byte of codes a frame.
-void DecodeMsStereoRun(const AdpcmRun& run, int64_t frameCount);
-
-// True when two runs take this processor hardly longer than one.
-[[nodiscard]] bool DecodesMsRunsSideBySide();
-// Decodes two independent runs of the same length.
-void DecodeMsStereoRuns(const AdpcmRun& first, const AdpcmRun& second, int64_t frameCount);
+// How many stereo runs take this processor hardly longer than one: up to maxRunsTogether.
+[[nodiscard]] size_t MsStereoRunsTogether();
+// Decodes the runs, up to maxRunsTogether, side by side; a frame is a byte of codes. False, and nothing is
+// done, where this processor cannot.
+[[nodiscard]] bool DecodeMsStereoSideBySide(std::span<const AdpcmRun> runs, int64_t frameCount);
 
 }  // namespace vantor

@@ -1,4 +1,4 @@
-// Two stereo blocks of Microsoft ADPCM side by side: four chains of dependent steps in the four words of a
+// Four stereo blocks of Microsoft ADPCM side by side: eight chains of dependent steps in the eight words of a
 // register, which one after the other would each wait for itself.
 #include "decode/ms_adpcm.h"
 #include "decode/sample_conversion.h"
@@ -33,17 +33,34 @@ constexpr CodeTable signedCodes =
     TableOf([](size_t code) { return static_cast<int32_t>(code) - (code >= 8 ? 16 : 0); });
 constexpr CodeTable adaptations = TableOf([](size_t code) { return msAdaptation[code]; });
 
-VANTOR_AVX2_INLINE __m128i LookUp(const CodeTable& table, uint8_t first, uint8_t second) {
-    return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(&table[first])),
-                              _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&table[second])));
+// Two chains of each of four blocks; eight words of 32 bits.
+using Runs = std::array<AdpcmRun, maxRunsTogether>;
+constexpr size_t chainCount = 2 * maxRunsTogether;
+using Words = std::array<int32_t, chainCount>;
+
+VANTOR_AVX2_INLINE __m256i Load(const Words& words) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words.data()));
 }
 
-// The four chains: left and right of the first block, left and right of the second.
+VANTOR_AVX2_INLINE __m128i LoadPair(const CodePair& pair) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pair.data()));
+}
+
+VANTOR_AVX2_INLINE __m128i LookUpPairs(const CodeTable& table, uint8_t first, uint8_t second) {
+    return _mm_unpacklo_epi64(LoadPair(table[first]), LoadPair(table[second]));
+}
+
+VANTOR_AVX2_INLINE __m256i LookUp(const CodeTable& table, const Runs& runs, int64_t i) {
+    return _mm256_set_m128i(LookUpPairs(table, runs[2].codes[i], runs[3].codes[i]),
+                            LookUpPairs(table, runs[0].codes[i], runs[1].codes[i]));
+}
+
+// The chains: left and right of the first block, left and right of the second ...
 struct Lanes {
-    __m128i samples;       // a word a chain: sample1 in its lower half, sample2 in its upper
-    __m128i coefficients;  // likewise
-    __m128i delta;
-    __m128i last;  // sample1 of every chain in the lower eight bytes
+    __m256i samples;       // a word a chain: sample1 in its lower half, sample2 in its upper
+    __m256i coefficients;  // likewise
+    __m256i delta;
+    __m256i last;  // sample1 of every chain, as 16 bits in the lower eight bytes of both halves
 };
 
 constexpr int32_t Halves(int32_t low, int32_t high) {
@@ -51,61 +68,64 @@ constexpr int32_t Halves(int32_t low, int32_t high) {
 }
 
 template <typename Value>
-VANTOR_AVX2_INLINE __m128i Gather(const AdpcmRun& first, const AdpcmRun& second, Value value) {
-    return _mm_setr_epi32(value(first.channels[0]), value(first.channels[1]), value(second.channels[0]),
-                          value(second.channels[1]));
+Words Gather(const Runs& runs, Value value) {
+    Words words;
+    for (size_t i = 0; i < chainCount; ++i)
+        words[i] = value(runs[i / 2].channels[i % 2]);
+    return words;
 }
 
-VANTOR_AVX2_INLINE Lanes Load(const AdpcmRun& first, const AdpcmRun& second) {
+VANTOR_AVX2_INLINE Lanes LoadLanes(const Runs& runs) {
     using Channel = const AdpcmChannel&;
     Lanes lanes{};
-    lanes.samples = Gather(first, second, [](Channel c) { return Halves(c.sample1, c.sample2); });
-    lanes.coefficients =
-        Gather(first, second, [](Channel c) { return Halves(c.coefficient1, c.coefficient2); });
-    lanes.delta = Gather(first, second, [](Channel c) { return c.delta; });
-    const __m128i sample1 = Gather(first, second, [](Channel c) { return c.sample1; });
-    lanes.last = _mm_packs_epi32(sample1, sample1);
+    lanes.samples = Load(Gather(runs, [](Channel c) { return Halves(c.sample1, c.sample2); }));
+    lanes.coefficients = Load(Gather(runs, [](Channel c) { return Halves(c.coefficient1, c.coefficient2); }));
+    lanes.delta = Load(Gather(runs, [](Channel c) { return c.delta; }));
+    const __m256i sample1 = Load(Gather(runs, [](Channel c) { return c.sample1; }));
+    lanes.last = _mm256_packs_epi32(sample1, sample1);
     return lanes;
 }
 
-VANTOR_AVX2 void Store(const Lanes& lanes, const AdpcmRun& first, const AdpcmRun& second) {
-    alignas(16) std::array<int32_t, 4> samples, deltas;
-    _mm_store_si128(reinterpret_cast<__m128i*>(samples.data()), lanes.samples);
-    _mm_store_si128(reinterpret_cast<__m128i*>(deltas.data()), lanes.delta);
-    for (size_t i = 0; i < samples.size(); ++i) {
-        AdpcmChannel& channel = (i < 2 ? first : second).channels[i % 2];
+VANTOR_AVX2 void StoreLanes(const Lanes& lanes, const Runs& runs) {
+    Words samples, deltas;
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(samples.data()), lanes.samples);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(deltas.data()), lanes.delta);
+    for (size_t i = 0; i < chainCount; ++i) {
+        AdpcmChannel& channel = runs[i / 2].channels[i % 2];
         channel.sample1 = static_cast<int16_t>(samples[i]);
         channel.sample2 = samples[i] >> 16;
         channel.delta = deltas[i];
     }
 }
 
-// The next sample of every chain, in the lower eight bytes.
-VANTOR_AVX2_INLINE __m128i Step(Lanes& lanes, __m128i codes, __m128i adaptation) {
-    const __m128i weighted = _mm_madd_epi16(lanes.samples, lanes.coefficients);
+// The next sample of every chain, as `Lanes::last` holds them.
+VANTOR_AVX2_INLINE __m256i Step(Lanes& lanes, __m256i codes, __m256i adaptation) {
+    const __m256i weighted = _mm256_madd_epi16(lanes.samples, lanes.coefficients);
     // A division by 256 that truncates: that of the magnitude, with the sign put back.
-    const __m128i prediction = _mm_sign_epi32(_mm_srli_epi32(_mm_abs_epi32(weighted), 8), weighted);
-    const __m128i sample = _mm_add_epi32(prediction, _mm_mullo_epi32(codes, lanes.delta));
-    const __m128i limited = _mm_packs_epi32(sample, sample);
-    lanes.samples = _mm_unpacklo_epi16(limited, lanes.last);
+    const __m256i prediction = _mm256_sign_epi32(_mm256_srli_epi32(_mm256_abs_epi32(weighted), 8), weighted);
+    const __m256i sample = _mm256_add_epi32(prediction, _mm256_mullo_epi32(codes, lanes.delta));
+    const __m256i limited = _mm256_packs_epi32(sample, sample);
+    lanes.samples = _mm256_unpacklo_epi16(limited, lanes.last);
     lanes.last = limited;
-    const __m128i delta = _mm_srai_epi32(_mm_mullo_epi32(adaptation, lanes.delta), 8);
-    lanes.delta = _mm_max_epi32(_mm_min_epi32(delta, _mm_set1_epi32(maxMsDelta)), _mm_set1_epi32(minMsDelta));
+    const __m256i delta = _mm256_srai_epi32(_mm256_mullo_epi32(adaptation, lanes.delta), 8);
+    lanes.delta = _mm256_max_epi32(_mm256_min_epi32(delta, _mm256_set1_epi32(maxMsDelta)),
+                                   _mm256_set1_epi32(minMsDelta));
     return limited;
 }
 
 // The runs are copies: no store to their frames can be taken for a change of them.
-VANTOR_AVX2 void DecodeSideBySide(const AdpcmRun first, const AdpcmRun second, int64_t frameCount) {
-    Lanes lanes = Load(first, second);
+VANTOR_AVX2 void DecodeFour(const Runs runs, int64_t frameCount) {
+    Lanes lanes = LoadLanes(runs);
     for (int64_t i = 0; i < frameCount; ++i) {
-        const uint8_t firstCodes = first.codes[i];
-        const uint8_t secondCodes = second.codes[i];
-        const __m128i frames = Step(lanes, LookUp(signedCodes, firstCodes, secondCodes),
-                                    LookUp(adaptations, firstCodes, secondCodes));
-        _mm_storeu_si32(first.frames + 2 * i, frames);
-        _mm_storeu_si32(second.frames + 2 * i, _mm_srli_si128(frames, 4));
+        const __m256i frames = Step(lanes, LookUp(signedCodes, runs, i), LookUp(adaptations, runs, i));
+        const __m128i low = _mm256_castsi256_si128(frames);
+        const __m128i high = _mm256_extracti128_si256(frames, 1);
+        _mm_storeu_si32(runs[0].frames + 2 * i, low);
+        _mm_storeu_si32(runs[1].frames + 2 * i, _mm_srli_si128(low, 4));
+        _mm_storeu_si32(runs[2].frames + 2 * i, high);
+        _mm_storeu_si32(runs[3].frames + 2 * i, _mm_srli_si128(high, 4));
     }
-    Store(lanes, first, second);
+    StoreLanes(lanes, runs);
 }
 
 // The one sum of two products that 32 bits cannot hold.
@@ -117,15 +137,18 @@ bool MayOverflow(const AdpcmRun& run) {
 
 }  // namespace
 
-bool DecodesMsRunsSideBySide() {
-    return BestInstructionSet() == InstructionSet::avx2;
+size_t MsStereoRunsTogether() {
+    return BestInstructionSet() == InstructionSet::avx2 ? maxRunsTogether : 1;
 }
 
-void DecodeMsStereoRuns(const AdpcmRun& first, const AdpcmRun& second, int64_t frameCount) {
-    if (DecodesMsRunsSideBySide() && !MayOverflow(first) && !MayOverflow(second))
-        return DecodeSideBySide(first, second, frameCount);
-    DecodeMsStereoRun(first, frameCount);
-    DecodeMsStereoRun(second, frameCount);
+bool DecodeMsStereoSideBySide(std::span<const AdpcmRun> runs, int64_t frameCount) {
+    if (MsStereoRunsTogether() == 1 || std::ranges::any_of(runs, MayOverflow)) return false;
+    // A place that is left over repeats the first run: the same bytes go to the same place.
+    Runs four;
+    four.fill(runs.front());
+    std::ranges::copy(runs, four.begin());
+    DecodeFour(four, frameCount);
+    return true;
 }
 
 }  // namespace vantor
@@ -134,13 +157,12 @@ void DecodeMsStereoRuns(const AdpcmRun& first, const AdpcmRun& second, int64_t f
 
 namespace vantor {
 
-bool DecodesMsRunsSideBySide() {
-    return false;
+size_t MsStereoRunsTogether() {
+    return 1;
 }
 
-void DecodeMsStereoRuns(const AdpcmRun& first, const AdpcmRun& second, int64_t frameCount) {
-    DecodeMsStereoRun(first, frameCount);
-    DecodeMsStereoRun(second, frameCount);
+bool DecodeMsStereoSideBySide(std::span<const AdpcmRun>, int64_t) {
+    return false;
 }
 
 }  // namespace vantor
