@@ -13,23 +13,19 @@ namespace {
 // Hands its document over in blocks; each block lies alone in memory, so that a read past one is seen.
 class BlockParser : public qrv_xml_parser {
   public:
-    BlockParser(std::string document, size_t blockBytes)
-        : document_(std::move(document)), blockBytes_(blockBytes) {}
+    BlockParser(std::string_view document, size_t blockBytes) : left_(document), blockBytes_(blockBytes) {}
 
     int64_t MoreData(const uint8_t** data) override {
-        const size_t bytes = std::min(blockBytes_, document_.size() - taken_);
-        block_.assign(document_.begin() + static_cast<ptrdiff_t>(taken_),
-                      document_.begin() + static_cast<ptrdiff_t>(taken_ + bytes));
-        block_.shrink_to_fit();
-        taken_ += bytes;
+        const auto block = left_.substr(0, blockBytes_);
+        left_.remove_prefix(block.size());
+        block_ = std::vector<uint8_t>(block.begin(), block.end());
         *data = block_.data();
-        return static_cast<int64_t>(bytes);
+        return static_cast<int64_t>(block_.size());
     }
 
   private:
-    std::string document_;
+    std::string_view left_;
     size_t blockBytes_;
-    size_t taken_ = 0;
     std::vector<uint8_t> block_;
 };
 
@@ -56,22 +52,17 @@ TEST(XmlParser, FailsWithMessageLineAndColumn) {
         int column;
     };
     const Case cases[] = {
-        {"", "unexpected end of file", 1, 0},
         {" \n ", "unexpected end of file", 2, 1},
-        {"<a/>x", "expected < tag", 1, 5},
         {"\xEF\xBB\xBF<a/>", "expected < tag", 1, 1},
         {"<", "expected token after <", 1, 1},
         {"< a/>", "expected token after <: unexpected whitespace", 1, 2},
         {"<a/>\n<b/>", "multiple top level elements", 2, 3},
         {"<a>\n<b>\n", "unterminated block", 2, 1},
         {"<!", "expected token following <!", 1, 2},
-        {"<! -", "expected token following <!: unexpected whitespace", 1, 3},
         {"<!ELEMENT a>", "unknown token following <!", 1, 10},
-        {"<!- ->", "expected token following <!-: unexpected whitespace", 1, 4},
         {"<!-a-->", "unknown token following <!-", 1, 7},
         {"<a>\n <!-- x\n", "unterminated comment", 2, 2},
         {"<!--->", "unterminated comment", 1, 1},
-        {"<!-- a -- b -->", "-- not allowed in comment", 1, 10},
         {"<!-- a --->", "-- not allowed in comment", 1, 10},
         {"<a><!DOCTYPE a></a>", "<!DOCTYPE must be at top level", 1, 13},
         {"<!DOCTYPE a><!DOCTYPE b><a/>", "<!DOCTYPE already specified", 1, 22},
@@ -79,26 +70,19 @@ TEST(XmlParser, FailsWithMessageLineAndColumn) {
         {"\n<!DOCTYPE a", "unterminated <!DOCTYPE", 2, 1},
         {"<![CDATA[x]]>", "<![ not allowed at document level", 1, 4},
         {"<a><![IGNORE[x]]></a>", "unknown token beginning <![", 1, 13},
-        {"<a><![ CDATA[x]]></a>", "unknown token beginning <![: unexpected whitespace", 1, 7},
-        {"<a><![CDATA", "unknown token beginning <![CDATA but without trailing [", 1, 11},
         {"<a><![CDATA x]]></a>",
          "unknown token beginning <![CDATA but without trailing [: unexpected whitespace", 1, 12},
         {"<a>\n<![CDATA[x] ]>]]</a>", "unterminated <![CDATA[", 2, 1},
-        {"<? x?>", "expected token following <?: unexpected whitespace", 1, 3},
         {"<!-- c --><?xml version=\"1.0\"?><a/>", "<?xml must begin document", 1, 16},
-        {"<?xml?><?xml?><a/>", "<?xml must begin document", 1, 13},
         {"<?xml version='1.0'><a/>", "<?xml not terminated", 1, 21},
-        {"<?xml ? ><a/>", "<?xml not terminated: unexpected whitespace", 1, 8},
         {"<?x?<a/>", "<? element not terminated", 1, 6},
         {"\n\n  <?x a='1'", "unterminated <? block", 3, 3},
         {"</a>", "unexpected </ at root level", 1, 3},
         {"<a><b></a>", "mismatched </ tag name", 1, 10},
         {"<a></A>", "mismatched </ tag name", 1, 7},
-        {"<a></ a>", "mismatched </ tag name: unexpected whitespace", 1, 6},
         {"<a></a", "expected > following </tag", 1, 6},
         {"<1a/>", "element name must not begin with .- or number", 1, 4},
         {"<>", "unknown token in element", 1, 2},
-        {"<a / >", "expected > following / to end element: unexpected whitespace", 1, 5},
         {"<a /b>", "expected > following / to end element", 1, 6},
         {"<x>\n<a\n b='1'\n", "unterminated element", 2, 1},
         {"<a -b='x'/>", "attribute must not begin with .- or number", 1, 6},
@@ -111,7 +95,6 @@ TEST(XmlParser, FailsWithMessageLineAndColumn) {
         {"<a>&#x41;</a>", "unknown entity in element body", 1, 10},
         {"<a>&#0;</a>", "unknown entity in element body", 1, 8},
         {"<a>&#;</a>", "unknown entity in element body", 1, 7},
-        {"<a>&lt", "unknown entity in element body", 1, 6},
         {"<a>&#" + std::string(30, '0') + "65;</a>", "unknown entity in element body", 1, 36},
     };
     for (const size_t blockBytes : blockSizes)
@@ -125,15 +108,13 @@ TEST(XmlParser, FailsWithMessageLineAndColumn) {
 
 TEST(XmlParser, BuildsTheTree) {
     const std::pair<std::string, const char*> cases[] = {
-        {" <a/> \n", "a"},
-        {"<a></a >", "a"},
-        {"<a b = '1'c=\"2>'\"/>", "a b='1' c='2>''"},
+        {" <a b = '1'c=\"2>'\"></a > \n", "a b='1' c='2>''"},
         {"<a b='&lt;&#65;&quot;\"\n'/>", "a b='<A\"\"\n'"},
-        {"<x:a-1._\xC3\xA9 y:b='1'/>", "x:a-1._\xC3\xA9 y:b='1'"},
+        {"<x:a-1._\u00E9 y:b='1'/>", "x:a-1._\u00E9 y:b='1'"},
         {"<a>&lt;&gt;&amp;&apos;&quot;&#65;</a>", "a=<>&'\"A"},
         // The number ends where its digits end; 31 characters are the longest reference.
         {"<a>&#66x;&#" + std::string(28, '0') + "65;</a>", "a=BA"},
-        {"<a>&#233;&#8364;&#128512;</a>", "a=\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
+        {"<a>&#233;&#8364;&#128512;</a>", "a=\u00E9\u20AC\U0001F600"},
         {"<a>&#55296;&#57343;&#1114112;&#99999999999999999999;</a>", "a=____"},
         {"<a>x<![CDATA[<&]]]>y]></a>", "a=x<&]y]>"},
         {"<a><![CDATA[]]]]]><![CDATA[ ]]><![CDATA[]x]]></a>", "a=]]] ]x"},
@@ -152,67 +133,60 @@ TEST(XmlParser, BuildsTheTree) {
 }
 
 TEST(XmlParser, KeepsDeclarationInstructionsAndDocumentTypeApart) {
-    BlockParser parser(
+    const std::string_view document =
         "<?xml version='1.0'?><!-- x --><!DOCTYPE note SYSTEM 'a.dtd'><?p q='1'?>"
-        "<a><?r?></a><?s t='2'?>",
-        7);
+        "<a><?r?></a><?s t='2'?>";
+    BlockParser parser(document, 7);
     ASSERT_STREQ(parser.Parse(), nullptr);
-    ASSERT_NE(parser.Declaration(), nullptr);
     EXPECT_EQ(Outline(*parser.Declaration()), "xml version='1.0'");
     EXPECT_EQ(parser.DocType(), "note SYSTEM 'a.dtd'");
     ASSERT_EQ(parser.ProcessingInstructions().size(), 3u);
     EXPECT_EQ(Outline(*parser.ProcessingInstructions()[2]), "s t='2'");
     EXPECT_EQ(Outline(*parser.Root()), "a");
+    for (size_t bytes = 0; bytes < document.find("</a>") + 4; ++bytes) {
+        BlockParser truncated(document.substr(0, bytes), 1000);
+        EXPECT_STRNE(truncated.Parse(), nullptr) << bytes;
+    }
 }
 
-TEST(XmlParser, ParsesAndFreesADocumentOfAnyDepth) {
-    constexpr size_t depth = 300'000;
-    std::string document;
-    for (size_t level = 0; level < depth; ++level)
-        document += "<a>";
-    BlockParser unterminated(document, 65536);
-    EXPECT_STREQ(unterminated.Parse(), "unterminated block");
-    EXPECT_EQ(unterminated.ErrorColumn(), static_cast<int>(3 * depth - 2));
+std::string Repeated(int times, std::string_view piece) {
+    std::string text;
+    for (int i = 0; i < times; ++i)
+        text += piece;
+    return text;
+}
 
-    for (size_t level = 0; level < depth; ++level)
-        document += "</a>";
-    BlockParser parser(document, 65536);
+TEST(XmlParser, TakesADocumentOfAnyDepthAndWidth) {
+    constexpr int count = 300'000;
+    const auto deep = Repeated(count, "<a>");
+    BlockParser unterminated(deep, 65536);
+    EXPECT_STREQ(unterminated.Parse(), "unterminated block");
+    EXPECT_EQ(unterminated.ErrorColumn(), 3 * count - 2);
+
+    const auto whole = deep + Repeated(count, "x<b/>") + Repeated(count, "</a>");
+    BlockParser parser(whole, 65536);
     ASSERT_STREQ(parser.Parse(), nullptr);
-    size_t found = 0;
-    for (auto* element = parser.Root(); element != nullptr; element = element->firstChild)
-        ++found;
-    EXPECT_EQ(found, depth);
+    int depth = 1;
+    const XmlElement* innermost = parser.Root();
+    for (; innermost->firstChild->firstChild != nullptr; innermost = innermost->firstChild)
+        ++depth;
+    EXPECT_EQ(depth, count);
+    EXPECT_EQ(innermost->Value(), Repeated(count, "x"));
 }
 
 TEST(XmlParser, TakesManyAttributesAndFindsTheOneThatRepeats) {
     std::string tag = "<a";
     for (int i = 0; i < 200'000; ++i)
         tag += " n" + std::to_string(i) + "=''";
-    BlockParser parser(tag + "/>", 65536);
+    const std::string whole = tag + "/>";
+    BlockParser parser(whole, 65536);
     ASSERT_STREQ(parser.Parse(), nullptr);
     EXPECT_NE(parser.Root()->Attribute("n199999"), nullptr);
     EXPECT_EQ(parser.Root()->Attribute("N1"), nullptr);
     for (const char* again : {" n0=''/>", " n11=''/>", " n12=''/>", " n199999=''/>"}) {
-        BlockParser refused(tag + again, 65536);
+        const std::string repeating = tag + again;
+        BlockParser refused(repeating, 65536);
         EXPECT_STREQ(refused.Parse(), "attribute specified more than once");
-    }
-}
-
-TEST(XmlParser, GathersAValueFromManyPieces) {
-    std::string document = "<a>";
-    for (int i = 0; i < 200'000; ++i)
-        document += "x<b/>";
-    BlockParser parser(document + "</a>", 65536);
-    ASSERT_STREQ(parser.Parse(), nullptr);
-    EXPECT_EQ(parser.Root()->Value(), std::string(200'000, 'x'));
-}
-
-TEST(XmlParser, AnyTruncationFails) {
-    const std::string document =
-        "<?xml version='1.0'?><!DOCTYPE a><!-- c --><a b='&amp;'>t&#65;<![CDATA[d]]><e/><?p?></a>";
-    for (size_t bytes = 0; bytes < document.size(); ++bytes) {
-        BlockParser parser(document.substr(0, bytes), 1000);
-        EXPECT_STRNE(parser.Parse(), nullptr) << bytes;
     }
 }
 

@@ -1,0 +1,375 @@
+// ID3v2 tags of all versions: what the store gets of them, and what an edit makes of them.
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "metadata/read/id3_entries.h"
+#include "metadata/read/id3_genres.h"
+#include "metadata/read/id3_picture.h"
+#include "metadata/write/build_chunks.h"
+#include "tests/metadata/id3_tag_writer.h"
+#include "tests/metadata/store_entries.h"
+#include "tests/support/temp_file.h"
+
+namespace vantor::test {
+namespace {
+
+using namespace std::string_literals;
+
+// Every frame as one text: its id, status and format flags (a byte each; none in version 2.2), its body.
+using Frames = std::vector<std::string>;
+
+Bytes TagOf(int version, const Frames& frames, uint8_t tagFlags = 0) {
+    Id3TagWriter tag(version);
+    for (const auto& frame : frames) {
+        const auto byte = [&](size_t place) { return static_cast<uint8_t>(frame[place]); };
+        if (version == 2)
+            tag.Frame(frame.substr(0, 3), BytesOf(frame.substr(3)));
+        else
+            tag.Frame(frame.substr(0, 4), BytesOf(frame.substr(6)), uint16_t(byte(4) << 8 | byte(5)));
+    }
+    return tag.Tag(tagFlags);
+}
+
+Frames FramesOf(const Bytes& tag) {
+    Frames frames;
+    Id3FrameWalk walk(tag);
+    for (Id3Frame frame; walk.Next(frame);)
+        frames.push_back(frame.id + TextOf(ByteWriter().U8(frame.status).U8(frame.format)) +
+                         std::string(frame.body.begin(), frame.body.end()));
+    return frames;
+}
+
+MetadataStore ReadStore(const Bytes& tag, int64_t fileOffset = 1000) {
+    MetadataStore store;
+    ReadId3Tag(tag, store, fileOffset);
+    return store;
+}
+
+Entries ReadTag(const Bytes& tag, int64_t fileOffset = 1000) {
+    return EntriesOf(ReadStore(tag, fileOffset));
+}
+
+// The tag inside a chunk that the reader accepts; empty when nothing was built.
+Bytes BuildTag(const MetadataStore& store, const Bytes& oldTag = {}, FileReader* source = nullptr) {
+    ChunkImage image = {0xAA};
+    const int appended = BuildId3Chunk(image, store, source, oldTag);
+    EXPECT_EQ(image.size(), 1u + static_cast<size_t>(appended));
+    if (appended == 0) return {};
+    EXPECT_EQ(std::string(image.begin() + 1, image.begin() + 5), "id3 ");
+    Bytes tag(image.begin() + 9, image.end());
+    MetadataStore read;
+    EXPECT_TRUE(ReadId3Chunk(tag, read, 0));
+    return tag;
+}
+
+// A tag with every kind of frame that has a key, and some that have none.
+Bytes FullTag(int version) {
+    const auto title = TextOf(Id3TagWriter(version).Text("TIT2", std::string(200, 'i')).Body());
+    const auto events = "ETCO\0\0\2\2\0\0\0\0\x16\xEE\x6B\x28\0\x17\0\0\0\7"s,
+               offsets = std::string(8, '\xFF');
+    return TagOf(version, {"TIT2\0\0\0Title"s,
+                           "TIT2\0\0\0Second title"s,
+                           "TXXX\0\0\0VANTOR\0tags"s,
+                           "TXXX\0\0\0\0nameless"s,
+                           "TXXX\0\0\0VANTOR:002\0other"s,
+                           "TXXX\0\0\0VANTOR\0more tags"s,
+                           "COMM\0\0\0XXX\0plain"s,
+                           "COMM\0\0\0deu\0Wort"s,
+                           "COMM\0\0\0engTune\0 0001"s,
+                           "COMM\0\0\0\0\0\0what\0ever"s,
+                           "COMM\0\0\0eng cut"s,
+                           "USLT\0\0\0eng\0la\nla"s,
+                           "WXXX\0\0\0home\0http://a.b/\0junk"s,
+                           "UFID\0\0http://id\0abc"s,
+                           "UFID\0\0binary\0\1\2"s,
+                           "PRIV\0\0maker\0\1\2"s,
+                           "PRIV\0\0no end"s,
+                           events,
+                           events.substr(0, events.size() - 1),
+                           "CTOC\0\0toc\0\3\1c1\0"s,
+                           "CHAP\0\0c1\0\0\0\0\0\0\0\5\xDC"s + offsets + title,
+                           "CHAP\0\0c2\0\0\0\5\xDC\0\0\x23\x28"s + offsets,
+                           "WCOM\0\0http://shop"s,
+                           "GEOB\0\0\0a/b\0f\0d\0\xFF\0\xFF\xE0"s});
+}
+const Entries fullEntries = Listed(
+    "ID3:", "CHAP=2 chapters|CHAP:001=0:1500:" + std::string(200, 'i') +
+                "|CHAP:002=1500:9000|COMM=plain|COMM:XXX:what=ever|COMM:deu=Wort|COMM:eng:Tune= 0001"
+                "|CTOC=[table of contents data]|ETCO=0:intro start,4000000000:profanity end,7:unknown"
+                "|PRIV:maker=[Binary data]|TIT2=Title|TIT2:002=Second title|TXXX:=nameless|TXXX:VANTOR=tags"
+                "|TXXX:VANTOR:002=other|TXXX:VANTOR:003=more tags|UFID:binary=[Binary data]"
+                "|UFID:http://id=abc|USLT=la\nla|WXXX:home=http://a.b/");
+
+TEST(Id3Reader, KeysEveryKindOfFrame) {
+    for (const int version : {3, 4}) {
+        EXPECT_EQ(ReadTag(FullTag(version)), fullEntries);
+        MetadataStore store;
+        for (int time = 0; time < 2; ++time)
+            EXPECT_EQ(ReadId3Tag(FullTag(version), store, 0), static_cast<int>(fullEntries.size()));
+    }
+    EXPECT_EQ(ReadTag(TagOf(5, {"TIT2\0\0\0text"s})), Entries{});
+}
+
+TEST(Id3Reader, HoldsTheLengthOfAChunkAgainstItsTag) {
+    struct Case {
+        uint32_t storedSize;
+        size_t chunkBytes;
+        bool isAccepted;
+    };
+    const Case cases[] = {
+        {20, 30, true},  {21, 31, true},  {21, 32, true}, {20, 31, false},
+        {20, 29, false}, {21, 33, false}, {0, 10, false}, {20 | 0x80, 30, false},
+    };
+    for (const auto& [size, bytes, isAccepted] : cases) {
+        MetadataStore store;
+        const Bytes chunk = ByteWriter().Text("ID3\4").Zeros(2).Be32(size).Zeros(bytes - 10);
+        EXPECT_EQ(ReadId3Chunk(chunk, store, 0), isAccepted) << size << " in " << bytes;
+    }
+}
+
+TEST(Id3Reader, DecodesEveryEncodingAndJoinsTexts) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"\0caf\xE9"s, "caf\u00E9"},
+        {"\1\xFF\xFE\x3D\xD8\x00\xDE"s, "\U0001F600"},
+        {"\1\xFE\xFF\x01\x41"s, "\u0141"},
+        {"\1\x41\x01"s, "\u0141"},  // no mark: little-endian
+        {"\2\x01\x41"s, "\u0141"},
+        {"\2\xD8\x3C\0A\xDF\xB5"s, "\uFFFDA\uFFFD"},  // halves of pairs
+        {"\3\u0141"s, "\u0141"},
+        {"\3caf\xE9"s, "caf\u00E9"},                 // not UTF-8 after all
+        {"\1\xFF\xFE\x41\x00\x42"s, "A"},            // cut in mid-unit
+        {"\1\xFF\xFE\x41\x00\x3D\xD8"s, "A\uFFFD"},  // cut in mid-pair
+        {"\4text"s, ""},
+        {"\3one\0two\0\0three\0"s, "one; two; three"},
+        {"\1\xFE\xFF\0a\0\0\0b"s, "a; b"},  // the second text follows the first one's mark
+    };
+    for (const auto& [data, text] : cases)
+        EXPECT_EQ(ReadStore(TagOf(4, {"TIT2\0\0"s + data})).Value("ID3:TIT2"), text);
+}
+
+TEST(Id3Genres, AreReadByNumberAndWrittenAsTheyAreRead) {
+    const auto cases =
+        Listed("",
+               "(17)=Rock|17=Rock|(17)Rock=Rock|(4)Eurodisco=Disco; Eurodisco|(RX)=Remix|CR=Cover"
+               "|(51)(39)=Techno-Industrial; Noise|((17)=(17)|(191)=Psybient|(192)=(192)|133=Afro-Punk"
+               "|Something=Something|(=(");
+    for (const auto& [text, names] : cases)
+        EXPECT_EQ(ReadTag(TagOf(3, {"TCON\0\0\0"s + text})), (Entries{{"ID3:TCON", names}}));
+    EXPECT_EQ(ReadTag(TagOf(4, {"TCON\0\0\0\61\67\0RX\0Own"s})), Listed("", "ID3:TCON=Rock; Remix; Own"));
+    for (int i = 0; i < 192; ++i) {
+        const auto name = GenreNames(std::to_string(i));
+        EXPECT_EQ(GenreNames(ContentTypeOfNames(name)), name);
+    }
+    for (const char* name : {"(17)", "((", "(", "a (17)", "Rock; (17)"})
+        EXPECT_EQ(GenreNames(ContentTypeOfNames(name)), name);
+}
+
+TEST(Id3Reader, StoresNoMoreThan65536Entries) {
+    const auto store = ReadStore(TagOf(4, Frames(100000, "TPE1\0\0\0x"s)));
+    EXPECT_EQ(store.Count(), 65536u);
+    EXPECT_TRUE(store.Has("ID3:TPE1:999") && store.Has("ID3:TPE1:65536"));
+}
+
+TEST(Id3Reader, GoesByTheFlagsOfFramesAndTags) {
+    for (const int version : {3, 4}) {
+        for (int bit = 0; bit < 8; ++bit) {
+            // With a group byte the encoding is the second byte: here the letter t.
+            const auto flagged = "TIT2\x60"s + static_cast<char>(1 << bit) + "\0text"s;
+            EXPECT_EQ(ReadTag(TagOf(version, {flagged, "TPE1\0\0\0a"s})), Listed("", "ID3:TPE1=a")) << bit;
+        }
+        const auto grouped = "TIT2\0"s + (version == 3 ? '\x20' : '\x40') + "g\0text"s;
+        EXPECT_EQ(ReadTag(TagOf(version, {grouped})), Listed("", "ID3:TIT2=text"));
+        const auto unsynchronised = TagOf(version, {"TIT2\0\0\0\xFF\xE0"s, "TPE1\0\0\0a"s}, 0x80);
+        EXPECT_EQ(ReadTag(unsynchronised), Listed("ID3:", "TIT2=\u00FF\u00E0|TPE1=a"));
+    }
+    EXPECT_EQ(ReadTag(TagOf(2, {"TT2\0\xFF\xE0"s}, 0x80)), Listed("", "ID3:TT2=\u00FF\u00E0"));
+}
+
+TEST(Id3Reader, SkipsExtendedHeadersAndEndsAtPaddingAndLyingSizes) {
+    const auto with = [](int version, const Bytes& header) {
+        return ReadTag(Id3TagWriter(version).Add(header).Text("TIT2", "t").Tag(0x40));
+    };
+    const auto behind = [](int version, const Bytes& bytes) {
+        return ReadTag(Id3TagWriter(version).Text("TIT2", "t").Add(bytes).Text("TPE1", "unseen").Tag());
+    };
+    const auto first = Listed("", "ID3:TIT2=t");
+    EXPECT_EQ(with(3, ByteWriter().Be32(6).Zeros(6)), first);
+    EXPECT_EQ(with(4, ByteWriter().Be32(6).U8(1).U8(0)), first);
+    EXPECT_EQ(with(3, ByteWriter().Be32(0xFFFFFFF0u).Zeros(6)), Entries{});
+    EXPECT_EQ(with(4, ByteWriter().Be32(0x80000006u).Zeros(2)), Entries{});
+    EXPECT_EQ(behind(4, Bytes(10)), first);
+    EXPECT_EQ(behind(3, ByteWriter().Text("TALB").Be32(17).Be16(0)), first);
+    EXPECT_EQ(behind(4, ByteWriter().Text("TALB").Be32(0x80000001u).Be16(0)), first);
+}
+
+TEST(Id3Picture, HasATypeAndAPlaceOrIsNotStored) {
+    const auto tag = TagOf(3, {"APIC\0\0\0\0\x80\0x"s, "APIC\0\0\0\0\x7F\0x"s, "APIC\0\0\0a"s});
+    EXPECT_EQ(ReadTag(tag, 100), Listed("", "ID3:APIC=type:127 offset:139 length:1"));
+    EXPECT_EQ(ReadTag(tag, -100), Entries{});
+
+    const PictureDescriptor odd{"image/png", "type:1 offset:2 length:3 desc:", 4, ~0ull, 6};
+    const auto read = ParseDescriptor(DescriptorText(odd));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(DescriptorText(*read), DescriptorText(odd));
+    EXPECT_EQ(read->description, odd.description);
+    for (const auto* text : {"type:1 offset:2", "type:1 offset:2 length:", "type:128 offset:2 length:3",
+                             "type:1 offset:-2 length:3", "type:1 offset:2 length:3 x"})
+        EXPECT_FALSE(ParseDescriptor(text)) << text;
+}
+
+TEST(Id3Chunk, WritesTextsAsUtf8OfVersion24) {
+    const auto tag = BuildTag(StoreOf(Listed("ID3:",
+                                             "TIT2=\u0141\u00F3d\u017A|COMM=c|COMM:deu:d=e|COMM:no language=f"
+                                             "|TXXX:VANTOR=g|TPE1=caf\xE9|UFID:o=h|TALB=")));
+    const Frames expected = {"COMM\0\0\3eng\0c"s,
+                             "COMM\0\0\3deud\0e"s,
+                             "COMM\0\0\3XXXno language\0f"s,
+                             "TIT2\0\0\3\u0141\u00F3d\u017A"s,
+                             "TPE1\0\0\3caf\u00E9"s,
+                             "TXXX\0\0\3VANTOR\0g"s,
+                             "UFID\0\0o\0h"s};
+    EXPECT_EQ(FramesOf(tag), expected);
+    EXPECT_EQ(tag.size() % 2, 0u);
+    EXPECT_EQ(TextOf(tag).substr(0, 6), "ID3\4\0\0"s);
+    const auto others = StoreOf(Listed("", "INFO:INAM=x|ID3X:TIT2=x|ID3:TIT2="));
+    EXPECT_EQ(BuildTag(others, TagOf(3, {"TIT2\0\0\0removed"s})), Bytes{});
+}
+
+TEST(Id3Chunk, GivesTheSameStoreWithoutTheOldTag) {
+    auto store = StoreOf(fullEntries);
+    for (size_t i = 1; i <= 1200; ++i)
+        store.Set(i == 1 ? "ID3:TCOM" : NumberedKey("ID3:TCOM", i), std::to_string(i));
+    const auto again = ReadStore(BuildTag(store));
+    // What a value does not make up needs the old tag.
+    for (const char* key : {"UFID:binary", "PRIV:maker", "CTOC", "CHAP", "CHAP:001", "CHAP:002"})
+        EXPECT_TRUE(store.Remove("ID3:"s + key)) << key;
+    EXPECT_EQ(EntriesOf(again), EntriesOf(store));
+}
+
+TEST(Id3Chunk, KeepsUnchangedFramesAndOrderInAnEdit) {
+    const auto oldTag = TagOf(4, {"TPE1\0\0\0one\0two"s, "TIT2\0\0\0first"s, "TXXX\0\0\0a:002\0x"s,
+                                  "TIT2\0\0\0second"s, "TALB\0\0\0gone"s, "TXXX\0\0\0a\0y"s});
+    auto store = ReadStore(oldTag);
+    store.Set("ID3:TIT2", "edited");
+    store.Set("ID3:TXXX:a:002", "z");
+    store.Set("ID3:TRCK", "n");
+    store.Remove("ID3:TALB");
+    const auto tag = BuildTag(store, oldTag);
+    const Frames expected = {"TPE1\0\0\0one\0two"s, "TIT2\0\0\3edited"s, "TXXX\0\0\3a:002\0z"s,
+                             "TIT2\0\0\0second"s,   "TXXX\0\0\0a\0y"s,   "TRCK\0\0\3n"s};
+    EXPECT_EQ(FramesOf(tag), expected);
+    EXPECT_EQ(EntriesOf(ReadStore(tag)), EntriesOf(store));
+}
+
+TEST(Id3Chunk, CarriesFramesTheStoreCannotHold) {
+    // A RIFF file has chunks of their own for documents.
+    const auto oldTag =
+        TagOf(3, {"GEOB\xE0\0object"s, "RVAD\0\x20ggroup"s, "TIT2\0\xE0\0\0\1\0MGzipped"s,
+                  "TALB\0\x80\0\0\1\0zipped"s, "AENC\0\1unknown flag"s, "ab c\0\0no id"s,
+                  "PRIV\0\0IXML\0<BWFXML><NOTE>n</NOTE></BWFXML>"s, "PRIV\0\0XMP\0<x:xmpmeta/>"s});
+    EXPECT_EQ(ReadTag(oldTag), Listed("", "IXML:NOTE=n"));
+    Frames expected = {"GEOB\x70\0object"s, "RVAD\0\x40ggroup"s, "TIT2\0\x4DGM\0\0\2\0zipped"s,
+                       "TALB\0\x09\0\0\2\0zipped"s};
+    EXPECT_EQ(FramesOf(BuildTag({}, oldTag)), expected) << "even when no key is left";
+    // The album that cannot be read gives way to the one that was entered.
+    expected[3] = "TALB\0\0\3new"s;
+    EXPECT_EQ(FramesOf(BuildTag(StoreOf({{"ID3:TALB", "new"}}), oldTag)), expected);
+}
+
+TEST(Id3Chunk, CarriesA24FrameUnsynchronisedOnItsOwn) {
+    // Its size counts the bytes as stored; only the flag of the tag is missing here.
+    auto oldTag = Id3TagWriter(4)
+                      .Frame("GEOB", BytesOf("\xFF\0\xE0"s), 0x0002)
+                      .Add(Unsynchronise(Id3TagWriter(4).Frame("MCDI", BytesOf("\xFF\xE0"s)).Body()))
+                      .Tag();
+    oldTag[5] = 0x80;
+    EXPECT_EQ(FramesOf(BuildTag({}, oldTag)), (Frames{"GEOB\0\2\xFF\0\xE0"s, "MCDI\0\0\xFF\xE0"s}));
+}
+
+TEST(Id3Chunk, ConvertsFramesInsideChapters) {
+    auto store = StoreOf(fullEntries);
+    EXPECT_EQ(FramesOf(BuildTag(store, FullTag(3))), FramesOf(BuildTag(store, FullTag(4))));
+    store.Remove("ID3:CHAP");
+    for (const auto& frame : FramesOf(BuildTag(store, FullTag(3))))
+        EXPECT_FALSE(frame.starts_with("CHAP")) << "no count, no chapters";
+}
+
+TEST(Id3Chunk, MovesVersion22ToItsSuccessor) {
+    const auto oldTag =
+        TagOf(2, {"TT2\0title"s, "TP1\0artist"s, "TCO\0(17)"s, "TXX\0VANTOR\0tags"s, "COM\0eng\0words"s,
+                  "PIC\0PNG\3cover\0picture"s, "GEOobject"s, "LNKdropped"s});
+    auto store = ReadStore(oldTag, 40);
+    EXPECT_EQ(EntriesOf(store), Listed("ID3:",
+                                       "APIC=mime:image/png desc:cover type:3 offset:137 length:7|COMM=words"
+                                       "|TCON=Rock|TP1=artist|TT2=title|TXXX:VANTOR=tags"));
+    store.Set("ID3:TPE1", "entered");
+    const Frames expected = {"TIT2\0\0\0title"s,
+                             "TCON\0\0\0(17)"s,
+                             "TXXX\0\0\0VANTOR\0tags"s,
+                             "COMM\0\0\0eng\0words"s,
+                             "APIC\0\0\3image/png\0\3cover\0picture"s,
+                             "GEOB\0\0object"s,
+                             "TPE1\0\0\3entered"s};
+    EXPECT_EQ(FramesOf(BuildTag(store, oldTag)), expected);
+    // The same from the entries alone.
+    const Frames fromStore = {"COMM\0\0\3eng\0words"s, "TCON\0\0\3Rock"s, "TPE1\0\0\3entered"s,
+                              "TIT2\0\0\3title"s, "TXXX\0\0\3VANTOR\0tags"s};
+    EXPECT_EQ(FramesOf(BuildTag(store)), fromStore);
+}
+
+// The frames of a tag with one picture, copied from a file.
+Frames PictureFrames(const std::string& descriptor, const Bytes& oldTag = {}) {
+    const TempFolder folder;
+    FileReader source(folder.Write("picture.bin", BytesOf("0123456789picture!")), {});
+    return FramesOf(BuildTag(StoreOf({{"ID3:APIC", descriptor}}), oldTag, &source));
+}
+
+TEST(Id3Chunk, CopiesThePictureThatADescriptorNames) {
+    EXPECT_EQ(PictureFrames("mime:image/png desc:a b type:3 offset:10 length:8"),
+              (Frames{"APIC\0\0\3image/png\0\3a b\0picture!"s}));
+    EXPECT_EQ(PictureFrames("type:0 offset:17 length:1"), (Frames{"APIC\0\0\3\0\0\0!"s}));
+    for (const char* descriptor :
+         {"type:0 offset:10 length:9", "type:0 offset:19 length:0",
+          "type:0 offset:18446744073709551615 length:2", "type:0 offset:1 length:18446744073709551615",
+          "type:200 offset:1 length:1", "C:/cover.png"})
+        EXPECT_EQ(PictureFrames(descriptor), Frames{}) << descriptor;
+    EXPECT_EQ(BuildTag(StoreOf({{"ID3:APIC", "type:0 offset:1 length:1"}})), Bytes{}) << "no source";
+}
+
+TEST(Id3Chunk, KeepsPicturesWhereverTheyLie) {
+    const Frames pictures = {"APIC\0\0\0image/png\0\3\0\xFF\0\xFF\xE0"s,
+                             "APIC\0\0\0image/png\0\4back\0other"s};
+    for (const uint8_t flags : {uint8_t{0}, uint8_t{0x80}}) {
+        const auto oldTag = TagOf(3, pictures, flags);
+        // Lengths count the zeros that unsynchronisation puts in.
+        const auto second =
+            "mime:image/png desc:back type:4 offset:" + std::to_string(5000 + TextOf(oldTag).find("other")) +
+            " length:5";
+        const auto first = "mime:image/png type:3 offset:5033 length:"s + (flags ? "6" : "4");
+        const auto store = ReadStore(oldTag, 5000);
+        EXPECT_EQ(EntriesOf(store), (Entries{{"ID3:APIC", first}, {"ID3:APIC:002", second}}));
+        EXPECT_EQ(FramesOf(BuildTag(store, oldTag)), pictures);
+        // Another picture in its place; the second one removed.
+        EXPECT_EQ(PictureFrames("type:3 offset:10 length:7", oldTag), (Frames{"APIC\0\0\3\0\3\0picture"s}));
+    }
+}
+
+// Whatever a whole or a damaged tag holds, one rewrite keeps it and a second one changes nothing.
+TEST(Id3Chunk, GivesTheSameStoreAgain) {
+    std::mt19937 random(23);
+    for (const int version : {3, 4})
+        for (int i = 0; i < 1500; ++i) {
+            auto oldTag = FullTag(version);
+            for (int change = 0; change < i % 7; ++change)
+                oldTag[10 + random() % (oldTag.size() - 10)] = static_cast<uint8_t>(random());
+            const auto store = ReadStore(oldTag);
+            const auto once = BuildTag(store, oldTag);
+            ASSERT_EQ(EntriesOf(ReadStore(once)), EntriesOf(store)) << "round " << i;
+            ASSERT_EQ(BuildTag(ReadStore(once), once), once) << "round " << i;
+        }
+}
+
+}  // namespace
+}  // namespace vantor::test
