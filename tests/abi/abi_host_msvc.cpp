@@ -69,12 +69,13 @@ class Source {
     virtual long long ExtendedCall(int code, void* a, void* b, void* c) = 0;
 };
 
-AbiReport* current = nullptr;
+int peakReadersMade = 0;
+int peakReadersDestroyed = 0;  // by the module, through the MSVC deleting destructor
 
 class PeakReader {
   public:
-    PeakReader() { ++current->peakReadersMade; }
-    virtual ~PeakReader() { ++current->peakReadersDestroyed; }
+    PeakReader() { ++peakReadersMade; }
+    virtual ~PeakReader() { ++peakReadersDestroyed; }
     virtual double PeaksPerSecond() { return 0; }
     virtual void ReadPeaks(void*) {}
 };
@@ -122,48 +123,54 @@ void* Lookup(const char* name) {
     return nullptr;
 }
 
-int Read(Source* source, double* samples, int frames) {
-    TransferBlock block = {0, source->SampleRate(), source->ChannelCount(), frames, samples, 0, 0, 0};
-    source->ReadSamples(&block);
-    return block.framesProduced;
+struct Check {
+    const char* what;
+    bool holds;
+};
+
+template <size_t count>
+const char* FirstFault(const Check (&checks)[count]) {
+    for (const Check& check : checks)
+        if (!check.holds) return check.what;
+    return nullptr;
 }
 
-void Question(Source* source, AbiReport& report) {
-    report.online = source->IsOnline();
-    report.channels = source->ChannelCount();
-    report.bitDepth = source->BitDepth();
-    report.sampleRate = source->SampleRate();
-    report.lengthSeconds = source->LengthSeconds();
-    report.beatLength = source->BeatLength();
-    const char* name = source->TypeName();
-    for (int i = 0; i < 31 && name[i]; ++i)
-        report.typeName[i] = name[i];
-    report.framesProduced = Read(source, report.firstSamples, 2);
-    MarkerRecord marker;
-    report.extendedResult = source->ExtendedCall(0x90016, nullptr, &marker, nullptr);
-    report.markerSeconds = marker.startSeconds;
-}
-
-void QuestionClone(Source* source, AbiReport& report) {
-    Source* clone = source->Clone();
-    if (!clone) return;
+const char* FaultOf(Source* source) {
     double samples[4] = {};
-    report.cloneFrames = Read(clone, samples, 2);
-    report.cloneSample = samples[3];
-    delete clone;
+    TransferBlock block = {0, 2, 2, 2, samples, 0, 0, 0};
+    source->ReadSamples(&block);
+    MarkerRecord marker = {};
+    const Check checks[] = {
+        {"IsOnline", source->IsOnline()},
+        {"TypeName", Same(source->TypeName(), "WAVE")},
+        {"ChannelCount", source->ChannelCount() == 2},
+        {"SampleRate", source->SampleRate() == 2},
+        {"LengthSeconds", source->LengthSeconds() == 1},
+        {"BeatLength", source->BeatLength() == -1},
+        {"BitDepth", source->BitDepth() == 16},
+        {"ReadSamples", block.framesProduced == 2},
+        {"samples", samples[0] == 0.5 && samples[1] == -1 && samples[2] == 0.25 && samples[3] == -0.5},
+        {"ExtendedCall", source->ExtendedCall(0x90016, nullptr, &marker, nullptr) == 1},
+        {"marker", marker.startSeconds == 0.5},
+    };
+    return FirstFault(checks);
 }
 
 }  // namespace
 
-extern "C" void DriveModule(EntryFunction entry, const char* fileName, AbiReport* report) {
-    current = report;
+extern "C" const char* DriveModule(EntryFunction entry, const char* fileName) {
     HostInfo host = {526, nullptr, &Register, &Lookup};
-    report->entryResult = entry(nullptr, &host);
-    if (report->entryResult != 1 || !handler) return;
+    if (entry(nullptr, &host) != 1 || !handler) return "entry";
     Source* source = handler->CreateByFile(fileName, 7);
-    if (!source) return;
-    Question(source, *report);
-    QuestionClone(source, *report);
-    source->SetOnline(false);
-    delete source;
+    if (!source) return "CreateByFile";
+    Source* clone = source->Clone();
+    if (!clone) return "Clone";
+    Source* const both[] = {source, clone};
+    for (Source* each : both) {
+        if (const char* fault = FaultOf(each)) return fault;
+        each->SetOnline(false);
+        delete each;
+    }
+    const bool allDestroyed = peakReadersMade > 0 && peakReadersDestroyed == peakReadersMade;
+    return allDestroyed ? nullptr : "peak readers";
 }

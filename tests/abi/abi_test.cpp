@@ -38,28 +38,8 @@ TEST(MsvcAbi, HostOfTheOtherCompilerDrivesTheModule) {
     const auto entry =
         reinterpret_cast<EntryFunction>(reinterpret_cast<void*>(GetProcAddress(module, "VantorPluginEntry")));
     ASSERT_NE(entry, nullptr);
-
-    AbiReport report{};
-    DriveModule(entry, path.c_str(), &report);
-    EXPECT_EQ(report.entryResult, 1);
-    EXPECT_EQ(report.online, 1);
-    EXPECT_EQ(report.channels, 2);
-    EXPECT_EQ(report.bitDepth, 16);
-    EXPECT_EQ(report.sampleRate, 2.0);
-    EXPECT_EQ(report.lengthSeconds, 1.0);
-    EXPECT_EQ(report.beatLength, -1.0);
-    EXPECT_STREQ(report.typeName, "WAVE");
-    EXPECT_EQ(report.framesProduced, 2);
-    EXPECT_EQ(report.firstSamples[0], 0.5);
-    EXPECT_EQ(report.firstSamples[1], -1.0);
-    EXPECT_EQ(report.firstSamples[2], 0.25);
-    EXPECT_EQ(report.firstSamples[3], -0.5);
-    EXPECT_EQ(report.cloneFrames, 2);
-    EXPECT_EQ(report.cloneSample, -0.5);
-    EXPECT_EQ(report.extendedResult, 1);
-    EXPECT_EQ(report.markerSeconds, 0.5);
-    EXPECT_GT(report.peakReadersMade, 0);
-    EXPECT_EQ(report.peakReadersDestroyed, report.peakReadersMade);
+    const char* const fault = DriveModule(entry, path.c_str());
+    EXPECT_EQ(fault, nullptr) << fault;
     FreeLibrary(module);
 #endif
 }

@@ -2,6 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
+#include <map>
+
+#include "entry/source_type_handler.h"
+#include "source/state_tables.h"
+#include "source/wave_source.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/temp_file.h"
@@ -9,202 +16,153 @@
 namespace vantor::test {
 namespace {
 
-const std::string lookedUpFirst =
+// In the order of their slots.
+const std::string boundFirst =
     "PCM_Source_CreateFromType Resampler_Create format_timestr PeakGet_Create PeakBuild_CreateEx resolve_fn "
     "relative_fn GetPeakFileName update_disk_counters GetPreferredDiskReadMode GetPreferredDiskReadModePeak "
     "HiresPeaksFromSource OpenImageModal gOnMallocFail ";
-const std::string lookedUpLast =
+const std::string boundLast =
     "vac_createGroupsFromTab __localizeFunc __localizeMenu __localizeInitializeDialog "
     "__localizePrepareDialog ";
 
-TEST(PluginEntry, BindsInOrderAndRegisters) {
-    FakeHost host;
-    Services() = {};
-    HostInfo info = host.Info();
-    int instance = 0;
-    EXPECT_EQ(VantorPluginEntry(&instance, &info), 1);
-    EXPECT_EQ(host.lookups, lookedUpFirst + lookedUpLast);
-    EXPECT_EQ(Services().moduleInstance, &instance);
-    EXPECT_EQ(Services().hiresPeaks, host.offered.hiresPeaks);
-    EXPECT_EQ(Services().localize, host.offered.localize);
-    EXPECT_EQ(Services().preferredReadMode, nullptr);
-    EXPECT_EQ(host.registered.size(), 3u);
+// What the module asked of a host that offers a number in place of each service: how many came before it.
+struct {
+    std::string lookups;
+    uintptr_t count = 0;
+    std::map<std::string, void*> registered;
+    int32_t answer = 1;  // to a registration
+    std::string missing;
+} asked;
+
+void* Lookup(const char* name) {
+    asked.lookups += std::string(name) + " ";
+    ++asked.count;
+    return name == asked.missing ? nullptr : reinterpret_cast<void*>(asked.count);
 }
 
-TEST(PluginEntry, RefusesHostsItCannotWorkWith) {
-    FakeHost host;
-    const auto refused = [&](auto change, const std::string& lookups) {
-        host.lookups.clear();
-        host.registered.clear();
-        HostInfo info = host.Info();
-        change(info);
-        EXPECT_EQ(VantorPluginEntry(nullptr, &info), 0);
-        EXPECT_EQ(host.lookups, lookups);
+int32_t Register(const char* key, void* service) {
+    asked.registered[key] = service;
+    return asked.answer;
+}
+
+class PluginEntry : public ::testing::Test {
+  protected:
+    PluginEntry() { asked = {}; }
+    ~PluginEntry() override { Services() = {}; }
+
+    HostInfo info{hostInterfaceVersion, nullptr, Register, Lookup};
+};
+
+TEST_F(PluginEntry, BindsInOrderAndRegisters) {
+    int instance = 0;
+    EXPECT_EQ(VantorPluginEntry(&instance, &info), 1);
+    EXPECT_EQ(asked.lookups, boundFirst + boundLast);
+    const auto slots = std::bit_cast<std::array<uintptr_t, 20>>(Services());
+    for (size_t i = 0; i < asked.count; ++i)
+        EXPECT_EQ(slots[i], i + 1);
+    EXPECT_EQ(Services().moduleInstance, &instance);
+    EXPECT_EQ(asked.registered.size(), 3u);
+    EXPECT_EQ(asked.registered["pcmsrc"], &sourceTypeHandler);
+}
+
+TEST_F(PluginEntry, RefusesHostsItCannotWorkWith) {
+    const auto refusesAfter = [&](HostInfo host, const std::string& lookups, size_t registrations) {
+        EXPECT_EQ(VantorPluginEntry(nullptr, &host), 0);
+        EXPECT_EQ(asked.lookups, lookups);
+        EXPECT_EQ(asked.registered.size(), registrations);
+        asked = {};
     };
     EXPECT_EQ(VantorPluginEntry(nullptr, nullptr), 0);
     for (const int32_t version : {525, 527, 0})
-        refused([&](HostInfo& info) { info.callerVersion = version; }, {});
-    refused([](HostInfo& info) { info.LookupService = nullptr; }, {});
-    refused([](HostInfo& info) { info.RegisterService = nullptr; }, lookedUpFirst);
-    refused([&](HostInfo&) { host.registerResult = 0; }, lookedUpFirst);
-    EXPECT_EQ(host.registered.size(), 1u) << "nothing else after a refused handler";
-    host.registerResult = 1;
-    const HostServices whole = host.offered;
-    const auto refusedWithout = [&](auto HostServices::*service) {
-        host.offered.*service = nullptr;
-        refused([](HostInfo&) {}, lookedUpFirst);
-        EXPECT_TRUE(host.registered.empty());
-        host.offered = whole;
-    };
-    refusedWithout(&HostServices::createPeakReader);
-    refusedWithout(&HostServices::createPeakBuilder);
-    refusedWithout(&HostServices::createResampler);
-    refusedWithout(&HostServices::formatTime);
-    refusedWithout(&HostServices::resolveFileName);
+        refusesAfter({version, nullptr, Register, Lookup}, "", 0);
+    refusesAfter({hostInterfaceVersion, nullptr, Register, nullptr}, "", 0);
+    refusesAfter({hostInterfaceVersion, nullptr, nullptr, Lookup}, boundFirst, 0);
+    asked.answer = 0;
+    refusesAfter(info, boundFirst, 1);
+    for (const auto* name :
+         {"PeakGet_Create", "PeakBuild_CreateEx", "Resampler_Create", "format_timestr", "resolve_fn"}) {
+        asked.missing = name;
+        refusesAfter(info, boundFirst, 0);
+    }
 }
-
-// The host's source for MPEG audio.
-class MpegSource final : public PCM_source {
-  public:
-    explicit MpegSource(bool online) : canOpen(online) { ++alive; }
-    virtual ~MpegSource() { --alive; }
-    void* DeletingDestructor(unsigned flags) override {
-        if (flags & deleteAndFree) delete this;
-        return this;
-    }
-    PCM_source* Clone() override { return nullptr; }
-    bool IsOnline() override { return online && !fileName.empty(); }
-    void SetOnline(bool wanted) override { online = wanted && canOpen; }
-    const char* TypeName() override { return "MP3"; }
-    const char* FileName() override { return fileName.c_str(); }
-    bool ChangeFile(const char* name) override {
-        fileName = name;
-        return true;
-    }
-    PCM_source* SubSource() override { return nullptr; }
-    void SetSubSource(PCM_source*) override {}
-    int32_t ChannelCount() override { return 0; }
-    double SampleRate() override { return 0; }
-    double LengthSeconds() override { return 0; }
-    double BeatLength() override { return 0; }
-    int32_t BitDepth() override { return 0; }
-    double PlacementPosition() override { return 0; }
-    int32_t ShowProperties(void*) override { return 0; }
-    void ReadSamples(TransferBlock*) override {}
-    void ReadPeaks(PeakRequest*) override {}
-    int32_t WriteState(ProjectContext*) override { return 0; }
-    int32_t ReadState(const char*, ProjectContext*) override { return 0; }
-    void ClearPeaks(bool) override {}
-    int32_t BeginPeakBuild(intptr_t) override { return 0; }
-    int32_t RunPeakBuild() override { return 0; }
-    void FinishPeakBuild() override {}
-    intptr_t ExtendedCall(int32_t, void*, void*, void*) override { return 0; }
-
-    bool canOpen;
-    bool online = false;
-    std::string fileName;
-    static inline int alive = 0;
-    static inline bool nextCanOpen = true;
-};
 
 class SourceHandler : public ::testing::Test {
   protected:
-    SourceHandler() {
-        HostInfo info = host.Info();
-        EXPECT_EQ(VantorPluginEntry(nullptr, &info), 1);
-        handler = static_cast<const SourceTypeHandler*>(host.registered["pcmsrc"]);
-    }
     // "online", "offline" or "none".
-    std::string Offer(const std::string& path, int32_t priority) {
-        const HostPtr<PCM_source> source(handler->CreateByFile(path.c_str(), priority));
+    static std::string Offer(const std::string& path, int32_t priority) {
+        const HostPtr<PCM_source> source(sourceTypeHandler.CreateByFile(path.c_str(), priority));
         if (!source) return "none";
-        return source->IsOnline() ? source->TypeName() : "offline";
+        return source->IsOnline() ? "online" : "offline";
     }
 
     FakeHost host;
     TempFolder folder;
-    const SourceTypeHandler* handler = nullptr;
     const Bytes wave = RiffFile(ByteWriter().Chunk("fmt ", FmtBody(1, 1, 8000, 16)).Chunk("data", Bytes(8)));
 };
 
 TEST_F(SourceHandler, TypesByExactNameAndPriority) {
     for (const auto* name : {"WAVE", "WAVE_SLICE"}) {
-        const HostPtr<PCM_source> source(handler->CreateByType(name, 5));
+        const HostPtr<PCM_source> source(sourceTypeHandler.CreateByType(name, 5));
         ASSERT_TRUE(source);
         EXPECT_STREQ(source->TypeName(), "WAVE") << "a slice only once its index is known";
-        EXPECT_EQ(handler->CreateByType(name, 4), nullptr);
+        EXPECT_EQ(sourceTypeHandler.CreateByType(name, 4), nullptr);
     }
     for (const auto* name : {"wave", "WAVE ", "", "MP3"})
-        EXPECT_EQ(handler->CreateByType(name, 7), nullptr) << name;
+        EXPECT_EQ(sourceTypeHandler.CreateByType(name, 7), nullptr) << name;
 }
 
 TEST_F(SourceHandler, FilesByExtensionAndPriority) {
-    const auto offers = [&](const char* name) {
-        const auto path = folder.Write(name, wave);
-        std::string taken;
+    const auto offers = [&](const char* name, const Bytes& bytes) {
+        const auto path = folder.Write(name, bytes);
+        std::string answers;
         for (int32_t priority = 4; priority <= 8; ++priority)
-            if (Offer(path, priority) == "WAVE") taken += std::to_string(priority);
-        return taken;
+            answers += Offer(path, priority) + " ";
+        return answers;
     };
     for (const auto* name :
          {"ab.wav", "x.WAV", "x.w64", "x.bwf", "x.aif", "x.caf", "x.aiff", "x.caff", "take.L", "take.r"})
-        EXPECT_EQ(offers(name), "5678") << name;
+        EXPECT_EQ(offers(name, wave), "none online online online online ") << name;
     for (const auto* name : {"x.txt", "takeL", "x.wave"})
-        EXPECT_EQ(offers(name), "7") << name;
-    EXPECT_EQ(offers("x.Mid"), "");
-    EXPECT_EQ(handler->CreateByFile("a.wav", 7), nullptr) << "too short a name";
-}
-
-TEST_F(SourceHandler, UnreadableFilesAreKeptOnlyAtTheLastResort) {
-    const auto path = folder.Write("broken.wav", Bytes(40, 'x'));
-    EXPECT_EQ(Offer(path, 6), "none");
-    EXPECT_EQ(Offer(path, 7), "offline");
-    EXPECT_EQ(Offer(path, 8), "offline");
+        EXPECT_EQ(offers(name, wave), "none none none online none ") << name;
+    EXPECT_EQ(offers("x.Mid", wave), "none none none none none ");
+    EXPECT_EQ(offers("broken.wav", Bytes(40, 'x')), "none none none offline offline ");
+    EXPECT_EQ(Offer("a.wav", 7), "none") << "too short a name";
     EXPECT_EQ(Offer(folder.Path("missing.txt"), 7), "offline");
     EXPECT_EQ(host.liveObjects, 0);
 }
 
 TEST_F(SourceHandler, MpegInWaveGoesToTheHostsSource) {
-    const auto path = folder.Write(
+    // One of the module's own stands in for the host's source, and finds a file that it can play.
+    static std::string path;
+    static Bytes playable;
+    path = folder.Write(
         "mpeg.wav",
         RiffFile(ByteWriter().Chunk("fmt ", FmtBody(0x50, 1, 8000, 0, 1)).Chunk("data", Bytes(8))));
+    EXPECT_EQ(Offer(path, 7), "offline") << "no such source";
     Services().createFromType = [](const char* type) -> PCM_source* {
-        return std::string(type) == "MP3" ? new MpegSource(MpegSource::nextCanOpen) : nullptr;
+        if (std::string(type) != "MP3") return nullptr;
+        if (!playable.empty()) WriteWholeFile(path, playable);
+        ForgetFile(path.c_str());
+        return new PCM_source_wavefile;
     };
-    EXPECT_EQ(Offer(path, 7), "MP3");
+    EXPECT_EQ(Offer(path, 7), "offline");
+    playable = wave;
     EXPECT_EQ(Offer(path, 6), "none");
-    EXPECT_EQ(Offer(folder.Write("plain.wav", wave), 7), "WAVE");
-    MpegSource::nextCanOpen = false;
-    EXPECT_EQ(Offer(path, 7), "offline");
-    EXPECT_EQ(MpegSource::alive, 0);
-    Services().createFromType = nullptr;
-    EXPECT_EQ(Offer(path, 7), "offline");
+    EXPECT_EQ(Offer(path, 7), "online");
 }
 
 TEST_F(SourceHandler, ExtensionsAndTheirTranslatedDescriptions) {
     const char* description = nullptr;
-    EXPECT_STREQ(handler->ExtensionList(0, &description), "WAV;W64;BWF");
+    EXPECT_STREQ(sourceTypeHandler.ExtensionList(0, &description), "WAV;W64;BWF");
     EXPECT_STREQ(description, "WAV files");
-    EXPECT_STREQ(handler->ExtensionList(1, nullptr), "AIF;AIFF");
+    EXPECT_STREQ(sourceTypeHandler.ExtensionList(1, nullptr), "AIF;AIFF");
     host.localizePrefix = "de/";
-    EXPECT_STREQ(handler->ExtensionList(2, &description), "CAF;CAFF");
+    EXPECT_STREQ(sourceTypeHandler.ExtensionList(2, &description), "CAF;CAFF");
     EXPECT_STREQ(description, "de/wave:CAF files");
     for (const int32_t index : {-1, 3}) {
-        EXPECT_EQ(handler->ExtensionList(index, &description), nullptr);
+        EXPECT_EQ(sourceTypeHandler.ExtensionList(index, &description), nullptr);
         EXPECT_EQ(description, nullptr);
     }
-}
-
-TEST_F(SourceHandler, RegisteredFunctionsWork) {
-    const auto create =
-        reinterpret_cast<PCM_source* (*)(const char*)>(host.registered["API_wave__createMetadataSource"]);
-    const HostPtr<PCM_source> source(create(folder.Write("meta.wav", wave).c_str()));
-    EXPECT_TRUE(source);
-    const auto reduce = reinterpret_cast<int32_t (*)(uint32_t)>(host.registered["open_file_reduce"]);
-    reduce(2);
-    const HostPtr<PCM_source> playing(handler->CreateByFile(folder.Write("reduce.wav", wave).c_str(), 5));
-    EXPECT_EQ(reduce(2), 1);
-    EXPECT_EQ(reduce(2), 0);
 }
 
 }  // namespace

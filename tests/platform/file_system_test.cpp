@@ -15,50 +15,54 @@ using namespace platform;
 
 class SystemFiles : public testing::Test {
   protected:
-    std::unique_ptr<File> file;
-
-    OpenResult Open(const std::string& name, const OpenOptions& options = {}) {
+    OpenResult Open(const OpenOptions& options = {}) {
         file.reset();
         return SystemFileSystem().OpenNarrow(name, options, file);
     }
 
     TempFolder folder;
+    const std::string name = folder.Write("file", {1, 2, 3, 4, 5});
+    const std::u16string wideName{name.begin(), name.end()};
+    std::unique_ptr<File> file;
 };
 
-TEST_F(SystemFiles, OpensRegularFilesOnly) {
-    EXPECT_EQ(Open(folder.Path("missing")), OpenResult::failed);
-    EXPECT_EQ(Open(folder.Path("")), OpenResult::failed);
-    EXPECT_EQ(Open(folder.Write("file", {1})), OpenResult::opened);
+TEST_F(SystemFiles, OpensRegularFilesByBothFormsOfTheirName) {
+    EXPECT_EQ(Open(), OpenResult::opened);
+    for (const auto* other : {"missing", ""})
+        EXPECT_EQ(SystemFileSystem().OpenNarrow(folder.Path(other), {}, file), OpenResult::failed);
+    EXPECT_EQ(SystemFileSystem().OpenWide(wideName, {}, file), OpenResult::opened);
+    file.reset();
+    EXPECT_EQ(SystemFileSystem().OpenWide(wideName + u'\xD800', {}, file), OpenResult::failed);
+    EXPECT_TRUE(SystemFileSystem().RemoveWide(wideName));
+    EXPECT_FALSE(SystemFileSystem().RemoveNarrow(name));
 }
 
 TEST_F(SystemFiles, TellsWhenTheFileIsBeingWritten) {
-    const auto name = folder.Write("shared", {1, 2, 3});
     {
         std::ofstream writer(name, std::ios::binary | std::ios::app);
-        ASSERT_EQ(Open(name), OpenResult::sharingViolation);
-        ASSERT_EQ(Open(name, {.shareWrite = true}), OpenResult::opened);
+        ASSERT_EQ(Open(), OpenResult::sharingViolation);
+        ASSERT_EQ(Open({.shareWrite = true}), OpenResult::opened);
         writer << "more" << std::flush;
-        EXPECT_EQ(file->Size(), 7);
+        EXPECT_EQ(file->Size(), 9);
     }
-    EXPECT_EQ(Open(name), OpenResult::opened);
+    EXPECT_EQ(Open(), OpenResult::opened);
 }
 
 TEST_F(SystemFiles, CreationKeepsOrEmptiesTheFile) {
-    const auto name = folder.Write("file", {1, 2, 3});
     const auto sizeAfter = [&](Creation creation) {
-        EXPECT_EQ(Open(name, {.access = Access::write, .creation = creation}), OpenResult::opened);
+        EXPECT_EQ(Open({.access = Access::write, .creation = creation}), OpenResult::opened);
         return file->Size();
     };
-    EXPECT_EQ(sizeAfter(Creation::openExisting), 3);
-    EXPECT_EQ(sizeAfter(Creation::openAlways), 3);
+    EXPECT_EQ(sizeAfter(Creation::openExisting), 5);
+    EXPECT_EQ(sizeAfter(Creation::openAlways), 5);
     EXPECT_EQ(sizeAfter(Creation::createAlways), 0);
-    EXPECT_EQ(Open(folder.Path("new"), {.access = Access::write, .creation = Creation::openAlways}),
-              OpenResult::opened);
+    file.reset();
+    EXPECT_TRUE(SystemFileSystem().RemoveNarrow(name));
+    EXPECT_EQ(sizeAfter(Creation::openAlways), 0);
 }
 
 TEST_F(SystemFiles, ReadsWritesAndCutsAtTheFilePointer) {
-    const auto name = folder.Write("file", {1, 2, 3, 4, 5});
-    ASSERT_EQ(Open(name, {.access = Access::readWrite}), OpenResult::opened);
+    ASSERT_EQ(Open({.access = Access::readWrite}), OpenResult::opened);
     uint8_t bytes[8] = {};
     ASSERT_TRUE(file->SetPosition(3));
     EXPECT_EQ(file->Read(bytes, sizeof bytes), 2);
@@ -67,36 +71,28 @@ TEST_F(SystemFiles, ReadsWritesAndCutsAtTheFilePointer) {
     ASSERT_TRUE(file->SetPosition(1));
     EXPECT_EQ(file->Write("\x09\x08", 2).bytes, 2u);
     EXPECT_TRUE(file->CutAtPosition());
-    file.reset();
+    ASSERT_EQ(Open(), OpenResult::opened);
+    const auto result = file->Write("x", 1);
+    EXPECT_EQ(result.bytes, 0u);
+    EXPECT_EQ(result.error, WriteError::other) << "opened for reading";
+    EXPECT_FALSE(file->CutAtPosition());
     EXPECT_EQ(ReadWholeFile(name), (std::vector<uint8_t>{1, 9, 8}));
 }
 
-TEST_F(SystemFiles, AWriteToAFileOpenedForReadingFails) {
-    ASSERT_EQ(Open(folder.Write("file", {1})), OpenResult::opened);
-    const auto result = file->Write("x", 1);
-    EXPECT_EQ(result.bytes, 0u);
-    EXPECT_EQ(result.error, WriteError::other);
-    EXPECT_FALSE(file->CutAtPosition());
-}
-
 TEST_F(SystemFiles, OverlappedRequestsEndDoneWithTheirBytes) {
-    const auto name = folder.Write("file", {1, 2, 3, 4, 5});
-    ASSERT_EQ(Open(name, {.access = Access::readWrite, .overlapped = true}), OpenResult::opened);
+    ASSERT_EQ(Open({.access = Access::readWrite, .overlapped = true}), OpenResult::opened);
     const auto request = file->NewRequest();
-    const auto finished = [&](RequestResult result) {
-        return result.state == RequestState::pending ? file->Finish(*request, true) : result;
+    const auto bytesOf = [&](RequestResult result) {
+        if (result.state == RequestState::pending) result = file->Finish(*request, true);
+        EXPECT_EQ(result.state, RequestState::done);
+        return result.bytes;
     };
     uint8_t bytes[8] = {};
-    auto result = finished(file->StartRead(*request, 3, bytes, sizeof bytes));
-    EXPECT_EQ(result.state, RequestState::done);
-    EXPECT_EQ(result.bytes, 2u);
+    EXPECT_EQ(bytesOf(file->StartRead(*request, 3, bytes, sizeof bytes)), 2u);
     EXPECT_EQ(bytes[1], 5);
-    EXPECT_EQ(file->Finish(*request, true).bytes, 2u);  // the same answer again
-    result = finished(file->StartRead(*request, 100, bytes, sizeof bytes));
-    EXPECT_EQ(result.state, RequestState::done);
-    EXPECT_EQ(result.bytes, 0u);
-    result = finished(file->StartWrite(*request, 6, "\x07", 1));
-    EXPECT_EQ(result.state, RequestState::done);
+    EXPECT_EQ(file->Finish(*request, true).bytes, 2u) << "the same answer again";
+    EXPECT_EQ(bytesOf(file->StartRead(*request, 100, bytes, sizeof bytes)), 0u);
+    EXPECT_EQ(bytesOf(file->StartWrite(*request, 6, "\x07", 1)), 1u);
     (void)file->StartRead(*request, 0, bytes, sizeof bytes);
     file->Abandon(*request);
     file.reset();
@@ -109,27 +105,15 @@ TEST_F(SystemFiles, LastWriteTimeIsInTheFinestUnit) {
 #else
     constexpr int64_t unitsPerSecond = 1000000000;
 #endif
-    const auto name = folder.Write("file", {1});
     const auto moment = std::filesystem::last_write_time(name);
-    const auto timeAfter = [&](std::chrono::seconds added) {
-        std::filesystem::last_write_time(name, moment + added);
-        EXPECT_EQ(Open(name), OpenResult::opened);
-        const int64_t time = file->StatusAtOpen().lastWriteTime;
+    int64_t times[2];
+    for (const int i : {0, 1}) {
+        std::filesystem::last_write_time(name, moment + i * std::chrono::seconds(7));
+        EXPECT_EQ(Open(), OpenResult::opened);
+        times[i] = file->StatusAtOpen().lastWriteTime;
         file.reset();
-        return time;
-    };
-    const int64_t before = timeAfter(std::chrono::seconds(0));
-    EXPECT_EQ(timeAfter(std::chrono::seconds(7)) - before, 7 * unitsPerSecond);
-}
-
-TEST_F(SystemFiles, WideAndNarrowNamesReachTheSameFile) {
-    const auto name = folder.Write("plain.bin", {1, 2});
-    const std::u16string wide(name.begin(), name.end());
-    EXPECT_EQ(SystemFileSystem().OpenWide(wide, {}, file), OpenResult::opened);
-    file.reset();
-    EXPECT_EQ(SystemFileSystem().OpenWide(wide + u'\xD800', {}, file), OpenResult::failed);
-    EXPECT_TRUE(SystemFileSystem().RemoveWide(wide));
-    EXPECT_FALSE(SystemFileSystem().RemoveNarrow(name));
+    }
+    EXPECT_EQ(times[1] - times[0], 7 * unitsPerSecond);
 }
 
 }  // namespace

@@ -17,9 +17,22 @@ Bytes TaggedFile(std::string_view riffId = "RIFF");
 Bytes TaggedPicture();
 std::string TaggedDescription();
 
+struct EditCase {
+    const char* name;
+    Bytes file;  // of samples 0 to editedFrames - 1
+    Fields fields;
+    intptr_t flags;
+    Fields wanted;  // afterwards; an empty value is absent
+    bool hasNewAcid = false;
+};
+std::vector<EditCase> EditCases();
+
 // The same audio and kept chunks as before ("acid" apart when the edit writes one); the chunks fill the file;
 // the sizes say so.
-void ExpectOnlyTagsDiffer(const Bytes& before, const Bytes& after, const std::string& what,
-                          bool hasNewAcid = false);
+void ExpectOnlyTagsDiffer(const Bytes& before, const Bytes& after, bool hasNewAcid = false);
+// The same, and the tags that the edit asks for.
+void ExpectOutcome(const EditCase& edit, const std::string& path);
+void ExpectTags(const Fields& wanted, const std::string& path);
+void ExpectEverySample(PCM_source& source);
 
 }  // namespace vantor::test

@@ -16,30 +16,10 @@
 namespace vantor::test {
 namespace {
 
-struct Layout {
-    const char* name;
-    Bytes file;
-    Fields fields;
-    intptr_t flags = mergeTags;
-};
-const Bytes padding = ByteWriter().Chunk("JUNK", Bytes(12000));
-const Fields shortFields = {{"TITLE", "New"}};
-const Fields longFields = {{"TITLE", "New"}, {"COMMENT", std::string(9000, 'c')}};
-const Fields emptyFields = {{"TITLE", "New"}, {"ID3:APIC", ""}, {"AXML:ISRC", ""}};
-const Layout layouts[] = {
-    {"tagged, shrinking", TaggedFile(), emptyFields},
-    {"tagged, growing", TaggedFile(), longFields},
-    {"tagged RF64, growing", TaggedFile("RF64"), longFields},
-    {"bare", MonoFile(Ramp(editedFrames)), shortFields},
-    {"padding in front", MonoFile(Ramp(editedFrames), padding), longFields},
-    {"padding behind", MonoFile(Ramp(editedFrames), {}, padding), longFields},
-    {"all tags replaced", TaggedFile("BW64"), shortFields, replaceAll},
-};
-
 enum class Moment { afterTheWrite, inTheMiddle };
 
 // In a process of its own. False when the edit ended with or before the index-th write.
-bool KillAt(const Layout& layout, const std::string& path, int64_t index, Moment moment) {
+bool KillAt(const EditCase& edit, const std::string& path, int64_t index, Moment moment) {
     const pid_t child = fork();
     if (child == 0) {
         FakeHost host;
@@ -50,7 +30,7 @@ bool KillAt(const Layout& layout, const std::string& path, int64_t index, Moment
         files.BeforeEach([&] {
             if (files.Count(Operation::write) > index) std::raise(SIGKILL);
         });
-        RequestWrite(*source, path + ".target", layout.fields, layout.flags);
+        RequestWrite(*source, path + ".target", edit.fields, edit.flags);
         _exit(0);
     }
     int status = 0;
@@ -58,8 +38,6 @@ bool KillAt(const Layout& layout, const std::string& path, int64_t index, Moment
     EXPECT_TRUE(WIFSIGNALED(status) || WIFEXITED(status));
     return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
 }
-
-using Tags = std::map<std::string, std::string>;
 
 // A picture's place changes. Where old and new chunks stand together, their keys are numbered.
 bool IsOldOrNew(std::string key, const std::string& value, const Tags& before, const Tags& after) {
@@ -71,46 +49,45 @@ bool IsOldOrNew(std::string key, const std::string& value, const Tags& before, c
            (changed != after.end() && changed->second == value);
 }
 
-void ExpectSound(const Layout& layout, const std::string& path, const Tags& after, const std::string& what) {
-    FakeHost host;
-    const auto source = OpenSource(path);
-    ASSERT_TRUE(source->IsOnline()) << what;
-    EXPECT_EQ(ReadInts(*source, 0, editedFrames + 1), Numbers(0, editedFrames)) << what;
-    TempFolder folder;
-    const Tags before = TagsOf(folder.Write("before.wav", layout.file));
-    for (const auto& [key, value] : TagsOf(*source))
-        if (key != std::string(4, '\0')) {
-            EXPECT_TRUE(IsOldOrNew(key, value, before, after)) << what << ": " << key << " = " << value;
-        }
-    // And it can be edited again.
-    EXPECT_NE(RequestWrite(*source, folder.Path("target.wav"), {{"TITLE", "After"}}, mergeTags), 0) << what;
-}
-
-Tags TagsAfter(const Layout& layout) {
+Tags TagsAfter(const EditCase& edit) {
     FakeHost host;
     TempFolder folder;
-    const auto path = folder.Write("after.wav", layout.file);
-    EXPECT_EQ(RequestWrite(*OpenSource(path), path + ".target", layout.fields, layout.flags), 2);
+    const auto path = folder.Write("after.wav", edit.file);
+    EXPECT_EQ(RequestWrite(*OpenSource(path), path + ".target", edit.fields, edit.flags), 2);
     return TagsOf(path);
 }
 
+void ExpectSound(const EditCase& edit, const std::string& path, const Tags& after) {
+    FakeHost host;
+    const auto source = OpenSource(path);
+    ASSERT_TRUE(source->IsOnline());
+    ExpectEverySample(*source);
+    TempFolder folder;
+    const Tags before = TagsOf(folder.Write("before.wav", edit.file));
+    for (const auto& [key, value] : TagsOf(*source))
+        if (key != std::string(4, '\0')) {
+            EXPECT_TRUE(IsOldOrNew(key, value, before, after)) << key << " = " << value;
+        }
+    // And it can be edited again.
+    EXPECT_NE(RequestWrite(*source, folder.Path("target.wav"), {"TITLE=After"}, mergeTags), 0);
+}
+
 TEST(KilledEdit, LeavesEverySampleAndNoGarbage) {
-    for (const auto& layout : layouts) {
-        const Tags after = TagsAfter(layout);
-        for (const auto moment : {Moment::afterTheWrite, Moment::inTheMiddle})
-            for (int64_t index = 0;; ++index) {
+    for (const auto& edit : EditCases()) {
+        const Tags after = TagsAfter(edit);
+        for (const auto moment : {Moment::afterTheWrite, Moment::inTheMiddle}) {
+            int64_t index = 0;
+            for (bool wasKilled = true; wasKilled; ++index) {
+                SCOPED_TRACE(std::string(edit.name) + ", write " + std::to_string(index) +
+                             (moment == Moment::inTheMiddle ? ", half" : ""));
                 TempFolder folder;
-                const auto path = folder.Write("killed.wav", layout.file);
-                const bool wasKilled = KillAt(layout, path, index, moment);
-                const std::string what = std::string(layout.name) + ", write " + std::to_string(index) +
-                                         (moment == Moment::inTheMiddle ? ", half" : "");
-                ExpectSound(layout, path, after, what);
-                if (!wasKilled) {
-                    EXPECT_GT(index, 0) << what;
-                    break;
-                }
-                if (::testing::Test::HasFailure()) return;
+                const auto path = folder.Write("killed.wav", edit.file);
+                wasKilled = KillAt(edit, path, index, moment);
+                ExpectSound(edit, path, after);
+                if (HasFailure()) return;
             }
+            EXPECT_GT(index, 1);
+        }
     }
 }
 
@@ -118,19 +95,18 @@ TEST(KilledEdit, LeavesEverySampleAndNoGarbage) {
 TEST(KilledEdit, OfTheCommandLineLeavesEverySample) {
     const char* const wavehost = std::getenv("VANTOR_WAVEHOST");
     if (!wavehost) GTEST_SKIP() << "VANTOR_WAVEHOST does not name the executable";
-    const Layout& layout = layouts[1];
-    const Tags after = TagsAfter(layout);
+    const EditCase edit = EditCases()[0];
+    const Tags after = TagsAfter(edit);
     std::mt19937 random(5);
     int killed = 0;
     for (int round = 0; round < 200; ++round) {
         TempFolder folder;
-        const auto path = folder.Write("killed.wav", layout.file);
+        const auto path = folder.Write("killed.wav", edit.file);
         const auto delay = static_cast<useconds_t>(random() % 15000);
         const pid_t child = fork();
         if (child == 0) {
             if (!std::freopen("/dev/null", "w", stdout)) _exit(1);
-            const auto comment = "COMMENT=" + layout.fields[1].second;
-            execl(wavehost, wavehost, "meta", "set", path.c_str(), "TITLE=New", comment.c_str(), nullptr);
+            execl(wavehost, wavehost, "meta", "set", path.c_str(), edit.fields[0].c_str(), nullptr);
             _exit(1);
         }
         usleep(delay);
@@ -138,7 +114,8 @@ TEST(KilledEdit, OfTheCommandLineLeavesEverySample) {
         int status = 0;
         waitpid(child, &status, 0);
         killed += WIFSIGNALED(status);
-        ExpectSound(layout, path, after, "killed after " + std::to_string(delay) + " us");
+        SCOPED_TRACE(delay);
+        ExpectSound(edit, path, after);
     }
     EXPECT_GT(killed, 0);
 }

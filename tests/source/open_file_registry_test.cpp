@@ -45,26 +45,35 @@ TEST_F(OpenFiles, OnlyForceClosesWhatHasAnOwner) {
 
 TEST_F(OpenFiles, ForceTakesTheUnreservedFirstThenTheOldest) {
     const auto sources = Open(1, true);
-    const auto state = sources[0]->Attachment().state;
-    CloseIdleReaders(*state, true, 1);
-    std::vector<LentReader> lent;
-    for (int i = 0; i < 3; ++i)
-        lent.push_back(AcquireReader(*state, &i + i));
-    const ReaderContext* unreserved = lent[1].context.get();
-    const ReaderContext* youngest = lent[2].context.get();
-    ReleaseReader(*state, std::move(lent[0]), &lent[0], 60000);
-    ReleaseReader(*state, std::move(lent[1]), &lent[1], 0);
-    ReleaseReader(*state, std::move(lent[2]), &lent[2], 60000);
-    EXPECT_EQ(CloseIdleReaders(*state, true, 1), 1);
-    for (const auto& context : state->idle)
-        EXPECT_NE(context.get(), unreserved);
-    EXPECT_EQ(CloseIdleReaders(*state, true, 1), 1);
-    ASSERT_EQ(state->idle.size(), 1u);
-    EXPECT_EQ(state->idle[0].get(), youngest);
+    auto& state = *sources[0]->Attachment().state;
+    CloseIdleReaders(state, true, 1);
+    LentReader lent[3];
+    const ReaderContext* readers[3];
+    for (size_t i = 0; i < 3; ++i) {
+        lent[i] = AcquireReader(state, &lent[i]);
+        readers[i] = lent[i].context.get();
+    }
+    for (size_t i = 0; i < 3; ++i)
+        ReleaseReader(state, std::move(lent[i]), &lent[i], i == 1 ? 0 : 60000);
+    EXPECT_EQ(CloseIdleReaders(state, true, 1), 1);
+    ASSERT_EQ(state.idle.size(), 2u);
+    EXPECT_EQ(state.idle[0].get(), readers[0]);
+    EXPECT_EQ(CloseIdleReaders(state, true, 1), 1);
+    ASSERT_EQ(state.idle.size(), 1u);
+    EXPECT_EQ(state.idle[0].get(), readers[2]);
 }
 
-TEST_F(OpenFiles, GentleCallsSweepTheTableOneReaderAtATime) {
-    const auto sources = Open(40, false);
+TEST_F(OpenFiles, GentleCallsSweepThirtyStatesAndCloseOneReaderAtATime) {
+    const auto owned = Open(70, true);
+    const auto states = BeginSweep(true);
+    for (int i = 0; i < 30; ++i)
+        AdvanceSweep(states);
+    const auto thirtyFirst = StateInSweep();
+    BeginSweep(true);
+    EXPECT_EQ(OpenFileReduce(gentle), 0) << "every reader has an owner";
+    EXPECT_EQ(StateInSweep(), thirtyFirst);
+
+    const auto free = Open(40, false);
     int total = 0;
     for (int i = 0; i < 200; ++i) {
         const int released = OpenFileReduce(gentle);
@@ -74,36 +83,23 @@ TEST_F(OpenFiles, GentleCallsSweepTheTableOneReaderAtATime) {
     EXPECT_EQ(total, 40);
 }
 
-TEST_F(OpenFiles, GentleCallVisitsThirtyStates) {
-    const auto sources = Open(70, true);
-    const auto states = BeginSweep(true);
-    for (int i = 0; i < 30; ++i)
-        AdvanceSweep(states);
-    const auto thirtyFirst = StateInSweep();
-    BeginSweep(true);
-    EXPECT_EQ(OpenFileReduce(gentle), 0) << "every reader has an owner";
-    EXPECT_EQ(StateInSweep(), thirtyFirst);
-}
-
 TEST_F(OpenFiles, HiresSourceGoesAfterAMinute) {
     host.storedPeaksPerSecond = 1;
     const auto sources = Open(1, true);
     auto& peaks = sources[0]->Attachment().state->peaks;
     double columns[8];
     PeakRequest request{0, 100, 1, 4, columns, 0, 0};
-    const auto age = [&](uint32_t milliseconds) {
+    const auto reduceAfter = [&](uint32_t milliseconds, uint32_t flags) {
         sources[0]->ReadPeaks(&request);
         peaks.hiresLastUsed = platform::TickMilliseconds() - milliseconds;
+        return OpenFileReduce(flags);
     };
-    age(59000);
-    EXPECT_EQ(OpenFileReduce(0), 0);
+    EXPECT_EQ(reduceAfter(59000, 0), 0);
     EXPECT_NE(peaks.hires, nullptr);
-    age(60001);
-    EXPECT_EQ(OpenFileReduce(0), 1);
+    EXPECT_EQ(reduceAfter(60001, 0), 1);
     EXPECT_EQ(peaks.hires, nullptr);
     EXPECT_EQ(IdleReaderCount(sources[0]->Name(), purposePeakRead), 0u);
-    age(0);
-    EXPECT_EQ(OpenFileReduce(forced), 2) << "the peak source and the reader";
+    EXPECT_EQ(reduceAfter(0, forced), 2) << "the peak source and the reader";
 }
 
 }  // namespace

@@ -15,10 +15,10 @@ constexpr int fileCount = 24;
 constexpr int frames = 4000;
 #if defined(_WIN32)
 constexpr int rounds = 25;
-constexpr int edits = 10;
+constexpr size_t edits = 10;
 #else
 constexpr int rounds = 150;
-constexpr int edits = 40;
+constexpr size_t edits = 40;
 #endif
 
 class Soak : public ::testing::Test {
@@ -49,19 +49,6 @@ class Soak : public ::testing::Test {
         EXPECT_TRUE(request.framesProduced == 4 || request.framesProduced == 0);
     }
 
-    static void BuildPeaks(PCM_source& source) {
-        source.ClearPeaks(false);
-        source.BeginPeakBuild(0);
-        source.RunPeakBuild();
-        source.FinishPeakBuild();
-    }
-
-    static void AskForText(PCM_source& source) {
-        InfoText(source);
-        ValueOf(source, "TITLE");
-        EXPECT_GE(source.LengthSeconds(), 0.0);
-    }
-
     void UseOwnSource(int file, uint32_t place) {
         const auto source = OpenSource(paths[static_cast<size_t>(file)]);
         ASSERT_TRUE(source->IsOnline());
@@ -84,9 +71,15 @@ class Soak : public ::testing::Test {
             case 0:
                 return source.SetOnline(false);
             case 1:
-                return BuildPeaks(source);
+                source.ClearPeaks(false);
+                source.BeginPeakBuild(0);
+                source.RunPeakBuild();
+                return source.FinishPeakBuild();
             case 2:
-                return AskForText(source);
+                InfoText(source);
+                ValueOf(source, "TITLE");
+                EXPECT_GE(source.LengthSeconds(), 0.0);
+                return;
             case 3:
                 return ReadPeaks(source, place);
             default:
@@ -97,10 +90,10 @@ class Soak : public ::testing::Test {
     // Tags one file after the other while they play; in place, or where handles keep the writer out, as a
     // copy.
     void Edit(const std::string& copyName) {
-        for (int edit = 0; edit < edits; ++edit) {
-            const auto file = static_cast<size_t>(edit % fileCount);
-            const Fields fields = {{"TITLE", "edit " + std::to_string(edit)}};
-            EXPECT_GT(RequestWrite(*OpenSource(paths[file]), folder.Path(copyName), fields, mergeTags), 0);
+        for (size_t edit = 0; edit < edits; ++edit) {
+            const auto source = OpenSource(paths[edit % fileCount]);
+            const Fields fields = {"TITLE=edit " + std::to_string(edit)};
+            EXPECT_GT(RequestWrite(*source, folder.Path(copyName), fields, mergeTags), 0);
         }
     }
 

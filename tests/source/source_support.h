@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "source/state_tables.h"
@@ -32,10 +32,9 @@ inline Bytes Ramp(int frames, int base = 0) {
     return bytes;
 }
 
-inline Bytes MonoFile(const Bytes& samples, const Bytes& chunksBefore = {}, const Bytes& chunksBehind = {},
-                      uint32_t rate = 1000) {
+inline Bytes MonoFile(const Bytes& samples, const Bytes& chunksBefore = {}, const Bytes& chunksBehind = {}) {
     return RiffFile(ByteWriter()
-                        .Chunk("fmt ", FmtBody(1, 1, rate, 16))
+                        .Chunk("fmt ", FmtBody(1, 1, 1000, 16))
                         .Add(chunksBefore)
                         .Chunk("data", samples)
                         .Add(chunksBehind));
@@ -80,9 +79,8 @@ inline std::vector<int> ReadInts(PCM_source& source, int64_t frame, int32_t fram
 }
 
 inline std::vector<int> Numbers(int first, int count) {
-    std::vector<int> numbers;
-    for (int i = 0; i < count; ++i)
-        numbers.push_back(first + i);
+    std::vector<int> numbers(static_cast<size_t>(count));
+    std::iota(numbers.begin(), numbers.end(), first);
     return numbers;
 }
 
@@ -99,15 +97,17 @@ inline std::string ValueOf(PCM_source& source, std::string key) {
 }
 
 // Every key and value, by enumeration.
-inline std::map<std::string, std::string> TagsOf(PCM_source& source) {
-    std::map<std::string, std::string> tags;
+using Tags = std::map<std::string, std::string>;
+
+inline Tags TagsOf(PCM_source& source) {
+    Tags tags;
     const char *key = nullptr, *value = nullptr;
     for (intptr_t i = 0; source.ExtendedCall(0x10013, Number(i), &key, &value); ++i)
         tags[key] = value;
     return tags;
 }
 
-inline std::map<std::string, std::string> TagsOf(const std::string& path) {
+inline Tags TagsOf(const std::string& path) {
     return TagsOf(*OpenSource(path));
 }
 
@@ -115,15 +115,23 @@ inline constexpr intptr_t replaceAll = 0;
 inline constexpr intptr_t mergeTags = 1;
 inline constexpr intptr_t neverInPlace = 2;
 
-using Fields = std::vector<std::pair<std::string, std::string>>;
+using Fields = std::vector<std::string>;  // "KEY=value"
 
 // Extended call 0x20008.
-inline intptr_t RequestWrite(PCM_source& source, std::string target, const Fields& fields, intptr_t flags) {
+inline intptr_t RequestWrite(PCM_source& source, std::string target, Fields fields, intptr_t flags) {
     std::vector<MetadataPair> pairs;
-    for (const auto& [key, value] : fields)
-        pairs.push_back({key.c_str(), value.c_str()});
+    for (auto& field : fields) {
+        const size_t equals = field.find('=');
+        field[equals] = '\0';
+        pairs.push_back({field.c_str(), &field[equals + 1]});
+    }
     pairs.push_back({nullptr, nullptr});
     return source.ExtendedCall(0x20008, target.data(), pairs.data(), Number(flags));
+}
+
+inline void Reopen(PCM_source& source) {
+    source.SetOnline(false);
+    source.SetOnline(true);
 }
 
 // The text of extended call 0x10014.
@@ -131,6 +139,11 @@ inline std::string InfoText(PCM_source& source) {
     char text[4096] = "";
     source.ExtendedCall(0x10014, text, Number(sizeof text), nullptr);
     return text;
+}
+
+// A file of the samples that stand beside the source.
+inline Bytes SampleFile(const std::string& name) {
+    return ReadWholeFile(VANTOR_SOURCE_DIR "/samples/" + name);
 }
 
 inline size_t IdleReaderCount(const std::string& path, int32_t purpose = purposePlayback) {

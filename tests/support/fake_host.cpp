@@ -177,55 +177,26 @@ const char* Translate(const char* text, const char* section, int32_t) {
     return current->localized.insert(current->localizePrefix + section + ":" + text).first->c_str();
 }
 
-int32_t Register(const char* key, void* service) {
-    current->registered[key] = service;
-    return current->registerResult;
-}
-
-void* Lookup(const char* name) {
-    const HostServices& offered = current->offered;
-    const std::map<std::string, void*> services = {
-        {"PCM_Source_CreateFromType", reinterpret_cast<void*>(offered.createFromType)},
-        {"Resampler_Create", reinterpret_cast<void*>(offered.createResampler)},
-        {"format_timestr", reinterpret_cast<void*>(offered.formatTime)},
-        {"PeakGet_Create", reinterpret_cast<void*>(offered.createPeakReader)},
-        {"PeakBuild_CreateEx", reinterpret_cast<void*>(offered.createPeakBuilder)},
-        {"resolve_fn", reinterpret_cast<void*>(offered.resolveFileName)},
-        {"relative_fn", reinterpret_cast<void*>(offered.relativeFileName)},
-        {"GetPeakFileName", reinterpret_cast<void*>(offered.peakFileName)},
-        {"update_disk_counters", reinterpret_cast<void*>(offered.updateDiskCounters)},
-        {"HiresPeaksFromSource", reinterpret_cast<void*>(offered.hiresPeaks)},
-        {"__localizeFunc", reinterpret_cast<void*>(offered.localize)},
-    };
-    current->lookups += std::string(name) + " ";
-    const auto found = services.find(name);
-    return found == services.end() ? nullptr : found->second;
-}
-
 }  // namespace
 
-FakeHost::FakeHost() : offered{} {
+FakeHost::FakeHost() {
     current = this;
-    offered.createResampler = CreateResampler;
-    offered.formatTime = FormatTime;
-    offered.createPeakReader = CreatePeakReader;
-    offered.createPeakBuilder = CreatePeakBuilder;
-    offered.resolveFileName = ResolveFileName;
-    offered.relativeFileName = RelativeFileName;
-    offered.peakFileName = PeakFileName;
-    offered.updateDiskCounters = UpdateDiskCounters;
-    offered.hiresPeaks = HiresPeaks;
-    offered.localize = Translate;
-    Services() = offered;
+    HostServices& services = Services() = {};
+    services.createResampler = CreateResampler;
+    services.formatTime = FormatTime;
+    services.createPeakReader = CreatePeakReader;
+    services.createPeakBuilder = CreatePeakBuilder;
+    services.resolveFileName = ResolveFileName;
+    services.relativeFileName = RelativeFileName;
+    services.peakFileName = PeakFileName;
+    services.updateDiskCounters = UpdateDiskCounters;
+    services.hiresPeaks = HiresPeaks;
+    services.localize = Translate;
 }
 
 FakeHost::~FakeHost() {
     Services() = {};
     current = nullptr;
-}
-
-HostInfo FakeHost::Info() {
-    return {hostInterfaceVersion, nullptr, Register, Lookup};
 }
 
 int32_t FakeProject::AddLine(const char* format, ...) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <map>
 #include <mutex>
 #include <set>
 #include <string>
@@ -16,17 +15,10 @@ namespace vantor::test {
 // threads start.
 class FakeHost {
   public:
-    FakeHost();   // binds all services directly, as the entry would
+    FakeHost();   // fills the table of services, as the entry would
     ~FakeHost();  // clears the table of services
     FakeHost(const FakeHost&) = delete;
     FakeHost& operator=(const FakeHost&) = delete;
-
-    // For the entry: its record, and the services that it finds by name. A null slot is not offered.
-    HostInfo Info();
-    HostServices offered;
-    int32_t registerResult = 1;
-    std::string lookups;                      // names asked for, in order, each with a blank behind
-    std::map<std::string, void*> registered;  // by key
 
     // Objects of the host that live: resamplers, peak readers and builders.
     std::atomic<int> liveObjects = 0;

@@ -28,6 +28,29 @@ enum class Fault {
     sharingViolation,  // an open is refused because somebody is writing the file
 };
 
+struct FaultOrder {
+    const char* name;
+    Operation operation;
+    Fault fault;
+    bool andLater;  // all later ones meet it too
+};
+// What can go wrong with a file.
+inline constexpr FaultOrder faultOrders[] = {
+    {"write fails", Operation::write, Fault::failure, false},
+    {"write stops half way", Operation::write, Fault::partial, false},
+    {"disk full", Operation::write, Fault::diskFull, true},
+    {"writes fail from here", Operation::write, Fault::failure, true},
+    {"seek fails", Operation::seek, Fault::failure, false},
+    {"seeks fail from here", Operation::seek, Fault::failure, true},
+    {"cut fails", Operation::cut, Fault::failure, false},
+    {"open fails", Operation::open, Fault::failure, false},
+    {"opens fail from here", Operation::open, Fault::failure, true},
+    {"file is being written", Operation::open, Fault::sharingViolation, false},
+    {"read fails", Operation::read, Fault::failure, false},
+    {"read stops half way", Operation::read, Fault::partial, false},
+    {"reads fail from here", Operation::read, Fault::failure, true},
+};
+
 struct OpenRecord {
     bool isWide = false;
     std::string narrow;  // the name in the form that was asked for
@@ -46,6 +69,9 @@ class ScriptedFileSystem final : public platform::FileSystem {
     // The `index`-th operation of the kind from now on (0: the next one) meets the fault; with `andLater`,
     // all after it do too.
     void FailAt(Operation operation, int64_t index, Fault fault, bool andLater = false);
+    void FailAt(const FaultOrder& order, int64_t index) {
+        FailAt(order.operation, index, order.fault, order.andLater);
+    }
     // Writes beyond so many bytes, counted from now on, find the disk full.
     void SetFreeBytes(int64_t bytes) { Set(script_.freeBytes, bytes); }
     // While set, overlapped requests stay pending until somebody waits for them.

@@ -55,18 +55,14 @@ int16_t PatternSample(int64_t frame, int channel) {
     return static_cast<int16_t>((frame * 7919 + channel * 12007) % 65536 - 32768);
 }
 
-Bytes PatternData(int frames, int channels) {
+Bytes PatternWav(int frames, int channels, const Bytes& chunks) {
     ByteWriter data;
     for (int frame = 0; frame < frames; ++frame)
         for (int channel = 0; channel < channels; ++channel)
             data.Le16(static_cast<uint16_t>(PatternSample(frame, channel)));
-    return data;
-}
-
-Bytes PatternWav(int frames, int channels, const Bytes& chunks) {
     return RiffFile(ByteWriter()
                         .Chunk("fmt ", FmtBody(1, static_cast<uint16_t>(channels), 48000, 16))
-                        .Chunk("data", PatternData(frames, channels))
+                        .Chunk("data", data)
                         .Add(chunks));
 }
 

@@ -1,6 +1,9 @@
 // Starts the reference host as a person does, and the files that it is given.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -24,10 +27,19 @@ HostRun RunWavehost(const std::vector<std::string>& arguments);
 
 // 16-bit samples that differ in every frame and channel.
 int16_t PatternSample(int64_t frame, int channel);
-Bytes PatternData(int frames, int channels);
 // A WAV file of those samples; `chunks` stand behind the data.
 Bytes PatternWav(int frames, int channels, const Bytes& chunks = {});
 // A LIST chunk of type INFO with one item.
 Bytes InfoChunk(std::string_view id, std::string_view text);
+
+class Wavehost : public ::testing::Test {
+  protected:
+    static int ExitCode(const std::vector<std::string>& arguments) { return RunWavehost(arguments).exitCode; }
+    [[nodiscard]] size_t FilesInFolder() const {
+        return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder.Path("")), {}));
+    }
+
+    TempFolder folder;
+};
 
 }  // namespace vantor::test
