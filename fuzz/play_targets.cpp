@@ -72,15 +72,20 @@ void PlayConverted(PCM_source& source, Choices& choices) {
 }
 
 void PlaySlices(PCM_source_wavefile& source, Choices& choices) {
-    for (const int32_t slice : {0, 1, int32_t{choices.Byte()}}) {
-        source.SetSliceIndex(slice);
-        static_cast<void>(ReadFramesAt(source, 0, 100, 2, 50));
+    for (int32_t index : {0, 1, int32_t{choices.Byte()}}) {
+        SliceRequest slice{};
+        std::vector<double> played;
+        if (source.ExtendedCall(callBeatSlices, &index, &slice, nullptr)) {
+            const HostPtr<PCM_source> owned(slice.source);
+            played = ReadFramesAt(*owned.Get(), 0, 100, 2, 50);
+        }
+        source.SetSliceIndex(index);
+        const auto same = ReadFramesAt(source, 0, 100, 2, 50);
+        Require(!slice.source || SameBits(played, same), "same samples of a slice");
         std::array<double, 2 * 2 * 8> peaks;
         PeakRequest request{0, 50, 2, 8, peaks.data(), 0, 0};
         source.ReadPeaks(&request);
-        SliceRequest beats{};
-        if (source.ExtendedCall(callBeatSlices, Number(slice), &beats, nullptr))
-            const HostPtr<PCM_source> owned(beats.source);
+        source.SetSliceIndex(-1);
     }
 }
 
