@@ -11,8 +11,6 @@
 namespace vantor::test {
 namespace {
 
-using Tags = std::map<std::string, std::string>;
-
 const std::string cyrillic = "\u041F\u0451\u0442\u0440 \u0418\u043B\u044C\u0438\u0447";
 const std::string kanji = "\u6F22\u5B57 \u304B\u306A";
 const std::string emoji = "\U0001F3A7 a & b < c > \"d\" 'e'";
@@ -72,19 +70,19 @@ TEST_F(InteropTags, OfFfmpegAreRead) {
     }
 }
 
-const Fields edit = {{"TITLE", kanji},
-                     {"ARTIST", cyrillic},
-                     {"ALBUM", emoji},
-                     {"GENRE", french},
-                     {"COMMENT", emoji},
-                     {"DESC", cyrillic},
-                     {"DATE", "2023-11-12"},
-                     {"PREFPOS", "100000"},
-                     {"CART:SEG1", "99"},
-                     {"CART:URL", "http://x"},
-                     {"IXML:USER:Mood", emoji},
-                     {"AXML:ISRC", "USS1Z9900001"},
-                     {"XMP:MARK000", "1000:2000:" + emoji}};
+const Fields edit = {"TITLE=" + kanji,
+                     "ARTIST=" + cyrillic,
+                     "ALBUM=" + emoji,
+                     "GENRE=" + french,
+                     "COMMENT=" + emoji,
+                     "DESC=" + cyrillic,
+                     "DATE=2023-11-12",
+                     "PREFPOS=100000",
+                     "CART:SEG1=99",
+                     "CART:URL=http://x",
+                     "IXML:USER:Mood=" + emoji,
+                     "AXML:ISRC=USS1Z9900001",
+                     "XMP:MARK000=1000:2000:" + emoji};
 
 void ExpectLibsndfileShowsChunks(const std::string& path) {
     SF_INFO info{};
