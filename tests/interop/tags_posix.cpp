@@ -78,6 +78,7 @@ const Fields edit = {"TITLE=" + kanji,
                      "DESC=" + cyrillic,
                      "DATE=2023-11-12",
                      "PREFPOS=100000",
+                     "BWF:Originator=Edited",
                      "CART:SEG1=99",
                      "CART:URL=http://x",
                      "IXML:USER:Mood=" + emoji,
@@ -90,6 +91,7 @@ void ExpectLibsndfileShowsChunks(const std::string& path) {
     SF_BROADCAST_INFO bext{};
     ASSERT_EQ(sf_command(file.get(), SFC_GET_BROADCAST_INFO, &bext, sizeof bext), SF_TRUE) << path;
     EXPECT_EQ(std::string(bext.description), cyrillic);
+    EXPECT_EQ(std::string(bext.originator), "Edited");
     EXPECT_EQ(std::string(bext.origination_date, 10), "2023-11-12");
     EXPECT_EQ(bext.time_reference_low, 4410000u);
     SF_CART_INFO cart{};

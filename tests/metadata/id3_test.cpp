@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <set>
 
 #include "metadata/read/id3_entries.h"
 #include "metadata/read/id3_genres.h"
@@ -113,20 +114,14 @@ TEST(Id3Reader, KeysEveryKindOfFrame) {
 }
 
 TEST(Id3Reader, HoldsTheLengthOfAChunkAgainstItsTag) {
-    struct Case {
-        uint32_t storedSize;
-        size_t chunkBytes;
-        bool isAccepted;
-    };
-    const Case cases[] = {
-        {20, 30, true},  {21, 31, true},  {21, 32, true}, {20, 31, false},
-        {20, 29, false}, {21, 33, false}, {0, 10, false}, {20 | 0x80, 30, false},
-    };
-    for (const auto& [size, bytes, isAccepted] : cases) {
-        MetadataStore store;
-        const Bytes chunk = ByteWriter().Text("ID3\4").Zeros(2).Be32(size).Zeros(bytes - 10);
-        EXPECT_EQ(ReadId3Chunk(chunk, store, 0), isAccepted) << size << " in " << bytes;
-    }
+    // An odd tag may have a pad byte.
+    const std::set<std::pair<uint32_t, size_t>> accepted = {{20, 30}, {21, 31}, {21, 32}};
+    for (const uint32_t size : {0, 20, 21, 20 | 0x80})
+        for (const size_t chunkBytes : {10, 29, 30, 31, 32, 33}) {
+            MetadataStore store;
+            const Bytes chunk = ByteWriter().Text("ID3\4").Zeros(2).Be32(size).Zeros(chunkBytes - 10);
+            EXPECT_EQ(ReadId3Chunk(chunk, store, 0), accepted.contains({size, chunkBytes})) << chunkBytes;
+        }
 }
 
 TEST(Id3Reader, DecodesEveryEncodingAndJoinsTexts) {

@@ -105,7 +105,7 @@ TEST(RiffChunks, KeepWhatFitsTheirFields) {
                 "07:05=07:05:00|12.34.56=12.34.56|07:05:0=07:05:00|07:05:xx=07:05:00|7:05:00=|07:5="
                 "|07:05:001=")},
         {"BWF:TimeReference", Listed("", "48000=48000|-1=0|48000.0=0| 1=0")},
-        // In hundredths, cut towards what lies above.
+        // In hundredths; negative ones come a hundredth nearer to zero.
         {"BWF:MaxTruePeakLevel",
          Listed("",
                 "-23=-22.99|-1.004=-0.99|12.5=12.5|0.005=0.01|-0.005=|-23.045=-23.04|1e300=|inf="

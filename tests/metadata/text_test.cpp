@@ -44,12 +44,5 @@ TEST(Texts, AreUtf8InItsShortestFormOnly) {
         EXPECT_FALSE(IsValidUtf8(invalid)) << BytesOf(invalid).size();
 }
 
-TEST(Texts, CompareWithoutCase) {
-    EXPECT_TRUE(EqualIgnoringCase("Info", "iNFO"));
-    EXPECT_FALSE(EqualIgnoringCase("@", "`"));
-    EXPECT_TRUE(StartsWithIgnoringCase("bwf:Description", "BWF"));
-    EXPECT_FALSE(StartsWithIgnoringCase("BW", "BWF"));
-}
-
 }  // namespace
 }  // namespace vantor::test
