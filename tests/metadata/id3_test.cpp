@@ -346,6 +346,9 @@ TEST(Id3Chunk, KeepsPicturesWhereverTheyLie) {
         const auto store = ReadStore(oldTag, 5000);
         EXPECT_EQ(EntriesOf(store), (Entries{{"ID3:APIC", first}, {"ID3:APIC:002", second}}));
         EXPECT_EQ(FramesOf(BuildTag(store, oldTag)), pictures);
+        // The old tag is where a picture comes from that has only moved, whatever now lies in its place.
+        const std::string moved(ReadStore(oldTag, -30).Value("ID3:APIC"));
+        EXPECT_EQ(PictureFrames(moved, oldTag), Frames{pictures[0]});
         // Another picture in its place; the second one removed.
         EXPECT_EQ(PictureFrames("type:3 offset:10 length:7", oldTag), (Frames{"APIC\0\0\3\0\3\0picture"s}));
     }

@@ -216,8 +216,8 @@ TEST(CafInfo, IsReadUpToTheFirstBrokenPair) {
     const auto with = [&](const std::string& second) {
         return ReadCaf(ByteWriter().Add(first).Text(second));
     };
-    EXPECT_EQ(with("k\0\u00E9\u20AC\xF7\x80\x80\x80\0"s),
-              Listed("CAFINFO:", "k=\u00E9\u20AC\xF7\x80\x80\x80|tempo=120"));
+    EXPECT_EQ(with("k\0\u07FF\u0800\uFFFF\U00010000\xF7\x80\x80\x80\0"s),
+              Listed("CAFINFO:", "k=\u07FF\u0800\uFFFF\U00010000\xF7\x80\x80\x80|tempo=120"));
     for (const std::string& broken : {"key\0"s, "key\0no end"s, "k\xC1\x80\0v\0"s, "key\0\xE2\x82\0"s,
                                       "key\0\xF8\x80\x80\x80\0"s, "\x80\0v\0"s})
         EXPECT_EQ(with(broken), Listed("", "CAFINFO:tempo=120|refused=")) << broken;
