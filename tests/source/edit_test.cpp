@@ -29,10 +29,13 @@ TEST_F(Edits, ChangeTheirTagsAndNothingElse) {
     for (const auto& edit : EditCases()) {
         SCOPED_TRACE(edit.name);
         const auto copied = folder.Write("copied.wav", edit.file);
-        for (const auto* title : {"a target that is open", "is read anew"}) {
-            const Fields fields = {std::string("TITLE=") + title};
-            ASSERT_EQ(RequestWrite(*OpenSource(copied), target, fields, mergeTags | neverInPlace), 1);
-            EXPECT_EQ(TagsOf(target)["INFO:INAM"], title);
+        {
+            std::vector<SourcePtr> open;
+            for (const std::string title : {"TITLE=Copy", "TITLE=Twin"}) {
+                ASSERT_EQ(RequestWrite(*OpenSource(copied), target, {title}, mergeTags | neverInPlace), 1);
+                open.push_back(OpenSource(target));
+                EXPECT_EQ("TITLE=" + TagsOf(*open.back())["INFO:INAM"], title) << "it is read anew";
+            }
         }
         ASSERT_EQ(RequestWrite(*OpenSource(copied), target, edit.fields, edit.flags | neverInPlace), 1);
         ExpectOutcome(edit, target);
