@@ -1,6 +1,34 @@
 #include "tests/decode/decode_support.h"
 
+#include <algorithm>
+
 namespace vantor::test {
+
+Bytes Noise(size_t count, uint32_t seed) {
+    Bytes bytes(count);
+    for (auto& byte : bytes) {
+        seed = seed * 1664525 + 1013904223;
+        byte = static_cast<uint8_t>(seed >> 24);
+    }
+    return bytes;
+}
+
+Bytes Ramp(int32_t frames, int32_t channels) {
+    ByteWriter bytes;
+    for (int32_t frame = 0; frame < frames; ++frame)
+        for (int32_t channel = 0; channel < channels; ++channel)
+            bytes.Le16(static_cast<uint16_t>(frame + 1000 * channel));
+    return bytes;
+}
+
+double RampValue(int32_t frame, int32_t channel) {
+    return (frame + 1000 * channel) / 32768.0;
+}
+
+Samples FramesOf(const Samples& all, int64_t first, int64_t count, int32_t channels) {
+    const int64_t end = std::min<int64_t>((first + count) * channels, std::ssize(all));
+    return {all.begin() + first * channels, all.begin() + end};
+}
 
 void Describe(AudioFormat& format, const Coding& coding, int64_t frames) {
     format.encoding = coding.encoding;
@@ -16,7 +44,7 @@ void Describe(AudioFormat& format, const Coding& coding, int64_t frames) {
 
 PlayedFile::PlayedFile(const Coding& coding, const Bytes& audio, int64_t frames, const Bytes& tail) {
     Describe(format, coding, frames);
-    path = folder_.Write("audio", ByteWriter().Fill(headBytes, headFill).Add(audio).Add(tail));
+    const auto path = folder_.Write("audio", ByteWriter().Fill(headBytes, 0x55).Add(audio).Add(tail));
     context = std::make_unique<ReaderContext>(std::make_unique<FileReader>(path, ReadParameters{0, 8192, 1}));
     scope.source = this;
 }

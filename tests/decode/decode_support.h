@@ -15,17 +15,16 @@ namespace vantor::test {
 using Samples = std::vector<double>;
 
 inline constexpr int64_t headBytes = 44;  // of something else, in front of the audio
-inline constexpr uint8_t headFill = 0x55;
 
 // Repeatable noise: every byte value comes.
-inline Bytes Noise(size_t count, uint32_t seed = 1) {
-    Bytes bytes(count);
-    for (auto& byte : bytes) {
-        seed = seed * 1664525 + 1013904223;
-        byte = static_cast<uint8_t>(seed >> 24);
-    }
-    return bytes;
-}
+Bytes Noise(size_t count, uint32_t seed = 1);
+
+// 16-bit frames whose first channel counts up from 0 and whose others lie 1000 apart.
+Bytes Ramp(int32_t frames, int32_t channels);
+double RampValue(int32_t frame, int32_t channel = 0);
+
+// `count` frames from `first` on, or as many as there are.
+Samples FramesOf(const Samples& all, int64_t first, int64_t count, int32_t channels);
 
 // The record of a file whose audio begins after headBytes.
 struct Coding {
@@ -57,7 +56,6 @@ class PlayedFile {
     std::unique_ptr<ReaderContext> context;
     ReadScope scope;
     double absoluteSeconds = 0;
-    std::string path;
 
   private:
     TempFolder folder_;

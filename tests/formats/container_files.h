@@ -1,7 +1,9 @@
 // Small files of every container, and the chunks that describe their audio.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "tests/support/byte_writer.h"
 
@@ -13,6 +15,10 @@ inline const Bytes tenFrames(40, 1);  // of pcmFmt
 // Chunks around a `fmt ` body and ten frames of audio.
 inline Bytes WaveFile(const Bytes& fmt = pcmFmt, const Bytes& between = {}) {
     return RiffFile(ByteWriter().Chunk("fmt ", fmt).Add(between).Chunk("data", tenFrames));
+}
+
+inline Bytes Wave64AudioFile(const Bytes& fmt, const Bytes& between = {}) {
+    return Wave64File(ByteWriter().Wave64Chunk("fmt ", fmt).Add(between).Wave64Chunk("data", tenFrames));
 }
 
 // WAVE_FORMAT_EXTENSIBLE of 6 channels: a sub-format code with the usual GUID tail.
@@ -43,6 +49,10 @@ inline Bytes SsndBody(size_t audioBytes, uint32_t offset = 0) {
     return ByteWriter().Be32(offset).Be32(0).Zeros(audioBytes);
 }
 
+inline Bytes AiffFile(std::string_view form, const Bytes& comm, const Bytes& between = {}) {
+    return IffFile(form, ByteWriter().IffChunk("COMM", comm).Add(between).IffChunk("SSND", SsndBody(240)));
+}
+
 struct CafDescription {
     double rate = 48000;
     std::string_view format = "lpcm";
@@ -60,13 +70,21 @@ inline Bytes DescBody(const CafDescription& d = {}) {
 }
 
 // `between` stands before 40 bytes of audio.
-inline Bytes CafAudioFile(const Bytes& between, const CafDescription& d = {}) {
-    const Bytes data = ByteWriter().Zeros(44);
-    return CafFile(ByteWriter().CafChunk("desc", DescBody(d)).Add(between).CafChunk("data", data));
+inline Bytes CafAudioFile(const CafDescription& d, const Bytes& between = {}) {
+    return CafFile(ByteWriter().CafChunk("desc", DescBody(d)).Add(between).CafChunk("data", Bytes(44)));
 }
 
 inline Bytes CafMark(int64_t frame, uint32_t id) {
     return ByteWriter().Be32(0).Be64(static_cast<uint64_t>(frame)).Be32(id).Zeros(12);
 }
+
+// One file of every container with every chunk that its walk knows: for reading, cutting and damaging.
+struct SampleFile {
+    Bytes bytes;
+    std::string record;    // what is found in it, as RecordText
+    std::string refusals;  // why it is refused when it is cut off, and the first length for which it is that
+};
+
+std::vector<SampleFile> SampleFiles();
 
 }  // namespace vantor::test

@@ -38,10 +38,6 @@ Bytes Sampler(uint32_t loops, uint32_t extra) {
     return ByteWriter().Chunk("smpl", smpl);
 }
 
-std::string MarkersOf(const Bytes& chunks, uint32_t sampleRate = rate) {
-    return MarkersText(ParsePlayable(WaveFile(FmtBody(1, 1, sampleRate, 16), chunks))->format.markers);
-}
-
 TEST(Markers, AreReadFromChunksThatAddUp) {
     const Bytes verse = Text("labl", 1, "Verse"), note = Text("note", 1, "x"), ltxt = Labelled(1, 0, "y");
     const auto both = [](const Bytes& first, const Bytes& second) {
@@ -80,9 +76,10 @@ TEST(Markers, AreReadFromChunksThatAddUp) {
         {Sampler(178956971, 10), ""},  // 24 times it is 8 in 32 bits
     };
     for (const auto& c : cases)
-        EXPECT_EQ(MarkersOf(c.chunks), c.markers) << "case " << &c - cases;
-    EXPECT_EQ(MarkersOf(both(Cues({{2, 9}}), Adtl({verse})), 0), "");
-    EXPECT_EQ(MarkersOf(Cues({{2, 9}}), 1), "");
+        EXPECT_EQ(FoundIn(WaveFile(FmtBody(1, 1, rate, 16), c.chunks)).markers, c.markers)
+            << "case " << &c - cases;
+    for (const uint32_t tooSlow : {0u, 1u})
+        EXPECT_EQ(FoundIn(WaveFile(FmtBody(1, 1, tooSlow, 16), Cues({{2, 9}}))).markers, "");
 }
 
 TEST(Markers, ManyCuesAndLabelsFindEachOther) {
@@ -94,11 +91,10 @@ TEST(Markers, ManyCuesAndLabelsFindEachOther) {
         cues.Le32(i % count).Zeros(16).Le32(i < count ? 0 : rate);  // every id twice
     for (uint32_t i = count; i-- > 0;)
         labels.Add(Text("labl", i, "m"));
-    const auto parsed =
+    const auto format =
         ParsePlayable(WaveFile(pcmFmt, ByteWriter().Chunk("cue ", cues).Chunk("LIST", labels)));
-    const auto& markers = parsed->format.markers;
-    ASSERT_EQ(markers.size(), count);
-    EXPECT_EQ(MarkersText({markers[17], markers[count - 1]}), "17@1 m; 99999@1 m");
+    ASSERT_EQ(format->markers.size(), count);
+    EXPECT_EQ(MarkersText({format->markers[17], format->markers[count - 1]}), "17@1 m; 99999@1 m");
 }
 
 struct Rf64Entry {
@@ -128,6 +124,44 @@ TEST(Rf64Markers, MoveTheMarkerOfTheirIdAndPlaceOrMakeIt) {
     EXPECT_EQ(PlaceRf64({}, {{0, rate, 1}, {1, 2 * rate, 4, "a"}, {0, 3 * rate, 0xDEADBEEF}, {1, rate, 5}}),
               "4@2-3 a; 5@1");
     EXPECT_EQ(PlaceRf64({}, {{1, rate, 5}, {1, rate, 5}}), "5@1");  // a marker made is found again
+}
+
+TEST(Wave64Markers, AreCuesWithNames) {
+    ByteWriter cues;
+    cues.Le32(0xFFFFFFFF);  // entries
+    cues.Le32(5).Le32(0).Le64(22050).Le64(~0ull).Le32(7).Le32(0);
+    cues.Le16('A').Le16(0xE9).Le16(0xD83D).U8('x');  // the name's odd byte is no character
+    cues.Le32(6).Le32(0).Le64(44100).Le64(44100).Le32(6).Le32(0).Le16('B').Le16(0).Le16('C');
+    cues.Le32(6).Le32(0).Le64(88200).Le64(~0ull).Le32(9).Le32(0).Text("too short");  // not merged with it
+    cues.Le32(7).Le32(0).Le64(88200).Le64(~0ull).Le32(10).Le32(0).Text("no name");
+    EXPECT_EQ(
+        FoundIn(Wave64AudioFile(pcmFmt, ByteWriter().Wave64Chunk("cue ", cues))).markers,
+        "5@0.5 A\xC3\xA9\xEF\xBF\xBD; 6@1-2 B; 6@2 \xE6\xBD\xB4\xE2\x81\xAF\xE6\xA1\xB3\xE7\x89\xAF; 7@2");
+}
+
+TEST(CafMarkers, AreNamedAndNumbered) {
+    ByteWriter strings, marks, regions;
+    strings.Be32(5);
+    strings.Be32(7).Be64(0).Be32(7).Be64(2);  // of two the first
+    strings.Be32(8).Be64(6);                  // an empty string
+    strings.Be32(9).Be64(1000);               // beyond the text
+    strings.Be32(3).Be64(7);
+    strings.Text("Verse").Zeros(2).Fill(600, 'x');
+    marks.Be32(0).Be32(8);
+    for (const uint32_t id : {7u, 0u, 8u, 9u, 3u, 0x80000007u})
+        marks.Add(CafMark(24000, id));
+    marks.Add(CafMark(0, 12)).Add(CafMark(-1, 7));
+    regions.Be32(0).Be32(3);
+    regions.Be32(7).Be32(0).Be32(3).Add(CafMark(96000, 1)).Add(CafMark(48000, 2)).Add(CafMark(72000, 3));
+    regions.Be32(7).Be32(0).Be32(2).Add(CafMark(5, 1)).Add(CafMark(5, 2));
+    regions.Be32(0).Be32(0).Be32(2).Add(CafMark(5, 1)).Add(CafMark(6, 2));
+    const Bytes chunks =
+        ByteWriter().CafChunk("mark", marks).CafChunk("regn", regions).CafChunk("strg", strings);
+    // Numbered before the one at 0 without a name, the 6th, and the one before the start are removed.
+    EXPECT_EQ(FoundIn(CafAudioFile({}, chunks)).markers,
+              "1@0.5 Verse; 2@0.5; 3@0.5; 4@0.5 " + std::string(511, 'x') + "; 5@0.5; 8@1-2 Verse");
+    const Bytes early = ByteWriter().Add(chunks).CafChunk("desc", DescBody()).CafChunk("data", Bytes(44));
+    EXPECT_EQ(FoundIn(CafFile(early)).markers, "");  // the rate is not known by then
 }
 
 }  // namespace

@@ -1,63 +1,152 @@
+// Whole files: read anew or not, cut off, without memory, of extreme sizes.
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <system_error>
+
 #include "host/host_services.h"
 #include "tests/formats/parse_fixture.h"
+#include "tests/support/failing_allocation.h"
 #include "tests/support/scripted_file_system.h"
 
 namespace vantor::test {
 namespace {
 
-int Parse(AudioFormat& format, const std::string& path) {
-    FileReader reader(path, smallReader);
-    return ParseAudioFormat(format, reader);
+TEST(ParseDriver, ReadsEveryChunkOfTheSamples) {
+    for (const auto& sample : SampleFiles())
+        EXPECT_EQ(RecordText(*ParsePlayable(sample.bytes)), sample.record);
 }
 
-TEST(ParseDriver, OnlyAFileThatHasChangedOrFailedIsReadAgain) {
+TEST(ParseDriver, CutAtEveryByteTheSamplesPlayOrSayWhyNot) {
+    for (const auto& sample : SampleFiles()) {
+        const TempFolder folder;
+        const auto path = folder.Write("file", sample.bytes);
+        std::map<std::string, size_t> refusals;
+        for (size_t bytes = sample.bytes.size(); bytes-- > 0;) {
+            std::filesystem::resize_file(path, bytes);
+            AudioFormat format;
+            if (!Parse(format, path)) refusals[*format.errorMessage] = bytes;
+            if (IsAdpcm(format.encoding) || format.lengthFrames == 0) continue;
+            const auto end = format.dataStart + format.lengthFrames * format.blockAlign;
+            EXPECT_LE(end, static_cast<int64_t>(bytes));
+        }
+        std::string text;
+        for (const auto& [message, bytes] : refusals)
+            text += message + " " + std::to_string(bytes) + "\n";
+        EXPECT_EQ(text, sample.refusals);
+    }
+}
+
+TEST(ParseDriver, WithoutMemoryTheSamplesAreRefusedOrLoseTags) {
+    for (const auto& sample : SampleFiles()) {
+        const TempFolder folder;
+        const auto path = folder.Write("file", sample.bytes);
+        bool hasFailed = true;
+        for (int allowed = 0; hasFailed; ++allowed) {
+            FileReader reader(path, smallReader);
+            AudioFormat format;
+            int result = -1;
+            {
+                const FailingAllocation failing(allowed);
+                result = ParseAudioFormat(format, reader);
+                hasFailed = failing.HasFailed();
+            }
+            EXPECT_EQ(result == 1, format.lengthFrames == 0) << allowed;
+            EXPECT_EQ(ParseAudioFormat(format, reader), 0) << allowed;
+        }
+    }
+}
+
+TEST(ParseDriver, ReadsOnlyAFileAgainThatHasChangedOrFailed) {
     const TempFolder folder;
     const auto path = folder.Write("file", WaveFile());
     AudioFormat format;
-    ASSERT_EQ(Parse(format, path), 0);
+    ASSERT_TRUE(Parse(format, path));
     format.metadata.Set("still", "here");
     format.errorMessage = "stale";
-    EXPECT_EQ(Parse(format, path), 0);
-    EXPECT_FALSE(format.errorMessage);
+    EXPECT_TRUE(Parse(format, path));
     const std::string unchanged = RecordText(format);
     folder.Write("file", ByteWriter().Add(WaveFile()).Zeros(8));
-    EXPECT_EQ(Parse(format, path), 0);
+    EXPECT_TRUE(Parse(format, path));
     EXPECT_EQ(unchanged, RecordText(format) + "still=here\n");
     folder.Write("file", ByteWriter().Text("no audio here"));
     for (int attempt = 0; attempt < 2; ++attempt) {
-        EXPECT_EQ(Parse(format, path), 1);
-        EXPECT_EQ(format.errorMessage, "Unknown file header");
+        EXPECT_FALSE(Parse(format, path));
         EXPECT_EQ(RecordText(format), "kind -1, int0 little, 0 ch, 0 Hz, 0 bytes, 0 frames at 0\n");
     }
 }
 
-TEST(ParseDriver, AFileBeingWrittenIsMarkedWhenItEndsEarly) {
+TEST(ParseDriver, MarksAFileBeingWrittenWhenItEndsEarly) {
     ScriptedFileSystem files;
     const platform::ScopedFileSystem scope(files);
     const TempFolder folder;
-    const auto growing = [&](uint32_t sizeField) {
+    for (const auto& [sizeField, growing] : {std::pair{4000u, true}, {0u, true}, {40u, false}}) {
         const auto fmt = ByteWriter().Chunk("fmt ", pcmFmt);
-        const Bytes file = RiffFile(ByteWriter().Add(fmt).Text("data").Le32(sizeField).Zeros(40));
-        const auto path = folder.Write("file", file);
+        const auto path =
+            folder.Write("file", RiffFile(ByteWriter().Add(fmt).Text("data").Le32(sizeField).Zeros(40)));
         files.FailAt(Operation::open, 0, Fault::sharingViolation);
         AudioFormat format;
-        EXPECT_EQ(Parse(format, path), 0);
+        EXPECT_TRUE(Parse(format, path));
         EXPECT_EQ(format.lengthFrames, 10);
-        return format.lengthCutWhileGrowing;
-    };
-    EXPECT_TRUE(growing(4000));
-    EXPECT_TRUE(growing(0));
-    EXPECT_FALSE(growing(40));
+        EXPECT_EQ(format.lengthCutWhileGrowing, growing) << sizeField;
+    }
 }
 
-TEST(ParseDriver, MessagesAreLocalised) {
+TEST(ParseDriver, LocalisesItsMessages) {
     const auto previous = Services().localize;
     Services().localize = [](const char* text, const char* section, int32_t flags) -> const char* {
         const bool asAgreed = text == std::string_view("Unknown file header") && flags == 0;
         return asAgreed && section == std::string_view("wave") ? "translated" : "wrong key";
     };
-    EXPECT_EQ(ParseBytes({})->Message(), "translated");
+    EXPECT_EQ(FoundIn({}).audio, "translated");
     Services().localize = previous;
+}
+
+TEST(ParseDriver, FindsChunksBehindZeros) {
+    for (const size_t zeros : {size_t{8}, size_t{16}, size_t{4096}, size_t{4104}, size_t{64} << 20}) {
+        ByteWriter chunks;
+        chunks.Zeros(zeros).Chunk("fmt ", pcmFmt).Zeros(zeros).Chunk("data", tenFrames).Zeros(zeros);
+        const auto format = ParsePlayable(RiffFile(chunks.Chunk("tail", Bytes(4))));
+        EXPECT_EQ(format->lengthFrames, 10) << zeros;
+        EXPECT_EQ(format->metadata.Count(), 1u) << zeros;
+    }
+}
+
+constexpr int64_t sparseBytes = (int64_t{4} << 30) + (int64_t{1} << 20);
+
+// A file of `header`, zeros up to sparseBytes and `tail` at its end; false when it cannot be had.
+bool ParseSparse(AudioFormat& format, const Bytes& header, const Bytes& tail = {}) {
+    const TempFolder folder;
+    const auto path = folder.Write("file", header);
+    std::error_code error;
+    std::filesystem::resize_file(path, sparseBytes - tail.size(), error);
+    if (error) return false;
+    std::ofstream(path, std::ios::binary | std::ios::app)
+        .write(reinterpret_cast<const char*>(tail.data()), static_cast<std::streamsize>(tail.size()));
+    (void)Parse(format, path);
+    return true;
+}
+
+TEST(ParseDriver, CountsAllAudioBeyondFourGiB) {
+    const auto fmt = ByteWriter().Chunk("fmt ", pcmFmt);
+    const auto wrapped = static_cast<uint32_t>(sparseBytes - 44 - 12);
+    AudioFormat wave, aiff, caf;
+    if (!ParseSparse(wave, RiffFile(ByteWriter().Add(fmt).Text("data").Le32(wrapped)),
+                     ByteWriter().Chunk("tail", Bytes(4))))
+        GTEST_SKIP() << "no sparse file of 4 GiB here";
+    EXPECT_EQ(wave.lengthFrames, (sparseBytes - 44) / 4);
+    EXPECT_TRUE(wave.metadata.Has("tail"));  // the audio was stepped over whole
+
+    const auto comm = ByteWriter().IffChunk("COMM", CommBody(2, 25, 16));
+    ASSERT_TRUE(
+        ParseSparse(aiff, IffFile("AIFF", ByteWriter().Add(comm).Text("SSND").Be32(0xFFFFFFF0).Be64(0))));
+    EXPECT_EQ(aiff.lengthFrames, 25 + (int64_t{1} << 30));
+
+    // A chunk that the file does hold, but that no metadata fills, takes no memory.
+    const auto desc = ByteWriter().CafChunk("desc", DescBody());
+    ASSERT_TRUE(ParseSparse(caf, CafFile(ByteWriter().Add(desc).Text("info").Be64(uint64_t{4} << 30))));
+    EXPECT_EQ(caf.errorMessage, "Error reading CAFF info chunk");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Parses files that a test has made in memory.
+// Parses files that a test has made in memory, and puts what was found into texts that it compares whole.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,7 +9,6 @@
 
 #include "formats/audio_format.h"
 #include "tests/formats/container_files.h"
-#include "tests/formats/record_text.h"
 #include "tests/support/temp_file.h"
 
 namespace vantor::test {
@@ -17,47 +16,20 @@ namespace vantor::test {
 // One staged block: the smallest reader there is, so that seeks within a file are real ones.
 inline constexpr ReadParameters smallReader{.mode = 0, .blockBytes = 8192, .blockCount = 1};
 
-struct ParsedFile {
-    int result = -1;
-    AudioFormat format;
+// False when the file is refused; then `format.errorMessage` says why, and nothing of its audio is kept.
+bool Parse(AudioFormat& format, const std::string& path);
+std::unique_ptr<AudioFormat> ParsePlayable(const Bytes& file);
 
-    [[nodiscard]] std::string Message() const { return format.errorMessage.value_or(""); }
+struct Found {
+    std::string audio;    // "int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 44", and what else it is; or
+                          // why the file is refused
+    std::string loop;     // "loop 1, beats 8, slices 0 600"
+    std::string markers;  // "2@0.5; 3@1-2 name": ids, seconds, the end of a region, names
 };
+Found FoundIn(const Bytes& file);
 
-inline std::unique_ptr<ParsedFile> ParsePath(const std::string& path) {
-    auto parsed = std::make_unique<ParsedFile>();
-    FileReader reader(path, smallReader);
-    parsed->result = ParseAudioFormat(parsed->format, reader);
-    return parsed;
-}
-
-inline std::unique_ptr<ParsedFile> ParseBytes(const Bytes& bytes) {
-    const TempFolder folder;
-    return ParsePath(folder.Write("file", bytes));
-}
-
-// A file that must play.
-inline std::unique_ptr<ParsedFile> ParsePlayable(const Bytes& bytes) {
-    auto parsed = ParseBytes(bytes);
-    EXPECT_EQ(parsed->Message(), "");
-    EXPECT_EQ(parsed->result, 0);
-    return parsed;
-}
-
-// What is wrong with a file.
-struct Refusal {
-    const char* message;
-    Bytes file;
-};
-
-// Each file is refused with its message, and nothing of its audio is kept.
-inline void ExpectRefusals(const std::vector<Refusal>& refusals) {
-    for (const auto& refusal : refusals) {
-        const auto parsed = ParseBytes(refusal.file);
-        EXPECT_EQ(parsed->result, 1) << refusal.message;
-        EXPECT_EQ(parsed->Message(), refusal.message) << "file " << &refusal - refusals.data();
-        EXPECT_EQ(parsed->format.channels + parsed->format.bitsPerSample, 0) << refusal.message;
-    }
-}
+std::string MarkersText(const std::vector<Marker>& markers);
+// The kind, all of that and the metadata, a line each.
+std::string RecordText(const AudioFormat& format);
 
 }  // namespace vantor::test

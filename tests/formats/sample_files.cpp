@@ -1,5 +1,3 @@
-#include "tests/formats/sample_files.h"
-
 #include "tests/formats/container_files.h"
 
 namespace vantor::test {
@@ -111,10 +109,10 @@ Bytes CafSample() {
                        .CafChunk("free", ByteWriter().Zeros(7))
                        .CafChunk("pakt", ByteWriter().Be64(1).Be64(9).Be32(2).Be32(3))
                        .CafChunk("info", ByteWriter().Be32(1).Text("tempo").U8(0).Text("120").U8(0))
-                       .CafChunk("data", ByteWriter().Zeros(44))
                        .CafChunk("mark", ByteWriter().Be32(0).Be32(1).Add(mark))
                        .CafChunk("regn", ByteWriter().Be32(0).Be32(1).Be32(1).Be32(0).Be32(2).Add(region))
                        .CafChunk("strg", ByteWriter().Be32(1).Be32(1).Be64(0).Text("Verse"))
+                       .CafChunk("data", ByteWriter().Zeros(44))
                        .CafChunk("uuid", ByteWriter().Add(uuid).Add(xmp))
                        .CafChunk("abcd", {}));
 }
@@ -125,28 +123,40 @@ std::vector<SampleFile> SampleFiles() {
     const std::string waveTags =
         "ADM:numTracks=1\nADM:numUIDs=1\nBWF:Description=description\nBWF:TimeReference=0\n"
         "DISP:CF_TEXT=shown\nID3:TIT2=abc\nINFO:INAM=song\nIXML:PROJECT=p\nXMP:dc/title=t\nabcd=\n";
-    return {{"wave", RiffFile(WaveChunks(MsAdpcmFmt())),
-             "kind 0, ms4 little, 2 ch, 48000 Hz, 64 bytes, 90 frames at 812\n"
-             "loop 1, beats 8, root 2\nslices 0 600\n1@0.5-1 Verse; 2@1-1.5\n" +
-                 waveTags},
-            {"rf64", Rf64Sample(),
-             "kind 3, int16 little, 6 ch, 48000 Hz, 12 bytes, 10 frames at 1216, valid 16, layout 10000, "
-             "mask 3f\n"
-             "loop 1, beats 8, root 2\nslices 0 600\n1@0.5-1 a; 2@1-1.5\n" +
-                 waveTags},
-            {"wave64", Wave64Sample(),
-             "kind 2, ima4 little, 2 ch, 48000 Hz, 64 bytes, 107 frames at 896\n5@0.5-1 A\n"
-             "BWF:Description=description\nBWF:TimeReference=0\nINFO:INAM=song\nabcd=\n"},
-            {"aifc", AifcSample(),
-             "kind 1, int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 308\n"
-             "loop 2, beats 8, key 2, meter 304\nslices 0 1000\nID3:TIT2=abc\n"
-             "IFF:ANNO=last\nIFF:AUTH=me\nIFF:COPY=2024\nIFF:NAME=one\nXMP:dc/title=t\n"},
-            {"8svx", VoiceSample(), "kind 1, int8 big, 1 ch, 8363 Hz, 1 bytes, 32 frames at 86\n"},
-            {"caf", CafSample(),
-             "kind 4, int16 little, 2 ch, 48000 Hz, 4 bytes, 10 frames at 173, layout 10000, mask 3, valid "
-             "frames 9, "
-             "priming 2, remainder 3\n1@2 Verse; 2@1-1.5 Verse\n"
-             "CAFINFO:tempo=120\nXMP:dc/title=t\nabcd=\nuuid=\n"}};
+    return {
+        {RiffFile(WaveChunks(MsAdpcmFmt())),
+         "kind 0, ms4 little, 2 ch, 48000 Hz, 64 bytes, 90 frames at 812\n"
+         "loop 1, beats 8, root 2, slices 0 600\n1@0.5-1 Verse; 2@1-1.5\n" +
+             waveTags,
+         "Error reading WAV acid chunk 700\nError reading WAV chunk header 12\nError reading WAV fact chunk "
+         "78\nError reading WAV fmt chunk 20\nUnknown file header 0\n"},
+        {Rf64Sample(),
+         "kind 3, int16 little, 6 ch, 48000 Hz, 12 bytes, 10 frames at 1216, valid 16, layout 10000, "
+         "mask 3f\nloop 1, beats 8, root 2, slices 0 600\n1@0.5-1 a; 2@1-1.5\n" +
+             waveTags,
+         "Error reading RF64 ds64 chunk 20\nError reading WAV acid chunk 1104\nError reading WAV chunk "
+         "header 12\nError reading WAV fact chunk 482\nError reading WAV fmt chunk 434\nUnknown file header "
+         "0\n"},
+        {Wave64Sample(),
+         "kind 2, ima4 little, 2 ch, 48000 Hz, 64 bytes, 107 frames at 896\n5@0.5-1 A\n"
+         "BWF:Description=description\nBWF:TimeReference=0\nINFO:INAM=song\nabcd=\n",
+         "Error reading w64 chunk header 40\nError reading w64 fact chunk 168\nError reading w64 fmt chunk "
+         "128\nUnknown file header 0\n"},
+        {AifcSample(),
+         "kind 1, int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 308\n"
+         "loop 2, beats 8, key 2, meter 304, slices 0 1000\nID3:TIT2=abc\n"
+         "IFF:ANNO=last\nIFF:AUTH=me\nIFF:COPY=2024\nIFF:NAME=one\nXMP:dc/title=t\n",
+         "Error reading AIFF COMM chunk 20\nError reading AIFF SSND header 300\nError reading AIFF chunk "
+         "header 12\nUnknown file header 0\n"},
+        {VoiceSample(), "kind 1, int8 big, 1 ch, 8363 Hz, 1 bytes, 32 frames at 86\n",
+         "Error reading 8SVX IFF VHDR chunk 58\nError reading AIFF chunk header 12\nUnknown file header 0\n"},
+        {CafSample(),
+         "kind 4, int16 little, 2 ch, 48000 Hz, 4 bytes, 10 frames at 342, layout 10000, mask 3, "
+         "valid frames 9, priming 2, remainder 3\n1@2 Verse; 2@1-1.5 Verse\n"
+         "CAFINFO:tempo=120\nXMP:dc/title=t\nabcd=\nuuid=\n",
+         "Error reading CAFF channel layout chunk 64\nError reading CAFF chunk header 12\nError reading CAFF "
+         "desc chunk 20\nError reading CAFF info chunk 143\nError reading CAFF mark chunk 169\nError reading "
+         "CAFF regn chunk 217\nError reading CAFF strg chunk 305\nUnknown file header 0\n"}};
 }
 
 }  // namespace vantor::test
