@@ -123,11 +123,25 @@ TEST(ReadFrames, RequestsThatCannotBeServed) {
 }
 
 TEST(ReadFrames, RecordsThatMakeNoSense) {
-    for (const Coding& coding :
-         {Coding{encodingInteger, 16, 0}, Coding{encodingInteger, 64, 2}, Coding{encodingInteger, 0, 2},
-          Coding{encodingInteger, 16, 65535, 131070}, Coding{encodingFloat, 64, 65535, 8},
-          Coding{encodingInteger, 16, 2, 0x7FFFFFFF}})
-        EXPECT_TRUE(PlayedFile(coding, Noise(1000), 1 << 30).Read(1, 16, 2).empty());
+    const Coding codings[] = {
+        {encodingInteger, 16, 0},
+        {encodingInteger, 64, 2},
+        {encodingInteger, 0, 2},
+        {encodingInteger, 16, 65535, 131070},
+        {encodingFloat, 64, 65535, 8},
+        {encodingInteger, 16, 2, 0x7FFFFFFF},
+        // Blocks that cannot hold their own header.
+        {encodingImaAdpcm, 4, 2, 7},
+        {encodingMsAdpcm, 4, 2, 13},
+        {encodingCAdpcm, 2, 1, 3},
+        {encodingMsAdpcm, 4, 65535, 65535},
+        {encodingMsAdpcm, 4, 1, -7},
+        {encodingImaAdpcm, 4, 1, 0x7FFFFFFF},
+    };
+    for (const Coding& coding : codings)
+        for (const double start : {0, 1})
+            EXPECT_TRUE(PlayedFile(coding, Noise(1000), 1 << 30).Read(start, 16, 2).empty())
+                << &coding - codings;
 }
 
 TEST(ReadFrames, ASliceBeginsAtItsStart) {

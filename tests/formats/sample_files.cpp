@@ -12,21 +12,20 @@ const Bytes xmp = ByteWriter().Text(
     "<rdf:Description xmlns:dc='http://purl.org/dc/elements/1.1/' dc:title='t'/></rdf:RDF></x:xmpmeta>");
 const Bytes ixml = ByteWriter().Text("<?xml version='1.0'?><BWFXML><PROJECT>p</PROJECT></BWFXML>");
 
-Bytes MsAdpcmFmt() {
-    ByteWriter fmt;
-    fmt.Add(FmtBody(2, 2, 48000, 4, 64)).Le16(32).Le16(52).Le16(7);
-    return fmt.Zeros(28);
-}
-
-ByteWriter WaveChunks(const Bytes& fmt) {
+// The size of one chunk stands in the table, that of the audio in its own field.
+Bytes Rf64Sample() {
+    const Bytes table = ByteWriter().Text("zzzz").Le64(5).Text("abcd").Le64(6).Text("abcd").Le64(60);
+    const auto r64m = ByteWriter().Le32(1).Le64(24000).Zeros(16).Field("a", 256).Le32(1).Zeros(32);
     const auto adtl = ByteWriter()
                           .Text("adtl")
                           .Chunk("labl", ByteWriter().Le32(1).Text("Verse"))
                           .Chunk("ltxt", ByteWriter().Le32(1).Le32(24000).Zeros(12).Text("x"));
     const auto strc = ByteWriter().Zeros(28).Zeros(8).Le64(600).Zeros(16);
     const auto acid = ByteWriter().Le32(2).Le16(62).Zeros(6).Le32(8).Le16(4).Le16(4).LeFloat(120);
-    return ByteWriter()
-        .Chunk("fmt ", fmt)
+    ByteWriter chunks;
+    chunks.Chunk("ds64", Ds64Body(130, 100, table)).Text("abcd").Le32(0xFFFFFFFF).Zeros(6);
+    chunks.Chunk("r64m", r64m)
+        .Chunk("fmt ", ExtensibleFmt(1, 16, 0x3F))
         .Chunk("fact", ByteWriter().Le32(100))
         .Chunk("bext", ByteWriter().Field("description", 602))
         .Chunk("acid", acid)
@@ -43,20 +42,7 @@ ByteWriter WaveChunks(const Bytes& fmt) {
         .Chunk("_PMX", xmp)
         .Chunk("id3 ", id3)
         .Chunk("abcd", ByteWriter().Zeros(5));
-}
-
-// The size of one chunk stands in the table, that of the audio in its own field.
-Bytes Rf64Sample() {
-    const auto r64m = ByteWriter().Le32(1).Le64(24000).Zeros(16).Field("a", 256).Le32(1).Zeros(32);
-    const Bytes table = ByteWriter().Text("zzzz").Le64(5).Text("abcd").Le64(6).Text("abcd").Le64(60);
-    return RiffFile(ByteWriter()
-                        .Chunk("ds64", Ds64Body(130, 100, table))
-                        .Text("abcd")
-                        .Le32(0xFFFFFFFF)
-                        .Zeros(6)
-                        .Chunk("r64m", r64m)
-                        .Add(WaveChunks(ExtensibleFmt(1, 16, 0x3F))),
-                    "RF64");
+    return RiffFile(chunks, "RF64");
 }
 
 Bytes Wave64Sample() {
@@ -120,20 +106,12 @@ Bytes CafSample() {
 }  // namespace
 
 std::vector<SampleFile> SampleFiles() {
-    const std::string waveTags =
-        "ADM:numTracks=1\nADM:numUIDs=1\nBWF:Description=description\nBWF:TimeReference=0\n"
-        "DISP:CF_TEXT=shown\nID3:TIT2=abc\nINFO:INAM=song\nIXML:PROJECT=p\nXMP:dc/title=t\nabcd=\n";
     return {
-        {RiffFile(WaveChunks(MsAdpcmFmt())),
-         "kind 0, ms4 little, 2 ch, 48000 Hz, 64 bytes, 90 frames at 812\n"
-         "loop 1, beats 8, root 2, slices 0 600\n1@0.5-1 Verse; 2@1-1.5\n" +
-             waveTags,
-         "Error reading WAV acid chunk 700\nError reading WAV chunk header 12\nError reading WAV fact chunk "
-         "78\nError reading WAV fmt chunk 20\nUnknown file header 0\n"},
         {Rf64Sample(),
          "kind 3, int16 little, 6 ch, 48000 Hz, 12 bytes, 10 frames at 1216, valid 16, layout 10000, "
-         "mask 3f\nloop 1, beats 8, root 2, slices 0 600\n1@0.5-1 a; 2@1-1.5\n" +
-             waveTags,
+         "mask 3f\nloop 1, beats 8, root 2, slices 0 600\n1@0.5-1 a; 2@1-1.5\n"
+         "ADM:numTracks=1\nADM:numUIDs=1\nBWF:Description=description\nBWF:TimeReference=0\n"
+         "DISP:CF_TEXT=shown\nID3:TIT2=abc\nINFO:INAM=song\nIXML:PROJECT=p\nXMP:dc/title=t\nabcd=\n",
          "Error reading RF64 ds64 chunk 20\nError reading WAV acid chunk 1104\nError reading WAV chunk "
          "header 12\nError reading WAV fact chunk 482\nError reading WAV fmt chunk 434\nUnknown file header "
          "0\n"},
