@@ -91,6 +91,7 @@ TEST(ContainerWalk, RefusesFormats) {
         Bytes fmt;
     } refusals[] = {
         {"WAV type is not supported", "w64 type is not supported", FmtBody(0x0050, 2, 44100, 16)},
+        {"WAV type is not supported", "w64 type is not supported", FmtBody(6, 2, 44100, 8)},
         {"WAV type is not supported", "w64 ex-type is not supported", ExtensibleFmt(1, 16, 0, 21)},
         {"WAV ex-type is not supported", "w64 ex-type is not supported", ExtensibleFmt(7, 8)},
         {"WAV is not >= 1ch", "w64 fmt nch is not >= 1 channels", FmtBody(1, 0, 44100, 16, 4)},
@@ -147,6 +148,8 @@ TEST(ContainerWalk, TakesFormats) {
         {"int16 big, 2 ch, 44100 Hz, 4 bytes, 10 frames at 54", AiffFile("AIFF", CommBody(2, 10, 16))},
         {"int24 big, 2 ch, 44100 Hz, 6 bytes, 10 frames at 60",
          AiffFile("AIFC", CommBody(2, 10, 16, "in24"))},
+        {"float32 big, 2 ch, 44100 Hz, 8 bytes, 10 frames at 60",
+         AiffFile("AIFC", CommBody(2, 10, 16, "fl32"))},
         {"int24 little, 2 ch, 44100 Hz, 6 bytes, 10 frames at 60",
          AiffFile("AIFC", CommBody(2, 10, 32, "42ni"))},
         {"float64 little, 2 ch, 44100 Hz, 16 bytes, 10 frames at 60",
