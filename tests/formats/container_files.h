@@ -78,7 +78,7 @@ inline Bytes CafMark(int64_t frame, uint32_t id) {
     return ByteWriter().Be32(0).Be64(static_cast<uint64_t>(frame)).Be32(id).Zeros(12);
 }
 
-// One file of every container with every chunk that its walk knows: for reading, cutting and damaging.
+// One file for every walk with every chunk that it knows, for reading and cutting off.
 struct SampleFile {
     Bytes bytes;
     std::string record;    // what is found in it, as RecordText

@@ -162,6 +162,7 @@ TEST(ContainerWalk, TakesFormats) {
         {"int20 big, 2 ch, 48000 Hz, 5 bytes, 8 frames at 68", CafAudioFile({.packetBytes = 5, .bits = 20})},
         {"int8 big, 2 ch, 48000 Hz, 2 bytes, 20 frames at 68",
          CafAudioFile({.packetBytes = 0, .packetFrames = 0, .bits = 8})},
+        {"int16 big, 2 ch, 48000 Hz, 4 bytes, 10 frames at 68", CafAudioFile({.packetBytes = 3})},
         {"int16 big, 2 ch, 48000 Hz, 10 bytes, 4 frames at 68",
          CafAudioFile({.packetBytes = 40, .packetFrames = 4})},
         {"int16 big, 2 ch, 48000 Hz, 4 bytes, 10 frames at 68",

@@ -112,29 +112,30 @@ std::vector<SampleFile> SampleFiles() {
          "mask 3f\nloop 1, beats 8, root 2, slices 0 600\n1@0.5-1 a; 2@1-1.5\n"
          "ADM:numTracks=1\nADM:numUIDs=1\nBWF:Description=description\nBWF:TimeReference=0\n"
          "DISP:CF_TEXT=shown\nID3:TIT2=abc\nINFO:INAM=song\nIXML:PROJECT=p\nXMP:dc/title=t\nabcd=\n",
-         "Error reading RF64 ds64 chunk 20\nError reading WAV acid chunk 1104\nError reading WAV chunk "
-         "header 12\nError reading WAV fact chunk 482\nError reading WAV fmt chunk 434\nUnknown file header "
-         "0\n"},
+         "Error reading RF64 ds64 chunk 20\nError reading WAV acid chunk 1104\n"
+         "Error reading WAV chunk header 12\nError reading WAV fact chunk 482\n"
+         "Error reading WAV fmt chunk 434\nUnknown file header 0\n"},
         {Wave64Sample(),
          "kind 2, ima4 little, 2 ch, 48000 Hz, 64 bytes, 107 frames at 896\n5@0.5-1 A\n"
          "BWF:Description=description\nBWF:TimeReference=0\nINFO:INAM=song\nabcd=\n",
-         "Error reading w64 chunk header 40\nError reading w64 fact chunk 168\nError reading w64 fmt chunk "
-         "128\nUnknown file header 0\n"},
+         "Error reading w64 chunk header 40\nError reading w64 fact chunk 168\n"
+         "Error reading w64 fmt chunk 128\nUnknown file header 0\n"},
         {AifcSample(),
          "kind 1, int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 308\n"
          "loop 2, beats 8, key 2, meter 304, slices 0 1000\nID3:TIT2=abc\n"
          "IFF:ANNO=last\nIFF:AUTH=me\nIFF:COPY=2024\nIFF:NAME=one\nXMP:dc/title=t\n",
-         "Error reading AIFF COMM chunk 20\nError reading AIFF SSND header 300\nError reading AIFF chunk "
-         "header 12\nUnknown file header 0\n"},
+         "Error reading AIFF COMM chunk 20\nError reading AIFF SSND header 300\n"
+         "Error reading AIFF chunk header 12\nUnknown file header 0\n"},
         {VoiceSample(), "kind 1, int8 big, 1 ch, 8363 Hz, 1 bytes, 32 frames at 86\n",
          "Error reading 8SVX IFF VHDR chunk 58\nError reading AIFF chunk header 12\nUnknown file header 0\n"},
         {CafSample(),
          "kind 4, int16 little, 2 ch, 48000 Hz, 4 bytes, 10 frames at 342, layout 10000, mask 3, "
          "valid frames 9, priming 2, remainder 3\n1@2 Verse; 2@1-1.5 Verse\n"
          "CAFINFO:tempo=120\nXMP:dc/title=t\nabcd=\nuuid=\n",
-         "Error reading CAFF channel layout chunk 64\nError reading CAFF chunk header 12\nError reading CAFF "
-         "desc chunk 20\nError reading CAFF info chunk 143\nError reading CAFF mark chunk 169\nError reading "
-         "CAFF regn chunk 217\nError reading CAFF strg chunk 305\nUnknown file header 0\n"}};
+         "Error reading CAFF channel layout chunk 64\nError reading CAFF chunk header 12\n"
+         "Error reading CAFF desc chunk 20\nError reading CAFF info chunk 143\n"
+         "Error reading CAFF mark chunk 169\nError reading CAFF regn chunk 217\n"
+         "Error reading CAFF strg chunk 305\nUnknown file header 0\n"}};
 }
 
 }  // namespace vantor::test
