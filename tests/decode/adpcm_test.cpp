@@ -110,11 +110,12 @@ TEST(Adpcm, RoundsAsItsCodingSays) {
 
 TEST(Adpcm, AnUnknownPredictorSilencesItsBlockAlone) {
     const AdpcmCoded coding{encodingMsAdpcm, 2, 256};  // 244 frames a block
-    Bytes stream = NoiseBlocks(coding, 3);
+    Bytes stream = NoiseBlocks(coding, 9);
     Samples expected = AdpcmFile(coding, stream).ReadAll(100, 2);
-    std::fill_n(expected.begin() + 2 * 244, 2 * 244, 0.0);
-    stream[256 + 1] = 7;
-    EXPECT_EQ(AdpcmFile(coding, stream).ReadAll(100, 2), expected);
+    std::fill_n(expected.begin() + 5 * 2 * 244, 2 * 244, 0.0);
+    stream[5 * 256 + 1] = 7;
+    for (const int32_t block : {100, 100000})  // one by one, and among blocks that are decoded side by side
+        EXPECT_EQ(AdpcmFile(coding, stream).ReadAll(block, 2), expected) << block;
 }
 
 // Cut off by the end of the file, or by that of the blocks when other chunks follow.
