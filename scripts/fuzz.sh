@@ -9,7 +9,7 @@ vantor_setup fuzz
 seconds=${1:-60}
 shift || true
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target vantor_fuzz
+cmake --build --preset fuzz
 
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || mapfile -t targets < <(sed -n 's/.*Target{"\([a-z0-9_]*\)".*/\1/p' fuzz/targets.h)

@@ -70,20 +70,13 @@ TEST_F(InteropTags, OfFfmpegAreRead) {
     }
 }
 
-const Fields edit = {"TITLE=" + kanji,
-                     "ARTIST=" + cyrillic,
-                     "ALBUM=" + emoji,
-                     "GENRE=" + french,
-                     "COMMENT=" + emoji,
-                     "DESC=" + cyrillic,
-                     "DATE=2023-11-12",
-                     "PREFPOS=100000",
-                     "BWF:Originator=Edited",
-                     "CART:SEG1=99",
-                     "CART:URL=http://x",
-                     "IXML:USER:Mood=" + emoji,
-                     "AXML:ISRC=USS1Z9900001",
-                     "XMP:MARK000=1000:2000:" + emoji};
+const Fields edit = {"TITLE=" + kanji,         "ARTIST=" + cyrillic,
+                     "ALBUM=" + emoji,         "GENRE=" + french,
+                     "COMMENT=" + emoji,       "DESC=" + cyrillic,
+                     "DATE=2023-11-12",        "PREFPOS=100000",
+                     "BWF:Originator=Edited",  "CART:SEG1=99",
+                     "CART:URL=http://x",      "IXML:USER:Mood=" + emoji,
+                     "AXML:ISRC=USS1Z9900001", "XMP:MARK000=1000:2000:" + emoji};
 
 void ExpectLibsndfileShowsChunks(const std::string& path) {
     SF_INFO info{};
