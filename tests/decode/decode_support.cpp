@@ -13,7 +13,7 @@ Bytes Noise(size_t count, uint32_t seed) {
     return bytes;
 }
 
-Bytes Ramp(int32_t frames, int32_t channels) {
+Bytes ChannelRamp(int32_t frames, int32_t channels) {
     ByteWriter bytes;
     for (int32_t frame = 0; frame < frames; ++frame)
         for (int32_t channel = 0; channel < channels; ++channel)

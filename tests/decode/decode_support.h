@@ -20,7 +20,7 @@ inline constexpr int64_t headBytes = 44;  // of something else, in front of the 
 Bytes Noise(size_t count, uint32_t seed = 1);
 
 // 16-bit frames whose first channel counts up from 0 and whose others lie 1000 apart.
-Bytes Ramp(int32_t frames, int32_t channels);
+Bytes ChannelRamp(int32_t frames, int32_t channels);
 double RampValue(int32_t frame, int32_t channel = 0);
 
 // `count` frames from `first` on, or as many as there are.

@@ -49,7 +49,7 @@ TEST(ReadFrames, ChannelsAreFitted) {
     };
     for (const auto& [fileChannels, fedBy] : cases) {
         const auto wanted = static_cast<int32_t>(fedBy.size());
-        PlayedFile file({encodingInteger, 16, fileChannels}, Ramp(5000, fileChannels), 5000);
+        PlayedFile file({encodingInteger, 16, fileChannels}, ChannelRamp(5000, fileChannels), 5000);
         Samples expected;
         for (int32_t frame = 0; frame < 5000; ++frame)
             for (const int32_t channel : fedBy)
@@ -90,7 +90,7 @@ TEST(ReadFrames, ContinuesWhatItNearlyMeets) {
 
 // Other chunks follow; or the header promises more than the file holds and the last frame is cut in two.
 TEST(ReadFrames, EndsWithTheWholeFramesOfTheData) {
-    Bytes audio = Ramp(1000, 2);
+    Bytes audio = ChannelRamp(1000, 2);
     PlayedFile followed({}, audio, 1000, Bytes(4000, 0xAA));
     audio.erase(audio.end() - 3, audio.end());
     PlayedFile cut({}, audio, 5000);
@@ -103,7 +103,7 @@ TEST(ReadFrames, EndsWithTheWholeFramesOfTheData) {
 
 TEST(ReadFrames, RequestsThatCannotBeServed) {
     constexpr double inf = std::numeric_limits<double>::infinity();
-    PlayedFile file({}, Ramp(1000, 2), 1000);
+    PlayedFile file({}, ChannelRamp(1000, 2), 1000);
     for (const double start : {std::nan(""), inf, -inf, 1e300, 1e15, 9.3e18 / 48000})
         EXPECT_TRUE(file.Read(start, 8, 2).empty()) << start;
     for (const double rate : {std::nan(""), inf, -1.0})
@@ -145,7 +145,7 @@ TEST(ReadFrames, RecordsThatMakeNoSense) {
 }
 
 TEST(ReadFrames, ASliceBeginsAtItsStart) {
-    PlayedFile file({}, Ramp(4000, 2), 4000);
+    PlayedFile file({}, ChannelRamp(4000, 2), 4000);
     file.format.slicePoints = {0, 1500, 3000};
     file.scope.sliceIndex = 1;
     EXPECT_EQ(file.ReadAt(10, 1, 2)[0], RampValue(1510));
@@ -158,7 +158,7 @@ TEST(ReadFrames, ASliceBeginsAtItsStart) {
 }
 
 TEST(ReadFrames, AGrowingFileIsMeasuredAnew) {
-    PlayedFile file({}, Ramp(1000, 2), 10);
+    PlayedFile file({}, ChannelRamp(1000, 2), 10);
     EXPECT_EQ(FramesPresent(file.format, headBytes + 4001), 1000);
     EXPECT_EQ(FramesPresent(file.format, 3), 0);
     file.format.lengthCutWhileGrowing = true;
@@ -170,7 +170,7 @@ TEST(ReadFrames, TellsTheHostWhatItRead) {
     static int64_t counted;
     counted = 0;
     Services().updateDiskCounters = [](int32_t read, int32_t) { counted += read; };
-    PlayedFile file({}, Ramp(1000, 2), 1000);
+    PlayedFile file({}, ChannelRamp(1000, 2), 1000);
     (void)file.ReadAt(500, 1000, 1);
     EXPECT_EQ(counted, 2000);
     (void)file.ReadAt(3000, 10, 2);

@@ -61,7 +61,7 @@ class Resampling : public testing::Test {
     ~Resampling() override { Services().createResampler = nullptr; }
 
     ScriptedResampler resampler;
-    PlayedFile file{{encodingInteger, 16, 1}, Ramp(10000, 1), 10000};
+    PlayedFile file{{encodingInteger, 16, 1}, ChannelRamp(10000, 1), 10000};
     static inline ScriptedResampler* current;
 };
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <set>
 
 #include "source/source_entry.h"
@@ -83,10 +84,27 @@ TEST_F(LifeCycle, OfflineClosesEveryHandleAndOnlineReadsWhatIsThereThen) {
     source->SetOnline(true);
     EXPECT_EQ(source->LengthSeconds(), 0.2);
     EXPECT_EQ(ReadInts(*source, 0, 10), Numbers(1000, 10));
-    source->Attachment().format->lengthFrames = 10;
-    EXPECT_EQ(source->LengthSeconds(), 0.01);
-    source->Attachment().format->lengthCutWhileGrowing = true;  // as when another process writes the file
-    EXPECT_EQ(source->LengthSeconds(), 0.2);
+}
+
+// A recorder puts sizes into the header when it is done, or now and then.
+TEST_F(LifeCycle, ARecordingThatGoesOnIsPlayedToItsEnd) {
+    for (const uint32_t promised : {0u, 1000u, 0xFFFFFFFFu}) {
+        std::ofstream recorder(folder.Path("take.wav"), std::ios::binary);
+        const auto record = [&](const Bytes& bytes) {
+            recorder.write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes)).flush();
+        };
+        record(RiffFile(
+            ByteWriter().Chunk("fmt ", FmtBody(1, 1, 1000, 16)).Text("data").Le32(promised).Add(Ramp(100))));
+        const auto source = OpenSource(folder.Path("take.wav"));
+        EXPECT_EQ(ReadInts(*source, 0, 200), Numbers(0, 100));
+        for (int frames = 100; frames < 25000; frames += 7001) {
+            record(Ramp(7001, frames));
+            if (frames > 10000) {  // else playing alone tells how much there is
+                EXPECT_EQ(source->LengthSeconds(), (frames + 7001) / 1000.0);
+            }
+            EXPECT_EQ(ReadInts(*source, frames - 50, 7100), Numbers(frames - 50, 7051)) << promised;
+        }
+    }
 }
 
 TEST_F(LifeCycle, MissingOrBrokenFileTellsWhyAndPlaysOnceItIsMended) {
