@@ -171,7 +171,7 @@ TEST_F(WavehostShow, RestoresASliceFromWhereverItsFileIs) {
 }
 
 TEST_F(WavehostShow, DrawsAndKeepsExactPeaksWhileTheyFit) {
-    constexpr int frames = 1000, channels = 2, framesPerPeak = 120;  // 400 peaks a second
+    constexpr int frames = 1000, channels = 2;
     const std::string file = folder.Write("song.wav", PatternWav(frames, channels));
     const std::string png = folder.Path("song.png"), peaks = file + ".vwpeaks";
     const std::vector<std::string> draw = {"peaks", file, "--png", png, "--width", "300"};
@@ -186,6 +186,7 @@ TEST_F(WavehostShow, DrawsAndKeepsExactPeaksWhileTheyFit) {
     ASSERT_GT(picture.size(), start.size());
     EXPECT_TRUE(std::equal(start.begin(), start.end(), picture.begin()));
 
+    constexpr int framesPerPeak = 120;  // 400 peaks a second
     constexpr size_t headerBytes = 64;
     const Bytes stored = ReadWholeFile(peaks);
     ASSERT_GT(stored.size(), headerBytes);
