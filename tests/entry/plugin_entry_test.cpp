@@ -7,8 +7,6 @@
 #include <map>
 
 #include "entry/source_type_handler.h"
-#include "source/state_tables.h"
-#include "source/wave_source.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/temp_file.h"
@@ -86,13 +84,57 @@ TEST_F(PluginEntry, RefusesHostsItCannotWorkWith) {
     }
 }
 
+// The host's source for MPEG audio.
+class MpegSource final : public PCM_source {
+  public:
+    explicit MpegSource(bool online) : canOpen(online) { ++alive; }
+    virtual ~MpegSource() { --alive; }
+    void* DeletingDestructor(unsigned flags) override {
+        if (flags & deleteAndFree) delete this;
+        return this;
+    }
+    PCM_source* Clone() override { return nullptr; }
+    bool IsOnline() override { return online && !fileName.empty(); }
+    void SetOnline(bool wanted) override { online = wanted && canOpen; }
+    const char* TypeName() override { return "MP3"; }
+    const char* FileName() override { return fileName.c_str(); }
+    bool ChangeFile(const char* name) override {
+        fileName = name;
+        return true;
+    }
+    PCM_source* SubSource() override { return nullptr; }
+    void SetSubSource(PCM_source*) override {}
+    int32_t ChannelCount() override { return 0; }
+    double SampleRate() override { return 0; }
+    double LengthSeconds() override { return 0; }
+    double BeatLength() override { return 0; }
+    int32_t BitDepth() override { return 0; }
+    double PlacementPosition() override { return 0; }
+    int32_t ShowProperties(void*) override { return 0; }
+    void ReadSamples(TransferBlock*) override {}
+    void ReadPeaks(PeakRequest*) override {}
+    int32_t WriteState(ProjectContext*) override { return 0; }
+    int32_t ReadState(const char*, ProjectContext*) override { return 0; }
+    void ClearPeaks(bool) override {}
+    int32_t BeginPeakBuild(intptr_t) override { return 0; }
+    int32_t RunPeakBuild() override { return 0; }
+    void FinishPeakBuild() override {}
+    intptr_t ExtendedCall(int32_t, void*, void*, void*) override { return 0; }
+
+    bool canOpen;
+    bool online = false;
+    std::string fileName;
+    static inline int alive = 0;
+    static inline bool nextCanOpen = true;
+};
+
 class SourceHandler : public ::testing::Test {
   protected:
-    // "online", "offline" or "none".
+    // The type of what is online, "offline" or "none".
     static std::string Offer(const std::string& path, int32_t priority) {
         const HostPtr<PCM_source> source(sourceTypeHandler.CreateByFile(path.c_str(), priority));
         if (!source) return "none";
-        return source->IsOnline() ? "online" : "offline";
+        return source->IsOnline() ? source->TypeName() : "offline";
     }
 
     FakeHost host;
@@ -121,9 +163,9 @@ TEST_F(SourceHandler, FilesByExtensionAndPriority) {
     };
     for (const auto* name :
          {"ab.wav", "x.WAV", "x.w64", "x.bwf", "x.aif", "x.caf", "x.aiff", "x.caff", "take.L", "take.r"})
-        EXPECT_EQ(offers(name, wave), "none online online online online ") << name;
+        EXPECT_EQ(offers(name, wave), "none WAVE WAVE WAVE WAVE ") << name;
     for (const auto* name : {"x.txt", "takeL", "x.wave"})
-        EXPECT_EQ(offers(name, wave), "none none none online none ") << name;
+        EXPECT_EQ(offers(name, wave), "none none none WAVE none ") << name;
     EXPECT_EQ(offers("x.Mid", wave), "none none none none none ");
     EXPECT_EQ(offers("broken.wav", Bytes(40, 'x')), "none none none offline offline ");
     EXPECT_EQ(Offer("a.wav", 7), "none") << "too short a name";
@@ -132,23 +174,18 @@ TEST_F(SourceHandler, FilesByExtensionAndPriority) {
 }
 
 TEST_F(SourceHandler, MpegInWaveGoesToTheHostsSource) {
-    // One of the module's own stands in for the host's source, and finds a file that it can play.
-    static std::string path;
-    static Bytes playable;
-    path = folder.Write(
+    const auto path = folder.Write(
         "mpeg.wav",
         RiffFile(ByteWriter().Chunk("fmt ", FmtBody(0x50, 1, 8000, 0, 1)).Chunk("data", Bytes(8))));
     EXPECT_EQ(Offer(path, 7), "offline") << "no such source";
     Services().createFromType = [](const char* type) -> PCM_source* {
-        if (std::string(type) != "MP3") return nullptr;
-        if (!playable.empty()) WriteWholeFile(path, playable);
-        ForgetFile(path.c_str());
-        return new PCM_source_wavefile;
+        return std::string(type) == "MP3" ? new MpegSource(MpegSource::nextCanOpen) : nullptr;
     };
-    EXPECT_EQ(Offer(path, 7), "offline");
-    playable = wave;
+    EXPECT_EQ(Offer(path, 7), "MP3");
     EXPECT_EQ(Offer(path, 6), "none");
-    EXPECT_EQ(Offer(path, 7), "online");
+    MpegSource::nextCanOpen = false;
+    EXPECT_EQ(Offer(path, 7), "offline");
+    EXPECT_EQ(MpegSource::alive, 0);
 }
 
 TEST_F(SourceHandler, ExtensionsAndTheirTranslatedDescriptions) {
