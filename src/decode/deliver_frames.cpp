@@ -60,11 +60,16 @@ int64_t DeliverStored(ReaderContext& context, const AudioFormat& format, double*
     if (NeedsNoConversion(context.converterCoding) && stride == SamplesBytes(format))
         return DeliverUnconverted(context, format, samples, frames);
     const int64_t pieceFrames = std::max<int64_t>(1, pieceBytes / stride);
+    // What lies between frames that are far apart is not read, but must be there.
+    const int64_t gapBytes = stride > pieceBytes ? stride - SamplesBytes(format) : 0;
+    if (gapBytes > 0)
+        frames = std::clamp<int64_t>((context.reader->Size() - context.expectedByte) / stride, 0, frames);
     int64_t done = 0;
     while (done < frames) {
         const int64_t wanted = std::min(pieceFrames, frames - done);
         const uint8_t* stored = nullptr;
-        const int64_t got = BorrowAt(context, context.expectedByte, wanted * stride, &stored) / stride;
+        const int64_t borrowed = BorrowAt(context, context.expectedByte, wanted * stride - gapBytes, &stored);
+        const int64_t got = (borrowed + gapBytes) / stride;
         ConvertFrames(context, format, stored, samples + done * format.channels, got);
         done += got;
         context.expectedByte += got * stride;

@@ -22,7 +22,7 @@ bool CanServe(const TransferBlock& block, const AudioFormat& format) {
 }
 
 void RefreshLength(ReaderContext& context, AudioFormat& format) {
-    if (format.lengthCutWhileGrowing) format.lengthFrames = FramesPresent(format, context.reader->Size());
+    if (format.lengthCutWhileGrowing) format.lengthFrames = FramesPresent(format, context.reader->SizeNow());
 }
 
 void ForgetContinuity(const TransferBlock& block, ReaderContext& context, const void* source) {

@@ -103,6 +103,7 @@ std::unique_ptr<ReadStrategy> MakeStrategy(ReadState& state, int32_t mode, Buffe
     if (state.size < wholeFileLimit) {
         if (auto memory = MakeMemoryReader(state, mapThreshold)) {
             state.isWriteShared = false;
+            state.knowsWriters = true;
             return memory;
         }
     }
@@ -141,12 +142,15 @@ bool FileReader::IsOpen() const {
 
 int64_t FileReader::Read(void* destination, int64_t count) {
     if (!IsOpen() || count < 1) return 0;
+    state_->RefreshSize(count > state_->size - state_->position);
     return state_->strategy->Read(static_cast<uint8_t*>(destination), count);
 }
 
 int64_t FileReader::Borrow(const uint8_t** bytes, int64_t count, std::vector<uint8_t>& scratch) {
-    count = std::min(count, Remaining());
     if (!IsOpen() || count < 1) return 0;
+    state_->RefreshSize(count > state_->size - state_->position);
+    count = std::min(count, state_->size - state_->position);
+    if (count < 1) return 0;
     if ((*bytes = state_->strategy->Lend(count)) != nullptr) return count;
     if (scratch.size() < static_cast<size_t>(count)) scratch.resize(static_cast<size_t>(count));
     *bytes = scratch.data();
@@ -155,7 +159,7 @@ int64_t FileReader::Borrow(const uint8_t** bytes, int64_t count, std::vector<uin
 
 bool FileReader::Seek(int64_t position) {
     if (!IsOpen()) return false;
-    state_->RefreshSize();
+    state_->RefreshSize(position > state_->size);
     position = std::clamp<int64_t>(position, 0, state_->size);
     if (position != state_->position) state_->strategy->MoveTo(position);
     return true;
@@ -166,7 +170,12 @@ int64_t FileReader::Tell() const {
 }
 
 int64_t FileReader::Size() {
-    if (IsOpen()) state_->RefreshSize();
+    if (IsOpen()) state_->RefreshSize(false);
+    return state_->size;
+}
+
+int64_t FileReader::SizeNow() {
+    if (IsOpen()) state_->RefreshSize(true);
     return state_->size;
 }
 
@@ -178,8 +187,8 @@ bool FileReader::HasFailed() const {
     return state_->hasFailed;
 }
 
-bool FileReader::IsWriteShared() const {
-    return state_->isWriteShared;
+bool FileReader::IsWriteShared() {
+    return IsOpen() && state_->IsWriteShared();
 }
 
 int64_t FileReader::LastWriteTime() const {

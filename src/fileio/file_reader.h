@@ -50,14 +50,17 @@ class FileReader {
     // Sets the next byte to deliver, clamped to 0..size. False only when the file is not open.
     bool Seek(int64_t position);
     [[nodiscard]] int64_t Tell() const;
-    // Bytes in the file: as at open, asked anew while another process is writing it.
+    // Bytes in the file: as at open, asked anew once another process is known to write it. Whether one does
+    // is found out when somebody wants bytes beyond that size.
     [[nodiscard]] int64_t Size();
+    // The same, found out now.
+    [[nodiscard]] int64_t SizeNow();
     // Bytes from the position to the end of the file, at least 0.
     [[nodiscard]] int64_t Remaining();
     // An overlapped read has failed: this reader delivers no more than it holds; another one may do better.
     [[nodiscard]] bool HasFailed() const;
-    // The file had to be opened with write sharing: another process is writing it.
-    [[nodiscard]] bool IsWriteShared() const;
+    // Another process is writing the file, as told by opening it or, once a reader, by the system now.
+    [[nodiscard]] bool IsWriteShared();
     // Of the file as it was opened; see platform::FileStatus. Negative when unknown.
     [[nodiscard]] int64_t LastWriteTime() const;
     // Gives the buffers' memory back until the next read. For a reader that goes idle.

@@ -14,10 +14,18 @@ struct ReadState {
     int64_t size = 0;
     int64_t position = 0;  // next byte to deliver; 0..size after a seek
     bool isWriteShared = false;
-    bool hasFailed = false;  // an overlapped read; for good
+    bool knowsWriters = false;  // whether another handle writes the file has been asked
+    bool hasFailed = false;     // an overlapped read; for good
 
-    void RefreshSize() {
-        if (!isWriteShared) return;
+    bool IsWriteShared() {
+        if (!isWriteShared && !knowsWriters) isWriteShared = file->IsBeingWritten();
+        knowsWriters = true;
+        return isWriteShared;
+    }
+
+    // Before bytes are wanted that lie beyond the known size, or not.
+    void RefreshSize(bool isBeyond) {
+        if (isBeyond ? !IsWriteShared() : !isWriteShared) return;
         if (const int64_t now = file->Size(); now >= 0) size = now;
     }
 };

@@ -22,7 +22,6 @@ int64_t FirstReadBytes(int64_t bufferBytes) {
 }  // namespace
 
 int64_t StagedReader::Read(uint8_t* destination, int64_t count) {
-    state_.RefreshSize();
     int64_t delivered = 0;
     while (delivered < count && (Left() > 0 || Refill())) {
         const int64_t piece = std::min(count - delivered, Left());
@@ -49,19 +48,21 @@ bool StagedReader::Refill() {
     staged_ = consumed_ = 0;
     if (!buffer_) buffer_ = NewAlignedBuffer(bufferBytes_);
     if (!buffer_) return false;
-    if (!isPlaced_) isPlaced_ = state_.file->SetPosition(state_.position);
+    const int64_t start = FilePointer();
+    if (!isPlaced_ || start != state_.position) isPlaced_ = state_.file->SetPosition(start);
     if (!isPlaced_) return false;
     const int64_t request = RefillBytes();
-    int64_t skipped = 0;
-    if (wholeSectors_ && state_.position % sectorBytes != 0) {
-        if (!state_.file->SetPosition(RoundDownToSector(state_.position))) return false;
-        skipped = state_.position % sectorBytes;
-    }
+    const int64_t skipped = state_.position - start;
     const int64_t got = state_.file->Read(buffer_.get(), static_cast<uint32_t>(request));
     if (got <= skipped) return false;
     staged_ = got;
     consumed_ = skipped;
     return true;
+}
+
+// Past the system's cache the file pointer may stand at whole sectors alone.
+int64_t StagedReader::FilePointer() const {
+    return wholeSectors_ ? RoundDownToSector(state_.position) : state_.position;
 }
 
 int64_t StagedReader::RefillBytes() {
@@ -85,7 +86,7 @@ void StagedReader::MoveTo(int64_t position) {
 void StagedReader::Discard() {
     staged_ = consumed_ = 0;
     firstRead_ = true;
-    isPlaced_ = state_.file->SetPosition(state_.position);
+    isPlaced_ = state_.file->SetPosition(FilePointer());
 }
 
 void StagedReader::ReleaseBuffers() {
@@ -94,7 +95,8 @@ void StagedReader::ReleaseBuffers() {
 }
 
 int64_t DirectReader::Read(uint8_t* destination, int64_t count) {
-    state_.RefreshSize();
+    if (!isPlaced_) isPlaced_ = state_.file->SetPosition(state_.position);
+    if (!isPlaced_) return 0;
     int64_t delivered = 0;
     while (delivered < count) {
         const int64_t request = std::min(count - delivered, largestDirectRequest);
@@ -108,7 +110,7 @@ int64_t DirectReader::Read(uint8_t* destination, int64_t count) {
 
 void DirectReader::MoveTo(int64_t position) {
     state_.position = position;
-    (void)state_.file->SetPosition(position);
+    isPlaced_ = state_.file->SetPosition(position);
 }
 
 int64_t MemoryReader::Read(uint8_t* destination, int64_t count) {

@@ -20,6 +20,7 @@ class StagedReader final : public ReadStrategy {
   private:
     bool Refill();
     int64_t RefillBytes();
+    [[nodiscard]] int64_t FilePointer() const;
     void Discard();
     [[nodiscard]] int64_t Left() const { return staged_ - consumed_; }
     const uint8_t* Advance(int64_t count);
@@ -45,6 +46,7 @@ class DirectReader final : public ReadStrategy {
 
   private:
     ReadState& state_;
+    bool isPlaced_ = true;  // the file pointer stands at the position
 };
 
 // A whole file in memory, mapped or copied.

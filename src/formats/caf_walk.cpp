@@ -31,14 +31,11 @@ BodyReader BodyOf(const ContainerWalk& walk, const Chunk& chunk) {
     return {walk.reader, isLast ? static_cast<uint64_t>(walk.reader.Remaining()) : chunk.bodyBytes};
 }
 
-const char* CheckBits(const AudioFormat& format) {
-    constexpr std::array floatBits{32, 64};
-    constexpr std::array integerBits{8, 16, 20, 24, 32};
-    const auto isOneOf = [bits = format.bitsPerSample](const auto& list) {
-        return std::ranges::find(list, bits) != list.end();
-    };
-    if (format.encoding == encodingFloat)
-        return isOneOf(floatBits) ? nullptr : "CAFF is floating point PCM, but not 32/64 bit";
+const char* CheckBits(bool isFloat, uint32_t bits) {
+    constexpr std::array floatBits{32u, 64u};
+    constexpr std::array integerBits{8u, 16u, 20u, 24u, 32u};
+    const auto isOneOf = [bits](const auto& list) { return std::ranges::find(list, bits) != list.end(); };
+    if (isFloat) return isOneOf(floatBits) ? nullptr : "CAFF is floating point PCM, but not 32/64 bit";
     return isOneOf(integerBits) ? nullptr : "CAFF is PCM, but unsupported bit depth";
 }
 
@@ -56,17 +53,18 @@ int32_t PacketFrameBytes(const AudioFormat& format, int32_t packetBytes, int32_t
 // |     24 |     4 | channels                                      |
 // |     28 |     4 | bits a channel                                |
 const char* TakeDescription(const uint8_t* desc, AudioFormat& format) {
-    format.sampleRate = ReadBeDouble(desc);
-    if (!(format.sampleRate > 0) || std::isinf(format.sampleRate)) return "CAFF has invalid sample rate";
+    const double rate = ReadBeDouble(desc);
+    if (!(rate > 0) || std::isinf(rate)) return "CAFF has invalid sample rate";
     if (FourCharacters(desc + 8) != "lpcm") return "CAFF has unsupported compressed data type";
-    const uint32_t flags = ReadBe32(desc + 12);
+    const uint32_t flags = ReadBe32(desc + 12), channels = ReadBe32(desc + 24), bits = ReadBe32(desc + 28);
+    if (channels < 1 || channels > mostChannels) return "CAFF channel count invalid";
+    if (const char* message = CheckBits(flags & flagFloat, bits)) return message;
+    // A description that is refused leaves an earlier one as it was.
+    format.sampleRate = rate;
     format.encoding = flags & flagFloat ? encodingFloat : encodingInteger;
     format.bigEndian = !(flags & flagLittleEndian);
-    const uint32_t channels = ReadBe32(desc + 24);
-    if (channels < 1 || channels > mostChannels) return "CAFF channel count invalid";
     format.channels = static_cast<int32_t>(channels);
-    format.bitsPerSample = ReadBig<int32_t>(desc + 28);
-    if (const char* message = CheckBits(format)) return message;
+    format.bitsPerSample = static_cast<int32_t>(bits);
     const auto packetBytes = ReadBig<int32_t>(desc + 16);
     const bool padded = format.encoding == encodingInteger && packetBytes == 4 * format.channels;
     if (padded && format.bitsPerSample == 24) format.bitsPerSample = 32;
@@ -125,7 +123,7 @@ const char* ReadPacketTable(ContainerWalk& walk, const Chunk&) {
 
 const char* ReadInformation(ContainerWalk& walk, const Chunk& chunk) {
     if (!ReadBody(walk.reader, chunk.bodyBytes, walk.scratch)) return "Error reading CAFF info chunk";
-    (void)ReadCafInfo(walk.scratch, walk.format.metadata);
+    (void)ReadMetadataChunk(walk.scratch, "CAFINFO", walk.format.metadata, chunk.bodyStart);
     return nullptr;
 }
 
@@ -154,7 +152,7 @@ void ReadUuid(ContainerWalk& walk, const Chunk& chunk) {
     if (chunk.bodyBytes < sizeof uuid || !walk.reader.ReadExactly(uuid, sizeof uuid)) return;
     if (!std::ranges::equal(uuid, xmpUuid)) return;
     if (ReadBody(walk.reader, chunk.bodyBytes - sizeof uuid, walk.scratch))
-        (void)ReadXmp(walk.scratch, walk.format.metadata);
+        (void)ReadMetadataChunk(walk.scratch, "XMP", walk.format.metadata, chunk.bodyStart);
 }
 
 // Known chunks that are too small are skipped by the second lines.

@@ -77,6 +77,9 @@ bool ReadBody(FileReader& reader, uint64_t bodyBytes, std::vector<uint8_t>& scra
     return reader.ReadExactly(scratch.data(), static_cast<int64_t>(bodyBytes));
 }
 
+BodyReader::BodyReader(FileReader& from, uint64_t bodyBytes)
+    : reader(from), remaining(bodyBytes <= largestBody ? bodyBytes : 0) {}
+
 bool BodyReader::Read(uint8_t* destination, uint64_t count) {
     if (count > remaining) return false;
     remaining -= count;

@@ -56,8 +56,10 @@ struct Chunk {
 // hold that many bytes or when there are more than any metadata has.
 [[nodiscard]] bool ReadBody(FileReader& reader, uint64_t bodyBytes, std::vector<uint8_t>& scratch);
 
-// Reads a body piece by piece and never beyond its end.
+// Reads a body piece by piece and never beyond its end. One that is larger than any is taken for empty.
 struct BodyReader {
+    BodyReader(FileReader& from, uint64_t bodyBytes);
+
     FileReader& reader;
     uint64_t remaining;
 

@@ -159,7 +159,7 @@ const char* ReadApplication(ContainerWalk& walk, const Chunk& chunk) {
     uint8_t signature[4];
     if (!walk.reader.ReadExactly(signature, sizeof signature)) return nullptr;
     if (FourCharacters(signature) == "XMP " && ReadBody(walk.reader, chunk.bodyBytes - 4, walk.scratch))
-        (void)ReadXmp(walk.scratch, walk.format.metadata);
+        (void)ReadMetadataChunk(walk.scratch, "XMP", walk.format.metadata, chunk.bodyStart);
     return nullptr;
 }
 

@@ -11,7 +11,7 @@ void AddSlicePoint(AudioFormat& format, int64_t frame) {
 }
 
 void ReadSlicePoints(ContainerWalk& walk, uint64_t bodyBytes, const SliceTable& table) {
-    BodyReader body{walk.reader, bodyBytes};
+    BodyReader body(walk.reader, bodyBytes);
     if (!body.Skip(table.headerBytes)) return;
     uint8_t entry[largestSliceEntry];
     while (body.Read(entry, table.entryBytes))

@@ -1,4 +1,6 @@
 // The `cue ` chunk of Wave64 files, laid out unlike that of RIFF.
+#include <algorithm>
+
 #include "fileio/byte_order.h"
 #include "formats/chunk_cursor.h"
 #include "formats/markers.h"
@@ -45,11 +47,13 @@ Marker MarkerFromEntry(const uint8_t* entry, double sampleRate) {
 
 void ReadWave64Cues(FileReader& reader, uint64_t bodyBytes, double sampleRate, std::vector<Marker>& markers) {
     if (!(sampleRate > 0)) return;
-    BodyReader body{reader, bodyBytes};
+    BodyReader body(reader, bodyBytes);
     uint8_t entry[entryBytes];
     if (!body.Read(entry, 4)) return;
     std::vector<uint8_t> name;
+    // Entries of zeros are void (a sparse file is full of them) and take no memory.
     for (uint32_t left = ReadLe32(entry); left > 0 && body.Read(entry, entryBytes); --left) {
+        if (std::all_of(entry, entry + entryBytes, [](uint8_t byte) { return byte == 0; })) continue;
         Marker& marker = markers.emplace_back(MarkerFromEntry(entry, sampleRate));
         const uint32_t nameBytes = ReadLe32(entry + 24);
         if (nameBytes < 1 || nameBytes > body.remaining) continue;

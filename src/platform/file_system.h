@@ -18,7 +18,7 @@ enum class Creation { openExisting, openAlways, createAlways };
 struct OpenOptions {
     Access access = Access::read;
     Creation creation = Creation::openExisting;
-    bool shareWrite = false;  // reading is always shared
+    bool shareWrite = false;  // where the system keeps to it; reading is always shared
     bool overlapped = false;  // the Start functions will be used, not the synchronous ones
     bool unbuffered = false;  // past the system's cache; every request aligned to whole sectors
     bool writeThrough = false;
@@ -64,6 +64,9 @@ class File {
     virtual ~File() = default;                 // closes
     [[nodiscard]] virtual int64_t Size() = 0;  // bytes now; negative when unreadable
     [[nodiscard]] virtual FileStatus StatusAtOpen() = 0;
+    // Some other handle writes the file. For systems that let readers and writers meet; where opening refuses
+    // (OpenResult::sharingViolation) it has told already.
+    [[nodiscard]] virtual bool IsBeingWritten() { return false; }
 
     // At the file pointer. Read, Write and MapForReading are for files opened without `overlapped`.
     [[nodiscard]] virtual bool SetPosition(int64_t position) = 0;

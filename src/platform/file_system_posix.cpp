@@ -104,6 +104,19 @@ class PosixFile final : public File {
 
     [[nodiscard]] FileStatus StatusAtOpen() override { return opened_; }
 
+    // The kernel refuses a read lease with EAGAIN while the file is open for writing anywhere. Any other
+    // refusal (a file of another owner, a file system without leases) says nothing. Not asked of every file
+    // that is opened: it takes longer than opening.
+    [[nodiscard]] bool IsBeingWritten() override {
+#ifdef F_SETLEASE
+        // A lease being broken raises SIGIO, which ends the process by default; SIGURG is ignored by default.
+        if (::fcntl(descriptor_.Number(), F_SETSIG, SIGURG) != 0) return false;
+        if (::fcntl(descriptor_.Number(), F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN;
+        ::fcntl(descriptor_.Number(), F_SETLEASE, F_UNLCK);
+#endif
+        return false;
+    }
+
     [[nodiscard]] bool SetPosition(int64_t position) override {
         if (position < 0) return false;
         position_ = position;
@@ -139,7 +152,9 @@ class PosixFile final : public File {
         return std::make_unique<PosixView>(address, static_cast<size_t>(bytes));
     }
 
-    [[nodiscard]] std::unique_ptr<Request> NewRequest() override { return std::make_unique<PosixRequest>(); }
+    [[nodiscard]] std::unique_ptr<Request> NewRequest() override {
+        return std::make_unique<PosixRequest>();
+    }
 
     [[nodiscard]] RequestResult StartRead(Request& request, int64_t offset, void* buffer,
                                           uint32_t count) override {
@@ -173,7 +188,9 @@ class PosixFile final : public File {
         return read.result;
     }
 
-    void Abandon(Request& request) override { static_cast<PosixRequest&>(request).result = {}; }
+    void Abandon(Request& request) override {
+        static_cast<PosixRequest&>(request).result = {};
+    }
 
   private:
     Descriptor descriptor_;
@@ -215,18 +232,6 @@ std::optional<FileStatus> RegularFileStatus(int descriptor) {
                       static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec};
 }
 
-// The kernel refuses a read lease with EAGAIN while the file is open for writing anywhere. Any other refusal
-// (a file of another owner, a file system without leases) says nothing.
-bool IsOpenForWriting([[maybe_unused]] int descriptor) {
-#ifdef F_SETLEASE
-    // A lease being broken raises SIGIO, which ends the process by default; SIGURG is ignored by default.
-    if (::fcntl(descriptor, F_SETSIG, SIGURG) != 0) return false;
-    if (::fcntl(descriptor, F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN;
-    ::fcntl(descriptor, F_SETLEASE, F_UNLCK);
-#endif
-    return false;
-}
-
 // False when `wide` holds a surrogate without its partner.
 bool ToUtf8(const std::u16string& wide, std::string& name) {
     for (size_t i = 0; i < wide.size(); ++i) {
@@ -259,8 +264,6 @@ class PosixFileSystem final : public FileSystem {
         auto descriptor = OpenDescriptor(name.c_str(), OpenFlags(options));
         const auto status = RegularFileStatus(descriptor.Number());
         if (!status) return OpenResult::failed;
-        if (options.access == Access::read && !options.shareWrite && IsOpenForWriting(descriptor.Number()))
-            return OpenResult::sharingViolation;
         file = std::make_unique<PosixFile>(std::move(descriptor), *status);
         return OpenResult::opened;
     }

@@ -1,6 +1,7 @@
 // Files of Windows, through the kernel's file calls.
 #include <windows.h>
 
+#include <new>
 #include <utility>
 
 #include "platform/file_system.h"
@@ -125,7 +126,9 @@ class WindowsFile final : public File {
     }
 
     [[nodiscard]] std::unique_ptr<Request> NewRequest() override {
-        return std::make_unique<WindowsRequest>();
+        auto request = std::make_unique<WindowsRequest>();
+        if (!request->event.Get()) throw std::bad_alloc();  // nothing could tell when it is done
+        return request;
     }
 
     [[nodiscard]] RequestResult StartRead(Request& request, int64_t offset, void* buffer,

@@ -95,7 +95,7 @@ void ReadChannelLayout(Pass& pass, int64_t bodyBytes) {
 
 void ReadInformation(Pass& pass, int64_t bodyBytes) {
     if (ReadBody(pass.reader, static_cast<uint64_t>(bodyBytes), pass.scratch))
-        ReadCafInfo({pass.scratch.data(), static_cast<size_t>(bodyBytes)}, pass.header.metadata);
+        (void)ReadMetadataChunk(pass.scratch, "CAFINFO", pass.header.metadata, 0);
 }
 
 void ReadUuid(Pass& pass, int64_t bodyBytes) {

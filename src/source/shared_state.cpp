@@ -139,7 +139,7 @@ void ForgetFile(SharedFileState& state) {
 void UpdateGrowingLength(SharedFileState& state, AudioFormat& format) {
     const std::lock_guard guard(state.lock);
     if (state.idle.empty()) return;
-    format.lengthFrames = FramesPresent(format, state.idle.back()->reader->Size());
+    format.lengthFrames = FramesPresent(format, state.idle.back()->reader->SizeNow());
 }
 
 bool IsPlayable(const AudioFormat* format) {

@@ -166,6 +166,12 @@ TEST_F(ReadFile, AnErrorStaysInReadAheadAlone) {
         ASSERT_TRUE(staged.Seek(65536));
         EXPECT_EQ(Deliver(staged, 20000), 20000);
     }
+    FileReader direct(name, {.mode = 0, .blockBytes = 0});
+    files.FailAt(Operation::seek, 0, Fault::failure, true);
+    ASSERT_TRUE(direct.Seek(65536));
+    EXPECT_EQ(Deliver(direct, 100), 0);
+    files.Reset();
+    EXPECT_EQ(Deliver(direct, 100), 100);
 }
 
 // Whether it answers less than its size at open promised, or is read by absurd parameters: every read ends.

@@ -210,6 +210,12 @@ TEST(ContainerWalk, CountsTheFramesThatAreThere) {
         {"two data: the later", coded(pcmFmt, 8, ByteWriter().Chunk("data", tenFrames)), 2},
         {"two formats: the later",
          RiffFile(ByteWriter().Add(fmt).Chunk("data", Bytes(80)).Chunk("fmt ", FmtBody(3, 1, 8000, 32))), 20},
+        {"a second description that is refused",
+         CafFile(ByteWriter()
+                     .CafChunk("desc", DescBody())
+                     .CafChunk("data", Bytes(44))
+                     .CafChunk("desc", DescBody({.rate = 8000, .bits = 0x7FFFFFFF}))),
+         10},
         {"an error after the audio", ByteWriter().Add(WaveFile()).Text("fact").Le32(4).U8(0), 10},
         {"ds64 size", rf64(40, 0xFFFFFFFF, fmt), 10},
         {"ds64 size 0", rf64(0, 0xFFFFFFFF, fmt), 10},

@@ -12,12 +12,14 @@ using platform::WriteResult;
 
 class ScriptedFile final : public PlainFile {
   public:
-    ScriptedFile(ScriptedFileSystem& system, std::unique_ptr<File> inner)
-        : system_(system), inner_(std::move(inner)) {}
+    ScriptedFile(ScriptedFileSystem& system, std::unique_ptr<File> inner, bool unbuffered)
+        : system_(system), inner_(std::move(inner)), unbuffered_(unbuffered) {}
 
     [[nodiscard]] int64_t Size() override { return inner_->Size(); }
     [[nodiscard]] platform::FileStatus StatusAtOpen() override { return inner_->StatusAtOpen(); }
+    [[nodiscard]] bool IsBeingWritten() override { return inner_->IsBeingWritten(); }
     [[nodiscard]] bool SetPosition(int64_t position) override {
+        if (unbuffered_ && position % 4096 != 0) return false;  // as on Windows
         return !system_.Begin(Operation::seek) && PlainFile::SetPosition(position);
     }
     [[nodiscard]] bool CutAtPosition() override {
@@ -48,6 +50,7 @@ class ScriptedFile final : public PlainFile {
 
     ScriptedFileSystem& system_;
     std::unique_ptr<File> inner_;
+    bool unbuffered_;
 };
 
 void ScriptedFileSystem::FailAt(Operation operation, int64_t index, Fault fault, bool andLater) {
@@ -94,7 +97,7 @@ OpenResult ScriptedFileSystem::Open(const OpenRecord& record, std::unique_ptr<Fi
     std::unique_ptr<File> inner;
     const auto result = record.isWide ? system.OpenWide(record.wide, options, inner)
                                       : system.OpenNarrow(record.narrow, options, inner);
-    if (inner) file = std::make_unique<ScriptedFile>(*this, std::move(inner));
+    if (inner) file = std::make_unique<ScriptedFile>(*this, std::move(inner), options.unbuffered);
     return result;
 }
 

@@ -23,7 +23,7 @@ struct Reader {
 constexpr Reader readers[] = {
     {"BWF", Anywhere<ReadBext>},  {"IXML", Anywhere<ReadIxml>}, {"CART", Anywhere<ReadCart>},
     {"INFO", Anywhere<ReadInfo>}, {"AXML", Anywhere<ReadAxml>}, {"ACID", Anywhere<ReadAcid>},
-    {"XMP", Anywhere<ReadXmp>},   {"ID3", ReadId3Chunk},
+    {"XMP", Anywhere<ReadXmp>},   {"ID3", ReadId3Chunk},        {"CAFINFO", Anywhere<ReadCafInfo>},
 };
 
 }  // namespace

@@ -10,10 +10,10 @@
 
 namespace vantor {
 
-// `kind` is "BWF", "IXML", "CART", "INFO", "AXML", "ACID", "XMP" or "ID3"; `fileOffset` is where the bytes
-// lie in the file (pictures are stored by position). For "INFO" the bytes are a whole LIST body, its type
-// included. True when the chunk was accepted, even without an entry; false when it was refused as malformed.
-// Silent; what was stored stays.
+// `kind` is "BWF", "IXML", "CART", "INFO", "AXML", "ACID", "XMP", "ID3" or "CAFINFO"; `fileOffset` is where
+// the bytes lie in the file (pictures are stored by position). For "INFO" the bytes are a whole LIST body,
+// its type included. True when the chunk was accepted, even without an entry; false when it was refused as
+// malformed. Silent; what was stored stays.
 bool ReadMetadataChunk(std::span<const uint8_t> chunk, std::string_view kind, MetadataStore& store,
                        int64_t fileOffset);
 
