@@ -143,7 +143,10 @@ bool FileReader::IsOpen() const {
 int64_t FileReader::Read(void* destination, int64_t count) {
     if (!IsOpen() || count < 1) return 0;
     state_->RefreshSize(count > state_->size - state_->position);
-    return state_->strategy->Read(static_cast<uint8_t*>(destination), count);
+    const int64_t present = std::min(count, state_->size - state_->position);
+    const int64_t delivered = state_->strategy->Read(static_cast<uint8_t*>(destination), count);
+    if (delivered < present) state_->hasMissedBytes = true;
+    return delivered;
 }
 
 int64_t FileReader::Borrow(const uint8_t** bytes, int64_t count, std::vector<uint8_t>& scratch) {
@@ -154,7 +157,7 @@ int64_t FileReader::Borrow(const uint8_t** bytes, int64_t count, std::vector<uin
     if ((*bytes = state_->strategy->Lend(count)) != nullptr) return count;
     if (scratch.size() < static_cast<size_t>(count)) scratch.resize(static_cast<size_t>(count));
     *bytes = scratch.data();
-    return state_->strategy->Read(scratch.data(), count);
+    return Read(scratch.data(), count);
 }
 
 bool FileReader::Seek(int64_t position) {
@@ -185,6 +188,10 @@ int64_t FileReader::Remaining() {
 
 bool FileReader::HasFailed() const {
     return state_->hasFailed;
+}
+
+bool FileReader::HasMissedBytes() const {
+    return state_->hasMissedBytes;
 }
 
 bool FileReader::IsWriteShared() {

@@ -59,6 +59,8 @@ class FileReader {
     [[nodiscard]] int64_t Remaining();
     // An overlapped read has failed: this reader delivers no more than it holds; another one may do better.
     [[nodiscard]] bool HasFailed() const;
+    // Some read has delivered less than the file holds: what was made of it may lack something.
+    [[nodiscard]] bool HasMissedBytes() const;
     // Another process is writing the file, as told by opening it or, once a reader, by the system now.
     [[nodiscard]] bool IsWriteShared();
     // Of the file as it was opened; see platform::FileStatus. Negative when unknown.

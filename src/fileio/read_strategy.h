@@ -16,6 +16,7 @@ struct ReadState {
     bool isWriteShared = false;
     bool knowsWriters = false;  // whether another handle writes the file has been asked
     bool hasFailed = false;     // an overlapped read; for good
+    bool hasMissedBytes = false;
 
     bool IsWriteShared() {
         if (!isWriteShared && !knowsWriters) isWriteShared = file->IsBeingWritten();

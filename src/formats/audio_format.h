@@ -70,6 +70,7 @@ struct AudioFormat {
     std::vector<int64_t> slicePoints;  // frames, ascending
     std::vector<Marker> markers;
     MetadataStore metadata;
+    bool isIncomplete = false;  // the parse ended before the file did: there may be more metadata
     std::optional<std::string> errorMessage;  // why the last parse failed
     std::optional<std::array<int16_t, 14>> msadpcmCoefficients;
 };

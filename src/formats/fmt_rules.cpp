@@ -55,6 +55,9 @@ void TakeFields(std::span<const uint8_t> body, AudioFormat& format) {
     format.sampleRate = ReadLe32(body.data() + 4);
     format.blockAlign = ReadLe16(body.data() + 12);
     format.bitsPerSample = ReadLe16(body.data() + 14);
+    format.validBits = 0;
+    format.layoutTag = 0;
+    format.channelMask = 0;
 }
 
 const char* TakeExtension(std::span<const uint8_t> body, const FmtRules& rules, AudioFormat& format) {

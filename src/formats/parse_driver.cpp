@@ -20,6 +20,7 @@ constexpr auto riffGuid = "riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"sv;
 constexpr auto waveGuid = "wave\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A"sv;
 constexpr size_t smallestHeader = 12;
 constexpr size_t largestHeader = 40;
+constexpr int64_t smallestChunk = 8;  // a header
 
 struct Container {
     FileKind kind;
@@ -51,7 +52,8 @@ const Container* Recognise(FileReader& reader) {
 
 bool IsUpToDate(const AudioFormat& format, int64_t fileTime, int64_t fileSize) {
     return fileTime >= 0 && fileTime == format.fileTime && fileSize == format.fileSize &&
-           format.bitsPerSample != 0 && format.channels != 0 && format.blockAlign != 0;
+           format.bitsPerSample != 0 && format.channels != 0 && format.blockAlign != 0 &&
+           !format.isIncomplete;
 }
 
 // What is played, as of a file that holds nothing.
@@ -137,6 +139,7 @@ int Parse(AudioFormat& format, FileReader& reader) {
     ContainerWalk walk{.format = format, .reader = reader};
     const char* message = nullptr;
     if (container && reader.Seek(container->firstChunk)) message = container->walk(walk);
+    format.isIncomplete = reader.HasMissedBytes() || (message && reader.Remaining() >= smallestChunk);
     return IsPlayable(walk) ? Accept(walk) : Reject(format, message ? message : WhatIsMissing(walk));
 }
 
@@ -152,6 +155,7 @@ int ParseAudioFormat(AudioFormat& format, FileReader& reader) {
     }
     format.fileTime = fileTime;
     format.fileSize = fileSize;
+    format.isIncomplete = true;
     try {
         return Parse(format, reader);
     } catch (const std::bad_alloc&) {

@@ -134,12 +134,22 @@ bool IsSameFile(const std::string& left, const std::string& right) {
     return std::filesystem::equivalent(PathOf(left), PathOf(right), notThere);
 }
 
-// The format as the file is now: an earlier request may have changed it after the source was opened.
-std::shared_ptr<AudioFormat> FreshFormat(SharedFileState& state, const void* source) {
+std::shared_ptr<AudioFormat> AttachedFormat(SharedFileState& state, const void* source) {
     auto lent = AcquireReader(state, source);
     auto format = lent.format;
     if (lent.context) ReleaseReader(state, std::move(lent), source, 0);
     return format;
+}
+
+// The format as `file` is now: an earlier request, or another program, may have changed it after the source
+// was opened.
+std::shared_ptr<AudioFormat> FreshFormat(SharedFileState& state, const void* source, FileReader& file) {
+    auto format = AttachedFormat(state, source);
+    if (format && !format->isIncomplete && format->fileTime == file.LastWriteTime() &&
+        format->fileSize == file.Size())
+        return format;
+    ForgetFile(state.fileName.c_str());
+    return AttachedFormat(state, source);
 }
 
 // The file that is to be written is forgotten before, since a handle of ours that shares reading alone would
@@ -165,16 +175,15 @@ bool WriteToTarget(const std::string& fileName, const std::string& target, const
     return written;
 }
 
-intptr_t Write(const std::string& fileName, const char* target, const MetadataStore& changes, int32_t flags,
-               const AudioFormat& format) {
+intptr_t Write(const std::string& fileName, std::unique_ptr<FileReader> file, const char* target,
+               const MetadataStore& changes, int32_t flags, const AudioFormat& format) {
     const bool merges = flags & mergeExisting;
+    if (merges && format.isIncomplete) return writeFailed;  // what it did not find would be lost
     MetadataStore store;
     if (merges) store = format.metadata;
     RemoveBwfCopies(store);
     Merge(store, changes, format.sampleRate);
 
-    auto file = std::make_unique<FileReader>(fileName, rewriteReading);
-    if (!file->IsOpen()) return writeFailed;
     const bool isRf64 = IsRf64(format);
     const auto old = merges ? ReadOldChunks(*file, isRf64) : OldChunks{};
     if (!old) return writeFailed;
@@ -196,9 +205,12 @@ intptr_t WriteMetadata(const ExtendedCallArguments& call) {
     const auto state = call.source.Attachment().state;
     if (!state) return writeFailed;
     const std::lock_guard rewriting(state->rewriting);
-    const auto format = FreshFormat(*state, &call.source);
+    const std::string name = call.source.Name();
+    auto file = std::make_unique<FileReader>(name, rewriteReading);
+    if (!file->IsOpen()) return writeFailed;
+    const auto format = FreshFormat(*state, &call.source, *file);
     if (!format || !IsRewritable(format->fileKind)) return writeFailed;
-    return Write(call.source.Name(), static_cast<const char*>(call.a),
+    return Write(name, std::move(file), static_cast<const char*>(call.a),
                  StoreOf(static_cast<const MetadataPair*>(call.b)), IntegerArgument(call.c), *format);
 }
 

@@ -39,7 +39,7 @@ std::unique_ptr<ReaderContext> TakeIdleReader(IdleReaders& idle, const void* sou
 
 bool DescribesFile(const AudioFormat& format, FileReader& reader) {
     const int64_t fileTime = reader.LastWriteTime();
-    return IsPlayable(&format) && fileTime >= 0 && format.fileTime == fileTime &&
+    return IsPlayable(&format) && !format.isIncomplete && fileTime >= 0 && format.fileTime == fileTime &&
            format.fileSize == reader.Size();
 }
 
@@ -48,7 +48,7 @@ void Parse(SharedFileState& state, FileReader& reader) {
         auto format = std::make_shared<AudioFormat>();
         const bool failed = ParseAudioFormat(*format, reader) != 0;
         state.format = std::move(format);
-        state.needsParse = failed;
+        state.needsParse = failed || reader.HasMissedBytes();
         state.idle.clear();  // readers of the bytes before
     } else {
         state.needsParse = false;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "source/source_entry.h"
 #include "tests/source/edit_support.h"
 #include "tests/support/scripted_file_system.h"
 
@@ -67,6 +68,69 @@ TEST(EditFaults, AreToldAndLeaveTheAudio) {
             const bool mayBeMissing = order.operation == Operation::cut || (edit.flags & neverInPlace);
             EXPECT_TRUE(index > 1 || mayBeMissing) << edit.name << ", " << order.name;
         }
+}
+
+// A read that failed while the file was parsed, once: what was not found then is not taken for absent.
+TEST(EditFaults, AParseThatMissedBytesLosesNoTags) {
+    FakeHost host;
+    bool wasMet = true;
+    const auto edit = EditCases()[0];
+    const auto tagsAfter = [&](const std::string& path) {
+        auto tags = TagsOf(path);
+        tags.erase("ID3:APIC");  // tells where in the file the picture lies
+        return tags;
+    };
+    Services().preferredReadMode = [](int32_t* mode, int32_t*, int32_t* blockBytes) {
+        *mode = 0;
+        *blockBytes = 0;  // every read of the walk is one of the file
+    };
+    Tags wanted;
+    int edited = 0;
+    for (int64_t index = -1; index < 0 || wasMet; ++index) {
+        SCOPED_TRACE(index);
+        TempFolder folder;
+        const auto path = folder.Write("edited.wav", edit.file);
+        ScriptedFileSystem files;
+        const platform::ScopedFileSystem scope(files);
+        files.FailAt(Operation::read, index, Fault::failure);
+        const auto source = OpenSource(path);
+        wasMet = files.Count(Operation::read) > index;
+        files.Reset();
+        // Of a file whose kind was not found out nothing is edited.
+        if (RequestWrite(*source, folder.Path("target.wav"), edit.fields, edit.flags) == 0) {
+            EXPECT_EQ(ReadWholeFile(path), edit.file);
+        } else {
+            if (index < 0) wanted = tagsAfter(path);
+            EXPECT_EQ(tagsAfter(path), wanted);
+            ++edited;
+        }
+    }
+    EXPECT_GT(edited, 1);
+}
+
+TEST(EditFaults, WhatAnotherProgramWroteMeanwhileIsMergedFrom) {
+    FakeHost host;
+    TempFolder folder;
+    const auto path = folder.Write("edited.wav", MonoFile(Ramp(100)));
+    const auto source = OpenSource(path);
+    OpenFileReduce(2);  // lets other programs write the file on every system
+    const auto info = ByteWriter().Chunk("LIST", ByteWriter().Text("INFOIART").Le32(6).Text("Others"));
+    folder.Write("edited.wav", MonoFile(Ramp(100), {}, info));
+    ASSERT_EQ(RequestWrite(*source, folder.Path("target.wav"), {"TITLE=x"}, mergeTags), 2);
+    EXPECT_EQ(TagsOf(path)["INFO:IART"], "Others");
+}
+
+// The walk stops at a format that cannot be played; the tags behind it stay.
+TEST(EditFaults, AParseThatStoppedEarlyIsNotMergedFrom) {
+    FakeHost host;
+    TempFolder folder;
+    const auto info = ByteWriter().Chunk("LIST", ByteWriter().Text("INFOINAM").Le32(4).Text("kept"));
+    const Bytes unplayable =
+        RiffFile(ByteWriter().Chunk("fmt ", FmtBody(6, 1, 8000, 8)).Chunk("data", Bytes(100)).Add(info));
+    const auto path = folder.Write("alaw.wav", unplayable);
+    for (const auto flags : {mergeTags, mergeTags | neverInPlace})
+        EXPECT_EQ(RequestWrite(*OpenSource(path), folder.Path("target.wav"), {"ARTIST=x"}, flags), 0);
+    EXPECT_EQ(ReadWholeFile(path), unplayable);
 }
 
 }  // namespace
