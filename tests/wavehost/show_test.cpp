@@ -179,6 +179,7 @@ TEST_F(WavehostShow, DrawsAndKeepsExactPeaksWhileTheyFit) {
 #if defined(_WIN32)
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.err, HasSubstr("this build cannot draw"));
+    GTEST_SKIP() << "the pictures: no drawing library here";
 #else
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const Bytes picture = ReadWholeFile(png);
