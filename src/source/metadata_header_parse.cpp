@@ -51,9 +51,8 @@ std::optional<std::array<uint8_t, count>> ReadStart(FileReader& reader, int64_t 
 
 // A tempo from the length in beats, when that is a whole number of 32nds of a beat.
 void CompleteTempo(MetadataHeader& header, std::string_view tempoKey, std::string_view beatsKey) {
-    const std::string* beatsText = header.metadata.Get(beatsKey);
-    if (!beatsText || header.metadata.Has(tempoKey) || !(header.durationSeconds > 0)) return;
-    const double beats = DecimalNumber(*beatsText);
+    if (!header.metadata.Value(tempoKey).empty() || !(header.durationSeconds > 0)) return;
+    const double beats = DecimalNumber(header.metadata.Value(beatsKey));
     if (!(beats > 0) || !std::isfinite(beats) || 32 * beats != std::floor(32 * beats)) return;
     header.metadata.Set(tempoKey, TrimNumber(FixedText(beats * 60 / header.durationSeconds, 6)));
 }
@@ -188,7 +187,7 @@ uint64_t ReadRiffChunk(RiffPass& riff, const std::array<uint8_t, 8>& chunk, int6
     const uint64_t bodyBytes = ds64 ? SizeFromTable(*ds64, id, sizeField) : sizeField;
     if (id == "fmt "sv && bodyBytes >= smallestFormat) {
         ReadPcmFormat(pass, smallestFormat);
-    } else if (bodyBytes <= static_cast<uint64_t>(pass.reader.Remaining())) {
+    } else {
         // Longer than 32 bits can say is longer than any metadata.
         const auto catalogued = static_cast<uint32_t>(std::min<uint64_t>(bodyBytes, sizeInDs64));
         CatalogueChunk(pass.reader, chunk.data(), bodyStart, catalogued, pass.scratch, pass.header.metadata);

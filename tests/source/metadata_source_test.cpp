@@ -17,8 +17,12 @@ class MetadataSource : public ::testing::Test {
 
 const Bytes packets = ByteWriter().CafChunk("pakt", ByteWriter().Be64(1).Be64(4000).Be32(11).Be32(22));
 
+Bytes InfoBody(const std::string& key, const std::string& value) {
+    return ByteWriter().Be32(1).Text(key).U8(0).Text(value).U8(0);
+}
+
 Bytes BeatsBody(const std::string& beats) {
-    return ByteWriter().Be32(1).Text("beat count").U8(0).Text(beats).U8(0);
+    return InfoBody("beat count", beats);
 }
 
 // Four seconds of 16-bit mono at 1000 Hz, eight beats.
@@ -41,9 +45,10 @@ Bytes Caf(const Bytes& chunks, double rate = 1000, uint32_t channels = 2) {
 
 TEST_F(MetadataSource, CarriesMetadataAndNothingElse) {
     const auto source = Make(MonoFile(
-        Ramp(8), ByteWriter().Chunk("abcd", Bytes(4)).Chunk("acid", AcidBody{.flags = 8, .tempo = 90})));
+        Ramp(8), ByteWriter().Chunk("abcd", Bytes(4)).Chunk("acid", AcidBody{.flags = 8, .tempo = 90}),
+        ByteWriter().Text("cut ").Le32(100).Zeros(9)));  // runs past the end of the file
     ASSERT_TRUE(source);
-    EXPECT_EQ(TagsOf(*source.Get()), (Tags{{"ACID:BPM", "90.000000"}, {"abcd", ""}}));
+    EXPECT_EQ(TagsOf(*source.Get()), (Tags{{"ACID:BPM", "90.000000"}, {"abcd", ""}, {"cut ", ""}}));
     EXPECT_EQ(ValueOf(*source.Get(), "BPM"), "") << "keys only, no fields";
     const char *key = nullptr, *value = nullptr;
     EXPECT_EQ(source->ExtendedCall(0x10013, Number(-1), &key, &value), 0);
@@ -87,6 +92,7 @@ TEST_F(MetadataSource, TempoFollowsFromBeatsAndLength) {
         {LoopFile("RIFF", {}, 0), "ACID:BPM", "120"},  // the size was never filled in
         {LoopFile("RF64", sizes, 0xFFFFFFFF), "ACID:BPM", "120"},
         {caf(packets, "8"), "CAFINFO:tempo", "120"},
+        {caf(ByteWriter().Add(packets).CafChunk("info", InfoBody("tempo", "")), "8"), "CAFINFO:tempo", "120"},
         {caf(packets, "8.03125"), "CAFINFO:tempo", "120.46875"},
         {caf(packets, "8.01"), "CAFINFO:tempo", ""},
         {caf({}, "8"), "CAFINFO:tempo", ""},  // no length
