@@ -25,8 +25,11 @@ using SharedHiresSource = std::shared_ptr<SharedHostObject<PCM_source>>;
 // Pointers are copied or moved out under `lock`, which is never held while an object is called or destroyed:
 // a builder's end closes the source that it owns, and with it takes other locks.
 struct PeakObjects {
-    std::mutex creating;  // held from "is there one?" to "there is one"; taken before `lock`
-    std::mutex lock;      // guards the pointers
+    // Held from "is there one?" to "there is one", and so while the host makes the object; taken before
+    // `lock`. Recursive: the host may open or clone a source of the same file meanwhile, which looks for
+    // peaks too.
+    std::recursive_mutex creating;
+    std::mutex lock;  // guards the pointers
     SharedPeakReader reader;
     SharedPeakBuilder builder;
     SharedHiresSource hires;                  // a source of the same file, of purpose 2

@@ -94,15 +94,15 @@ void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, 
     state.hasReaders = true;
 }
 
-OpenedFile EnsureOpened(SharedFileState& state, const void* source) {
+std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* source) {
     const std::lock_guard guard(state.lock);
     if (!state.hasReaders) {
         auto lent = AcquireReader(state, source);
-        if (!lent.context) return {false, state.format};
+        if (!lent.context) return nullptr;
         lent.context->reader->ReleaseBuffers();
         ReleaseReader(state, std::move(lent), source, 0);
     }
-    return {true, state.format};
+    return state.format;
 }
 
 void DisownReaders(SharedFileState& state, const void* source) {

@@ -25,7 +25,7 @@ struct SharedFileState {
     int32_t sources = 0;  // attached; guarded by the table's lock
 
     std::recursive_mutex lock;            // guards what follows; held while a file is opened and parsed
-    bool attached = true;                 // some source is; a reader that comes back later is closed
+    bool attached = true;                 // some source is; readers and peak objects that come later go
     bool hasReaders = false;              // one was opened since the first source came
     bool needsParse = true;               // until a parse succeeds
     std::shared_ptr<AudioFormat> format;  // a parse of changed bytes makes a new one: others may read the old
@@ -45,12 +45,9 @@ struct LentReader {
 LentReader AcquireReader(SharedFileState& state, const void* source);
 // Gives it back, reserved for `source` for `holdMilliseconds` (0: not reserved).
 void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, uint32_t holdMilliseconds);
-// Makes sure that the file was opened since the first source came.
-struct OpenedFile {
-    bool opened = false;
-    std::shared_ptr<AudioFormat> format;  // may be known although the file cannot be opened now
-};
-OpenedFile EnsureOpened(SharedFileState& state, const void* source);
+// Makes sure that the file was opened since the first source came. Null when it cannot be, even if its format
+// is known from before.
+std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* source);
 // Idle readers that name `source` as their owner become anybody's.
 void DisownReaders(SharedFileState& state, const void* source);
 // Closes idle readers without an owner, with `forced` those with one too; `atMost` of them. Returns how many.

@@ -39,6 +39,7 @@ void Revive(SharedFileState& state, const char* fileName) {
     const std::lock_guard guard(state.lock);
     state.fileName = fileName;
     state.attached = true;
+    state.needsParse = true;  // again: a call that outlived the last source may have parsed since
 }
 
 // The readers and peak objects of a state that lost its last source; destroyed outside all locks.
@@ -49,12 +50,14 @@ struct Leftovers {
 };
 
 void TakeLeftovers(SharedFileState& state, Leftovers& leftovers) {
-    leftovers.peaks = TakeAll(state.peaks);
-    const std::lock_guard guard(state.lock);
-    leftovers.readers.swap(state.idle);
-    state.attached = false;
-    state.hasReaders = false;
-    state.needsParse = true;  // the file may be changed while nobody has it open
+    {
+        const std::lock_guard guard(state.lock);
+        leftovers.readers.swap(state.idle);
+        state.attached = false;
+        state.hasReaders = false;
+        state.needsParse = true;  // the file may be changed while nobody has it open
+    }
+    leftovers.peaks = TakeAll(state.peaks);  // who puts one there from now on sees that nobody is attached
 }
 
 }  // namespace

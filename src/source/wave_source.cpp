@@ -78,6 +78,11 @@ std::string PCM_source_wavefile::Name() const {
     return NameText();
 }
 
+bool PCM_source_wavefile::IsNamed(std::string_view name) const {
+    const std::lock_guard guard(lock_);
+    return NameText() == name;
+}
+
 const char* PCM_source_wavefile::NameText() const {
     if (name_.Text()) return name_.Text();
     return attachment_.state ? attachment_.state->fileName.c_str() : "";
@@ -152,9 +157,9 @@ bool PCM_source_wavefile::ReadWithIdleReader(TransferBlock& block, SharedFileSta
 
 void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
     const std::lock_guard opening(opening_);
-    const bool keepsName = !fileName || Name() == fileName;
+    const bool keepsName = !fileName || IsNamed(fileName);
     Close(!keepsName);
-    if (!keepsName) ChangeFile(fileName);
+    if (!keepsName && !ChangeFile(fileName)) return;
     const std::string name = Name();
     if (name.empty()) return;
     const auto state = AttachState(name.c_str(), purpose);
@@ -162,13 +167,13 @@ void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
         const std::lock_guard guard(lock_);
         attachment_.state = state;  // from here on Close counts the source off again
     }
-    auto file = EnsureOpened(*state, this);
+    const auto format = EnsureOpened(*state, this);
     {
         const std::lock_guard guard(lock_);
-        attachment_.format = std::move(file.format);
-        online_ = file.opened;
+        attachment_.format = format;
+        online_ = format != nullptr;
     }
-    if (file.opened && purpose == purposePlayback) CreatePeakReader();
+    if (format && purpose == purposePlayback) CreatePeakReader();
 }
 
 void PCM_source_wavefile::Close(bool newNameFollows) {

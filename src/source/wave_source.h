@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "formats/audio_format.h"
 #include "host/host_objects.h"
@@ -74,6 +75,7 @@ class PCM_source_wavefile final : public PCM_source {
     void CreatePeakReader();
     // False when the reader can read no more.
     bool ReadWithIdleReader(TransferBlock& block, SharedFileState& state);
+    [[nodiscard]] bool IsNamed(std::string_view name) const;
     [[nodiscard]] const char* NameText() const;  // `lock_` is held
 
     std::recursive_mutex opening_;  // held while the source is opened or closed

@@ -37,6 +37,20 @@ void Replace(PeakObjects& peaks, T PeakObjects::*object, T replacement) {
     std::swap(peaks.*object, replacement);
 }
 
+// Puts a new object into its place. False when the file's last source has gone while it was made: nobody
+// would take it away any more, so everything goes at once.
+template <typename T>
+bool Install(SharedFileState& state, T PeakObjects::*object, T made) {
+    if (!made) return false;
+    Replace(state.peaks, object, std::move(made));
+    {
+        const std::lock_guard guard(state.lock);
+        if (state.attached) return true;
+    }
+    const TakenPeakObjects unwanted = TakeAll(state.peaks);
+    return false;
+}
+
 // Null when the host has no peaks of the file, or the format is not known.
 SharedPeakReader NewPeakReader(const std::string& fileName, const AudioFormat& format, intptr_t extra) {
     if (!Services().createPeakReader || fileName.empty() || !HasRateAndChannels(format)) return nullptr;
@@ -58,7 +72,8 @@ SharedPeakBuilder NewPeakBuilder(const std::string& fileName, const AudioFormat&
 }
 
 // The file's peak source for requests finer than its stored peaks; made once. Null when it cannot be opened.
-SharedHiresSource HiresSource(PeakObjects& peaks, const std::string& fileName) {
+SharedHiresSource HiresSource(SharedFileState& state, const std::string& fileName) {
+    PeakObjects& peaks = state.peaks;
     const std::lock_guard creating(peaks.creating);
     peaks.hiresLastUsed = platform::TickMilliseconds();
     auto hires = Copy(peaks, &PeakObjects::hires);
@@ -67,7 +82,7 @@ SharedHiresSource HiresSource(PeakObjects& peaks, const std::string& fileName) {
     source->Open(fileName.c_str(), purposePeakRead);
     if (!source->IsOnline()) return nullptr;
     hires = std::make_shared<SharedHostObject<PCM_source>>(source.release());
-    Replace(peaks, &PeakObjects::hires, hires);
+    Install(state, &PeakObjects::hires, hires);
     return hires;
 }
 
@@ -77,10 +92,10 @@ bool Suffices(const SharedPeakReader& reader, const PeakRequest& request) {
     return reader->object->PeaksPerSecond() >= request.peaksPerSecond;
 }
 
-void ServePeaks(PeakObjects& peaks, const std::string& fileName, PeakRequest& request) {
-    const auto reader = Copy(peaks, &PeakObjects::reader);
+void ServePeaks(SharedFileState& state, const std::string& fileName, PeakRequest& request) {
+    const auto reader = Copy(state.peaks, &PeakObjects::reader);
     if (Services().hiresPeaks && !Suffices(reader, request)) {
-        if (const auto hires = HiresSource(peaks, fileName)) {
+        if (const auto hires = HiresSource(state, fileName)) {
             Services().hiresPeaks(hires->object.Get(), &request);
             return;
         }
@@ -91,12 +106,12 @@ void ServePeaks(PeakObjects& peaks, const std::string& fileName, PeakRequest& re
 }
 
 // Serves a request whose times count from the slice's start: moves it there, and ends it with the slice.
-void ServeSlicePeaks(PeakObjects& peaks, const std::string& fileName, const AudioFormat& format,
+void ServeSlicePeaks(SharedFileState& state, const std::string& fileName, const AudioFormat& format,
                      const FrameSpan& slice, PeakRequest& request) {
     const double start = request.startSeconds;
     const double left = static_cast<double>(slice.frames) / format.sampleRate - start;
     request.startSeconds = start + static_cast<double>(slice.start) / format.sampleRate;
-    ServePeaks(peaks, fileName, request);
+    ServePeaks(state, fileName, request);
     request.startSeconds = start;
     const double columns = std::max(0.0, std::ceil(left * request.peaksPerSecond));
     if (columns < request.framesProduced) request.framesProduced = static_cast<int32_t>(columns);
@@ -111,7 +126,7 @@ void PCM_source_wavefile::CreatePeakReader() {
     PeakObjects& peaks = state->peaks;
     const std::lock_guard creating(peaks.creating);
     if (Copy(peaks, &PeakObjects::reader) || Copy(peaks, &PeakObjects::builder)) return;
-    Replace(peaks, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
+    Install(*state, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
 }
 
 void PCM_source_wavefile::ReadPeaks(PeakRequest* request) {
@@ -121,9 +136,9 @@ void PCM_source_wavefile::ReadPeaks(PeakRequest* request) {
         const auto [state, format] = Attachment();
         if (!IsPlayable(format.get())) return;
         if (const auto slice = SliceSpan(*format, sliceIndex_)) {
-            ServeSlicePeaks(state->peaks, Name(), *format, *slice, *request);
+            ServeSlicePeaks(*state, Name(), *format, *slice, *request);
         } else {
-            ServePeaks(state->peaks, Name(), *request);
+            ServePeaks(*state, Name(), *request);
         }
     });
 }
@@ -157,14 +172,11 @@ int32_t PCM_source_wavefile::BeginPeakBuild(intptr_t extra) {
         if (Copy(peaks, &PeakObjects::builder)) return 1;
         if (Copy(peaks, &PeakObjects::reader)) return 0;
         if (auto reader = NewPeakReader(Name(), *format, extra)) {
-            Replace(peaks, &PeakObjects::reader, std::move(reader));
+            Install(*state, &PeakObjects::reader, std::move(reader));
             return 0;
         }
         if (!IsOnline()) return 0;
-        auto builder = NewPeakBuilder(Name(), *format);
-        if (!builder) return 0;
-        Replace(peaks, &PeakObjects::builder, std::move(builder));
-        return 1;
+        return Install(*state, &PeakObjects::builder, NewPeakBuilder(Name(), *format)) ? 1 : 0;
     });
 }
 
@@ -186,7 +198,7 @@ void PCM_source_wavefile::FinishPeakBuild() {
         const std::lock_guard creating(peaks.creating);
         Replace<SharedPeakBuilder>(peaks, &PeakObjects::builder, nullptr);
         if (Copy(peaks, &PeakObjects::reader)) return;
-        Replace(peaks, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
+        Install(*state, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
     });
 }
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "tests/source/source_support.h"
 
 namespace vantor::test {
@@ -61,6 +63,55 @@ TEST_F(Peaks, NothingIsBuiltWithoutAFormatOrABuilder) {
     for (const auto& path : {whole, folder.Write("broken.wav", Bytes(40))}) {
         EXPECT_EQ(OpenSource(path)->BeginPeakBuild(0), 0);
         EXPECT_EQ(IdleReaderCount(path, purposePeakBuild), 0u);
+    }
+}
+
+TEST_F(Peaks, LastSourceMayGoWhileAnObjectIsMade) {
+    const auto path = folder.Write("gone.wav", MonoFile(Ramp(8)));
+    const auto source = OpenSource(path);
+    const auto begin = [&] { EXPECT_EQ(source->BeginPeakBuild(0), 0); };
+    const struct {
+        std::string_view service;
+        std::function<void()> work;
+    } cases[] = {
+        {"PeakGet_Create", begin},
+        {"PeakGet_Create", [&] { source->FinishPeakBuild(); }},
+        {"PeakBuild_CreateEx", begin},
+        {"GetPreferredDiskReadModePeak", [&] { Columns(*source, 0, 1000, 1); }},
+    };
+    for (const auto& [service, work] : cases) {
+        host.hasStoredPeaks = false;
+        Reopen(*source);
+        host.duringPeakService = [&](std::string_view called) {
+            if (called != service) return;
+            host.hasStoredPeaks = true;
+            std::thread([&] { source->SetOnline(false); }).join();
+        };
+        work();
+        host.duringPeakService = nullptr;
+        EXPECT_FALSE(source->IsOnline()) << service;
+        EXPECT_EQ(host.liveObjects, 0) << service;
+        EXPECT_EQ(IdleReaderCount(path, purposePeakBuild), 0u) << service;
+        EXPECT_EQ(IdleReaderCount(path, purposePeakRead), 0u) << service;
+    }
+}
+
+TEST_F(Peaks, HostMayOpenTheFileWhileItMakesAnObject) {
+    host.hasStoredPeaks = false;
+    const auto source = OpenSource(folder.Write("again.wav", MonoFile(Ramp(8))));
+    std::vector<HostPtr<PCM_source>> clones;
+    for (const std::string_view service : {"PeakGet_Create", "PeakBuild_CreateEx"}) {
+        const size_t before = clones.size();
+        host.duringPeakService = [&](std::string_view called) {
+            if (called == service && clones.size() == before) {
+                clones.emplace_back();
+                clones.back() = HostPtr<PCM_source>(source->Clone());
+            }
+        };
+        EXPECT_EQ(source->BeginPeakBuild(0), 1);
+        ASSERT_EQ(clones.size(), before + 1);
+        EXPECT_TRUE(clones.back()->IsOnline());
+        source->ClearPeaks(false);
     }
 }
 

@@ -114,7 +114,17 @@ void FormatTime(double seconds, char* text, int32_t textBytes) {
                   std::fmod(seconds, 60));
 }
 
+void Tell(std::string_view service) {
+    if (current->duringPeakService) current->duringPeakService(service);
+}
+
+// Any will do.
+void PreferredPeakReadMode(int32_t*, int32_t*, int32_t*) {
+    Tell("GetPreferredDiskReadModePeak");
+}
+
 PeakReader* CreatePeakReader(const char* fileName, int32_t, int32_t, intptr_t extra) {
+    Tell("PeakGet_Create");
     {
         const std::lock_guard guard(current->lock);
         current->lastPeakFile = fileName;
@@ -126,6 +136,7 @@ PeakReader* CreatePeakReader(const char* fileName, int32_t, int32_t, intptr_t ex
 }
 
 PeakBuilder* CreatePeakBuilder(PCM_source* source, const char*, int32_t, int32_t, int32_t isFloat) {
+    Tell("PeakBuild_CreateEx");
     current->lastBuildIsFloat = isFloat;
     if (current->builderRefused) return nullptr;
     ++current->peakBuildersMade;
@@ -184,6 +195,7 @@ FakeHost::FakeHost() {
     HostServices& services = Services() = {};
     services.createResampler = CreateResampler;
     services.formatTime = FormatTime;
+    services.preferredPeakReadMode = PreferredPeakReadMode;
     services.createPeakReader = CreatePeakReader;
     services.createPeakBuilder = CreatePeakBuilder;
     services.resolveFileName = ResolveFileName;

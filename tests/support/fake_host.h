@@ -2,9 +2,11 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/host_services.h"
@@ -30,6 +32,9 @@ class FakeHost {
     std::atomic<bool> hasStoredPeaks = true;  // "PeakGet_Create" finds peaks
     double storedPeaksPerSecond = 400;
     bool builderRefused = false;
+    // What else the host does when "PeakGet_Create", "PeakBuild_CreateEx" or "GetPreferredDiskReadModePeak",
+    // whose name it gets, is called.
+    std::function<void(std::string_view)> duringPeakService;
     std::vector<std::string>
         peakFiles;  // what "GetPeakFileName" answers, one call after another; the last stays
     size_t peakFilesAsked = 0;
