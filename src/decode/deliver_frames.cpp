@@ -79,11 +79,12 @@ int64_t DeliverStored(ReaderContext& context, const AudioFormat& format, double*
 }
 
 // The block that holds the expected frame and those behind it, up to `wanted`. A partial block at the end of
-// the data is not decoded, not even when the chunks behind it would fill it up.
+// the data is not decoded, not even when the chunks behind it would fill it up; while the file grows its data
+// ends with it.
 bool TakeBlocks(ReaderContext& context, const AudioFormat& format, int64_t wanted) {
     const AdpcmCoding& coding = context.decoder->Coding();
     const int64_t index = context.expectedFrame / coding.framesPerBlock;
-    if (format.blockCodedBytes > 0)
+    if (format.blockCodedBytes > 0 && !format.lengthCutWhileGrowing)
         wanted = std::min(wanted, format.blockCodedBytes / coding.blockAlign - index);
     if (wanted < 1) return false;
     const uint8_t* blocks = nullptr;

@@ -7,6 +7,7 @@
 #include "decode/rate_conversion.h"
 #include "decode/reader_context.h"
 #include "formats/audio_format.h"
+#include "formats/frame_count.h"
 #include "host/host_services.h"
 
 namespace vantor {
@@ -74,8 +75,9 @@ void PositionStored(const TransferBlock& block, ReaderContext& context, const Au
 
 int64_t FramesPresent(const AudioFormat& format, int64_t fileSize) {
     const int64_t frameBytes = int64_t{format.channels} * WholeBytes(format.bitsPerSample);
-    if (IsAdpcm(format.encoding) || frameBytes < 1) return format.lengthFrames;
-    return std::max<int64_t>(0, fileSize - format.dataStart) / frameBytes;
+    const int64_t bytes = std::max<int64_t>(0, fileSize - format.dataStart);
+    if (IsAdpcm(format.encoding)) return std::max<int64_t>(format.lengthFrames, AdpcmFrames(format, bytes));
+    return frameBytes < 1 ? format.lengthFrames.load() : bytes / frameBytes;
 }
 
 void ReadFrames(TransferBlock& block, ReaderContext& context, AudioFormat& format, const ReadScope& scope) {

@@ -56,8 +56,8 @@ struct ReadScope {
 // produces none. A start before the first frame reads from the first frame.
 void ReadFrames(TransferBlock& block, ReaderContext& context, AudioFormat& format, const ReadScope& scope);
 
-// Frames that the file now holds between the data start and its end (for a growing file). The length of a
-// block coding cannot be told from bytes alone: it stays as it was parsed.
+// Frames that the file now holds between the data start and its end (for a growing file); of a block coding
+// never fewer than were known.
 [[nodiscard]] int64_t FramesPresent(const AudioFormat& format, int64_t fileSize);
 
 }  // namespace vantor

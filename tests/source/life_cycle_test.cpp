@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
+#include <new>
 #include <set>
 
 #include "source/source_entry.h"
 #include "tests/source/source_support.h"
+#include "tests/support/failing_allocation.h"
 
 namespace vantor::test {
 namespace {
@@ -68,7 +71,7 @@ TEST_F(LifeCycle, OfflineClosesEveryHandleAndOnlineReadsWhatIsThereThen) {
     const auto path = Write("o.wav");
     const auto source = OpenSource(path);
     const auto other = OpenSource(path);
-    const auto format = other->Attachment().format;
+    const auto [state, format] = other->Attachment();
     ReadInts(*source, 0, 10);
     source->SetOnline(false);
     EXPECT_EQ(IdleReaderCount(path), 1u) << "the other source still needs it";
@@ -80,29 +83,70 @@ TEST_F(LifeCycle, OfflineClosesEveryHandleAndOnlineReadsWhatIsThereThen) {
     EXPECT_EQ(other->Attachment().format, format) << "the file did not change";
     other->SetOnline(false);
 
+    // A call that goes on while its source is taken offline looks at the file once more.
+    ReleaseReader(*state, AcquireReader(*state, nullptr), nullptr, 0);
+    EXPECT_EQ(IdleReaderCount(path), 0u);
     WriteWholeFile(path, MonoFile(Ramp(200, 1000)));
     source->SetOnline(true);
     EXPECT_EQ(source->LengthSeconds(), 0.2);
     EXPECT_EQ(ReadInts(*source, 0, 10), Numbers(1000, 10));
 }
 
+// Writes the file of the folder bit by bit, in the sight of others.
+class Recorder {
+  public:
+    explicit Recorder(const std::string& path) : file_(path, std::ios::binary) {}
+    void Record(const Bytes& bytes) {
+        file_.write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes)).flush();
+    }
+
+  private:
+    std::ofstream file_;
+};
+
 // A recorder puts sizes into the header when it is done, or now and then.
 TEST_F(LifeCycle, ARecordingThatGoesOnIsPlayedToItsEnd) {
     for (const uint32_t promised : {0u, 1000u, 0xFFFFFFFFu}) {
-        std::ofstream recorder(folder.Path("take.wav"), std::ios::binary);
-        const auto record = [&](const Bytes& bytes) {
-            recorder.write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes)).flush();
-        };
-        record(RiffFile(
+        Recorder recorder(folder.Path("take.wav"));
+        recorder.Record(RiffFile(
             ByteWriter().Chunk("fmt ", FmtBody(1, 1, 1000, 16)).Text("data").Le32(promised).Add(Ramp(100))));
         const auto source = OpenSource(folder.Path("take.wav"));
         EXPECT_EQ(ReadInts(*source, 0, 200), Numbers(0, 100));
         for (int frames = 100; frames < 25000; frames += 7001) {
-            record(Ramp(7001, frames));
+            recorder.Record(Ramp(7001, frames));
             if (frames > 10000) {  // else playing alone tells how much there is
                 EXPECT_EQ(source->LengthSeconds(), (frames + 7001) / 1000.0);
             }
             EXPECT_EQ(ReadInts(*source, frames - 50, 7100), Numbers(frames - 50, 7051)) << promised;
+        }
+    }
+}
+
+// IMA ADPCM of 57 frames a block, all of which hold the block's first sample, its number; the frames that the
+// last block has beyond the count of the whole stream are not played.
+TEST_F(LifeCycle, ACompressedRecordingThatGoesOnIsPlayedToItsEnd) {
+    const auto blocks = [](uint16_t from, uint16_t to) {
+        ByteWriter bytes;
+        for (; from < to; ++from)
+            bytes.Le16(from).Zeros(30);
+        return bytes;
+    };
+    constexpr auto framesOf = [](int count) { return 56 * count + 1; };
+    for (const uint32_t promised : {0u, 2000u, 0xFFFFFFFFu}) {
+        Recorder recorder(folder.Path("take.wav"));
+        recorder.Record(RiffFile(ByteWriter()
+                                     .Chunk("fmt ", FmtBody(0x11, 1, 1000, 4, 32))
+                                     .Text("data")
+                                     .Le32(promised)
+                                     .Add(blocks(0, 4))));
+        const auto source = OpenSource(folder.Path("take.wav"));
+        ReadInts(*source, 0, 1000);
+        for (uint16_t count = 4; count < 200; count = static_cast<uint16_t>(count + 50)) {
+            recorder.Record(blocks(count, static_cast<uint16_t>(count + 50)));
+            const auto played = ReadInts(*source, 0, 57 * 250);
+            ASSERT_EQ(played.size(), static_cast<size_t>(framesOf(count + 50))) << promised;
+            for (size_t i = 0; i < played.size(); ++i)
+                ASSERT_EQ(played[i], static_cast<int>(i / 57)) << promised;
         }
     }
 }
@@ -121,6 +165,10 @@ TEST_F(LifeCycle, MissingOrBrokenFileTellsWhyAndPlaysOnceItIsMended) {
     Write("b.wav");
     source->SetOnline(true);
     EXPECT_EQ(ReadInts(*source, 95, 10), Numbers(95, 5));
+    source->SetOnline(false);
+    std::filesystem::remove(path);
+    source->SetOnline(true);
+    EXPECT_EQ(InfoText(*source), "File not opened") << "although its format is known";
 }
 
 TEST_F(LifeCycle, ChangeFileIsOpenedByTheNextSetOnline) {
@@ -139,6 +187,26 @@ TEST_F(LifeCycle, ANewNameRemovesTheStateOfTheOld) {
     source->Open(second.c_str(), purposePlayback);
     EXPECT_EQ(FindState(first.c_str(), purposePlayback), nullptr);
     EXPECT_NE(FindState(second.c_str(), purposePlayback), nullptr);
+}
+
+TEST_F(LifeCycle, WithoutMemoryForTheNewNameTheOldFileIsNotOpened) {
+    // Too long to be held without an allocation.
+    const auto first = Write("the first of two files.wav"),
+               second = Write("the second of two files.wav", 500);
+    bool hasFailed = true;
+    for (int allowed = 0; hasFailed; ++allowed) {
+        const auto source = OpenSource(first);
+        {
+            FailingAllocation failing(allowed);
+            try {
+                source->Open(second.c_str(), purposePlayback);
+            } catch (const std::bad_alloc&) {
+            }
+            hasFailed = failing.HasFailed();
+        }
+        const bool isOld = source->FileName() == first;
+        EXPECT_FALSE(isOld && source->IsOnline()) << allowed;
+    }
 }
 
 TEST_F(LifeCycle, PlayingSourceKeepsItsReaderForThreeSeconds) {
