@@ -26,6 +26,8 @@ struct CopyPlan {
     int64_t keptBeforeAudio = 0;
     int64_t audioStart = 0;  // in the source
     int64_t audioBytes = 0;
+    std::optional<int64_t> ds64AudioBytes;  // when a `data` chunk of the copy leaves its size to `ds64`
+    bool isDs64Ambiguous = false;           // when another leaves another size to it
     bool hasFormat = false;
     bool isFormatBeforeAudio = false;
     int64_t end = 0;            // of the last whole chunk
@@ -50,15 +52,27 @@ int64_t CopiedBytes(const RiffChunk& chunk) {
     return chunk.End() - chunk.start;
 }
 
-void AddChunk(CopyPlan& plan, const RiffChunk& chunk) {
+// The size field of a copied `data` chunk: what is really there, so that chunks behind it are not taken for
+// audio.
+uint32_t AudioSizeField(const RiffChunk& chunk, bool isRf64) {
+    const bool isInDs64 = ReadLe32(&chunk.header[4]) == sizeInDs64 || chunk.bodyBytes >= int64_t{sizeInDs64};
+    return isRf64 && isInDs64 ? sizeInDs64 : static_cast<uint32_t>(chunk.bodyBytes);
+}
+
+void AddAudio(CopyPlan& plan, const RiffChunk& chunk, bool isRf64) {
+    plan.keptBeforeAudio = plan.keptBytes;
+    plan.isFormatBeforeAudio = plan.hasFormat;
+    plan.audioStart = chunk.BodyStart();
+    plan.audioBytes = chunk.bodyBytes;
+    if (!isRf64 || AudioSizeField(chunk, isRf64) != sizeInDs64) return;
+    plan.isDs64Ambiguous |= plan.ds64AudioBytes.value_or(chunk.bodyBytes) != chunk.bodyBytes;
+    plan.ds64AudioBytes = chunk.bodyBytes;
+}
+
+void AddChunk(CopyPlan& plan, const RiffChunk& chunk, bool isRf64) {
     if (chunk.isReplaceable) return;
     if (chunk.Id() == "fmt "sv) plan.hasFormat = true;
-    if (chunk.isData) {
-        plan.keptBeforeAudio = plan.keptBytes;
-        plan.isFormatBeforeAudio = plan.hasFormat;
-        plan.audioStart = chunk.BodyStart();
-        plan.audioBytes = chunk.bodyBytes;
-    }
+    if (chunk.isData) AddAudio(plan, chunk, isRf64);
     plan.keptBytes += CopiedBytes(chunk);
 }
 
@@ -74,8 +88,8 @@ std::optional<CopyPlan> WalkSource(FileReader& reader, bool isRf64, bool hasAcid
     RiffChunk chunk;
     WalkStep step;
     while ((step = walk.Next(chunk)) == WalkStep::chunk)
-        AddChunk(plan, chunk);
-    if (step == WalkStep::refused || !plan.hasFormat) return std::nullopt;
+        AddChunk(plan, chunk, isRf64);
+    if (step == WalkStep::refused || !plan.hasFormat || plan.isDs64Ambiguous) return std::nullopt;
     plan.end = walk.Position();
     if (step == WalkStep::leftover) {
         plan.leftoverStart = walk.Position();
@@ -127,16 +141,9 @@ bool WriteFileHeader(CopyJob& job) {
            WriteBytes(job.writer, reinterpret_cast<const uint8_t*>("WAVE"), 4);
 }
 
-// The size field of a copied `data` chunk: what is really there, so that chunks behind it are not taken for
-// audio.
-uint32_t AudioSizeField(const CopyJob& job, uint32_t sourceField, int64_t bytes) {
-    if (job.IsRf64() && (sourceField == sizeInDs64 || bytes >= int64_t{sizeInDs64})) return sizeInDs64;
-    return static_cast<uint32_t>(bytes);
-}
-
 bool CopyChunk(CopyJob& job, const RiffChunk& chunk) {
     auto header = chunk.header;
-    if (chunk.isData) WriteLe32(&header[4], AudioSizeField(job, ReadLe32(&header[4]), chunk.bodyBytes));
+    if (chunk.isData) WriteLe32(&header[4], AudioSizeField(chunk, job.IsRf64()));
     job.reader.Seek(chunk.BodyStart());
     if (!WriteBytes(job.writer, header.data(), chunkHeaderBytes) ||
         !CopyBytes(job.reader, job.writer, chunk.bodyBytes))
@@ -181,14 +188,9 @@ bool WriteSizes(CopyJob& job, int64_t riffSize) {
     return !job.IsRf64() || WriteUInt64At(job.writer, ds64RiffSizeOffset, riffSize);
 }
 
-// `ds64` holds the audio's size when the `data` chunk of the copy refers to it.
 bool CorrectDs64DataSize(CopyJob& job) {
-    if (job.plan.audioStart == 0) return true;
-    ChunkHeader header{};
-    job.reader.Seek(job.plan.audioStart - chunkHeaderBytes);
-    if (!job.reader.ReadExactly(header.data(), chunkHeaderBytes)) return false;
-    if (AudioSizeField(job, ReadLe32(&header[4]), job.plan.audioBytes) != sizeInDs64) return true;
-    return WriteUInt64At(job.writer, ds64DataSizeOffset, job.plan.audioBytes);
+    return !job.plan.ds64AudioBytes ||
+           WriteUInt64At(job.writer, ds64DataSizeOffset, *job.plan.ds64AudioBytes);
 }
 
 }  // namespace
@@ -204,8 +206,7 @@ bool WriteCopy(FileReader& reader, const std::string& targetName, const Image& m
     CopyJob job{reader, writer, mainImage, tailImage, fileKind, hasAcid, *plan};
     if (!WriteFileHeader(job) || !CopyChunks(job)) return false;
     const int64_t riffSize = writer.Tell() - chunkHeaderBytes;
-    return CopyLeftover(job) && WriteSizes(job, riffSize) && (!isRf64 || CorrectDs64DataSize(job)) &&
-           writer.Flush(true);
+    return CopyLeftover(job) && WriteSizes(job, riffSize) && CorrectDs64DataSize(job) && writer.Flush(true);
 }
 
 }  // namespace vantor

@@ -179,6 +179,10 @@ TEST(Rewrite, Rf64KeepsItsDs64AndGetsBothSizes) {
         EXPECT_EQ(Ids(*Copy(file, {}, ImageOf(50), kindRf64)),
                   body.empty() ? "ds64fmt bextdata" : "ds64fmt databext");
     }
+    // Two chunks that leave their size to ds64 and one cut off: no ds64 of the copy is right for both.
+    const Bytes twice = fileOf("RF64", 0, Joined({wide, wide}));
+    EXPECT_TRUE(Copy(twice, {}, ImageOf(50), kindRf64));
+    EXPECT_FALSE(Copy(Bytes(twice.begin(), twice.end() - 500), {}, ImageOf(50), kindRf64));
     const Bytes withoutDs64 = RiffFile(Joined({fmt, audio}), "RF64");
     EXPECT_FALSE(InPlace(withoutDs64, ImageOf(50), true));
     EXPECT_FALSE(Copy(withoutDs64, {}, {}, kindRf64));

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "tests/wavehost/run_wavehost.h"
 
 namespace vantor::test {
@@ -91,6 +93,20 @@ TEST_F(WavehostEdit, RefusesWithoutTouchingAnything) {
     const HostRun run = RunWavehost({"meta", "set", wav, "TITLE=x", "CAFINFO:title=y"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.err, HasSubstr("CAFINFO:title was not stored"));
+}
+
+TEST_F(WavehostEdit, EditsOfOneFileWaitForEachOther) {
+    const std::vector<std::string> keys = {"TITLE", "ARTIST", "ALBUM", "GENRE", "COMMENT", "DESC"};
+    for (const Bytes& bytes : {PatternWav(500, 2), notInPlace}) {
+        const std::string file = folder.Write("busy.wav", bytes);
+        std::vector<std::thread> edits;
+        for (const std::string& key : keys)
+            edits.emplace_back([&, key] { EXPECT_EQ(ExitCode({"meta", "set", file, key + "=x"}), 0); });
+        for (std::thread& edit : edits)
+            edit.join();
+        for (const std::string& key : keys)
+            EXPECT_THAT(Value(file, key), HasSubstr("x")) << key;
+    }
 }
 
 TEST_F(WavehostEdit, KeepsLinksAndPermissions) {

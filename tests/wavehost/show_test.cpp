@@ -107,6 +107,13 @@ TEST_F(WavehostShow, TellsFailureFromWrongUsageAndLeavesFilesAlone) {
     EXPECT_THAT(RunWavehost({"render", text, "-o", out}).err, HasSubstr("text.wav: Unknown file header"));
     EXPECT_EQ(ExitCode({"render", text, "-o", out}), 1);
     EXPECT_EQ(ExitCode({"render", file, "-o", folder.Path("none/out.wav")}), 1);
+    EXPECT_THAT(RunWavehost({"render", file, "-o", out, "--channels", "8192"}).err, HasSubstr("channels"));
+    EXPECT_EQ(ExitCode({"render", file, "-o", out, "--rate", "4294967295", "--channels", "2"}), 1);
+    const std::string second = folder.Write("second.wav", PatternWav(48000, 1));
+    if (!onWindows) {  // where the converter takes any ratio
+        EXPECT_THAT(RunWavehost({"render", second, "-o", out, "--rate", "100"}).err,
+                    HasSubstr("second.wav ended after 0 of 100 frames"));
+    }
     EXPECT_EQ(ExitCode({"--module", "none.so", "info", file}), 1);
     EXPECT_EQ(ExitCode({"render", file}), 2);
     EXPECT_EQ(ExitCode({"render", file, "-o", out, "--format", "s8"}), 2);

@@ -68,7 +68,11 @@ class EditLock {
     EditLock& operator=(const EditLock&) = delete;
 
   private:
+#if defined(_WIN32)
+    void* mutex_ = nullptr;
+#else
     int handle_ = -1;
+#endif
 };
 
 struct CloseStream {

@@ -35,14 +35,27 @@ class Header {
     std::vector<uint8_t> bytes_;
 };
 
+int64_t FrameBytes(const WavLayout& layout) {
+    return int64_t{BytesPerSample(layout.format)} * layout.channels;
+}
+
+void CheckLayout(const WavLayout& layout) {
+    if (layout.raw) return;
+    const auto frameBytes = static_cast<double>(FrameBytes(layout));
+    if (frameBytes > UINT16_MAX) throw Failure("a WAV file cannot hold that many channels in this format");
+    if (!(std::round(layout.sampleRate) * frameBytes <= UINT32_MAX))
+        throw Failure("a WAV file cannot hold that sample rate with these channels in this format");
+}
+
 void AddFormat(Header& header, const WavLayout& layout) {
     const int32_t sampleBytes = BytesPerSample(layout.format);
-    const int32_t frameBytes = sampleBytes * layout.channels;
+    const int64_t frameBytes = FrameBytes(layout);
+    const int64_t sampleRate = std::llround(layout.sampleRate);
     const uint16_t tag = IsFloat(layout.format) ? tagFloat : tagInteger;
     const bool extensible = layout.channels > 2;
     header.Id("fmt ").Number(extensible ? 40 : 18, 4).Number(extensible ? tagExtensible : tag, 2);
-    header.Number(layout.channels, 2).Number(layout.sampleRate, 4);
-    header.Number(static_cast<int64_t>(layout.sampleRate) * frameBytes, 4).Number(frameBytes, 2);
+    header.Number(layout.channels, 2).Number(sampleRate, 4);
+    header.Number(sampleRate * frameBytes, 4).Number(frameBytes, 2);
     header.Number(sampleBytes * 8, 2).Number(extensible ? 22 : 0, 2);
     // Valid bits, no speaker positions, and the sub-format's GUID.
     if (extensible)
@@ -116,6 +129,7 @@ int32_t BytesPerSample(SampleFormat format) {
 
 WavWriter::WavWriter(const std::string& target, const WavLayout& layout, int64_t expectedFrames)
     : layout_(layout) {
+    CheckLayout(layout);
     if (target == "-") {
         MakeBinary(stdout);
     } else {
@@ -158,7 +172,7 @@ void WavWriter::PutHeader(int64_t frames) {
 }
 
 int64_t WavWriter::DataBytes(int64_t frames) const {
-    return frames * layout_.channels * BytesPerSample(layout_.format);
+    return frames * FrameBytes(layout_);
 }
 
 }  // namespace vantor::wavehost

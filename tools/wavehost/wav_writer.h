@@ -14,13 +14,14 @@ enum class SampleFormat { f64, f32, s24, s16 };
 struct WavLayout {
     SampleFormat format = SampleFormat::f64;
     int32_t channels = 1;
-    uint32_t sampleRate = 48000;  // Hz
-    bool raw = false;             // no header
+    double sampleRate = 48000;  // Hz
+    bool raw = false;           // no header
 };
 
 int32_t BytesPerSample(SampleFormat format);
 
-// Throws Failure when a write fails.
+// Throws Failure when a write fails, and when a WAV header has no room for the layout: 16 bits for the bytes
+// of a frame, 32 for those of a second.
 class WavWriter {
   public:
     // `target` "-": standard output, whose header cannot be mended later and so is made for `expectedFrames`.

@@ -74,7 +74,8 @@ void Verify(const Module& module, const fs::path& file, const AudioShape& shape,
 }
 
 std::vector<double> NextSamples(PCM_source& source, const AudioShape& shape, int64_t startFrame) {
-    constexpr int32_t blockFrames = 65536;
+    constexpr int32_t samplesARead = 1 << 18;
+    const int32_t blockFrames = std::max(samplesARead / shape.channels, 1);
     std::vector<double> samples(static_cast<size_t>(blockFrames) * static_cast<size_t>(shape.channels));
     TransferBlock block{};
     block.startSeconds = static_cast<double>(startFrame) / shape.sampleRate;

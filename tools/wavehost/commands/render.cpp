@@ -70,8 +70,7 @@ int Render(const Module& module, const RenderOptions& options) {
     if (options.output != "-" && IsSameFile(PathOf(options.file), PathOf(options.output)))
         throw Failure("cannot be rendered onto itself");
     const Plan plan = MakePlan(*source.Get(), options);
-    const WavLayout layout{options.format, plan.channels, static_cast<uint32_t>(std::lround(plan.sampleRate)),
-                           options.raw};
+    const WavLayout layout{options.format, plan.channels, plan.sampleRate, options.raw};
     int64_t done = 0;
     const auto started = std::chrono::steady_clock::now();
     const int status = ForFile(options.output, [&] {
@@ -80,15 +79,15 @@ int Render(const Module& module, const RenderOptions& options) {
             Progress progress("render " + options.file);
             done = Play(*source.Get(), plan, writer, progress);
         }
+        if (done < plan.totalFrames)
+            throw Failure(options.file + " ended after " + std::to_string(done) + " of " +
+                          std::to_string(plan.totalFrames) + " frames");
         writer.Finish();
         return exitDone;
     });
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
     if (status == exitDone) ReportSpeed(options.file, done, plan.sampleRate, std::max(taken.count(), 1e-6));
     if (options.stats) ReportStatistics();
-    if (status == exitDone && done < plan.totalFrames)
-        throw Failure("ended after " + std::to_string(done) + " of " + std::to_string(plan.totalFrames) +
-                      " frames");
     return status;
 }
 
