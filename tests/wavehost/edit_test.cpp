@@ -1,8 +1,15 @@
 #include <gmock/gmock.h>
 
+#include <fstream>
 #include <thread>
 
 #include "tests/wavehost/run_wavehost.h"
+
+#if !defined(_WIN32)
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
 
 namespace vantor::test {
 namespace {
@@ -64,16 +71,26 @@ TEST_F(WavehostEdit, ReplacesAFileThatCannotBeUpdatedInPlace) {
     EXPECT_EQ(FilesInFolder(), 2u);
 }
 
-TEST_F(WavehostEdit, RehearsesALargeFileByItsEnds) {
-    constexpr uint32_t audioBytes = 80 << 20;
+TEST_F(WavehostEdit, RehearsesALargeFileWithoutItsAudio) {
+    constexpr uint32_t audioBytes = 80 << 20, otherBytes = 20 << 20;
+    const Bytes info = InfoChunk("IART", "Old artist");
+    const auto riffBytes = static_cast<uint32_t>(audioBytes + otherBytes + 44 + info.size());
     ByteWriter head;
-    head.Text("RIFF").Le32(audioBytes + 36).Text("WAVE").Chunk("fmt ", FmtBody(1, 2, 48000, 16));
+    head.Text("RIFF").Le32(riffBytes).Text("WAVE").Chunk("fmt ", FmtBody(1, 2, 48000, 16));
     const std::string file = folder.Write("large.wav", head.Text("data").Le32(audioBytes));
     fs::resize_file(file, 44 + audioBytes);
-    const std::vector<std::string> rehearse = {"meta", "set", file, "TITLE=Large", "--dry-run"};
-    EXPECT_THAT(RunWavehost(rehearse).out, HasSubstr("updated in place"));
+    {
+        std::ofstream more(file, std::ios::binary | std::ios::app);
+        const Bytes other = ByteWriter().Chunk("abcd", Bytes(otherBytes, 1)).Add(info);
+        more.write(reinterpret_cast<const char*>(other.data()), std::ssize(other));
+    }
+    const std::vector<std::string> edit = {"meta", "set", file, "ARTIST=Large"};
+    const HostRun dry = RunWavehost({"meta", "set", file, "ARTIST=Large", "--dry-run"});
+    EXPECT_EQ(fs::file_size(file), riffBytes + 8);
+    EXPECT_THAT(dry.out, HasSubstr("updated in place\n  ARTIST: \"Old artist\" -> \"Large\""));
+    EXPECT_EQ(RunWavehost(edit).out, dry.out);
     fs::resize_file(file, 43 + audioBytes);  // the last byte of the audio is missing
-    EXPECT_THAT(RunWavehost(rehearse).out, HasSubstr("rewritten"));
+    EXPECT_THAT(RunWavehost({"meta", "set", file, "ARTIST=Large", "--dry-run"}).out, HasSubstr("rewritten"));
     EXPECT_EQ(fs::file_size(file), 43 + audioBytes);
     EXPECT_EQ(FilesInFolder(), 1u);
 }
@@ -93,6 +110,9 @@ TEST_F(WavehostEdit, RefusesWithoutTouchingAnything) {
     const HostRun run = RunWavehost({"meta", "set", wav, "TITLE=x", "CAFINFO:title=y"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.err, HasSubstr("CAFINFO:title was not stored"));
+    // The common field stands for this key as well.
+    EXPECT_THAT(RunWavehost({"meta", "set", wav, "TITLE=Common", "INFO:INAM=Raw"}).err,
+                HasSubstr("INFO:INAM was stored as \"Common\""));
 }
 
 TEST_F(WavehostEdit, EditsOfOneFileWaitForEachOther) {
@@ -108,6 +128,24 @@ TEST_F(WavehostEdit, EditsOfOneFileWaitForEachOther) {
             EXPECT_THAT(Value(file, key), HasSubstr("x")) << key;
     }
 }
+
+#if !defined(_WIN32)
+TEST_F(WavehostEdit, TellsAFailedWrite) {
+    const std::string file = folder.Write("song.wav", whole);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit tight{1024, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);  // handed on to the programs that are started
+    setrlimit(RLIMIT_FSIZE, &tight);
+    const HostRun run = RunWavehost({"meta", "set", file, "TITLE=x"});
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.err, HasSubstr("cannot be written to the disk"));
+    EXPECT_EQ(ReadWholeFile(file), whole);
+    EXPECT_EQ(FilesInFolder(), 1u);
+}
+#endif
 
 TEST_F(WavehostEdit, KeepsLinksAndPermissions) {
     if (onWindows) GTEST_SKIP() << "links need a privilege there, and permissions are of another kind";

@@ -26,6 +26,7 @@ inline constexpr ReadMode lookingReads{0, 1, 16 * 1024};
 
 // The services are plain functions; what they need to know between calls stands here. Set by a command before
 // it opens its first source.
+inline constexpr auto diskFullCode = static_cast<int32_t>(0xF9FAB541u);
 struct HostState {
     ReadMode readMode = lookingReads;
     ReadMode peakReadMode = playingReads;
@@ -33,6 +34,7 @@ struct HostState {
     std::atomic<int64_t> diskReads = 0;
     std::atomic<int64_t> bytesRead = 0;
     std::atomic<int64_t> bytesWritten = 0;
+    std::atomic<int32_t> writeFailure = 0;      // of the write that failed last; 0: none did
     std::atomic<double> peakBuildFraction = 0;  // of the build that ran last
 };
 HostState& Host();
@@ -46,6 +48,7 @@ void FormatTime(double seconds, char* text, int32_t textBytes);  // m:ss.mmm
 void ResolveFileName(const char* in, char* out, int32_t outBytes);
 void RelativeFileName(const char* in, char* out, int32_t outBytes);
 // host_services_disk.cpp
+// A negative count of bytes written is a failure's code: diskFullCode, or that of any other error.
 void UpdateDiskCounters(int32_t bytesRead, int32_t bytesWritten);
 void PreferredReadMode(int32_t* mode, int32_t* blocks, int32_t* blockBytes);
 void PreferredPeakReadMode(int32_t* mode, int32_t* blocks, int32_t* blockBytes);

@@ -18,6 +18,7 @@ void UpdateDiskCounters(int32_t bytesRead, int32_t bytesWritten) {
         Host().bytesRead += bytesRead;
     }
     if (bytesWritten > 0) Host().bytesWritten += bytesWritten;
+    if (bytesWritten < 0) Host().writeFailure = bytesWritten;
 }
 
 void PreferredReadMode(int32_t* mode, int32_t* blocks, int32_t* blockBytes) {

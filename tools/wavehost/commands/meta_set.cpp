@@ -4,6 +4,7 @@
 #include "commands/commands.h"
 #include "commands/rehearsal.h"
 #include "failure.h"
+#include "host_services.h"
 #include "output_file.h"
 #include "report.h"
 
@@ -101,11 +102,23 @@ bool IsSameAudio(const Module& module, const fs::path& left, const fs::path& rig
     }
 }
 
+// True when a value under a scheme's own key is another than the one asked for: cut to its field's width,
+// brought into the field's form, or replaced by a common field given with it. A picture is told by a
+// description of it.
+bool IsStoredOtherwise(const Change& change) {
+    return change.key.find(':') != std::string::npos && !change.key.starts_with("ID3:APIC") &&
+           change.wanted != change.after;
+}
+
 // A key that the format does not carry stays away, or one that another scheme also holds stays.
 int CheckAnswered(const std::string& file, const std::vector<Change>& changes) {
     int status = exitDone;
     for (const Change& change : changes) {
-        if (change.wanted.empty() == change.after.empty()) continue;
+        if (change.wanted.empty() == change.after.empty()) {
+            if (IsStoredOtherwise(change))
+                ReportFailure(file, change.key + " was stored as " + Quoted(change.after));
+            continue;
+        }
         ReportFailure(file, change.key + (change.after.empty() ? " was not stored" : " was not removed"));
         status = exitFailed;
     }
@@ -113,8 +126,14 @@ int CheckAnswered(const std::string& file, const std::vector<Change>& changes) {
 }
 
 std::string Refusal(const fs::path& file) {
-    return TakesMetadata(file) ? "the metadata could not be written"
-                               : "metadata is written into WAV, RF64 and BW64 files alone";
+    if (!TakesMetadata(file)) return "metadata is written into WAV, RF64 and BW64 files alone";
+    const int32_t failure = Host().writeFailure;
+    if (failure == 0) return "the metadata could not be written";
+    return failure == diskFullCode ? "cannot be written: the disk is full" : "cannot be written to the disk";
+}
+
+bool IsWritable(const fs::path& file) {
+    return Stream(OpenStream(file, "r+b")) != nullptr;
 }
 
 struct Edit {
@@ -128,12 +147,12 @@ struct Edit {
     }
     // Opens the file, notes what stands in it, and asks for the write. The source is closed on return: a file
     // that is open cannot be replaced everywhere.
-    Outcome Run(const std::string& file, const fs::path& target) {
+    Outcome Run(const std::string& file, const fs::path& target, intptr_t flags) {
         const HostPtr<PCM_source> source = OpenSource(module, file);
         shape = ShapeOf(*source.Get());
         for (Change& change : changes)
             change.before = ValueOf(*source.Get(), change.key);
-        return Write(*source.Get(), changes, target, Flags());
+        return Write(*source.Get(), changes, target, flags);
     }
 };
 
@@ -149,7 +168,7 @@ int Apply(Edit& edit) {
         return std::pair(fs::file_size(file, failed), fs::last_write_time(file, failed));
     };
     const auto stamp = stampOf();
-    const Outcome outcome = edit.Run(options.file, output.WriteTo());
+    const Outcome outcome = edit.Run(options.file, output.WriteTo(), edit.Flags());
     if (outcome == Outcome::inPlace) {
         SyncFile(file);
         Verify(edit.module, file, edit.shape, edit.changes);
@@ -168,13 +187,15 @@ int Apply(Edit& edit) {
     return CheckAnswered(options.file, edit.changes);
 }
 
-// The same on a copy. Where that is too large to be written whole, only whether the new chunks fit is found
-// out, and the values are those asked for.
+// The same on a copy, which can be written even when the file cannot. Where it is too large to be written
+// whole, only whether the new chunks fit is found out, and the values are those asked for.
 int Rehearse(Edit& edit) {
     const std::string& file = edit.options.file;
     OpenSource(edit.module, file);  // says why, when it is not a file to edit
+    if (!TakesMetadata(PathOf(file))) throw Failure(Refusal(PathOf(file)));
     const Rehearsal rehearsal(PathOf(file));
-    const Outcome outcome = rehearsal.Result(edit.Run(TextOf(rehearsal.Copy()), rehearsal.Target()));
+    const intptr_t flags = edit.Flags() | (IsWritable(PathOf(file)) ? 0 : neverInPlaceFlag);
+    const Outcome outcome = rehearsal.Result(edit.Run(TextOf(rehearsal.Copy()), rehearsal.Target(), flags));
     for (Change& change : edit.changes)
         change.after = change.wanted;
     if (outcome == Outcome::failed) throw Failure(Refusal(PathOf(file)));

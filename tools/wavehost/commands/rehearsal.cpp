@@ -1,6 +1,8 @@
 #include "commands/rehearsal.h"
 
+#include <algorithm>
 #include <fstream>
+#include <optional>
 #include <random>
 
 #include "failure.h"
@@ -10,7 +12,6 @@ namespace vantor::wavehost {
 namespace {
 
 constexpr uintmax_t largestWholeCopy = 64 << 20;
-constexpr uintmax_t keptAtEitherEnd = 16 << 20;
 
 fs::path NewFolder() {
     std::random_device random;
@@ -34,15 +35,54 @@ void CopyPart(std::ifstream& from, std::ofstream& to, uintmax_t position, uintma
     }
 }
 
-// The ends of `file` in `copy`, which has its size.
-void CopyEnds(const fs::path& file, const fs::path& copy, uintmax_t fileBytes) {
+uint64_t LittleEndian(const unsigned char* bytes, int width) {
+    uint64_t number = 0;
+    for (int i = width; i-- > 0;)
+        number = number << 8 | bytes[i];
+    return number;
+}
+
+struct Span {
+    uintmax_t start;
+    uintmax_t end;
+};
+
+// The body of the first `data` chunk, which the sizes in the file lead to; nothing when they lead nowhere.
+Span AudioOf(std::ifstream& file, uintmax_t fileBytes) {
+    constexpr uint64_t headerBytes = 8, fourGiB = uint64_t{1} << 32, allOnes = fourGiB - 1;
+    bool formatSeen = false;
+    std::optional<uint64_t> ds64DataBytes;
+    unsigned char header[headerBytes + 16];  // and the two sizes at the start of ds64
+    for (uintmax_t position = 12; position < fileBytes && fileBytes - position > sizeof header;) {
+        file.seekg(static_cast<std::streamoff>(position));
+        if (!file.read(reinterpret_cast<char*>(header), sizeof header)) break;
+        const std::string_view id(reinterpret_cast<const char*>(header), 4);
+        const uint64_t size = LittleEndian(header + 4, 4);
+        const uintmax_t body = position + headerBytes, left = fileBytes - body;
+        if (id == "data") {
+            uint64_t audio = size == allOnes ? ds64DataBytes.value_or(size) : size;
+            if (size == 0 && formatSeen) audio = left;                        // a recording never finished
+            if (!ds64DataBytes && left >= fourGiB) audio += left & ~allOnes;  // a size that wrapped
+            return {body, body + std::min<uintmax_t>(audio, left)};
+        }
+        if (id == "fmt ") formatSeen = true;
+        if (id == "ds64") ds64DataBytes = LittleEndian(header + headerBytes + 8, 8);
+        position = body + size + size % 2;
+    }
+    return {fileBytes, fileBytes};
+}
+
+// All of `file` but its audio in `copy`, which has its size.
+void CopyAroundAudio(const fs::path& file, const fs::path& copy, uintmax_t fileBytes) {
     std::ifstream from(file, std::ios::binary);
+    const Span audio = AudioOf(from, fileBytes);
+    from.clear();
     std::ofstream(copy, std::ios::binary).close();
     AllowHoles(copy);
     fs::resize_file(copy, fileBytes);
     std::ofstream to(copy, std::ios::binary | std::ios::in | std::ios::out);
-    CopyPart(from, to, 0, keptAtEitherEnd);
-    CopyPart(from, to, fileBytes - keptAtEitherEnd, keptAtEitherEnd);
+    CopyPart(from, to, 0, audio.start);
+    CopyPart(from, to, audio.end, fileBytes - audio.end);
     if (!from || !to.flush()) throw Failure("cannot be copied for a rehearsal");
 }
 
@@ -56,14 +96,13 @@ bool TakesMetadata(const fs::path& file) {
     return (id == "RIFF" || id == "RF64" || id == "BW64") && form == "WAVE";
 }
 
-Rehearsal::Rehearsal(const fs::path& file)
-    : folder_(NewFolder()), extension_(TextOf(file.extension())), takesMetadata_(TakesMetadata(file)) {
+Rehearsal::Rehearsal(const fs::path& file) : folder_(NewFolder()), extension_(TextOf(file.extension())) {
     const uintmax_t bytes = fs::file_size(file);
     whole_ = bytes <= largestWholeCopy;
     if (whole_)
         fs::copy_file(file, Copy());
     else
-        CopyEnds(file, Copy(), bytes);
+        CopyAroundAudio(file, Copy(), bytes);
     fs::permissions(Copy(), fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::add);
 }
 
@@ -77,7 +116,7 @@ fs::path Rehearsal::Target() const {
 }
 
 Outcome Rehearsal::Result(Outcome answered) const {
-    return answered == Outcome::failed && !whole_ && takesMetadata_ ? Outcome::copied : answered;
+    return answered == Outcome::failed && !whole_ ? Outcome::copied : answered;
 }
 
 }  // namespace vantor::wavehost

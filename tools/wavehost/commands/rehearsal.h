@@ -13,8 +13,8 @@ enum class Outcome : intptr_t { failed = 0, copied = 1, inPlace = 2 };
 // Whether the file is of a container into which the module writes: WAV, RF64 or BW64.
 bool TakesMetadata(const fs::path& file);
 
-// A folder in the system's temporary folder with a copy of a file, removed with all that is in it. Of a large
-// file only the beginning and the end are copied, where the chunks other than audio are, with a hole between.
+// A folder in the system's temporary folder with a copy of a file, which TakesMetadata, removed with all that
+// is in it. Of a large file all is copied but the audio, in whose place is a hole.
 class Rehearsal {
   public:
     explicit Rehearsal(const fs::path& file);
@@ -34,7 +34,6 @@ class Rehearsal {
     fs::path folder_;
     std::string extension_;
     bool whole_;
-    bool takesMetadata_;
 };
 
 }  // namespace vantor::wavehost
