@@ -12,7 +12,8 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Matched byte for byte; that "axml" and "iXML" stand here in one spelling and "cart" in two is deliberate.
+// Matched byte for byte, in the spellings that are read as metadata: a chunk in any other has not been read,
+// so that nothing new stands for it and dropping it would lose it.
 constexpr std::string_view replaceableIds[] = {
     "JUNK", "junk", "JUNQ", "junq", "FILR", "filr", "FLLR", "fllr", "PAD_", "pad_", "bext",
     "axml", "iXML", "cart", "CART", "_PMX", "ID3 ", "id3 ", "ID3x", "id3x", "ID3_", "id3_",

@@ -7,7 +7,7 @@
 namespace vantor {
 
 // Every slot but the extended call is a stub.
-// NOLINTNEXTLINE(readability-identifier-naming): the class's given name
+// NOLINTNEXTLINE(readability-identifier-naming): the name that hosts know
 class PCM_source_wav_metadata final : public PCM_source {
   public:
     explicit PCM_source_wav_metadata(const char* fileName);

@@ -25,7 +25,7 @@ struct SourceAttachment {
     std::shared_ptr<AudioFormat> format;
 };
 
-// NOLINTNEXTLINE(readability-identifier-naming): the class's given name
+// NOLINTNEXTLINE(readability-identifier-naming): the name that hosts know
 class PCM_source_wavefile final : public PCM_source {
   public:
     PCM_source_wavefile() = default;

@@ -35,7 +35,7 @@ struct XmlElement {
     [[nodiscard]] const XmlAttribute* Attribute(std::string_view attributeName) const;
 };
 
-// NOLINTNEXTLINE(readability-identifier-naming): the class's given name
+// NOLINTNEXTLINE(readability-identifier-naming): the name that hosts know
 class qrv_xml_parser {
   public:
     qrv_xml_parser();

@@ -15,6 +15,7 @@ namespace vantor::test {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 class WavehostEdit : public Wavehost {
@@ -87,7 +88,8 @@ TEST_F(WavehostEdit, RehearsesALargeFileWithoutItsAudio) {
     const std::vector<std::string> edit = {"meta", "set", file, "ARTIST=Large"};
     const HostRun dry = RunWavehost({"meta", "set", file, "ARTIST=Large", "--dry-run"});
     EXPECT_EQ(fs::file_size(file), riffBytes + 8);
-    EXPECT_THAT(dry.out, HasSubstr("updated in place\n  ARTIST: \"Old artist\" -> \"Large\""));
+    EXPECT_THAT(dry.out,
+                AllOf(HasSubstr("updated in place"), HasSubstr("ARTIST: \"Old artist\" -> \"Large\"")));
     EXPECT_EQ(RunWavehost(edit).out, dry.out);
     fs::resize_file(file, 43 + audioBytes);  // the last byte of the audio is missing
     EXPECT_THAT(RunWavehost({"meta", "set", file, "ARTIST=Large", "--dry-run"}).out, HasSubstr("rewritten"));

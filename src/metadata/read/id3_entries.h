@@ -1,11 +1,13 @@
 // The store entries behind the frames of an ID3v2 tag: the one place that knows which frame has which key.
 // The reader stores them; the builder asks the same walk which frames of an old tag the store stands for.
 //
+// clang-format off
 // Frame           Key                                        Value
-// T***            ID3:TIT2                                   text; several texts of a frame joined by ";
-// " TCON            ID3:TCON                                   genre names, joined by "; " TXXX
-// ID3:TXXX:description                       text WXXX            ID3:WXXX:description URL COMM, USLT
-// ID3:COMM                                   text, when the description is empty and the
+// T***            ID3:TIT2                                   text; several texts of a frame joined by "; "
+// TCON            ID3:TCON                                   genre names, joined by "; "
+// TXXX            ID3:TXXX:description                       text
+// WXXX            ID3:WXXX:description                       URL
+// COMM, USLT      ID3:COMM                                   text, when the description is empty and the
 //                                                            language English, unknown or undetermined
 //                 ID3:COMM:deu, ID3:COMM:eng:description     text of any other
 // UFID            ID3:UFID:owner                             identifier, "[Binary data]" unless it is text
@@ -15,6 +17,7 @@
 //                 ID3:CHAP                                   "3 chapters", once for all
 // CTOC            ID3:CTOC                                   "[table of contents data]"
 // ETCO            ID3:ETCO                                   events (id3_events.h)
+// clang-format on
 //
 // The first frame of a key has the plain key. Later ones have a colon and a running number from 002 on, at
 // least three digits. All other frames, and those compressed, encrypted or unsynchronised on their own, have

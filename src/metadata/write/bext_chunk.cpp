@@ -36,7 +36,8 @@ std::string TimeField(std::string_view value) {
 }
 
 // Hundredths in 16 bits. A half is added before the cut towards zero whatever the sign: positive values round
-// to the nearest hundredth, negative ones come out a hundredth nearer to zero (-23 as -2299). This is meant.
+// to the nearest hundredth, negative ones come out a hundredth nearer to zero (-23 as -2299).
+// A better rounding would store other bytes for the same text than the files that exist hold.
 uint16_t LoudnessField(std::string_view value) {
     const double hundredths = std::trunc(DecimalNumber(value) * 100 + 0.5);
     if (!std::isfinite(hundredths)) return 0;
