@@ -70,6 +70,13 @@ TEST_F(WavehostEdit, ReplacesAFileThatCannotBeUpdatedInPlace) {
     for (const auto& path : {file, out})
         EXPECT_EQ(Samples(path), samples);
     EXPECT_EQ(FilesInFolder(), 2u);
+
+    const std::string locked = folder.Write("locked.wav", whole);
+    fs::permissions(locked, fs::perms::owner_read);
+    const bool isLocked = !std::ofstream(locked, std::ios::app);  // root may write all the same
+    EXPECT_THAT(RunWavehost({"meta", "set", locked, "--dry-run", "TITLE=x"}).out,
+                HasSubstr(isLocked ? "rewritten" : "updated in place"));
+    fs::permissions(locked, fs::perms::owner_all);
 }
 
 TEST_F(WavehostEdit, RehearsesALargeFileWithoutItsAudio) {
