@@ -102,7 +102,7 @@ void ReadId3Body(Input input) {
     ReadMetadataChunk(input, "ID3", store, 0);
     FileReader file(fileName, {});
     ChunkImage image;
-    BuildId3Chunk(image, store, &file, {input.begin(), input.end()});
+    BuildId3Chunk(image, store, &file, {{ChunkBody(input.begin(), input.end())}, {}});
     if (image.empty()) return;
     MetadataStore again;
     ReadMetadataChunk(Input(image).subspan(chunkHeaderBytes), "ID3", again, 0);

@@ -97,6 +97,12 @@ void MetadataStore::Insert(Place place, MetadataEntry entry) {
     keyBytes_ += keyBytes;
 }
 
+void MetadataStore::AddMissing(const MetadataStore& other) {
+    other.ForEach([this](const MetadataEntry& entry) {
+        if (!Has(entry.key)) Set(entry.key, entry.value);
+    });
+}
+
 bool MetadataStore::Remove(std::string_view key) {
     const auto place = Find(key);
     if (!place.found) return false;

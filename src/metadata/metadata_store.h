@@ -31,6 +31,8 @@ class MetadataStore {
     [[nodiscard]] bool Has(std::string_view key) const { return Get(key) != nullptr; }
     // Inserts or replaces. Keys and values end at their first NUL.
     void Set(std::string_view key, std::string_view value);
+    // The entries of another store whose keys this one does not have.
+    void AddMissing(const MetadataStore& other);
     bool Remove(std::string_view key);
     // Removes every entry whose key satisfies the predicate.
     void RemoveWhere(bool (*predicate)(std::string_view key));

@@ -13,6 +13,7 @@
 #include "metadata/write/build_chunks.h"
 #include "rewrite/rewrite.h"
 #include "source/extended_calls.h"
+#include "source/merge_fields.h"
 #include "source/old_chunks.h"
 #include "source/state_tables.h"
 
@@ -53,23 +54,6 @@ MetadataStore StoreOf(const MetadataPair* pairs) {
     return store;
 }
 
-// The new values win. A key of a scheme is taken under its own name, any other as a common field; a new
-// picture takes the place of all that there were.
-void Merge(MetadataStore& store, const MetadataStore& changes, double sampleRate) {
-    std::vector<FieldPair> fields;
-    changes.ForEach([&](const MetadataEntry& change) {
-        const bool isNewPicture = IsPictureKey(change.key) && !change.value.empty();
-        if (isNewPicture || !HasSchemePrefix(change.key)) {
-            fields.emplace_back(change.key, change.value);
-        } else if (change.value.empty()) {
-            store.Remove(change.key);
-        } else {
-            store.Set(change.key, change.value);
-        }
-    });
-    ApplyFields(fields, store, static_cast<int>(std::clamp(sampleRate, 0.0, 2147483647.0)));
-}
-
 struct SchemeBuilder {
     std::string_view scheme;
     int (*build)(ChunkImage& image, const ChunkSources& sources);
@@ -95,7 +79,7 @@ constexpr std::array builders = {
                   [](ChunkImage& image, const ChunkSources& s) { return BuildCartChunk(image, s.store); }},
     SchemeBuilder{"ID3",
                   [](ChunkImage& image, const ChunkSources& s) {
-                      return BuildId3Chunk(image, s.store, &s.file, s.old.id3Tag);
+                      return BuildId3Chunk(image, s.store, &s.file, s.old.id3);
                   }},
 };
 
@@ -106,6 +90,19 @@ void AddSchemeChunks(ChunkImages& images, const ChunkSources& sources) {
                          [&](const SchemeBuilder& candidate) { return candidate.scheme == scheme; });
         if (builder != builders.end()) builder->build(builder->inTail ? images.tail : images.main, sources);
     }
+    // Behind those of its scheme that can be read.
+    images.main.insert(images.main.end(), sources.old.refused.begin(), sources.old.refused.end());
+}
+
+// What the file's tags become.
+MetadataStore EditedTags(const AudioFormat& format, const OldChunks& old, const MetadataStore& changes,
+                         bool merges) {
+    MetadataStore store;
+    if (merges) store = format.metadata;
+    store.AddMissing(old.refusedTagEntries);
+    RemoveBwfCopies(store);
+    MergeFields(store, changes, format.sampleRate);
+    return store;
 }
 
 // Loop information is written anew when the host changes the loop's tempo or key.
@@ -179,14 +176,10 @@ intptr_t Write(const std::string& fileName, std::unique_ptr<FileReader> file, co
                const MetadataStore& changes, int32_t flags, const AudioFormat& format) {
     const bool merges = flags & mergeExisting;
     if (merges && format.isIncomplete) return writeFailed;  // what it did not find would be lost
-    MetadataStore store;
-    if (merges) store = format.metadata;
-    RemoveBwfCopies(store);
-    Merge(store, changes, format.sampleRate);
-
     const bool isRf64 = IsRf64(format);
-    const auto old = merges ? ReadOldChunks(*file, isRf64) : OldChunks{};
+    const auto old = ReadOldChunks(*file, isRf64, merges);
     if (!old) return writeFailed;
+    const auto store = EditedTags(format, *old, changes, merges);
     ChunkImages images;
     AddSchemeChunks(images, {store, *file, *old});
     AddAcidChunk(images, format, changes);

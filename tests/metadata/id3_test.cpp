@@ -53,9 +53,9 @@ Entries ReadTag(const Bytes& tag, int64_t fileOffset = 1000) {
 }
 
 // The tag inside a chunk that the reader accepts; empty when nothing was built.
-Bytes BuildTag(const MetadataStore& store, const Bytes& oldTag = {}, FileReader* source = nullptr) {
+Bytes BuildTag(const MetadataStore& store, const std::vector<Bytes>& oldTags, FileReader* source = nullptr) {
     ChunkImage image = {0xAA};
-    const int appended = BuildId3Chunk(image, store, source, oldTag);
+    const int appended = BuildId3Chunk(image, store, source, {oldTags, {}});
     EXPECT_EQ(image.size(), 1u + static_cast<size_t>(appended));
     if (appended == 0) return {};
     EXPECT_EQ(std::string(image.begin() + 1, image.begin() + 5), "id3 ");
@@ -63,6 +63,10 @@ Bytes BuildTag(const MetadataStore& store, const Bytes& oldTag = {}, FileReader*
     MetadataStore read;
     EXPECT_TRUE(ReadId3Chunk(tag, read, 0));
     return tag;
+}
+
+Bytes BuildTag(const MetadataStore& store, const Bytes& oldTag = {}, FileReader* source = nullptr) {
+    return BuildTag(store, std::vector<Bytes>{oldTag}, source);
 }
 
 // A tag with every kind of frame that has a key, and some that have none.
@@ -352,6 +356,37 @@ TEST(Id3Chunk, KeepsPicturesWhereverTheyLie) {
         // Another picture in its place; the second one removed.
         EXPECT_EQ(PictureFrames("type:3 offset:10 length:7", oldTag), (Frames{"APIC\0\0\3\0\3\0picture"s}));
     }
+}
+
+TEST(Id3Chunk, KeepsWhatSeveralTagsHold) {
+    const auto first =
+        TagOf(3, {"TIT2\0\0\0old"s, "TPE1\0\0\0one"s, "PRIV\0\0maker\0one"s, "GEOB\0\0same"s, "POPM\0\0one"s,
+                  "CTOC\0\0toc\0\3\1c1\0"s, "UFID\0\0owner\0\1"s, "APIC\0\0\0\0\3\0one"s});
+    const auto last = TagOf(4, {"GEOB\0\0same"s, "TIT2\0\0\0new"s, "PRIV\0\0maker\0two"s,
+                                "CTOC\0\0toc\0\3\1c1\0"s, "APIC\0\0\0\0\3\0two"s});
+    auto store = ReadStore(first);
+    ReadId3Tag(last, store, 5000);
+    const Frames expected = {"GEOB\0\0same"s,          "TIT2\0\0\0new"s,       "PRIV\0\0maker\0two"s,
+                             "CTOC\0\0toc\0\3\1c1\0"s, "APIC\0\0\0\0\3\0two"s, "TPE1\0\0\0one"s,
+                             "PRIV\0\0maker\0one"s,    "POPM\0\0one"s,         "UFID\0\0owner\0\1"s,
+                             "APIC\0\0\0\0\3\0one"s};
+    EXPECT_EQ(FramesOf(BuildTag(store, {first, last})), expected);
+    for (const char* key : {"PRIV:maker", "APIC", "CTOC", "UFID:owner", "TPE1"})
+        store.Remove("ID3:"s + key);
+    EXPECT_EQ(FramesOf(BuildTag(store, {first, last})),
+              (Frames{"GEOB\0\0same"s, "TIT2\0\0\0new"s, "POPM\0\0one"s}))
+        << "a key that is gone goes from both";
+}
+
+TEST(Id3Frames, AreWalkedWholeWhenOnlyPaddingOrAFooterFollows) {
+    const Bytes frames = Id3TagWriter(4).Text("TIT2", "t").Tag();
+    const Bytes padded = ByteWriter().Add(frames).Zeros(3);
+    const Bytes footed = ByteWriter().Add(frames).Text("3DI\4").Zeros(2).Be32(12).Zeros(1);
+    for (const Bytes& tag : {frames, padded, footed})
+        EXPECT_TRUE(IsWalkedWhole(tag));
+    const Bytes cut(frames.begin(), frames.end() - 1);
+    for (const Bytes& tag : {cut, Bytes(ByteWriter().Add(padded).U8(1)), BytesOf("TAG of another kind")})
+        EXPECT_FALSE(IsWalkedWhole(tag));
 }
 
 // Whatever a whole or a damaged tag holds, one rewrite keeps it and a second one changes nothing.

@@ -8,6 +8,8 @@
 namespace vantor::test {
 namespace {
 
+using namespace std::string_literals;
+
 Entries EntriesIn(std::string_view document) {
     return ReadEntries("IXML", BytesOf(document));
 }
@@ -42,7 +44,7 @@ const Entries recorderEntries =
 TEST(IxmlReader, FlattensDocumentsWithTheRootTag) {
     const std::pair<std::string, Entries> cases[] = {
         {recorderDocument, recorderEntries},
-        {"\xEF\xBB\xBF stray" + recorderDocument + std::string(500, '\0') + "<", recorderEntries},
+        {"\xEF\xBB\xBF stray\0"s + recorderDocument + std::string(500, '\0') + "<", recorderEntries},
         {recorderDocument.substr(0, recorderDocument.rfind('>')), refused},
         {"", refused},
         {"<?xml version='1.0'?><OTHER><A>1</A></OTHER>", refused},

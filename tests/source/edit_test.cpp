@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "tests/metadata/id3_tag_writer.h"
 #include "tests/source/edit_support.h"
 
 namespace vantor::test {
@@ -97,6 +98,131 @@ TEST_F(Edits, CarryOverADocumentWhoseSizeStandsInTheDs64Table) {
         EXPECT_EQ(std::string(axml.begin(), axml.end()), description);
         ExpectTags({std::string("INFO:INAM=") + title, "AXML:ISRC=OLDCODE"}, path);
     }
+}
+
+TEST_F(Edits, CarryOverChunksThatNoReaderTakes) {
+    const auto text = [](const std::string& characters) {
+        return Bytes(characters.begin(), characters.end());
+    };
+    std::string utf16;
+    for (const char character : std::string("<BWFXML><NOTE>n</NOTE></BWFXML>"))
+        utf16.append({character, '\0'});
+    const std::vector<ListedChunk> refused = {
+        {"iXML", text("<BWFXML version=\"1\"><NOTE>n</NOTE></BWFXML>")},
+        {"iXML", text(utf16)},
+        {"iXML", text("<BWFXML><NOTE>&unknown;</NOTE></BWFXML>")},
+        {"iXML", text("<BWFXML><NOTE>n</NOTE></BWFX")},
+        {"bext", Bytes(601, 'b')},
+        {"cart", Bytes(2047, 'c')},
+        {"CART", Bytes(3, 'C')},
+        {"_PMX", text("<x:xmpmeta><rdf:RDF>")},
+        {"id3 ",
+         ByteWriter().Text("ID3\4").Zeros(2).Be32(Syncsafe(30)).Text("TIT2").Be32(20).Zeros(2).Text("t")},
+        {"ID3_", text("no tag of this kind")}};
+    ByteWriter chunks;
+    for (const auto& chunk : refused)
+        chunks.Chunk(chunk.id, chunk.body);
+    const auto path = folder.Write(
+        "refused.wav", MonoFile(Ramp(editedFrames), chunks, ByteWriter().Chunk("iXML", Bytes(64))));
+    for (const std::string title : {"TITLE=One", "TITLE=Two"}) {
+        ASSERT_EQ(
+            RequestWrite(*OpenSource(path), target, {title, "CART:URL=u", "BWF:Originator=o"}, mergeTags), 2);
+        ExpectTags({"IXML:PROJECT=" + title.substr(6), "CART:URL=u", "BWF:Originator=o"}, path);
+        auto list = ChunkList(ReadWholeFile(path));
+        for (const auto& chunk : refused)
+            EXPECT_EQ(std::erase(list, chunk), 1u) << chunk.id;
+        EXPECT_EQ(list.size(), 9u) << "format, audio, filler and one chunk of each scheme: "
+                                   << Ids(ReadWholeFile(path));
+    }
+}
+
+// Two tags that are read, and between them one that only the length of its chunk speaks against.
+TEST_F(Edits, CarryOverTheFramesOfEveryTag) {
+    const auto named = [](const char* name) { return Bytes(ByteWriter().Text(name).U8(0)); };
+    const Bytes refused = ByteWriter()
+                              .Add(Id3TagWriter(4)
+                                       .Text("TPE1", "refused artist")
+                                       .Text("TALB", "refused album")
+                                       .Frame("GEOB", named("third"))
+                                       .Frame("PRIV", named("owner of three"))
+                                       .Tag())
+                              .Zeros(4);
+    const Bytes chunks = ByteWriter()
+                             .Chunk("id3 ", Id3TagWriter(3)
+                                                .Text("TIT2", "a")
+                                                .Frame("GEOB", named("first"))
+                                                .Frame("PRIV", named("one"))
+                                                .Tag())
+                             .Chunk("ID3x", refused)
+                             .Chunk("ID3 ", Id3TagWriter(3)
+                                                .Text("TPE1", "last artist")
+                                                .Frame("POPM", named("second"))
+                                                .Frame("PRIV", named("one and more"))
+                                                .Tag());
+    const auto path = folder.Write("tags.wav", MonoFile(Ramp(editedFrames), chunks));
+    EXPECT_EQ(TagsOf(path)["ID3:TALB"], "");
+    for (const std::string year : {"1999", "2000"}) {
+        ASSERT_EQ(RequestWrite(*OpenSource(path), target, {"ID3:TYER=" + year, "TITLE="}, mergeTags), 2);
+        ExpectTags({"ID3:TIT2=", "ID3:TPE1=last artist", "ID3:TALB=refused album", "ID3:TYER=" + year}, path);
+        const Bytes file = ReadWholeFile(path);
+        EXPECT_EQ(Ids(file).find("ID3"), std::string::npos) << "one tag is left";
+        for (const char* name : {"first", "second", "third", "one", "one and more", "owner of three"})
+            EXPECT_LT(PlaceOf(named(name), file), file.size()) << name;
+    }
+}
+
+// Without the merge flag too, when the host writes back every pair that it has.
+TEST_F(Edits, CopyPicturesOutOfUnsynchronisedTags) {
+    Bytes picture = ByteWriter().U8(0xFF).U8(0).U8(0).U8(0xFF).U8(0xE0).Add(TaggedPicture()).U8(0xFF);
+    const Bytes tag = Id3TagWriter(3)
+                          .Frame("APIC", ByteWriter().U8(0).Text("image/png").U8(0).U8(3).U8(0).Add(picture))
+                          .Tag(0x80);
+    const auto path =
+        folder.Write("stuffed.wav", MonoFile(Ramp(editedFrames), {}, ByteWriter().Chunk("id3 ", tag)));
+    const auto descriptor = TagsOf(path)["ID3:APIC"];
+    ASSERT_EQ(PlaceOf(picture, ReadWholeFile(path)), ReadWholeFile(path).size());
+    const auto place = descriptor.substr(descriptor.find("type:3"));
+    for (const intptr_t flags : {replaceAll, mergeTags}) {
+        ASSERT_EQ(
+            RequestWrite(*OpenSource(path), target, {"ID3:APIC=desc:other " + place}, flags | neverInPlace),
+            1);
+        ExpectTags(
+            {"ID3:APIC=desc:other type:3 offset:" + std::to_string(PlaceOf(picture, ReadWholeFile(target))) +
+             " length:" + std::to_string(picture.size())},
+            target);
+    }
+}
+
+TEST_F(Edits, OfKeysThatAreWrittenUnderAnotherNameReplaceWhatTheyWrote) {
+    const std::pair<std::string, std::string> keys[] = {{"My Field", "IXML:USER:My_Field"},
+                                                        {"IXML:SPEED:NOTE", "IXML:SPEED_NOTE"},
+                                                        {"IXML:BWFXML", "IXML:_BWFXML"},
+                                                        {"ASWG:a b", "ASWG:a_b"},
+                                                        {"ID3:COMM:eng", "ID3:COMM"},
+                                                        {"ID3:USLT:XXX:", "ID3:USLT"},
+                                                        {"ID3:COMM:in short", "ID3:COMM:XXX:in short"},
+                                                        {"ID3:TT2", "ID3:TIT2"},
+                                                        {"ID3:TCOM:of it", "ID3:TCOM"}};
+    for (const auto& [key, written] : keys) {
+        SCOPED_TRACE(key);
+        const auto path = folder.Write("renamed.wav", MonoFile(Ramp(editedFrames)));
+        std::vector<size_t> counts;
+        for (const std::string value : {"x", "y", "z"}) {
+            ASSERT_NE(RequestWrite(*OpenSource(path), target, {key + "=" + value}, mergeTags), 0);
+            ExpectTags({written + "=" + value}, path);
+            counts.push_back(TagsOf(path).size());
+        }
+        EXPECT_EQ(counts, std::vector(3, counts[0]));
+        ASSERT_NE(RequestWrite(*OpenSource(path), target, {key + "="}, mergeTags), 0);
+        EXPECT_EQ(TagsOf(path), Tags{});
+    }
+    // A path of the file's own is another field than the name that it is written under.
+    const std::string document = "<BWFXML><A><B>path</B></A><A_B>name</A_B></BWFXML>";
+    const auto path = folder.Write(
+        "path.wav",
+        MonoFile(Ramp(editedFrames), ByteWriter().Chunk("iXML", Bytes(document.begin(), document.end()))));
+    ASSERT_NE(RequestWrite(*OpenSource(path), target, {"IXML:A:B=new"}, mergeTags), 0);
+    ExpectTags({"IXML:A_B=name", "IXML:A_B_2=new"}, path);
 }
 
 TEST_F(Edits, OtherSourcesPlayOnAndSeeTheTagsWhenReopened) {

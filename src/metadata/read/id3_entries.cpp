@@ -120,6 +120,17 @@ Id3Entry ReadEvents(const Id3Frame& frame) {
 
 }  // namespace
 
+Id3Key SplitId3Key(std::string_view key) {
+    key.remove_prefix(id3Prefix.size());
+    const size_t colon = key.find(':');
+    if (colon == std::string_view::npos) return {key, {}};
+    return {key.substr(0, colon), key.substr(colon + 1)};
+}
+
+bool IsRunningNumber(std::string_view text) {
+    return text.size() >= 3 && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 std::string NumberedKey(std::string_view key, size_t number) {
     const std::string digits = std::to_string(number);
     std::string numbered(key);

@@ -80,6 +80,14 @@ class Id3EntryWalk {
     std::map<std::string, size_t> lastNumbers_;  // of every key given out
 };
 
+struct Id3Key {
+    std::string_view frameId;
+    std::string_view qualifier;  // all behind it; empty: none
+};
+// Of a key that begins with id3Prefix.
+[[nodiscard]] Id3Key SplitId3Key(std::string_view key);
+// At least three digits, as NumberedKey appends them.
+[[nodiscard]] bool IsRunningNumber(std::string_view text);
 // "key:002".
 [[nodiscard]] std::string NumberedKey(std::string_view key, size_t number);
 // A frame id of version 2.3 and 2.4: four capital letters or digits. Three are one of version 2.2.

@@ -55,7 +55,7 @@ Id3FrameWalk::Id3FrameWalk(std::span<const uint8_t> tag) : tag_(tag), position_(
     if (tag.size() < id3HeaderBytes || !std::equal(tag.begin(), tag.begin() + 3, "ID3")) return;
     if (tag[3] < 2 || tag[3] > 4) return;
     version_ = tag[3];
-    unsynchronised_ = tag[5] & unsynchronisedTag;
+    unsynchronised_ = IsUnsynchronised(tag);
     if (version_ > 2 && (tag[5] & extendedHeader) && !SkipExtendedHeader()) version_ = 0;
 }
 
@@ -125,6 +125,24 @@ bool Id3FrameWalk::TakeBody(Id3Frame& frame, size_t size) {
 
 size_t Id3FrameWalk::StoredPosition(const Id3Frame& frame, size_t bodyOffset) const {
     return Advance(frame.bodyStart, bodyOffset, nullptr).value_or(frame.bodyEnd);
+}
+
+bool IsUnsynchronised(std::span<const uint8_t> tagHeader) {
+    return tagHeader.size() >= id3HeaderBytes && (tagHeader[5] & unsynchronisedTag);
+}
+
+bool IsWalkedWhole(std::span<const uint8_t> tag) {
+    constexpr std::string_view footer = "3DI";
+    Id3FrameWalk walk(tag);
+    if (walk.Version() == 0) return false;
+    for (Id3Frame frame; walk.Next(frame);) {
+    }
+    const auto isZero = [](uint8_t byte) { return byte == 0; };
+    const auto rest =
+        std::find_if_not(tag.begin() + static_cast<ptrdiff_t>(walk.Position()), tag.end(), isZero);
+    const auto restBytes = static_cast<size_t>(tag.end() - rest);
+    const bool hasFooter = restBytes >= id3HeaderBytes && std::equal(footer.begin(), footer.end(), rest);
+    return std::all_of(rest + static_cast<ptrdiff_t>(hasFooter ? id3HeaderBytes : 0), tag.end(), isZero);
 }
 
 }  // namespace vantor

@@ -51,6 +51,7 @@ class Id3FrameWalk {
     // until the next call.
     bool Next(Id3Frame& frame);
     [[nodiscard]] int Version() const { return version_; }
+    [[nodiscard]] size_t Position() const { return position_; }  // of the next frame in the tag as stored
     // Where the byte at `bodyOffset` of a frame's body lies in the tag as stored.
     [[nodiscard]] size_t StoredPosition(const Id3Frame& frame, size_t bodyOffset) const;
 
@@ -67,5 +68,9 @@ class Id3FrameWalk {
     bool unsynchronised_ = false;
     std::vector<uint8_t> header_, plainBody_;  // of the current frame
 };
+
+// True when frames fill a tag up to its padding and footer: no byte of it is left that the walk cannot reach.
+[[nodiscard]] bool IsWalkedWhole(std::span<const uint8_t> tag);
+[[nodiscard]] bool IsUnsynchronised(std::span<const uint8_t> tagHeader);
 
 }  // namespace vantor

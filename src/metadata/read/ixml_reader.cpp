@@ -19,7 +19,7 @@ constexpr std::string_view aswgPath = "IXML:ASWG:";
 constexpr size_t shortestSearched = 21;  // less than this is taken as it stands
 constexpr size_t longestPath = 511;      // bytes; a key adds no more than a number
 
-// From the root's start tag on; empty when there is none.
+// From the root's start tag on, whatever stands before it, zeros too; empty when there is none.
 std::string_view FindDocument(std::string_view text) {
     if (text.size() < shortestSearched) return text;
     for (; text.size() >= shortestSearched; text.remove_prefix(1))
@@ -120,7 +120,9 @@ void WalkTree(const XmlElement& root, NumberedKeys& keys) {
 }  // namespace
 
 bool ReadIxml(std::span<const uint8_t> document, MetadataStore& store) {
-    const std::string_view text = FindDocument(UpToNul(document));
+    const std::string_view bytes(reinterpret_cast<const char*>(document.data()), document.size());
+    std::string_view text = FindDocument(bytes);
+    text = text.substr(0, text.find('\0'));
     if (text.empty()) return false;
     XmlMemoryParser parser(reinterpret_cast<const uint8_t*>(text.data()), text.size());
     if (parser.Parse() != nullptr || parser.Root() == nullptr) return false;

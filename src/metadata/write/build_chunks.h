@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -34,11 +35,27 @@ int BuildCartChunk(ChunkImage& image, const MetadataStore& store);
 // `oldDocuments` are the bodies of the file's "axml" chunks in file order (none: an edit that replaces
 // everything). They are written back byte for byte but for their ISRC, which becomes the store's.
 int BuildAxmlChunk(ChunkImage& image, const MetadataStore& store, std::span<const ChunkBody> oldDocuments);
-// `source` is the file that the picture descriptors of the store point into; may be null. `oldTag` holds the
-// file's old ID3v2 tag, header included (empty: none): frames that the store cannot hold are carried over
-// from it.
-int BuildId3Chunk(ChunkImage& image, const MetadataStore& store, FileReader* source,
-                  const std::vector<uint8_t>& oldTag);
+
+struct FileRange {
+    uint64_t start;
+    uint64_t end;
+};
+// The ID3v2 tags of the file that is edited.
+struct OldId3Tags {
+    // Header included each; of two that hold one key, the store has the later one's value. None: an edit that
+    // replaces everything. Frames that the store cannot hold are carried over from them.
+    std::vector<ChunkBody> bodies;
+    // Where in the file unsynchronised ones lie, in file order: pictures there hold zeros that are not
+    // theirs.
+    std::vector<FileRange> unsynchronised;
+};
+// `source` is the file that the picture descriptors of the store point into; may be null.
+int BuildId3Chunk(ChunkImage& image, const MetadataStore& store, FileReader* source, const OldId3Tags& old);
+
+// The key under which an entry is read back once it is written: an iXML element has one name, without blanks
+// and colons; a comment in English needs no language. The key itself for those that stay as they are.
+[[nodiscard]] std::string IxmlKeyAsWritten(std::string_view key);
+[[nodiscard]] std::string Id3KeyAsWritten(std::string_view key);
 
 struct AcidValues {
     int key = -1;     // pitch class, may be any root note offset; negative: none

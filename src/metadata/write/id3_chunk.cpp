@@ -4,10 +4,16 @@
 // and value, made anew where the value has changed, left out where the key is gone. Frames without a key are
 // taken over as they stand; those of iXML and XMP documents are left out, for a RIFF file has chunks of its
 // own for them and would read every document twice. Entries without an old frame follow.
+//
+// Of several old tags the last comes first, so that its frames keep their keys: it is the one whose values
+// the store holds. Of those before it follow the frames whose key it does not have, and those of which the
+// store holds no more than that they are there; what is the same in both stands once.
 #include <algorithm>
 #include <map>
 #include <optional>
+#include <set>
 #include <tuple>
+#include <utility>
 
 #include "metadata/key_table.h"
 #include "metadata/read/id3_entries.h"
@@ -36,28 +42,13 @@ PendingEntries Id3EntriesOf(const MetadataStore& store) {
     return entries;
 }
 
-std::string_view FrameIdOfKey(std::string_view key) {
-    key.remove_prefix(id3Prefix.size());
-    return key.substr(0, key.find(':'));
-}
-
-std::string_view QualifierOfKey(std::string_view key) {
-    key.remove_prefix(id3Prefix.size());
-    const size_t colon = key.find(':');
-    return colon == std::string_view::npos ? std::string_view{} : key.substr(colon + 1);
-}
-
-bool IsRunningNumber(std::string_view text) {
-    return text.size() >= 3 && text.find_first_not_of("0123456789") == std::string_view::npos;
-}
-
 // A number counts frames of the key before it, when there is such a key or none of its frames has a
 // description that could end so.
 NewEntry SplitNumber(std::string_view key, std::string_view value, const MetadataStore& store) {
     const size_t colon = key.rfind(':');
     if (colon < id3Prefix.size() || !IsRunningNumber(key.substr(colon + 1))) return {key, 1, value};
-    const std::string_view base = key.substr(0, colon), id = FrameIdOfKey(key);
-    const bool isPlain = QualifierOfKey(base).empty() && id != "TXXX" && id != "WXXX" && id != "UFID";
+    const std::string_view base = key.substr(0, colon), id = SplitId3Key(key).frameId;
+    const bool isPlain = SplitId3Key(base).qualifier.empty() && id != "TXXX" && id != "WXXX" && id != "UFID";
     if (!isPlain && !store.Has(base)) return {key, 1, value};
     return {base, UnsignedDecimal(key.substr(colon + 1)), value};
 }
@@ -80,25 +71,48 @@ std::optional<std::vector<uint8_t>> ReadRange(FileReader* source, uint64_t offse
     return bytes;
 }
 
+// Takes the zeros out that unsynchronisation put behind bytes of 255.
+void Synchronise(std::vector<uint8_t>& bytes) {
+    uint8_t before = 0;
+    std::erase_if(bytes, [&](uint8_t byte) { return std::exchange(before, byte) == 0xFF && byte == 0; });
+}
+
+// True for a frame whose value in the store only says that it is there.
+bool HoldsMoreThanItsValue(const Id3Frame& frame, const Id3Entry& entry) {
+    return frame.id == "APIC" || frame.id == "CHAP" || frame.id == "CTOC" || entry.value == id3BinaryData;
+}
+
 class TagMerge {
   public:
-    TagMerge(const MetadataStore& store, FileReader* source)
-        : store_(store), source_(source), pending_(Id3EntriesOf(store)) {}
+    TagMerge(const MetadataStore& store, FileReader* source, const OldId3Tags& old)
+        : store_(store), source_(source), old_(old), pending_(Id3EntriesOf(store)) {}
 
-    void TakeOver(std::span<const uint8_t> oldTag);
+    void TakeOverAll();
     void AppendNewEntries();
     [[nodiscard]] const Id3Frames& Frames() const { return frames_; }
 
   private:
+    void TakeOver(std::span<const uint8_t> oldTag);
+    // `once`: not when another tag has brought the same frame.
+    void KeepFrame(const Id3FrameWalk& walk, const Id3Frame& frame, bool once);
+    std::optional<std::vector<uint8_t>> PictureAt(const PictureDescriptor& descriptor);
     void MergeEntry(const Id3FrameWalk& walk, const Id3Frame& frame, const Id3Entry& entry);
     bool AppendEntry(std::string_view base, std::string_view value);
     [[nodiscard]] bool HasSuccessor(std::string_view id) const;
 
     const MetadataStore& store_;
     FileReader* source_;
-    PendingEntries pending_;  // without a frame so far
+    const OldId3Tags& old_;
+    PendingEntries pending_;      // without a frame so far
+    std::set<std::string> kept_;  // keys whose frames stand as they were and may stand again, of another tag
+    std::set<Id3Frames> there_;   // frames taken over that another tag may hold too
     Id3Frames frames_;
 };
+
+void TagMerge::TakeOverAll() {
+    for (auto tag = old_.bodies.rbegin(); tag != old_.bodies.rend(); ++tag)
+        TakeOver(*tag);
+}
 
 void TagMerge::TakeOver(std::span<const uint8_t> oldTag) {
     Id3EntryWalk walk(oldTag, 0);
@@ -107,8 +121,15 @@ void TagMerge::TakeOver(std::span<const uint8_t> oldTag) {
     while (walk.Next(frame, entry)) {
         if (entry.kind == Id3Entry::Kind::Value) MergeEntry(walk.Frames(), frame, entry);
         if (entry.kind == Id3Entry::Kind::Foreign && !(frame.data.empty() && HasSuccessor(frame.id)))
-            AppendOldFrame(frames_, walk.Frames(), frame);
+            KeepFrame(walk.Frames(), frame, true);
     }
+}
+
+void TagMerge::KeepFrame(const Id3FrameWalk& walk, const Id3Frame& frame, bool once) {
+    const size_t start = frames_.size();
+    if (!AppendOldFrame(frames_, walk, frame) || old_.bodies.size() < 2) return;
+    const bool isNew = there_.emplace(frames_.begin() + static_cast<ptrdiff_t>(start), frames_.end()).second;
+    if (once && !isNew) frames_.resize(start);
 }
 
 // A compressed or encrypted text, or one that has an id of version 2.2, gives way to the entry of its present
@@ -120,22 +141,37 @@ bool TagMerge::HasSuccessor(std::string_view id) const {
 
 void TagMerge::MergeEntry(const Id3FrameWalk& walk, const Id3Frame& frame, const Id3Entry& entry) {
     const auto found = pending_.find(entry.key);
-    if (found == pending_.end()) return;
+    if (found == pending_.end()) {
+        if (kept_.contains(entry.key)) KeepFrame(walk, frame, true);
+        return;
+    }
     const std::string_view value = found->second;
     pending_.erase(found);
     if (frame.id == "CHAP" && !store_.Has(id3ChapterKey)) return;
     if (frame.id.size() == 3 && HasSuccessor(frame.id)) return;
     const bool isUnchanged =
         frame.id == "APIC" ? DescribesSamePicture(value, entry.value) : value == entry.value;
-    if (isUnchanged || !AppendEntry(entry.base, value)) AppendOldFrame(frames_, walk, frame);
+    if (!isUnchanged && AppendEntry(entry.base, value)) return;
+    KeepFrame(walk, frame, false);
+    if (HoldsMoreThanItsValue(frame, entry)) kept_.insert(entry.key);
+}
+
+std::optional<std::vector<uint8_t>> TagMerge::PictureAt(const PictureDescriptor& descriptor) {
+    auto picture = ReadRange(source_, descriptor.offset, descriptor.length);
+    const auto tag = std::ranges::upper_bound(old_.unsynchronised, descriptor.offset, {}, &FileRange::end);
+    const bool isInside = tag != old_.unsynchronised.end() && descriptor.offset >= tag->start;
+    if (picture && isInside) Synchronise(*picture);
+    return picture;
 }
 
 bool TagMerge::AppendEntry(std::string_view base, std::string_view value) {
-    if (!IsPictureKey(base))
-        return AppendValueFrame(frames_, FrameIdOfKey(base), QualifierOfKey(base), value);
+    if (!IsPictureKey(base)) {
+        const auto [id, qualifier] = SplitId3Key(base);
+        return AppendValueFrame(frames_, id, qualifier, value);
+    }
     const auto descriptor = ParseDescriptor(value);
     if (!descriptor) return false;
-    const auto picture = ReadRange(source_, descriptor->offset, descriptor->length);
+    const auto picture = PictureAt(*descriptor);
     return picture && AppendPictureFrame(frames_, *descriptor, *picture);
 }
 
@@ -148,17 +184,16 @@ void TagMerge::AppendNewEntries() {
         return std::tie(left.base, left.number, left.value) < std::tie(right.base, right.number, right.value);
     });
     for (const auto& entry : entries) {
-        const std::string_view id = FrameIdOfKey(entry.base);
+        const std::string_view id = SplitId3Key(entry.base).frameId;
         if (id.size() != 3 || !HasSuccessor(id)) AppendEntry(entry.base, entry.value);
     }
 }
 
 }  // namespace
 
-int BuildId3Chunk(ChunkImage& image, const MetadataStore& store, FileReader* source,
-                  const std::vector<uint8_t>& oldTag) {
-    TagMerge merge(store, source);
-    merge.TakeOver(oldTag);
+int BuildId3Chunk(ChunkImage& image, const MetadataStore& store, FileReader* source, const OldId3Tags& old) {
+    TagMerge merge(store, source, old);
+    merge.TakeOverAll();
     merge.AppendNewEntries();
     const Id3Frames& frames = merge.Frames();
     if (frames.empty()) return 0;

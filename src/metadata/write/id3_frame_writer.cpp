@@ -8,6 +8,7 @@
 #include "metadata/read/id3_genres.h"
 #include "metadata/read/id3_text.h"
 #include "metadata/text.h"
+#include "metadata/write/build_chunks.h"
 #include "metadata/write/id3_frame_ids.h"
 
 namespace vantor {
@@ -98,6 +99,25 @@ bool AppendValueFrame(Id3Frames& frames, std::string_view id, std::string_view q
         return AppendId3Frame(frames, id, BodyWriter().TerminatedText(qualifier).Text(value).Done());
     if (id == "ETCO") return AppendEvents(frames, value);
     return id.starts_with('T') && AppendText(frames, id, value);
+}
+
+// What AppendValueFrame makes of the key, as the reader names it. A running number stays.
+std::string Id3KeyAsWritten(std::string_view key) {
+    if (!key.starts_with(id3Prefix)) return std::string(key);
+    const auto [oldId, qualifier] = SplitId3Key(key);
+    const std::string_view id = IsFrameId(oldId) ? FrameId24(oldId) : std::string_view();
+    const bool isText = id.starts_with('T') && id != "TXXX";
+    const bool hasLanguage = id == "COMM" || id == "USLT";
+    if (id.empty()) return std::string(key);
+    std::string written = std::string(id3Prefix).append(id);
+    const bool keepsQualifier = !isText && !hasLanguage && id != "ETCO";
+    if (keepsQualifier || IsRunningNumber(qualifier))
+        return written.append(key.substr(id3Prefix.size() + oldId.size()));
+    if (!hasLanguage) return written;
+    const auto [language, description] = SplitLanguage(qualifier);
+    if (description.empty() && IsDefaultLanguage(language)) return written;
+    written.append(":").append(language);
+    return description.empty() ? written : written.append(":").append(description);
 }
 
 bool AppendPictureFrame(Id3Frames& frames, const PictureDescriptor& descriptor,

@@ -77,6 +77,13 @@ const BwfField* BwfFieldOfCopy(std::string_view key) {
     return field == bwfFields.end() ? nullptr : field;
 }
 
+// The name of an element for what a key says behind its section, numbers aside.
+std::string ElementName(std::string_view rest) {
+    std::string name = XmlNameFrom(rest, longestName);
+    // The reader skips this name in a path.
+    return name == "BWFXML" ? "_BWFXML" : name;
+}
+
 // True for a key read from a BWF section that this document writes anew.
 bool IsOwnBwfSection(std::string_view key, const MetadataStore& store) {
     const BwfField* field = BwfFieldOfCopy(key);
@@ -148,9 +155,7 @@ class Document {
 
     // A name that stays as it is keeps its place; one that is altered gives way to it by a number.
     std::string UniqueName(const Section& section, std::string_view rest) {
-        std::string name = XmlNameFrom(rest, longestName);
-        // The reader skips this name in a path.
-        if (name == "BWFXML") name = "_BWFXML";
+        std::string name = ElementName(rest);
         if (name == rest) return name;
         const std::string base = name;
         const std::string path = std::string(section.keyPrefix).append(base);
@@ -177,6 +182,12 @@ class Document {
 void RemoveBwfCopies(MetadataStore& store) {
     if (!store.Has("BWF:TimeReference")) return;  // every broadcast chunk gives one
     store.RemoveWhere([](std::string_view key) { return BwfFieldOfCopy(key) != nullptr; });
+}
+
+std::string IxmlKeyAsWritten(std::string_view key) {
+    const Section* section = SectionOf(key);
+    if (section == nullptr || section->name == "BWF" || key == section->keyPrefix) return std::string(key);
+    return std::string(section->keyPrefix).append(ElementName(key.substr(section->keyPrefix.size())));
 }
 
 int BuildIxmlChunk(ChunkImage& image, const MetadataStore& store, int minimumDataBytes) {
