@@ -77,11 +77,12 @@ void Take(const RiffChunk& chunk, std::string_view kind, ChunkBody body, TakenCh
     OldChunks& old = taken.old;
     MetadataStore scratch;
     const bool isRefused = !ReadMetadataChunk(body, kind, scratch, chunk.BodyStart());
+    const bool isTag = Id3FrameWalk(body).Version() != 0;
     if (kind == "AXML") {
         old.axmlDocuments.push_back(std::move(body));
     } else if (kind != "ID3") {
         if (isRefused) TakeRefused(chunk, body, old);
-    } else if (!isRefused) {
+    } else if (!isRefused && isTag) {
         old.id3.bodies.push_back(std::move(body));
     } else if (IsWalkedWhole(body)) {
         TakeRefusedTag(std::move(body), chunk.BodyStart(), taken);

@@ -118,6 +118,7 @@ TEST_F(Edits, CarryOverChunksThatNoReaderTakes) {
         {"_PMX", text("<x:xmpmeta><rdf:RDF>")},
         {"id3 ",
          ByteWriter().Text("ID3\4").Zeros(2).Be32(Syncsafe(30)).Text("TIT2").Be32(20).Zeros(2).Text("t")},
+        {"id3_", ByteWriter().Text("ID3\5").Zeros(2).Be32(20).Fill(20, 'x')},
         {"ID3_", text("no tag of this kind")}};
     ByteWriter chunks;
     for (const auto& chunk : refused)

@@ -3,7 +3,8 @@
 // The frames of the old tag come first and in their order: unchanged where the store still holds their key
 // and value, made anew where the value has changed, left out where the key is gone. Frames without a key are
 // taken over as they stand; those of iXML and XMP documents are left out, for a RIFF file has chunks of its
-// own for them and would read every document twice. Entries without an old frame follow.
+// own for them and would read every document twice; one that its reader refuses is kept. Entries without an
+// old frame follow.
 //
 // Of several old tags the last comes first, so that its frames keep their keys: it is the one whose values
 // the store holds. Of those before it follow the frames whose key it does not have, and those of which the
@@ -17,6 +18,7 @@
 
 #include "metadata/key_table.h"
 #include "metadata/read/id3_entries.h"
+#include "metadata/read/read_metadata.h"
 #include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
 #include "metadata/write/id3_frame_ids.h"
@@ -71,6 +73,13 @@ std::optional<std::vector<uint8_t>> ReadRange(FileReader* source, uint64_t offse
     return bytes;
 }
 
+// Nothing of such a document is in the store.
+bool IsRefusedDocument(const Id3Entry& entry) {
+    MetadataStore scratch;
+    if (entry.kind == Id3Entry::Kind::Ixml) return !ReadIxml(entry.document, scratch);
+    return entry.kind == Id3Entry::Kind::Xmp && !ReadXmp(entry.document, scratch);
+}
+
 // Takes the zeros out that unsynchronisation put behind bytes of 255.
 void Synchronise(std::vector<uint8_t>& bytes) {
     uint8_t before = 0;
@@ -120,7 +129,8 @@ void TagMerge::TakeOver(std::span<const uint8_t> oldTag) {
     Id3Entry entry;
     while (walk.Next(frame, entry)) {
         if (entry.kind == Id3Entry::Kind::Value) MergeEntry(walk.Frames(), frame, entry);
-        if (entry.kind == Id3Entry::Kind::Foreign && !(frame.data.empty() && HasSuccessor(frame.id)))
+        const bool isForeign = entry.kind == Id3Entry::Kind::Foreign || IsRefusedDocument(entry);
+        if (isForeign && !(frame.data.empty() && HasSuccessor(frame.id)))
             KeepFrame(walk.Frames(), frame, true);
     }
 }
