@@ -1,35 +1,59 @@
 #include "source/merge_fields.h"
 
 #include <algorithm>
+#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "metadata/key_table.h"
+#include "metadata/read/id3_entries.h"
 #include "metadata/write/build_chunks.h"
 
 namespace vantor {
 
 namespace {
 
+using Keys = std::set<std::string, std::less<>>;
+
+void AddKeysOf(const std::string& name, Keys& keys) {
+    if (HasSchemePrefix(name)) {
+        keys.insert(name);
+        return;
+    }
+    char key[schemeKeyBytes];
+    for (int index = 0; SchemeKeyFor(name.c_str(), index, key, sizeof key); ++index)
+        keys.emplace(key);
+}
+
 // What an edit before this one made of a key that is written under another name gives way to the new value;
 // else the two would stand side by side, and the old one would be found first.
-void RemoveWrittenForm(MetadataStore& store, std::string_view key) {
+void RemoveWrittenForm(MetadataStore& store, const std::string& key) {
     if (store.Has(key)) return;  // then the other name is another entry
-    const auto written = key.starts_with("ID3:") ? Id3KeyAsWritten(key) : IxmlKeyAsWritten(key);
+    const auto written = key.starts_with(id3Prefix) ? Id3KeyAsWritten(key) : IxmlKeyAsWritten(key);
     if (written != key) store.Remove(written);
 }
 
-void RemoveWrittenForms(MetadataStore& store, const std::string& name) {
-    if (HasSchemePrefix(name)) return RemoveWrittenForm(store, name);
-    char key[schemeKeyBytes];
-    for (int index = 0; SchemeKeyFor(name.c_str(), index, key, sizeof key); ++index)
-        RemoveWrittenForm(store, key);
+// The texts of an ID3 tag of version 2.2 whose present id is changed or removed ("TT2" for "TIT2").
+void RemoveOlderForms(MetadataStore& store, const Keys& changed) {
+    std::vector<std::string> older;
+    store.ForEach([&](const MetadataEntry& entry) {
+        const bool isOld = entry.key.starts_with(id3Prefix) && SplitId3Key(entry.key).frameId.size() == 3;
+        if (isOld && changed.contains(Id3KeyAsWritten(entry.key))) older.push_back(entry.key);
+    });
+    for (const auto& key : older)
+        if (!changed.contains(key)) store.Remove(key);
 }
 
 }  // namespace
 
 void MergeFields(MetadataStore& store, const MetadataStore& changes, double sampleRate) {
-    changes.ForEach([&](const MetadataEntry& change) { RemoveWrittenForms(store, change.key); });
+    Keys changed;
+    changes.ForEach([&](const MetadataEntry& change) { AddKeysOf(change.key, changed); });
+    for (const auto& key : changed)
+        RemoveWrittenForm(store, key);
+    RemoveOlderForms(store, changed);
+
     std::vector<FieldPair> fields;
     changes.ForEach([&](const MetadataEntry& change) {
         const bool isNewPicture = IsPictureKey(change.key) && !change.value.empty();
