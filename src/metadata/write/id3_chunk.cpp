@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 #include <tuple>
 #include <utility>
 
@@ -112,9 +113,9 @@ class TagMerge {
     const MetadataStore& store_;
     FileReader* source_;
     const OldId3Tags& old_;
-    PendingEntries pending_;      // without a frame so far
-    std::set<std::string> kept_;  // keys whose frames stand as they were and may stand again, of another tag
-    std::set<Id3Frames> there_;   // frames taken over that another tag may hold too
+    PendingEntries pending_;       // without a frame so far
+    std::set<std::string> kept_;   // keys whose frames stand as they were and may stand again, of another tag
+    std::set<std::string> there_;  // the bytes of frames taken over that another tag may hold too
     Id3Frames frames_;
 };
 
