@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "host/host_objects.h"
+#include "vantor_wave/host_interface.h"
 
 namespace vantor::bench {
 

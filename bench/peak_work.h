@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/host_objects.h"
+#include "vantor_wave/host_interface.h"
 
 namespace vantor::bench {
 

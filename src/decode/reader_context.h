@@ -8,7 +8,7 @@
 
 #include "decode/sample_conversion.h"
 #include "fileio/file_reader.h"
-#include "host/host_objects.h"
+#include "vantor_wave/host_interface.h"
 
 namespace vantor {
 

@@ -4,8 +4,8 @@
 #include <array>
 #include <string_view>
 
-#include "metadata/text.h"
 #include "source/source_entry.h"
+#include "text/text.h"
 
 namespace vantor {
 

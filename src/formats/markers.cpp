@@ -1,7 +1,7 @@
 #include "formats/markers.h"
 
 #include "fileio/byte_order.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -4,7 +4,7 @@
 #include "fileio/byte_order.h"
 #include "formats/chunk_cursor.h"
 #include "formats/markers.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

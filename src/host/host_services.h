@@ -1,34 +1,13 @@
-// The host's record and its services: one process-wide table, filled once by the entry and read-only
+// The host's services: one process-wide table, filled once by the entry and read-only
 // afterwards, with wrappers that are safe when the host does not offer a service.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-#include "host/host_objects.h"
+#include "vantor_wave/host_interface.h"
 
 namespace vantor {
-
-// Handed to the entry.
-struct HostInfo {
-    int32_t callerVersion;  // must be hostInterfaceVersion
-    void* mainWindow;
-    int32_t (*RegisterService)(const char* key, void* service);  // nonzero: accepted
-    void* (*LookupService)(const char* name);                    // null: not offered
-};
-inline constexpr int32_t hostInterfaceVersion = 526;
-static_assert(offsetof(HostInfo, callerVersion) == 0);
-static_assert(offsetof(HostInfo, mainWindow) == 8);
-static_assert(offsetof(HostInfo, RegisterService) == 16);
-static_assert(offsetof(HostInfo, LookupService) == 24);
-
-// Registered under "pcmsrc".
-struct SourceTypeHandler {
-    PCM_source* (*CreateByType)(const char* typeName, int32_t priority);
-    PCM_source* (*CreateByFile)(const char* fileName, int32_t priority);
-    const char* (*ExtensionList)(int32_t index, const char** description);
-};
-static_assert(sizeof(SourceTypeHandler) == 24);
 
 // Every slot may be null but for the five that the entry insists on. Names in the comments are those looked
 // up.

@@ -1,5 +1,5 @@
 #include "metadata/key_table.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

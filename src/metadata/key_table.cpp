@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

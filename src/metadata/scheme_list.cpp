@@ -2,7 +2,7 @@
 #include <iterator>
 
 #include "metadata/key_table.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

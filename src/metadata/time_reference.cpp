@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "metadata/key_table.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -7,21 +7,6 @@
 
 namespace vantor {
 
-enum ExtendedCode : int32_t {
-    callProjectNote = 0x10006,
-    callValueByKey = 0x10007,
-    callEntryByIndex = 0x10013,
-    callFileInfoText = 0x10014,
-    callWriteMetadata = 0x20008,
-    callTempo = 0x40000,
-    callBeatSlices = 0x90006,
-    callAllocatedMarker = 0x90005,
-    callSourceGoesAway = 0x90007,
-    callSetHostValue = 0x9000a,
-    callUsableTempo = 0x9000d,
-    callMarker = 0x90016,
-};
-
 // One call: what the source is open on, and the three arguments as they came.
 struct ExtendedCallArguments {
     PCM_source_wavefile& source;

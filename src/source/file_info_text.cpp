@@ -2,8 +2,8 @@
 
 #include "formats/channel_layout.h"
 #include "host/host_services.h"
-#include "metadata/text.h"
 #include "source/shared_state.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -13,7 +13,7 @@
 #include "formats/ds64.h"
 #include "formats/riff_data_size.h"
 #include "metadata/read/read_metadata.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

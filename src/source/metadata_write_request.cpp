@@ -7,22 +7,19 @@
 #include <memory>
 #include <vector>
 
+#include "edit/rewrite.h"
 #include "fileio/file_name.h"
 #include "metadata/key_table.h"
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
-#include "rewrite/rewrite.h"
 #include "source/extended_calls.h"
 #include "source/merge_fields.h"
 #include "source/old_chunks.h"
 #include "source/state_tables.h"
+#include "text/text.h"
 
 namespace vantor {
 
 namespace {
-
-enum WriteFlags : int32_t { mergeExisting = 1, neverInPlace = 2 };
-enum WriteResult : intptr_t { writeFailed = 0, writtenToTarget = 1, updatedInPlace = 2 };
 
 constexpr ReadParameters rewriteReading{1, 8192, 4};
 
@@ -174,7 +171,7 @@ bool WriteToTarget(const std::string& fileName, const std::string& target, const
 
 intptr_t Write(const std::string& fileName, std::unique_ptr<FileReader> file, const char* target,
                const MetadataStore& changes, int32_t flags, const AudioFormat& format) {
-    const bool merges = flags & mergeExisting;
+    const bool merges = flags & writeMerge;
     if (merges && format.isIncomplete) return writeFailed;  // what it did not find would be lost
     const bool isRf64 = IsRf64(format);
     const auto old = ReadOldChunks(*file, isRf64, merges);
@@ -183,7 +180,7 @@ intptr_t Write(const std::string& fileName, std::unique_ptr<FileReader> file, co
     ChunkImages images;
     AddSchemeChunks(images, {store, *file, *old});
     AddAcidChunk(images, format, changes);
-    if (!(flags & neverInPlace) && UpdateInPlace(fileName, std::move(file), images, isRf64))
+    if (!(flags & writeNeverInPlace) && UpdateInPlace(fileName, std::move(file), images, isRf64))
         return updatedInPlace;
     file.reset();
     return WriteToTarget(fileName, target, images, format.fileKind) ? writtenToTarget : writeFailed;

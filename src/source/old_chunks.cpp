@@ -4,10 +4,10 @@
 #include <iterator>
 #include <string_view>
 
+#include "edit/riff_chunks.h"
 #include "formats/chunk_cursor.h"
 #include "metadata/read/id3_frames.h"
 #include "metadata/read/read_metadata.h"
-#include "rewrite/riff_chunks.h"
 
 namespace vantor {
 

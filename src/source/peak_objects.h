@@ -6,7 +6,7 @@
 #include <memory>
 #include <mutex>
 
-#include "host/host_objects.h"
+#include "vantor_wave/host_interface.h"
 
 namespace vantor {
 

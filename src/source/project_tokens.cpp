@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "host/host_objects.h"
+#include "vantor_wave/host_interface.h"
 
 namespace vantor {
 

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "host/host_services.h"
-#include "metadata/text.h"
 #include "source/extended_calls.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -1,8 +1,8 @@
 // A source that carries a file's metadata and no audio, for the host's browser.
 #pragma once
 
-#include "host/host_objects.h"
 #include "source/metadata_header_parse.h"
+#include "vantor_wave/host_interface.h"
 
 namespace vantor {
 

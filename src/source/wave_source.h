@@ -11,9 +11,9 @@
 #include <string_view>
 
 #include "formats/audio_format.h"
-#include "host/host_objects.h"
 #include "source/file_name_table.h"
 #include "source/shared_state.h"
+#include "vantor_wave/host_interface.h"
 
 namespace vantor {
 

@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "metadata/key_table.h"
-#include "metadata/text.h"
 #include "source/extended_calls.h"
 #include "source/file_info_text.h"
 #include "source/guarded.h"
+#include "text/text.h"
 
 namespace vantor {
 

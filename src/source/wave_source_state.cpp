@@ -6,10 +6,10 @@
 #include <array>
 
 #include "host/host_services.h"
-#include "metadata/text.h"
 #include "source/guarded.h"
 #include "source/project_tokens.h"
 #include "source/wave_source.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -5,6 +5,7 @@
 
 #include "fuzz/targets.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/tree.h"
 
 namespace vantor::fuzz {
 
@@ -17,7 +18,7 @@ INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay, testing::ValuesIn(targets),
 TEST_P(FuzzReplay, EveryInput) {
     int64_t inputs = 0;
     for (const char* folder : {"corpus", "crashes"}) {
-        const auto path = std::filesystem::path(VANTOR_SOURCE_DIR) / "fuzz" / folder / GetParam().name;
+        const auto path = std::filesystem::path(SourceTree()) / "fuzz" / folder / GetParam().name;
         if (!std::filesystem::exists(path)) continue;
         for (const auto& input : std::filesystem::directory_iterator(path)) {
             const auto bytes = test::ReadWholeFile(input.path().string());

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "fileio/byte_order.h"
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
 #include "tests/metadata/store_entries.h"
+#include "text/text.h"
 
 namespace vantor::test {
 namespace {

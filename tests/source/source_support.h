@@ -13,6 +13,7 @@
 #include "tests/support/byte_writer.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/temp_file.h"
+#include "tests/support/tree.h"
 
 namespace vantor::test {
 
@@ -143,7 +144,7 @@ inline std::string InfoText(PCM_source& source) {
 
 // A file of the samples that stand beside the source.
 inline Bytes SampleFile(const std::string& name) {
-    return ReadWholeFile(VANTOR_SOURCE_DIR "/samples/" + name);
+    return ReadWholeFile(SourceTree() + "/samples/" + name);
 }
 
 inline size_t IdleReaderCount(const std::string& path, int32_t purpose = purposePlayback) {

@@ -9,6 +9,8 @@
 #include <sys/resource.h>
 
 #include <csignal>
+
+#include "tests/support/tree.h"
 #endif
 
 namespace vantor::test {
@@ -105,7 +107,7 @@ TEST_F(WavehostEdit, RehearsesALargeFileWithoutItsAudio) {
 }
 
 TEST_F(WavehostEdit, RefusesWithoutTouchingAnything) {
-    const Bytes aiff = ReadWholeFile(VANTOR_SOURCE_DIR "/samples/aiff.aif");
+    const Bytes aiff = ReadWholeFile(SourceTree() + "/samples/aiff.aif");
     const std::string file = folder.Write("file.aiff", aiff);
     const std::string wav = folder.Write("song.wav", whole);
     EXPECT_EQ(ExitCode({"meta", "set", file, "TITLE=x", "--dry-run"}), 1);

@@ -4,6 +4,8 @@
 
 #if !defined(_WIN32)
 #include <sys/wait.h>
+
+#include "tests/support/tree.h"
 #endif
 
 namespace vantor::test {
@@ -42,7 +44,7 @@ std::string TextOfFile(const std::string& path) {
 
 HostRun RunWavehost(const std::vector<std::string>& arguments) {
     const TempFolder folder;
-    std::filesystem::path program(std::string(VANTOR_BUILD_DIR) + executable);
+    std::filesystem::path program(BuildTree() + executable);
     std::string command = Quoted(program.make_preferred().string());
     for (const std::string& argument : arguments)
         command += " " + Quoted(argument);

@@ -10,6 +10,7 @@
 #include <numbers>
 #include <sstream>
 
+#include "tests/support/tree.h"
 #include "tests/wavehost/run_wavehost.h"
 
 namespace vantor::test {
@@ -159,7 +160,7 @@ TEST_F(WavehostShow, RestoresASliceFromWhereverItsFileIs) {
     const std::string name = onWindows ? "it's a loop" : "it's a \"loop\"";  // no such name there
     fs::create_directories(folder.Path("project/" + name));
     const std::string file = folder.Write("project/" + name + "/loop.wav",
-                                          ReadWholeFile(VANTOR_SOURCE_DIR "/samples/sliced-loop.wav"));
+                                          ReadWholeFile(SourceTree() + "/samples/sliced-loop.wav"));
     const Json slices = Json::parse(RunWavehost({"slices", "--json", file}).out);
     ASSERT_EQ(slices.size(), 4u);
     EXPECT_NEAR(slices[1]["start_seconds"].get<double>(), 0.125, 1e-4);

@@ -3,9 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
-#include "commands/commands.h"
-#include "os.h"
-#include "report.h"
+#include "wavehost/commands/commands.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
 

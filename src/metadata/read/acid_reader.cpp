@@ -3,7 +3,7 @@
 #include "fileio/byte_order.h"
 #include "metadata/acid_layout.h"
 #include "metadata/read/read_metadata.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

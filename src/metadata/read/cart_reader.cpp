@@ -2,7 +2,7 @@
 #include "metadata/cart_layout.h"
 #include "metadata/read/read_metadata.h"
 #include "metadata/read/text_fields.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -9,7 +9,7 @@
 #include "metadata/read/id3_genres.h"
 #include "metadata/read/id3_picture.h"
 #include "metadata/read/id3_text.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

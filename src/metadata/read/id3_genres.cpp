@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

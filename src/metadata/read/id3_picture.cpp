@@ -3,7 +3,7 @@
 #include <charconv>
 
 #include "metadata/read/id3_text.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

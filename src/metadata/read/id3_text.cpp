@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "fileio/byte_order.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

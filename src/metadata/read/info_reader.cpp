@@ -8,7 +8,7 @@
 
 #include "fileio/byte_order.h"
 #include "metadata/read/read_metadata.h"
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "metadata/read/read_metadata.h"
-#include "metadata/text.h"
+#include "text/text.h"
 #include "xml/xml_parser.h"
 
 namespace vantor {

@@ -1,6 +1,6 @@
 #include "metadata/read/text_fields.h"
 
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

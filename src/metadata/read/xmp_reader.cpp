@@ -12,8 +12,8 @@
 
 #include "metadata/read/read_metadata.h"
 #include "metadata/read/xmp_node.h"
-#include "metadata/text.h"
 #include "metadata/xmp_marker.h"
+#include "text/text.h"
 #include "xml/xml_parser.h"
 
 namespace vantor {

@@ -5,8 +5,8 @@
 
 #include "fileio/byte_order.h"
 #include "metadata/acid_layout.h"
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -5,8 +5,8 @@
 #include "fileio/byte_order.h"
 #include "metadata/bext_layout.h"
 #include "metadata/key_table.h"
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "metadata/text.h"
+#include "text/text.h"
 
 namespace vantor {
 

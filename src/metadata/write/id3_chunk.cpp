@@ -20,10 +20,10 @@
 #include "metadata/key_table.h"
 #include "metadata/read/id3_entries.h"
 #include "metadata/read/read_metadata.h"
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
 #include "metadata/write/id3_frame_ids.h"
 #include "metadata/write/id3_old_frame.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -7,9 +7,9 @@
 #include "metadata/read/id3_events.h"
 #include "metadata/read/id3_genres.h"
 #include "metadata/read/id3_text.h"
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
 #include "metadata/write/id3_frame_ids.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -1,5 +1,5 @@
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
+#include "text/text.h"
 
 namespace vantor {
 

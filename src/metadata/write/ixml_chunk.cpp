@@ -9,9 +9,9 @@
 #include <string>
 
 #include "metadata/key_table.h"
-#include "metadata/text.h"
 #include "metadata/write/build_chunks.h"
 #include "metadata/write/escape_xml.h"
+#include "text/text.h"
 
 namespace vantor {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "module_loader.h"
-#include "wav_writer.h"
+#include "wavehost/files/wav_writer.h"
+#include "wavehost/host/module_loader.h"
 
 namespace vantor::wavehost {
 

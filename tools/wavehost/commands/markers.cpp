@@ -1,6 +1,6 @@
-#include "commands/commands.h"
-#include "json_output.h"
-#include "report.h"
+#include "wavehost/commands/commands.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {
 

@@ -1,7 +1,7 @@
-#include "commands/commands.h"
-#include "failure.h"
-#include "json_output.h"
-#include "report.h"
+#include "wavehost/commands/commands.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/os/failure.h"
+#include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {
 

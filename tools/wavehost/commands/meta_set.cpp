@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "commands/commands.h"
-#include "commands/rehearsal.h"
-#include "failure.h"
-#include "host_services.h"
-#include "output_file.h"
-#include "report.h"
+#include "wavehost/commands/commands.h"
+#include "wavehost/commands/rehearsal.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/files/output_file.h"
+#include "wavehost/host/host_services.h"
+#include "wavehost/os/failure.h"
 
 namespace vantor::wavehost {
 

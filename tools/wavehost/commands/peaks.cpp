@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "commands/commands.h"
-#include "failure.h"
-#include "host_services.h"
-#include "picture.h"
-#include "progress.h"
-#include "report.h"
+#include "wavehost/commands/commands.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/files/progress.h"
+#include "wavehost/host/host_services.h"
+#include "wavehost/os/failure.h"
+#include "wavehost/picture/picture.h"
 
 namespace vantor::wavehost {
 

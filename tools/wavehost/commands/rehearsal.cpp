@@ -1,11 +1,11 @@
-#include "commands/rehearsal.h"
+#include "wavehost/commands/rehearsal.h"
 
 #include <algorithm>
 #include <fstream>
 #include <optional>
 #include <random>
 
-#include "failure.h"
+#include "wavehost/os/failure.h"
 
 namespace vantor::wavehost {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "os.h"
+#include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
 

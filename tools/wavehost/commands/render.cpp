@@ -2,12 +2,12 @@
 #include <chrono>
 #include <cmath>
 
-#include "commands/commands.h"
-#include "failure.h"
-#include "host_services.h"
-#include "progress.h"
-#include "report.h"
-#include "source_facts.h"
+#include "wavehost/commands/commands.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/facts/source_facts.h"
+#include "wavehost/files/progress.h"
+#include "wavehost/host/host_services.h"
+#include "wavehost/os/failure.h"
 
 namespace vantor::wavehost {
 

@@ -1,10 +1,10 @@
 #include <algorithm>
 
-#include "commands/commands.h"
-#include "failure.h"
-#include "json_output.h"
-#include "progress.h"
-#include "report.h"
+#include "wavehost/commands/commands.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/files/progress.h"
+#include "wavehost/os/failure.h"
+#include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {
 

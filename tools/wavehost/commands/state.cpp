@@ -1,12 +1,12 @@
 #include <fstream>
 
-#include "commands/commands.h"
-#include "failure.h"
-#include "host_services.h"
-#include "json_output.h"
-#include "output_file.h"
-#include "project_text.h"
-#include "report.h"
+#include "wavehost/commands/commands.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/files/output_file.h"
+#include "wavehost/host/host_services.h"
+#include "wavehost/host/project_text.h"
+#include "wavehost/os/failure.h"
+#include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {
 

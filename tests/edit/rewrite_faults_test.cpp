@@ -1,0 +1,141 @@
+// Every write, seek and cut of a rewrite fails in turn, once or for good (as when the process is killed
+// there): the call says so, and the audio and all that is kept are intact in the source.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "edit/rewrite.h"
+#include "formats/audio_format.h"
+#include "tests/support/byte_writer.h"
+#include "tests/support/chunk_list.h"
+#include "tests/support/scripted_file_system.h"
+#include "tests/support/temp_file.h"
+
+namespace vantor::test {
+namespace {
+
+const ReadParameters smallReads = {.mode = 1, .blockBytes = 8192, .blockCount = 4};
+
+Bytes Tag(std::string_view id, size_t bytes, uint8_t fill) {
+    return ByteWriter().Text(id).Le32(static_cast<uint32_t>(bytes - 8)).Fill(bytes - 8, fill);
+}
+
+const Bytes oldTags = ByteWriter().Add(Tag("bext", 300, 1)).Add(Tag("iXML", 100, 1));
+const Bytes image = ByteWriter().Add(Tag("bext", 200, 2)).Add(Tag("id3 ", 60, 2));
+const Bytes largeImage = ByteWriter().Add(Tag("bext", 500, 2)).Add(Tag("id3 ", 9000, 2));
+
+struct Layout {
+    const char* name;
+    Bytes inFront;  // of the audio
+    Bytes behind;
+    Bytes image;
+};
+const Layout layouts[] = {
+    {"gap", oldTags, {}, image},
+    {"gap and trailing run", oldTags, oldTags, image},
+    {"shrinking at the end", {}, oldTags, image},
+    {"growing at the end", {}, oldTags, largeImage},
+    {"appended", {}, {}, largeImage},
+    {"appended, old ones blanked", oldTags, {}, largeImage},
+};
+
+Bytes FileOf(const Layout& layout) {
+    return RiffFile(ByteWriter()
+                        .Chunk("fmt ", FmtBody(1, 1, 48000, 16))
+                        .Add(layout.inFront)
+                        .Chunk("data", Bytes(3000, 0x5A))
+                        .Chunk("cue ", Bytes(28, 3))
+                        .Add(layout.behind));
+}
+
+// Kept, new or old metadata, padding, or the zeros of a file that was growing: nothing else ever shows.
+void ExpectWalkable(const Bytes& file, const std::vector<ListedChunk>& kept, const std::string& what) {
+    auto chunks = KeptChunks(file);
+    std::erase_if(chunks, [](const ListedChunk& chunk) { return chunk.id == std::string(4, '\0'); });
+    EXPECT_EQ(chunks, kept) << what;
+    for (const auto& chunk : ChunkList(file))
+        if (chunk.id == "bext" || chunk.id == "id3 " || chunk.id == "iXML") {
+            EXPECT_EQ(std::ranges::count(chunk.body, chunk.body[0]), std::ssize(chunk.body)) << what;
+        }
+}
+
+TEST(RewriteFaults, InPlaceUpdatesKeepTheFileWalkable) {
+    for (const auto& layout : layouts)
+        for (const auto& order : faultOrders)
+            for (int64_t index = 0;; ++index) {
+                TempFolder folder;
+                const auto file = FileOf(layout);
+                const auto path = folder.Write("a.wav", file);
+                auto reader = std::make_unique<FileReader>(path, smallReads);
+                ScriptedFileSystem files;
+                const platform::ScopedFileSystem scope(files);
+                files.FailAt(order, index);
+                const bool succeeded = RewriteInPlace(path, std::move(reader), layout.image, false, false);
+                const bool wasMet = files.Count(order.operation) > index;
+                const auto what = layout.name + std::string(", ") + order.name + " " + std::to_string(index);
+                ExpectWalkable(ReadWholeFile(path), KeptChunks(file), what);
+                if (!wasMet) {
+                    EXPECT_TRUE(succeeded) << what;
+                    break;
+                }
+                // Where the end cannot be reached or cut, padding takes its place.
+                EXPECT_FALSE(succeeded && order.operation == Operation::write) << what;
+                const auto tag = Find(ReadWholeFile(path), "bext");
+                EXPECT_TRUE(!succeeded || (tag && tag->body[0] == 2)) << what;
+            }
+}
+
+TEST(RewriteFaults, ACopyThatSucceedsIsWholeAndLeavesTheSource) {
+    const auto file = FileOf(layouts[1]);
+    const TempFolder folder;
+    const auto path = folder.Write("a.wav", file), target = folder.Path("b.wav");
+    const auto writeCopy = [&](FileReader& reader) {
+        return WriteCopy(reader, target, largeImage, image, kindWave, false);
+    };
+    FileReader soundReader(path, smallReads);
+    ASSERT_TRUE(writeCopy(soundReader));
+    const auto copy = ReadWholeFile(target);
+    for (const auto& order : faultOrders)
+        for (int64_t index = 0;; ++index) {
+            ScriptedFileSystem files;
+            const platform::ScopedFileSystem scope(files);
+            FileReader reader(path, smallReads);
+            const int64_t before = files.Count(order.operation);
+            files.FailAt(order, index);
+            const bool succeeded = writeCopy(reader);
+            const bool wasMet = files.Count(order.operation) > before + index;
+            EXPECT_EQ(ReadWholeFile(path), file);
+            EXPECT_TRUE(!succeeded || ReadWholeFile(target) == copy) << order.name << " " << index;
+            EXPECT_FALSE(succeeded && wasMet && order.operation == Operation::write) << order.name;
+            EXPECT_TRUE(succeeded || wasMet) << order.name;
+            if (!wasMet) break;
+        }
+}
+
+// The cost of an edit is that of its chunks, whatever the file's size; growing and shrinking do not pile up.
+TEST(RewriteFaults, EditsOfHugeFilesWriteFewBytes) {
+    TempFolder folder;
+    constexpr int64_t audioBytes = int64_t{6} << 30;
+    const Bytes ds64 = ByteWriter().Chunk(
+        "ds64", ByteWriter().Le64(audioBytes + 200).Le64(audioBytes).Le64(audioBytes / 2).Le32(0));
+    const Bytes head = RiffFile(
+        ByteWriter().Add(ds64).Chunk("fmt ", FmtBody(1, 1, 48000, 16)).Text("data").Le32(0xFFFFFFFF), "RF64");
+    const auto path = folder.Write("huge.wav", head);
+    std::error_code error;
+    std::filesystem::resize_file(path, static_cast<uintmax_t>(audioBytes) + head.size(), error);
+    if (error) GTEST_SKIP() << "no sparse files here: " << error.message();
+    const auto bareBytes = std::filesystem::file_size(path);
+    for (int round = 0; round < 100; ++round) {
+        ScriptedFileSystem files;
+        const platform::ScopedFileSystem scope(files);
+        const Bytes& edit = round % 2 ? image : largeImage;
+        auto reader = std::make_unique<FileReader>(path, smallReads);
+        ASSERT_TRUE(RewriteInPlace(path, std::move(reader), edit, true, false));
+        EXPECT_LT(files.BytesWritten(), 2 * static_cast<int64_t>(largeImage.size()) + 100);
+        EXPECT_EQ(std::filesystem::file_size(path), bareBytes + edit.size());
+    }
+}
+
+}  // namespace
+}  // namespace vantor::test

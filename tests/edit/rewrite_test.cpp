@@ -1,0 +1,229 @@
+// Rewrites of small files: what becomes of every byte.
+
+#include "edit/rewrite.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <random>
+
+#include "edit/riff_chunks.h"
+#include "formats/audio_format.h"
+#include "tests/support/byte_writer.h"
+#include "tests/support/chunk_list.h"
+#include "tests/support/temp_file.h"
+
+namespace vantor::test {
+namespace {
+
+const ReadParameters smallReads = {.mode = 1, .blockBytes = 8192, .blockCount = 4};
+
+const Bytes fmt = ByteWriter().Chunk("fmt ", FmtBody(1, 1, 48000, 16));
+const Bytes audio = ByteWriter().Chunk("data", Bytes(1000, 0x5A));
+
+// An image of one chunk with `bytes` (even) in all.
+Bytes ImageOf(size_t bytes, std::string_view id = "bext") {
+    return ByteWriter().Text(id).Le32(static_cast<uint32_t>(bytes - 8)).Fill(bytes - 8, 0x11);
+}
+
+Bytes Padding(size_t bytes) {
+    return ByteWriter().Chunk("JUNK", Bytes(bytes - 8, 0));
+}
+
+Bytes Joined(std::initializer_list<Bytes> pieces) {
+    ByteWriter all;
+    for (const Bytes& piece : pieces)
+        all.Add(piece);
+    return all;
+}
+
+Bytes Riff(std::initializer_list<Bytes> chunks) {
+    return RiffFile(Joined(chunks));
+}
+
+// The file afterwards, or nothing when the call refused and left it.
+using Edited = std::optional<Bytes>;
+
+Edited InPlace(const Bytes& file, const Bytes& image, bool isRf64 = false) {
+    const TempFolder folder;
+    const auto path = folder.Write("a.wav", file);
+    auto reader = std::make_unique<FileReader>(path, smallReads);
+    const bool hasAcid = Ids(RiffFile(image)) == "acid";
+    if (RewriteInPlace(path, std::move(reader), image, isRf64, hasAcid)) return ReadWholeFile(path);
+    EXPECT_EQ(ReadWholeFile(path), file);
+    return std::nullopt;
+}
+
+Edited Copy(const Bytes& file, const Bytes& mainImage, const Bytes& tailImage, int32_t kind = kindWave) {
+    const TempFolder folder;
+    const auto path = folder.Write("a.wav", file);
+    const auto target = folder.Path("b.wav");
+    FileReader reader(path, smallReads);
+    const bool hasAcid = Ids(RiffFile(mainImage)) == "acid";
+    const bool succeeded = WriteCopy(reader, target, mainImage, tailImage, kind, hasAcid);
+    EXPECT_EQ(ReadWholeFile(path), file);
+    return succeeded ? Edited(ReadWholeFile(target)) : std::nullopt;
+}
+
+const Bytes info = ByteWriter().Chunk("LIST", ByteWriter().Text("INFO").Text("INAM").Le32(2).Text("ab"));
+const Bytes adtl = ByteWriter().Chunk("LIST", ByteWriter().Text("adtl"));
+const Bytes acid = ByteWriter().Chunk("acid", Bytes(24, 7));
+const Bytes odd = ByteWriter().Text("data").Le32(11).Fill(11, 0x5A);
+const Bytes garbage(128, 'T');
+
+TEST(RewriteInPlace, PutsTheImageWhereItFits) {
+    const Bytes scattered =
+        Riff({ImageOf(610), fmt, ImageOf(50, "iXML"), adtl, audio, info, ImageOf(30, "id3 ")});
+    const Bytes shown = Riff({fmt, audio, ImageOf(100)});
+    const Bytes zeros(80008);
+    const struct {
+        const char* what;
+        Bytes file, image;
+        Edited after;
+    } cases[] = {
+        {"a gap that fits", Riff({fmt, Padding(4000), audio}), ImageOf(4000),
+         Riff({fmt, ImageOf(4000), audio})},
+        {"room for a header", Riff({fmt, Padding(4000), audio}), ImageOf(3992),
+         Riff({fmt, ImageOf(3992), Padding(8), audio})},
+        {"no room for a header", Riff({fmt, Padding(4000), audio}), ImageOf(3996),
+         Riff({fmt, Padding(4000), audio, ImageOf(3996)})},
+        {"a large gap", Riff({fmt, Padding(30001), audio}), ImageOf(100),
+         Riff({fmt, ImageOf(100), Padding(29902), audio})},
+        {"others are blanked, the trailing ones cut", scattered, ImageOf(602),
+         Riff({ImageOf(602), Padding(8), fmt, Padding(50), adtl, audio})},
+        {"no gap is large enough", scattered, ImageOf(700),
+         Riff({Padding(610), fmt, Padding(50), adtl, audio, ImageOf(700)})},
+        {"growing at the end", shown, ImageOf(110), Riff({fmt, audio, ImageOf(110)})},
+        {"shrinking at the end", shown, ImageOf(96), Riff({fmt, audio, ImageOf(96)})},
+        {"none", shown, {}, Riff({fmt, audio})},
+        {"acid stays", Riff({fmt, audio, acid}), ImageOf(40), Riff({fmt, audio, acid, ImageOf(40)})},
+        {"acid for another one", Riff({fmt, audio, acid}), acid, Riff({fmt, audio, acid})},
+        {"zeros are chunks", Riff({fmt, zeros, audio, zeros}), ImageOf(60),
+         Riff({fmt, zeros, audio, zeros, ImageOf(60)})},
+        {"a missing pad byte", Riff({fmt, odd}), ImageOf(50), Riff({fmt, odd, Bytes(1), ImageOf(50)})},
+        {"no room before what is no chunk", Joined({shown, garbage}), ImageOf(200), std::nullopt},
+        {"what is no chunk stays", Joined({shown, garbage}), ImageOf(60),
+         Joined({Riff({fmt, audio, ImageOf(60), Padding(40)}), garbage})},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(InPlace(c.file, c.image), c.after) << c.what;
+}
+
+TEST(RewriteCopy, PutsTheImagesBehindTheFormatAndAtTheEnd) {
+    const Bytes zeros(80008);
+    const struct {
+        const char* what;
+        Bytes file, mainImage, tailImage, copy;
+    } cases[] = {
+        {"both", Riff({fmt, audio, ImageOf(100)}), ImageOf(40), ImageOf(60, "ID3 "),
+         Riff({fmt, ImageOf(40), audio, ImageOf(60, "ID3 ")})},
+        {"acid stays", Riff({fmt, audio, acid}), ImageOf(40), {}, Riff({fmt, ImageOf(40), audio, acid})},
+        {"acid for another one", Riff({fmt, audio, acid}), acid, {}, Riff({fmt, acid, audio})},
+        {"zeros are chunks",
+         Riff({fmt, zeros, audio, zeros}),
+         ImageOf(60),
+         {},
+         Riff({fmt, ImageOf(60), zeros, audio, zeros})},
+        {"a missing pad byte", Riff({fmt, odd}), {}, ImageOf(50), Riff({fmt, odd, Bytes(1), ImageOf(50)})},
+        {"what is no chunk stays",
+         Joined({Riff({fmt, audio}), garbage}),
+         {},
+         ImageOf(200, "LIST"),
+         Joined({Riff({fmt, audio, ImageOf(200, "LIST")}), garbage})},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Copy(c.file, c.mainImage, c.tailImage), c.copy) << c.what;
+}
+
+TEST(Rewrite, NeverTurnsTagsIntoAudio) {
+    for (const uint32_t sizeField : {0u, 5000u, 0xFFFFFFFFu}) {  // never finished, longer than the file
+        const Bytes data = ByteWriter().Text("data").Le32(sizeField).Fill(100, 0x5A);
+        EXPECT_FALSE(InPlace(Riff({fmt, data}), ImageOf(50)));
+        // A gap in front of the audio still serves.
+        EXPECT_EQ(InPlace(Riff({fmt, Padding(50), data}), ImageOf(50)), Riff({fmt, ImageOf(50), data}));
+        // A copy says how long the audio is, so that what follows is no part of it.
+        EXPECT_EQ(
+            Copy(Riff({fmt, data}), ImageOf(50), ImageOf(60, "ID3 ")),
+            Riff({fmt, ImageOf(50), ByteWriter().Chunk("data", Bytes(100, 0x5A)), ImageOf(60, "ID3 ")}));
+    }
+}
+
+TEST(Rewrite, Rf64KeepsItsDs64AndGetsBothSizes) {
+    const auto fileOf = [](std::string_view name, uint64_t riffSize, const Bytes& chunks) {
+        const auto sizes = ByteWriter().Le64(riffSize).Le64(1000).Le64(500).Le32(1).Text("abcd").Le64(6);
+        return RiffFile(ByteWriter().Chunk("ds64", sizes).Add(fmt).Add(chunks), name);
+    };
+    const Bytes wide = ByteWriter()
+                           .Text("data")
+                           .Le32(0xFFFFFFFF)
+                           .Fill(1000, 0x5A)
+                           .Text("abcd")
+                           .Le32(0xFFFFFFFF)
+                           .Text("sixsix");
+    for (const auto kind : {kindRf64, kindBw64}) {
+        const auto name = kind == kindRf64 ? "RF64" : "BW64";
+        const Bytes file = fileOf(name, 999999, wide);
+        const auto copied = Copy(file, {}, ImageOf(50), kind);
+        EXPECT_EQ(copied, InPlace(file, ImageOf(50), true));
+        Bytes wanted = fileOf(name, file.size() + 50 - 8, Joined({wide, ImageOf(50)}));
+        wanted[4] = 0;
+        ASSERT_TRUE(copied);
+        EXPECT_EQ(RiffSizeField(*copied), copied->size() - 8);
+        EXPECT_TRUE(std::equal(copied->begin() + 8, copied->end(), wanted.begin() + 8, wanted.end()));
+    }
+    // A size of 0 runs to the end of the file, here too.
+    for (const Bytes& body : {Bytes(100, 0x5A), Bytes()}) {
+        const Bytes file = fileOf("RF64", 0, ByteWriter().Text("data").Le32(0).Add(body));
+        EXPECT_FALSE(InPlace(file, ImageOf(50), true));
+        EXPECT_EQ(Ids(*Copy(file, {}, ImageOf(50), kindRf64)),
+                  body.empty() ? "ds64fmt bextdata" : "ds64fmt databext");
+    }
+    // Two chunks that leave their size to ds64 and one cut off: no ds64 of the copy is right for both.
+    const Bytes twice = fileOf("RF64", 0, Joined({wide, wide}));
+    EXPECT_TRUE(Copy(twice, {}, ImageOf(50), kindRf64));
+    EXPECT_FALSE(Copy(Bytes(twice.begin(), twice.end() - 500), {}, ImageOf(50), kindRf64));
+    const Bytes withoutDs64 = RiffFile(Joined({fmt, audio}), "RF64");
+    EXPECT_FALSE(InPlace(withoutDs64, ImageOf(50), true));
+    EXPECT_FALSE(Copy(withoutDs64, {}, {}, kindRf64));
+}
+
+// Zeros are empty chunks, and there may be millions.
+TEST(Rewrite, WalksOverARunOfZerosInOneStep) {
+    const TempFolder folder;
+    FileReader reader(folder.Write("file.wav", Riff({fmt, Bytes(80008), audio, Bytes(80008)})), {});
+    RiffChunkWalk walk(reader, false, false);
+    RiffChunk chunk;
+    int steps = 0;
+    while (walk.Next(chunk) == WalkStep::chunk)
+        ++steps;
+    EXPECT_EQ(steps, 4);
+}
+
+// Random chunk lists, random images: what is kept stays, byte for byte and in order; what is new is there;
+// sizes agree.
+TEST(Rewrite, KeepsEveryChunkOfRandomFiles) {
+    std::mt19937 random(7);
+    const std::string_view ids[] = {"JUNK", "bext", "iXML", "cue ", "smpl", "abcd", "fact", "_PMX", "PAD_"};
+    const auto some = [&] {
+        ByteWriter chunks;
+        for (auto n = random() % 4; n > 0; --n)
+            chunks.Chunk(ids[random() % std::size(ids)],
+                         Bytes(random() % 200, static_cast<uint8_t>(random())));
+        return chunks.Done();
+    };
+    for (int round = 0; round < 200; ++round) {
+        const Bytes file = Riff({some(), fmt, some(), audio, some()});
+        const Bytes image = ImageOf(random() % 300 / 2 * 2 + 8);
+        for (const auto& edited : {InPlace(file, image), Copy(file, image, {}), Copy(file, {}, image)}) {
+            ASSERT_TRUE(edited) << round;
+            EXPECT_EQ(KeptChunks(*edited), KeptChunks(file)) << round;
+            EXPECT_EQ(RiffSizeField(*edited), edited->size() - 8);
+            EXPECT_EQ(Find(*edited, "bext"), ChunkList(RiffFile(image))[0]) << round;
+            EXPECT_FALSE(Find(*edited, "iXML"));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vantor::test

@@ -1,0 +1,38 @@
+// Lines for the person: messages, statistics and the readable form of what a source tells.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "wavehost/facts/source_facts.h"
+
+namespace vantor::wavehost {
+
+// "wavehost: FILE: message" on standard error.
+void ReportFailure(const std::string& file, const std::string& message);
+// What was read from the disk, on standard error.
+void ReportStatistics();
+// A time as the host shows it.
+std::string TimeText(double seconds);
+// A number in its shortest exact form.
+std::string NumberText(double number);
+// One line on standard output; control characters but for the line end come out as blanks, so that a value
+// from a file cannot steer the terminal.
+void PrintLine(const std::string& line);
+
+void PrintMarkers(const std::vector<MarkerFact>& markers);
+void PrintSlices(const std::vector<SliceFact>& slices);
+void PrintFacts(const SourceFacts& facts);
+
+// Runs `work`; a failure is reported for `file`. Returns the exit status.
+template <typename Work>
+int ForFile(const std::string& file, const Work& work) {
+    try {
+        return work();
+    } catch (const std::exception& failure) {
+        ReportFailure(file, failure.what());
+        return 1;
+    }
+}
+
+}  // namespace vantor::wavehost

@@ -1,0 +1,134 @@
+#include "wavehost/facts/source_facts.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "wavehost/os/failure.h"
+#include "wavehost/os/system.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+enum ExtendedCode : int32_t {
+    valueByKey = 0x10007,
+    enumerateMetadata = 0x10013,
+    fileInfoText = 0x10014,
+    markerByIndex = 0x90016,
+    beatSlices = 0x90006,
+};
+
+constexpr int32_t lastResortPriority = 7;
+constexpr intptr_t firstTextBytes = 64 * 1024;
+constexpr intptr_t largestTextBytes = 1 << 30;
+
+void* Number(intptr_t value) {
+    return reinterpret_cast<void*>(value);
+}
+
+// A text that the source copies into a buffer, cut to fit: asked again with more room until it is whole.
+template <typename Ask>
+std::string WholeText(const Ask& ask) {
+    for (intptr_t bytes = firstTextBytes;; bytes *= 4) {
+        std::string text(static_cast<size_t>(bytes), '\0');
+        ask(text.data(), bytes);
+        text.resize(std::strlen(text.c_str()));
+        if (static_cast<intptr_t>(text.size()) + 1 < bytes || bytes >= largestTextBytes) return text;
+    }
+}
+
+// Why a name cannot be a file to play; empty when it can.
+std::string Obstacle(const fs::path& file) {
+    std::error_code failed;
+    const fs::file_status status = fs::status(file, failed);
+    if (status.type() == fs::file_type::not_found) return "no such file";
+    if (fs::is_directory(status)) return "is a folder";
+    return fs::exists(status) && !fs::is_regular_file(status) ? "not a regular file" : "";
+}
+
+}  // namespace
+
+HostPtr<PCM_source> CreateSource(const Module& module, const std::string& file) {
+    const fs::path path = fs::absolute(PathOf(file));
+    // A pipe or a device would be waited for without end.
+    if (Obstacle(path) == "not a regular file") throw Failure("not a regular file");
+    HostPtr<PCM_source> source(module.sources->CreateByFile(TextOf(path).c_str(), lastResortPriority));
+    if (!source) throw Failure("not an audio file that the module takes");
+    return source;
+}
+
+HostPtr<PCM_source> OpenSource(const Module& module, const std::string& file) {
+    const std::string obstacle = Obstacle(PathOf(file));
+    if (!obstacle.empty()) throw Failure(obstacle);
+    HostPtr<PCM_source> source = CreateSource(module, file);
+    if (!source->IsOnline()) throw Failure(InfoTextOf(*source.Get()));
+    return source;
+}
+
+std::string ValueOf(PCM_source& source, const std::string& key) {
+    return WholeText([&](char* text, intptr_t bytes) {
+        source.ExtendedCall(valueByKey, const_cast<char*>(key.c_str()), text, Number(bytes));
+    });
+}
+
+Metadata MetadataOf(PCM_source& source) {
+    Metadata metadata;
+    const char* key = nullptr;
+    const char* value = nullptr;
+    for (intptr_t i = 0; source.ExtendedCall(enumerateMetadata, Number(i), &key, &value) == 1; ++i)
+        metadata.emplace_back(key ? key : "", value ? value : "");
+    return metadata;
+}
+
+std::vector<MarkerFact> MarkersOf(PCM_source& source) {
+    std::vector<MarkerFact> markers;
+    MarkerRecord record{};
+    for (intptr_t i = 0; source.ExtendedCall(markerByIndex, Number(i), &record, nullptr) == 1; ++i)
+        markers.push_back({record.id, record.startSeconds, record.endSeconds, record.isRegion != 0,
+                           record.name ? record.name : ""});
+    return markers;
+}
+
+std::vector<SliceFact> SlicesOf(PCM_source& source) {
+    std::vector<SliceFact> slices;
+    double tempo = 0;
+    const intptr_t count = source.ExtendedCall(beatSlices, nullptr, nullptr, &tempo);
+    const double rate = source.SampleRate();
+    for (int32_t i = 0; i < count; ++i) {
+        SliceRequest request{nullptr, 0, slicePositionOnly, 0};
+        if (source.ExtendedCall(beatSlices, &i, &request, nullptr) != 1) continue;
+        // Slices begin on a frame; the way through beats has rounded that.
+        const double frame = std::round(request.positionBeats * 60 / tempo * rate);
+        slices.push_back({i, frame / rate, request.positionBeats});
+    }
+    return slices;
+}
+
+HostPtr<PCM_source> SliceSource(PCM_source& source, int32_t index) {
+    SliceRequest request{};
+    if (source.ExtendedCall(beatSlices, &index, &request, nullptr) != 1) return {};
+    return HostPtr<PCM_source>(request.source);
+}
+
+std::string InfoTextOf(PCM_source& source) {
+    const std::string text = WholeText(
+        [&](char* out, intptr_t bytes) { source.ExtendedCall(fileInfoText, out, Number(bytes), nullptr); });
+    // A source that never got at its file has nothing to answer from.
+    return text.empty() && !source.IsOnline() ? "File not opened" : text;
+}
+
+SourceFacts FactsOf(PCM_source& source, const std::string& file) {
+    return {.file = file,
+            .online = source.IsOnline(),
+            .type = source.TypeName(),
+            .channels = source.ChannelCount(),
+            .sampleRate = source.SampleRate(),
+            .lengthSeconds = source.LengthSeconds(),
+            .bitDepth = source.BitDepth(),
+            .infoText = InfoTextOf(source),
+            .metadata = MetadataOf(source),
+            .markers = MarkersOf(source),
+            .slices = SlicesOf(source)};
+}
+
+}  // namespace vantor::wavehost

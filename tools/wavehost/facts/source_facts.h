@@ -1,0 +1,60 @@
+// What a source tells about its file, asked through the slots and extended calls that the audio host uses.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "vantor_wave/host_interface.h"
+#include "wavehost/host/module_loader.h"
+
+namespace vantor::wavehost {
+
+struct MarkerFact {
+    int32_t id;
+    double startSeconds;
+    double endSeconds;
+    bool isRegion;
+    std::string name;
+};
+
+struct SliceFact {
+    int32_t index;
+    double startSeconds;
+    double positionBeats;
+};
+
+using Metadata = std::vector<std::pair<std::string, std::string>>;  // sorted by key
+
+struct SourceFacts {
+    std::string file;
+    bool online;
+    std::string type;
+    int32_t channels;
+    double sampleRate;  // Hz
+    double lengthSeconds;
+    int32_t bitDepth;
+    std::string infoText;
+    Metadata metadata;
+    std::vector<MarkerFact> markers;
+    std::vector<SliceFact> slices;
+};
+
+// A source for the file, online or not, as the host's last-resort pass makes it. Throws Failure when the
+// module makes none.
+HostPtr<PCM_source> CreateSource(const Module& module, const std::string& file);
+// An online source. Throws Failure with the reason.
+HostPtr<PCM_source> OpenSource(const Module& module, const std::string& file);
+
+// Empty when the source has no value for the key. A common field ("TITLE") or a scheme key ("INFO:INAM").
+std::string ValueOf(PCM_source& source, const std::string& key);
+Metadata MetadataOf(PCM_source& source);
+std::vector<MarkerFact> MarkersOf(PCM_source& source);
+std::vector<SliceFact> SlicesOf(PCM_source& source);
+// The source of one slice; null when there is no such slice.
+HostPtr<PCM_source> SliceSource(PCM_source& source, int32_t index);
+// Readable lines; for a source that is not online, why.
+std::string InfoTextOf(PCM_source& source);
+SourceFacts FactsOf(PCM_source& source, const std::string& file);
+
+}  // namespace vantor::wavehost

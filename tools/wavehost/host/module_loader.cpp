@@ -1,0 +1,60 @@
+#include "wavehost/host/module_loader.h"
+
+#include <map>
+
+#include "wavehost/host/host_services.h"
+#include "wavehost/os/failure.h"
+#include "wavehost/os/system.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+using Entry = int32_t (*)(void* moduleInstance, HostInfo* host);
+
+// The module registers through a plain function, so what it gives waits here until LoadModule takes it.
+std::map<std::string, void*>& Registered() {
+    static std::map<std::string, void*> services;
+    return services;
+}
+
+int32_t RegisterService(const char* key, void* service) {
+    if (!key || !service) return 0;
+    Registered()[key] = service;
+    return 1;
+}
+
+template <typename T>
+void Take(const char* key, T& slot) {
+    const auto found = Registered().find(key);
+    if (found != Registered().end()) slot = reinterpret_cast<T>(found->second);
+}
+
+fs::path FindModule(const std::string& path) {
+    if (!path.empty()) return fs::absolute(PathOf(path));
+    const fs::path beside = ExecutableFolder() / moduleFileName;
+    std::error_code failed;
+    return fs::exists(beside, failed) ? beside : fs::path(WAVEHOST_BUILD_FOLDER) / moduleFileName;
+}
+
+}  // namespace
+
+Module LoadModule(const std::string& path) {
+    const fs::path file = FindModule(path);
+    std::string error;
+    void* library = OpenLibrary(file, error);
+    if (!library) throw Failure(TextOf(file) + ": the module cannot be loaded: " + error);
+    const auto entry = reinterpret_cast<Entry>(LibrarySymbol(library, "VantorPluginEntry"));
+    if (!entry) throw Failure(TextOf(file) + ": no VantorPluginEntry in this library");
+
+    HostInfo host{hostInterfaceVersion, nullptr, &RegisterService, &LookupHostService};
+    Module module;
+    const int32_t accepted = entry(library, &host);
+    Take("pcmsrc", module.sources);
+    Take("API_wave__createMetadataSource", module.createMetadataSource);
+    if (accepted != 1 || !module.sources)
+        throw Failure(TextOf(file) + ": the module's entry refused this host");
+    return module;
+}
+
+}  // namespace vantor::wavehost

@@ -1,0 +1,118 @@
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "wavehost/os/system.h"
+
+namespace vantor::wavehost {
+
+const char* const moduleFileName = "vantor_wave.so";
+
+std::vector<std::string> CommandArguments(int argc, char** argv) {
+    return {argv + 1, argv + argc};
+}
+
+void PrepareConsole() {}
+
+fs::path ExecutableFolder() {
+    std::error_code failed;
+    return fs::read_symlink("/proc/self/exe", failed).parent_path();
+}
+
+fs::path UserCacheFolder() {
+    const char* cache = std::getenv("XDG_CACHE_HOME");
+    if (cache && *cache == '/') return fs::path(cache) / "vantor_wave";
+    const char* home = std::getenv("HOME");
+    return home && *home ? fs::path(home) / ".cache" / "vantor_wave" : fs::path();
+}
+
+void* OpenLibrary(const fs::path& path, std::string& error) {
+    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!library) error = dlerror();
+    return library;
+}
+
+void* LibrarySymbol(void* library, const char* name) {
+    return dlsym(library, name);
+}
+
+bool IsTerminal(std::FILE* stream) {
+    return isatty(fileno(stream)) == 1;
+}
+
+void MakeBinary(std::FILE*) {}
+
+std::FILE* OpenStream(const fs::path& path, const char* mode) {
+    return std::fopen(path.c_str(), mode);
+}
+
+bool SeekStream(std::FILE* stream, int64_t position) {
+    return fseeko(stream, position, SEEK_SET) == 0;
+}
+
+bool FolderIsWritable(const fs::path& folder) {
+    return access(folder.c_str(), W_OK) == 0;
+}
+
+bool SyncFile(const fs::path& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) return false;
+    const bool synced = fsync(file) == 0;
+    close(file);
+    return synced;
+}
+
+void AllowHoles(const fs::path&) {}
+
+bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& error) {
+    struct stat old {};
+    if (stat(target.c_str(), &old) == 0) {
+        // The owner first: changing it takes special permission bits away. Only root may give files away.
+        [[maybe_unused]] const int owned = chown(from.c_str(), old.st_uid, old.st_gid);
+        [[maybe_unused]] const int moded = chmod(from.c_str(), old.st_mode & 07777);
+    }
+    if (rename(from.c_str(), target.c_str()) != 0) {
+        error = std::strerror(errno);
+        return false;
+    }
+    SyncFile(target.has_parent_path() ? target.parent_path() : fs::path("."));
+    return true;
+}
+
+int64_t ProcessNumber() {
+    return getpid();
+}
+
+PrivateFiles::PrivateFiles(bool active) {
+    if (active) before_ = static_cast<int>(umask(0077));
+}
+
+PrivateFiles::~PrivateFiles() {
+    if (before_ >= 0) umask(static_cast<mode_t>(before_));
+}
+
+// A file that is renamed over the locked one is another file: whoever waited then holds the lock of what is
+// no longer there, and takes that of the new one.
+EditLock::EditLock(const fs::path& file) {
+    for (;;) {
+        handle_ = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a pipe must not hold us up
+        struct stat held {
+        }, named{};
+        if (handle_ < 0 || flock(handle_, LOCK_EX) != 0 || fstat(handle_, &held) != 0) return;
+        if (stat(file.c_str(), &named) != 0 || (named.st_dev == held.st_dev && named.st_ino == held.st_ino))
+            return;
+        close(handle_);
+    }
+}
+
+EditLock::~EditLock() {
+    if (handle_ >= 0) close(handle_);
+}
+
+}  // namespace vantor::wavehost

@@ -1,0 +1,174 @@
+#include <windows.h>
+// windows.h comes first: the headers below build on it.
+#include <fcntl.h>
+#include <io.h>
+#include <process.h>
+#include <shellapi.h>
+#include <winioctl.h>
+
+#include <cstdlib>
+
+#include "wavehost/os/system.h"
+
+namespace vantor::wavehost {
+
+const char* const moduleFileName = "vantor_wave.dll";
+
+namespace {
+
+std::string LastErrorText() {
+    const DWORD code = GetLastError();
+    char text[256] = "";
+    FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
+                   sizeof text, nullptr);
+    std::string message = text;
+    while (!message.empty() && static_cast<unsigned char>(message.back()) <= ' ')
+        message.pop_back();
+    return message.empty() ? "error " + std::to_string(code) : message;
+}
+
+// The one path of a file, whatever links, drive letters or short names it was given by.
+std::wstring FinalPath(const fs::path& file) {
+    std::wstring name(32768, L'\0');
+    HANDLE handle = CreateFileW(file.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                nullptr, OPEN_EXISTING, 0, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) {
+        const DWORD length =
+            GetFinalPathNameByHandleW(handle, name.data(), static_cast<DWORD>(name.size()), 0);
+        CloseHandle(handle);
+        if (length > 0 && length < name.size()) return name.substr(0, length);
+    }
+    std::error_code failed;
+    return L"\\\\?\\" + fs::absolute(file, failed).wstring();
+}
+
+// Mutex names are short and hold no backslash: the path's hash (FNV-1a) stands for it. Should two paths share
+// one, their edits wait for each other.
+std::wstring LockName(const fs::path& file) {
+    std::wstring path = FinalPath(file);
+    CharLowerBuffW(path.data(), static_cast<DWORD>(path.size()));
+    uint64_t hash = 0xCBF29CE484222325;
+    for (const wchar_t unit : path)
+        hash = (hash ^ unit) * 0x100000001B3;
+    return L"Global\\vantor_wave.edit." + std::to_wstring(hash);
+}
+
+}  // namespace
+
+std::vector<std::string> CommandArguments(int, char**) {
+    int count = 0;
+    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; wide && i < count; ++i)
+        arguments.push_back(TextOf(fs::path(wide[i])));
+    LocalFree(wide);
+    return arguments;
+}
+
+void PrepareConsole() {
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+fs::path ExecutableFolder() {
+    std::wstring name(32768, L'\0');
+    name.resize(GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size())));
+    return fs::path(name).parent_path();
+}
+
+fs::path UserCacheFolder() {
+    const wchar_t* local = _wgetenv(L"LOCALAPPDATA");
+    return local && *local ? fs::path(local) / "vantor_wave" : fs::path();
+}
+
+void* OpenLibrary(const fs::path& path, std::string& error) {
+    HMODULE library = LoadLibraryW(path.c_str());
+    if (!library) error = LastErrorText();
+    return library;
+}
+
+void* LibrarySymbol(void* library, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+
+bool IsTerminal(std::FILE* stream) {
+    return _isatty(_fileno(stream)) != 0;
+}
+
+void MakeBinary(std::FILE* stream) {
+    _setmode(_fileno(stream), _O_BINARY);
+}
+
+std::FILE* OpenStream(const fs::path& path, const char* mode) {
+    return _wfopen(path.c_str(), fs::path(mode).c_str());
+}
+
+bool SeekStream(std::FILE* stream, int64_t position) {
+    return _fseeki64(stream, position, SEEK_SET) == 0;
+}
+
+bool FolderIsWritable(const fs::path& folder) {
+    // The access rights of a folder are told by using them alone.
+    const fs::path probe = folder / (".vantor-" + std::to_string(ProcessNumber()) + ".probe");
+    HANDLE file = CreateFileW(probe.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    CloseHandle(file);
+    return true;
+}
+
+bool SyncFile(const fs::path& path) {
+    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    const bool synced = FlushFileBuffers(file) != 0;
+    CloseHandle(file);
+    return synced;
+}
+
+void AllowHoles(const fs::path& path) {
+    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return;
+    DWORD returned = 0;
+    DeviceIoControl(file, FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &returned, nullptr);
+    CloseHandle(file);
+}
+
+bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& error) {
+    // ReplaceFileW keeps attributes and access rights; it wants a target that exists.
+    if (ReplaceFileW(target.c_str(), from.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
+                     nullptr))
+        return true;
+    if (MoveFileExW(from.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    error = LastErrorText();
+    return false;
+}
+
+int64_t ProcessNumber() {
+    return _getpid();
+}
+
+// A new file takes the access rights of its folder, and ReplaceFileW those of the file it replaces.
+PrivateFiles::PrivateFiles(bool) {}
+PrivateFiles::~PrivateFiles() = default;
+
+// An open handle would stand in the way of the edit itself, so the lock is a mutex named after the file's
+// path, which a file that is renamed over this one inherits.
+EditLock::EditLock(const fs::path& file) {
+    // No access list: another user, or another session of this one, may edit the file too.
+    SECURITY_DESCRIPTOR open;
+    InitializeSecurityDescriptor(&open, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&open, TRUE, nullptr, FALSE);
+    SECURITY_ATTRIBUTES attributes{sizeof attributes, &open, FALSE};
+    mutex_ = CreateMutexW(&attributes, FALSE, LockName(file).c_str());
+    // One that its owner left when it died is owned as well.
+    if (mutex_) WaitForSingleObject(mutex_, INFINITE);
+}
+
+EditLock::~EditLock() {
+    if (!mutex_) return;
+    ReleaseMutex(mutex_);
+    CloseHandle(mutex_);
+}
+
+}  // namespace vantor::wavehost

@@ -1,0 +1,91 @@
+#include "wavehost/tables/json_output.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace vantor::wavehost {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string Print(const Json& json, int indent = 2) {
+    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+// Whole rates without a fraction, as people write them.
+Json Rate(double rate) {
+    const bool whole = rate == std::floor(rate) && std::fabs(rate) < 1e15;
+    return whole ? Json(static_cast<int64_t>(rate)) : Json(rate);
+}
+
+Json Of(const Metadata& metadata) {
+    Json::object_t object;
+    // The keys of a store are unique: no search for each among all before it.
+    auto& entries = static_cast<Json::object_t::Container&>(object);
+    for (const auto& [key, value] : metadata)
+        entries.emplace_back(key, value);
+    return object;
+}
+
+Json Of(const std::vector<MarkerFact>& markers) {
+    Json array = Json::array();
+    for (const MarkerFact& marker : markers)
+        array.push_back({{"id", marker.id},
+                         {"start", marker.startSeconds},
+                         {"end", marker.endSeconds},
+                         {"is_region", marker.isRegion},
+                         {"name", marker.name}});
+    return array;
+}
+
+Json Of(const std::vector<SliceFact>& slices) {
+    Json array = Json::array();
+    for (const SliceFact& slice : slices)
+        array.push_back({{"index", slice.index},
+                         {"start_seconds", slice.startSeconds},
+                         {"position_beats", slice.positionBeats}});
+    return array;
+}
+
+Json Of(const SourceFacts& facts) {
+    return {{"file", facts.file},
+            {"online", facts.online},
+            {"type", facts.type},
+            {"channels", facts.channels},
+            {"sample_rate", Rate(facts.sampleRate)},
+            {"length_seconds", facts.lengthSeconds},
+            {"bit_depth", facts.bitDepth},
+            {"info_text", facts.infoText},
+            {"metadata", Of(facts.metadata)},
+            {"markers", Of(facts.markers)},
+            {"slices", Of(facts.slices)}};
+}
+
+}  // namespace
+
+std::string FactsJson(const std::vector<SourceFacts>& facts, bool asArray) {
+    if (!asArray) return Print(Of(facts.front()));
+    Json array = Json::array();
+    for (const SourceFacts& one : facts)
+        array.push_back(Of(one));
+    return Print(array);
+}
+
+std::string MetadataJson(const Metadata& metadata) {
+    return Print(Of(metadata));
+}
+
+std::string MarkersJson(const std::vector<MarkerFact>& markers) {
+    return Print(Of(markers));
+}
+
+std::string SlicesJson(const std::vector<SliceFact>& slices) {
+    return Print(Of(slices));
+}
+
+std::string ScanJson(const std::string& file, const Metadata& metadata) {
+    return Print({{"file", file}, {"metadata", Of(metadata)}}, -1);
+}
+
+}  // namespace vantor::wavehost
