@@ -4,9 +4,9 @@
 
 #if !defined(_WIN32)
 #include <sys/wait.h>
+#endif
 
 #include "tests/support/tree.h"
-#endif
 
 namespace vantor::test {
 
