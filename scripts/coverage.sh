@@ -9,7 +9,7 @@ vantor_setup coverage
 cmake --preset coverage >/dev/null
 cmake --build --preset coverage
 find build/coverage -name '*.gcda' -delete
-ctest --test-dir build/coverage --output-on-failure
+ctest --test-dir build/coverage --output-on-failure -j "$(nproc)"
 
 if [ $# -gt 0 ]; then
     for file in "$@"; do

@@ -21,7 +21,7 @@ build native -DVANTOR_TESTS=OFF
 
 echo "== address and undefined behaviour"
 build asan
-VANTOR_WAVEHOST="$PWD/build/native/wavehost" ctest --test-dir build/asan --output-on-failure
+VANTOR_WAVEHOST="$PWD/build/native/wavehost" ctest --test-dir build/asan --output-on-failure --progress -j "$(nproc)"
 
 echo "== threads"
 build tsan -DVANTOR_TEST_FOLDERS=source
@@ -31,7 +31,7 @@ echo "== Windows, under Wine"
 build windows
 export WINEDEBUG=-all WINEPREFIX="${WINEPREFIX:-$PWD/build/wine}"
 wineboot -i >/dev/null 2>&1 || true
-ctest --test-dir build/windows --output-on-failure
+ctest --test-dir build/windows --output-on-failure -j "$(nproc)"
 
 echo "== the same samples on both systems"
 out=$(mktemp -d)
