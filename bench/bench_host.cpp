@@ -14,8 +14,7 @@ namespace vantor::bench {
 
 namespace {
 
-using Entry = int32_t (*)(void* moduleInstance, HostInfo* host);
-using CreateSource = PCM_source* (*)(const char* fileName);
+using CreateSource = decltype(registration::createMetadataSource)::Function;
 
 // The services are plain functions; what they need to know between calls stands here.
 struct HostState {
@@ -55,30 +54,36 @@ void KeepName(const char* in, char* out, int32_t outBytes) {
     out[outBytes - 1] = 0;
 }
 
+struct Offered {
+    std::string_view name;
+    void* function;
+};
+
+template <typename Signature>
+Offered Offer(const Service<Signature>& service, Signature* function) {
+    return {service.name, reinterpret_cast<void*>(function)};
+}
+
 void* LookupService(const char* name) {
-    struct Service {
-        std::string_view name;
-        void* function;
-    };
-    static const Service services[] = {
-        {"Resampler_Create", reinterpret_cast<void*>(&CreateNoResampler)},
-        {"format_timestr", reinterpret_cast<void*>(&FormatNoTime)},
-        {"PeakGet_Create", reinterpret_cast<void*>(&FindNoPeaks)},
-        {"PeakBuild_CreateEx", reinterpret_cast<void*>(&CreatePeakBuilder)},
-        {"resolve_fn", reinterpret_cast<void*>(&KeepName)},
-        {"update_disk_counters", reinterpret_cast<void*>(&UpdateDiskCounters)},
-        {"GetPreferredDiskReadMode", reinterpret_cast<void*>(&PreferredReadMode)},
-        {"GetPreferredDiskReadModePeak", reinterpret_cast<void*>(&PreferredReadMode)},
+    static const Offered services[] = {
+        Offer(service::createResampler, &CreateNoResampler),
+        Offer(service::formatTime, &FormatNoTime),
+        Offer(service::createPeakReader, &FindNoPeaks),
+        Offer(service::createPeakBuilder, &CreatePeakBuilder),
+        Offer(service::resolveFileName, &KeepName),
+        Offer(service::updateDiskCounters, &UpdateDiskCounters),
+        Offer(service::preferredReadMode, &PreferredReadMode),
+        Offer(service::preferredPeakReadMode, &PreferredReadMode),
     };
     const auto* found = std::find_if(std::begin(services), std::end(services),
-                                     [&](const Service& service) { return service.name == name; });
+                                     [&](const Offered& service) { return service.name == name; });
     return found == std::end(services) ? nullptr : found->function;
 }
 
 int32_t RegisterService(const char* key, void* service) {
     const std::string_view name = key;
-    if (name == "pcmsrc") Host().sources = static_cast<const SourceTypeHandler*>(service);
-    if (name == "API_wave__createMetadataSource")
+    if (name == registration::sourceTypes) Host().sources = static_cast<const SourceTypeHandler*>(service);
+    if (name == registration::createMetadataSource.name)
         Host().createMetadataSource = reinterpret_cast<CreateSource>(service);
     return 1;
 }
@@ -89,7 +94,7 @@ void LoadModule() {
     const auto path = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "vantor_wave.so";
     void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library) throw std::runtime_error(dlerror());
-    const auto entry = reinterpret_cast<Entry>(dlsym(library, "VantorPluginEntry"));
+    const auto entry = reinterpret_cast<EntryFunction>(dlsym(library, entryName));
     HostInfo host{hostInterfaceVersion, nullptr, &RegisterService, &LookupService};
     if (!entry || entry(library, &host) != 1 || !Host().sources || !Host().createMetadataSource)
         throw std::runtime_error("the module refused this host");
@@ -100,7 +105,6 @@ void SetReadSetting(const ReadSetting& setting) {
 }
 
 HostPtr<PCM_source> OpenSource(const std::string& fileName) {
-    constexpr int32_t ordinaryPriority = 5;
     HostPtr<PCM_source> source(Host().sources->CreateByFile(fileName.c_str(), ordinaryPriority));
     if (!source || !source->IsOnline()) throw std::runtime_error(fileName + ": cannot be played");
     return source;

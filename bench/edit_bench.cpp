@@ -8,9 +8,6 @@ namespace vantor::bench {
 namespace {
 
 constexpr int64_t oneGib = 1073741820;  // whole frames
-constexpr int32_t callWriteMetadata = 0x20008;
-constexpr intptr_t mergeExisting = 1;
-constexpr intptr_t updatedInPlace = 2;
 
 // What this process has asked the system to read and write.
 struct ProcessCounts {
@@ -31,7 +28,7 @@ void ChangeTitle(PCM_source& source, int64_t take) {
     const std::string target = std::string(source.FileName()) + ".new";
     if (source.ExtendedCall(callWriteMetadata, const_cast<char*>(target.c_str()),
                             const_cast<MetadataPair*>(changes),
-                            reinterpret_cast<void*>(mergeExisting)) != updatedInPlace)
+                            reinterpret_cast<void*>(intptr_t{writeMerge})) != updatedInPlace)
         throw std::runtime_error("the tag was not changed in place");
 }
 

@@ -12,7 +12,6 @@ namespace vantor {
 namespace {
 
 constexpr double equalRates = 0.00001;                 // Hz
-constexpr int32_t configureMode = 0x1000;              // Resampler::Configure: the second value is the mode
 constexpr int64_t maxInputSamples = int64_t{1} << 28;  // a resampler that wants more is mistaken
 
 bool EnsureResampler(ReaderContext& context) {
@@ -30,7 +29,7 @@ RatePlan PlanRates(const TransferBlock& block, ReaderContext& context, double fi
     if (!EnsureResampler(context)) return {RateUse::impossible, 0};
     context.resamplerState = ResamplerState::inUse;
     Resampler& resampler = *context.resampler.Get();
-    resampler.Configure(configureMode, resampleMode);
+    resampler.Configure(resamplerMode, resampleMode);
     resampler.SetRates(fileRate, block.sampleRate);
     const double latency = resampler.LatencySeconds();
     return {equal ? RateUse::draining : RateUse::converting, std::isfinite(latency) ? latency : 0};

@@ -13,57 +13,67 @@ namespace {
 // A service's name and how a looked-up pointer gets into its slot.
 struct Binding {
     const char* name;
-    void (*store)(HostServices& services, void* service);
+    bool isMandatory;
+    void (*store)(HostServices& services, void* function);
 };
 
-template <auto slot>
-void Store(HostServices& services, void* service) {
-    auto& place = services.*slot;
-    place = reinterpret_cast<std::remove_reference_t<decltype(place)>>(service);
+template <auto slot, typename Signature>
+constexpr Binding Bind(const Service<Signature>& service) {
+    using Function = typename Service<Signature>::Function;
+    static_assert(std::is_same_v<decltype(slot), Function HostServices::*>);
+    return {service.name, service.isMandatory, [](HostServices& services, void* function) {
+                services.*slot = reinterpret_cast<Function>(function);
+            }};
 }
 
 constexpr std::array boundBeforeRegistration = {
-    Binding{"PCM_Source_CreateFromType", Store<&HostServices::createFromType>},
-    Binding{"Resampler_Create", Store<&HostServices::createResampler>},
-    Binding{"format_timestr", Store<&HostServices::formatTime>},
-    Binding{"PeakGet_Create", Store<&HostServices::createPeakReader>},
-    Binding{"PeakBuild_CreateEx", Store<&HostServices::createPeakBuilder>},
-    Binding{"resolve_fn", Store<&HostServices::resolveFileName>},
-    Binding{"relative_fn", Store<&HostServices::relativeFileName>},
-    Binding{"GetPeakFileName", Store<&HostServices::peakFileName>},
-    Binding{"update_disk_counters", Store<&HostServices::updateDiskCounters>},
-    Binding{"GetPreferredDiskReadMode", Store<&HostServices::preferredReadMode>},
-    Binding{"GetPreferredDiskReadModePeak", Store<&HostServices::preferredPeakReadMode>},
-    Binding{"HiresPeaksFromSource", Store<&HostServices::hiresPeaks>},
-    Binding{"OpenImageModal", Store<&HostServices::openImageModal>},
-    Binding{"gOnMallocFail", Store<&HostServices::onMallocFail>},
+    Bind<&HostServices::createFromType>(service::createFromType),
+    Bind<&HostServices::createResampler>(service::createResampler),
+    Bind<&HostServices::formatTime>(service::formatTime),
+    Bind<&HostServices::createPeakReader>(service::createPeakReader),
+    Bind<&HostServices::createPeakBuilder>(service::createPeakBuilder),
+    Bind<&HostServices::resolveFileName>(service::resolveFileName),
+    Bind<&HostServices::relativeFileName>(service::relativeFileName),
+    Bind<&HostServices::peakFileName>(service::peakFileName),
+    Bind<&HostServices::updateDiskCounters>(service::updateDiskCounters),
+    Bind<&HostServices::preferredReadMode>(service::preferredReadMode),
+    Bind<&HostServices::preferredPeakReadMode>(service::preferredPeakReadMode),
+    Bind<&HostServices::hiresPeaks>(service::hiresPeaks),
+    Bind<&HostServices::openImageModal>(service::openImageModal),
+    Bind<&HostServices::onMallocFail>(service::onMallocFail),
 };
 
 constexpr std::array boundAfterRegistration = {
-    Binding{"vac_createGroupsFromTab", Store<&HostServices::createGroupsFromTab>},
-    Binding{"__localizeFunc", Store<&HostServices::localize>},
-    Binding{"__localizeMenu", Store<&HostServices::localizeMenu>},
-    Binding{"__localizeInitializeDialog", Store<&HostServices::localizeInitializeDialog>},
-    Binding{"__localizePrepareDialog", Store<&HostServices::localizePrepareDialog>},
+    Bind<&HostServices::createGroupsFromTab>(service::createGroupsFromTab),
+    Bind<&HostServices::localize>(service::localize),
+    Bind<&HostServices::localizeMenu>(service::localizeMenu),
+    Bind<&HostServices::localizeInitializeDialog>(service::localizeInitializeDialog),
+    Bind<&HostServices::localizePrepareDialog>(service::localizePrepareDialog),
 };
 
+// Looks up all of them; false when the host lacks a mandatory one.
 template <typename Bindings>
-void Bind(const Bindings& bindings, const HostInfo& host) {
-    for (const Binding& binding : bindings)
-        binding.store(Services(), host.LookupService(binding.name));
+bool LookUpAll(const Bindings& bindings, const HostInfo& host) {
+    bool complete = true;
+    for (const Binding& binding : bindings) {
+        void* function = host.LookupService(binding.name);
+        binding.store(Services(), function);
+        if (binding.isMandatory && !function) complete = false;
+    }
+    return complete;
 }
 
-bool HasMandatoryServices(const HostServices& services) {
-    return services.createPeakReader && services.createPeakBuilder && services.createResampler &&
-           services.formatTime && services.resolveFileName;
+template <typename Signature>
+void Register(const HostInfo& host, const Service<Signature>& service, Signature* function) {
+    host.RegisterService(service.name, reinterpret_cast<void*>(function));
 }
 
 bool RegisterAll(const HostInfo& host) {
     if (!host.RegisterService) return false;
     auto* handler = const_cast<SourceTypeHandler*>(&sourceTypeHandler);  // the host only reads it
-    if (host.RegisterService("pcmsrc", handler) == 0) return false;
-    host.RegisterService("API_wave__createMetadataSource", reinterpret_cast<void*>(CreateMetadataSource));
-    host.RegisterService("open_file_reduce", reinterpret_cast<void*>(OpenFileReduce));
+    if (host.RegisterService(registration::sourceTypes, handler) == 0) return false;
+    Register(host, registration::createMetadataSource, CreateMetadataSource);
+    Register(host, registration::openFileReduce, OpenFileReduce);
     return true;
 }
 
@@ -74,9 +84,8 @@ bool RegisterAll(const HostInfo& host) {
 int32_t VantorPluginEntry(void* moduleInstance, vantor::HostInfo* host) try {
     vantor::Services().moduleInstance = moduleInstance;
     if (!host || host->callerVersion != vantor::hostInterfaceVersion || !host->LookupService) return 0;
-    vantor::Bind(vantor::boundBeforeRegistration, *host);
-    if (!vantor::HasMandatoryServices(vantor::Services()) || !vantor::RegisterAll(*host)) return 0;
-    vantor::Bind(vantor::boundAfterRegistration, *host);
+    if (!vantor::LookUpAll(vantor::boundBeforeRegistration, *host) || !vantor::RegisterAll(*host)) return 0;
+    vantor::LookUpAll(vantor::boundAfterRegistration, *host);
     return 1;
 } catch (...) {
     return 0;

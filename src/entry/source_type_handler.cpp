@@ -11,8 +11,6 @@ namespace vantor {
 
 namespace {
 
-constexpr int32_t lowestPriority = 5;
-constexpr int32_t lastResort = 7;  // the host offers every file to every handler
 constexpr size_t shortestName = 6;
 
 bool EndsWithIgnoringCase(std::string_view text, std::string_view end) {
@@ -22,11 +20,11 @@ bool EndsWithIgnoringCase(std::string_view text, std::string_view end) {
 bool Qualifies(std::string_view fileName, int32_t priority) {
     constexpr std::array<std::string_view, 9> extensions = {".wav",  ".w64",  ".bwf", ".aif", ".caf",
                                                             ".aiff", ".caff", ".L",   ".R"};
-    if (priority < lowestPriority || fileName.size() < shortestName) return false;
+    if (priority < ordinaryPriority || fileName.size() < shortestName) return false;
     const bool isOurs = std::any_of(extensions.begin(), extensions.end(), [&](std::string_view extension) {
         return EndsWithIgnoringCase(fileName, extension);
     });
-    return isOurs || (priority == lastResort && !EndsWithIgnoringCase(fileName, ".mid"));
+    return isOurs || (priority == lastResortPriority && !EndsWithIgnoringCase(fileName, ".mid"));
 }
 
 // The host's own source for MPEG audio in a WAVE container; null when it has none that can play the file.
@@ -40,7 +38,7 @@ PCM_source* CreateMpegSource(const char* fileName) {
 }
 
 PCM_source* CreateByType(const char* typeName, int32_t priority) {
-    if (priority < lowestPriority || !typeName) return nullptr;
+    if (priority < ordinaryPriority || !typeName) return nullptr;
     const std::string_view type = typeName;
     return type == "WAVE" || type == "WAVE_SLICE" ? CreateEmptyWaveSource() : nullptr;
 }
@@ -50,9 +48,9 @@ PCM_source* CreateByFile(const char* fileName, int32_t priority) {
     bool isMpegInWave = false;
     HostPtr<PCM_source> source(CreateWaveSource(fileName, &isMpegInWave));
     if (!source) return nullptr;
-    if (priority == lastResort && isMpegInWave)
+    if (priority == lastResortPriority && isMpegInWave)
         if (PCM_source* mpeg = CreateMpegSource(fileName)) return mpeg;
-    return source->IsOnline() || priority >= lastResort ? source.Release() : nullptr;
+    return source->IsOnline() || priority >= lastResortPriority ? source.Release() : nullptr;
 }
 
 // The extensions, separated by ";", and what the host calls such files.

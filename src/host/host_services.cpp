@@ -7,10 +7,6 @@ namespace vantor {
 
 namespace {
 
-// In place of a count of bytes written: what went wrong.
-constexpr auto diskFullCode = static_cast<int32_t>(0xF9FAB541u);
-constexpr auto writeErrorCode = static_cast<int32_t>(0xF9FAB542u);
-
 int32_t CounterValue(int64_t bytes) {
     return static_cast<int32_t>(std::clamp<int64_t>(bytes, 0, std::numeric_limits<int32_t>::max()));
 }
@@ -40,8 +36,8 @@ void ReportDiskWritten(int64_t bytes) {
     UpdateDiskCounters(0, CounterValue(bytes));
 }
 
-void ReportWriteFailure(bool diskFull) {
-    UpdateDiskCounters(0, diskFull ? diskFullCode : writeErrorCode);
+void ReportWriteFailure(bool isDiskFull) {
+    UpdateDiskCounters(0, isDiskFull ? diskFull : diskWriteError);
 }
 
 std::string TimeText(double seconds) {

@@ -4,39 +4,38 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 #include "vantor_wave/host_interface.h"
 
 namespace vantor {
 
-// Every slot may be null but for the five that the entry insists on. Names in the comments are those looked
-// up.
+// The type of a service's function.
+template <const auto& service>
+using Slot = typename std::remove_cvref_t<decltype(service)>::Function;
+
+// In the order in which they are looked up. Every slot may be null but for the mandatory ones.
 struct HostServices {
-    PCM_source* (*createFromType)(const char* typeName);                // "PCM_Source_CreateFromType"
-    Resampler* (*createResampler)();                                    // "Resampler_Create", mandatory
-    void (*formatTime)(double seconds, char* text, int32_t textBytes);  // "format_timestr", mandatory
-    PeakReader* (*createPeakReader)(const char* fileName, int32_t sampleRate, int32_t channels,
-                                    intptr_t extra);  // "PeakGet_Create", mandatory
-    // Takes `source` over when it returns a builder.
-    PeakBuilder* (*createPeakBuilder)(PCM_source* source, const char* fileName, int32_t sampleRate,
-                                      int32_t channels, int32_t isFloat);   // "PeakBuild_CreateEx", mandatory
-    void (*resolveFileName)(const char* in, char* out, int32_t outBytes);   // "resolve_fn", mandatory
-    void (*relativeFileName)(const char* in, char* out, int32_t outBytes);  // "relative_fn"
-    void (*peakFileName)(const char* fileName, char* out, int32_t outBytes);  // "GetPeakFileName"
-    void (*updateDiskCounters)(int32_t bytesRead, int32_t bytesWritten);      // "update_disk_counters"
-    void (*preferredReadMode)(int32_t* mode, int32_t* blocks,
-                              int32_t* blockBytes);  // "GetPreferredDiskReadMode"
-    void (*preferredPeakReadMode)(int32_t* mode, int32_t* blocks,
-                                  int32_t* blockBytes);            // "GetPreferredDiskReadModePeak"
-    void (*hiresPeaks)(PCM_source* source, PeakRequest* request);  // "HiresPeaksFromSource"
-    void* openImageModal;                                          // "OpenImageModal"
-    void* onMallocFail;                                            // "gOnMallocFail"; kept, not called
-    void* createGroupsFromTab;  // "vac_createGroupsFromTab"; kept, not called
-    const char* (*localize)(const char* text, const char* section, int32_t flags);  // "__localizeFunc"
-    void* localizeMenu;                                                             // "__localizeMenu"; kept
-    void* localizeInitializeDialog;  // "__localizeInitializeDialog"; kept
-    void* localizePrepareDialog;     // "__localizePrepareDialog"; kept
-    void* moduleInstance;            // the handle given to the entry
+    Slot<service::createFromType> createFromType;
+    Slot<service::createResampler> createResampler;
+    Slot<service::formatTime> formatTime;
+    Slot<service::createPeakReader> createPeakReader;
+    Slot<service::createPeakBuilder> createPeakBuilder;
+    Slot<service::resolveFileName> resolveFileName;
+    Slot<service::relativeFileName> relativeFileName;
+    Slot<service::peakFileName> peakFileName;
+    Slot<service::updateDiskCounters> updateDiskCounters;
+    Slot<service::preferredReadMode> preferredReadMode;
+    Slot<service::preferredPeakReadMode> preferredPeakReadMode;
+    Slot<service::hiresPeaks> hiresPeaks;
+    Slot<service::openImageModal> openImageModal;
+    Slot<service::onMallocFail> onMallocFail;
+    Slot<service::createGroupsFromTab> createGroupsFromTab;
+    Slot<service::localize> localize;
+    Slot<service::localizeMenu> localizeMenu;
+    Slot<service::localizeInitializeDialog> localizeInitializeDialog;
+    Slot<service::localizePrepareDialog> localizePrepareDialog;
+    void* moduleInstance;  // the handle given to the entry
 };
 
 // The process-wide table. Written by the entry alone, before any source exists.
@@ -49,7 +48,7 @@ const char* Localize(const char* text, const char* section = "wave", int32_t fla
 void ReportDiskRead(int64_t bytes);
 void ReportDiskWritten(int64_t bytes);
 // Tells the host that a write failed.
-void ReportWriteFailure(bool diskFull);
+void ReportWriteFailure(bool isDiskFull);
 
 // A time as the host shows it to the user ("format_timestr").
 std::string TimeText(double seconds);

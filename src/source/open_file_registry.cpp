@@ -11,8 +11,6 @@ namespace vantor {
 
 namespace {
 
-enum ReduceFlags : uint32_t { reduceGently = 1, reduceByForce = 2 };
-
 constexpr uint32_t gentleBudget = 30;              // states visited by a gentle call
 constexpr uint32_t hiresIdleMilliseconds = 60001;  // a peak source idle that long is closed
 

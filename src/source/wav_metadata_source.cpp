@@ -12,7 +12,6 @@ namespace vantor {
 
 namespace {
 
-constexpr int32_t callPacketTable = 0x90001;
 constexpr ReadParameters headerReading{0, 8192, 4};  // a few small chunks, far apart
 
 }  // namespace

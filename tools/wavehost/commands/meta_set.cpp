@@ -129,7 +129,7 @@ std::string Refusal(const fs::path& file) {
     if (!TakesMetadata(file)) return "metadata is written into WAV, RF64 and BW64 files alone";
     const int32_t failure = Host().writeFailure;
     if (failure == 0) return "the metadata could not be written";
-    return failure == diskFullCode ? "cannot be written: the disk is full" : "cannot be written to the disk";
+    return failure == diskFull ? "cannot be written: the disk is full" : "cannot be written to the disk";
 }
 
 bool IsWritable(const fs::path& file) {

@@ -10,15 +10,6 @@ namespace vantor::wavehost {
 
 namespace {
 
-enum ExtendedCode : int32_t {
-    valueByKey = 0x10007,
-    enumerateMetadata = 0x10013,
-    fileInfoText = 0x10014,
-    markerByIndex = 0x90016,
-    beatSlices = 0x90006,
-};
-
-constexpr int32_t lastResortPriority = 7;
 constexpr intptr_t firstTextBytes = 64 * 1024;
 constexpr intptr_t largestTextBytes = 1 << 30;
 
@@ -67,7 +58,7 @@ HostPtr<PCM_source> OpenSource(const Module& module, const std::string& file) {
 
 std::string ValueOf(PCM_source& source, const std::string& key) {
     return WholeText([&](char* text, intptr_t bytes) {
-        source.ExtendedCall(valueByKey, const_cast<char*>(key.c_str()), text, Number(bytes));
+        source.ExtendedCall(callValueByKey, const_cast<char*>(key.c_str()), text, Number(bytes));
     });
 }
 
@@ -75,7 +66,7 @@ Metadata MetadataOf(PCM_source& source) {
     Metadata metadata;
     const char* key = nullptr;
     const char* value = nullptr;
-    for (intptr_t i = 0; source.ExtendedCall(enumerateMetadata, Number(i), &key, &value) == 1; ++i)
+    for (intptr_t i = 0; source.ExtendedCall(callEntryByIndex, Number(i), &key, &value) == 1; ++i)
         metadata.emplace_back(key ? key : "", value ? value : "");
     return metadata;
 }
@@ -83,7 +74,7 @@ Metadata MetadataOf(PCM_source& source) {
 std::vector<MarkerFact> MarkersOf(PCM_source& source) {
     std::vector<MarkerFact> markers;
     MarkerRecord record{};
-    for (intptr_t i = 0; source.ExtendedCall(markerByIndex, Number(i), &record, nullptr) == 1; ++i)
+    for (intptr_t i = 0; source.ExtendedCall(callMarker, Number(i), &record, nullptr) == 1; ++i)
         markers.push_back({record.id, record.startSeconds, record.endSeconds, record.isRegion != 0,
                            record.name ? record.name : ""});
     return markers;
@@ -92,11 +83,11 @@ std::vector<MarkerFact> MarkersOf(PCM_source& source) {
 std::vector<SliceFact> SlicesOf(PCM_source& source) {
     std::vector<SliceFact> slices;
     double tempo = 0;
-    const intptr_t count = source.ExtendedCall(beatSlices, nullptr, nullptr, &tempo);
+    const intptr_t count = source.ExtendedCall(callBeatSlices, nullptr, nullptr, &tempo);
     const double rate = source.SampleRate();
     for (int32_t i = 0; i < count; ++i) {
         SliceRequest request{nullptr, 0, slicePositionOnly, 0};
-        if (source.ExtendedCall(beatSlices, &i, &request, nullptr) != 1) continue;
+        if (source.ExtendedCall(callBeatSlices, &i, &request, nullptr) != 1) continue;
         // Slices begin on a frame; the way through beats has rounded that.
         const double frame = std::round(request.positionBeats * 60 / tempo * rate);
         slices.push_back({i, frame / rate, request.positionBeats});
@@ -106,13 +97,14 @@ std::vector<SliceFact> SlicesOf(PCM_source& source) {
 
 HostPtr<PCM_source> SliceSource(PCM_source& source, int32_t index) {
     SliceRequest request{};
-    if (source.ExtendedCall(beatSlices, &index, &request, nullptr) != 1) return {};
+    if (source.ExtendedCall(callBeatSlices, &index, &request, nullptr) != 1) return {};
     return HostPtr<PCM_source>(request.source);
 }
 
 std::string InfoTextOf(PCM_source& source) {
-    const std::string text = WholeText(
-        [&](char* out, intptr_t bytes) { source.ExtendedCall(fileInfoText, out, Number(bytes), nullptr); });
+    const std::string text = WholeText([&](char* out, intptr_t bytes) {
+        source.ExtendedCall(callFileInfoText, out, Number(bytes), nullptr);
+    });
     // A source that never got at its file has nothing to answer from.
     return text.empty() && !source.IsOnline() ? "File not opened" : text;
 }

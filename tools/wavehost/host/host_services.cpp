@@ -10,34 +10,34 @@ namespace vantor::wavehost {
 
 namespace {
 
-struct Service {
+struct Offered {
     std::string_view name;
     void* function;
 };
 
-template <typename Function>
-Service Offer(std::string_view name, Function* function) {
-    return {name, reinterpret_cast<void*>(function)};
+template <typename Signature>
+Offered Offer(const Service<Signature>& service, Signature* function) {
+    return {service.name, reinterpret_cast<void*>(function)};
 }
 
 }  // namespace
 
 void* LookupHostService(const char* name) {
-    static const Service services[] = {
-        Offer("Resampler_Create", &CreateResampler),
-        Offer("format_timestr", &FormatTime),
-        Offer("PeakGet_Create", &CreatePeakReader),
-        Offer("PeakBuild_CreateEx", &CreatePeakBuilder),
-        Offer("resolve_fn", &ResolveFileName),
-        Offer("relative_fn", &RelativeFileName),
-        Offer("GetPeakFileName", &PeakFileName),
-        Offer("update_disk_counters", &UpdateDiskCounters),
-        Offer("GetPreferredDiskReadMode", &PreferredReadMode),
-        Offer("GetPreferredDiskReadModePeak", &PreferredPeakReadMode),
-        Offer("HiresPeaksFromSource", &HiresPeaksFromSource),
+    static const Offered services[] = {
+        Offer(service::createResampler, &CreateResampler),
+        Offer(service::formatTime, &FormatTime),
+        Offer(service::createPeakReader, &CreatePeakReader),
+        Offer(service::createPeakBuilder, &CreatePeakBuilder),
+        Offer(service::resolveFileName, &ResolveFileName),
+        Offer(service::relativeFileName, &RelativeFileName),
+        Offer(service::peakFileName, &PeakFileName),
+        Offer(service::updateDiskCounters, &UpdateDiskCounters),
+        Offer(service::preferredReadMode, &PreferredReadMode),
+        Offer(service::preferredPeakReadMode, &PreferredPeakReadMode),
+        Offer(service::hiresPeaks, &HiresPeaksFromSource),
     };
     const auto* found = std::find_if(std::begin(services), std::end(services),
-                                     [&](const Service& service) { return name && service.name == name; });
+                                     [&](const Offered& service) { return name && service.name == name; });
     return found == std::end(services) ? nullptr : found->function;
 }
 

@@ -24,9 +24,6 @@ struct ReadMode {
 inline constexpr ReadMode playingReads{0, 1, 128 * 1024};
 inline constexpr ReadMode lookingReads{0, 1, 16 * 1024};
 
-// What is told in place of a count of bytes when the disk is full.
-inline constexpr auto diskFullCode = static_cast<int32_t>(0xF9FAB541u);
-
 // The services are plain functions; what they need to know between calls stands here. Set by a command before
 // it opens its first source.
 struct HostState {
@@ -50,7 +47,7 @@ void FormatTime(double seconds, char* text, int32_t textBytes);  // m:ss.mmm
 void ResolveFileName(const char* in, char* out, int32_t outBytes);
 void RelativeFileName(const char* in, char* out, int32_t outBytes);
 // host_services_disk.cpp
-// A negative count of bytes written is a failure's code: diskFullCode, or that of any other error.
+// A negative count of bytes written is a failure's code: diskFull or diskWriteError.
 void UpdateDiskCounters(int32_t bytesRead, int32_t bytesWritten);
 void PreferredReadMode(int32_t* mode, int32_t* blocks, int32_t* blockBytes);
 void PreferredPeakReadMode(int32_t* mode, int32_t* blocks, int32_t* blockBytes);

@@ -10,8 +10,6 @@ namespace vantor::wavehost {
 
 namespace {
 
-using Entry = int32_t (*)(void* moduleInstance, HostInfo* host);
-
 // The module registers through a plain function, so what it gives waits here until LoadModule takes it.
 std::map<std::string, void*>& Registered() {
     static std::map<std::string, void*> services;
@@ -44,14 +42,14 @@ Module LoadModule(const std::string& path) {
     std::string error;
     void* library = OpenLibrary(file, error);
     if (!library) throw Failure(TextOf(file) + ": the module cannot be loaded: " + error);
-    const auto entry = reinterpret_cast<Entry>(LibrarySymbol(library, "VantorPluginEntry"));
-    if (!entry) throw Failure(TextOf(file) + ": no VantorPluginEntry in this library");
+    const auto entry = reinterpret_cast<EntryFunction>(LibrarySymbol(library, entryName));
+    if (!entry) throw Failure(TextOf(file) + ": no " + entryName + " in this library");
 
     HostInfo host{hostInterfaceVersion, nullptr, &RegisterService, &LookupHostService};
     Module module;
     const int32_t accepted = entry(library, &host);
-    Take("pcmsrc", module.sources);
-    Take("API_wave__createMetadataSource", module.createMetadataSource);
+    Take(registration::sourceTypes, module.sources);
+    Take(registration::createMetadataSource.name, module.createMetadataSource);
     if (accepted != 1 || !module.sources)
         throw Failure(TextOf(file) + ": the module's entry refused this host");
     return module;
