@@ -4,7 +4,7 @@
 #include <array>
 #include <vector>
 
-#include "edit/riff_chunks.h"
+#include "edit/chunk_walk.h"
 #include "fileio/byte_order.h"
 
 namespace vantor {

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "edit/byte_transfer.h"
+#include "edit/chunk_walk.h"
 #include "edit/rewrite.h"
-#include "edit/riff_chunks.h"
 #include "fileio/byte_order.h"
 #include "formats/audio_format.h"
 #include "formats/riff_data_size.h"
@@ -42,7 +42,7 @@ struct CopyJob {
     const Image& mainImage;
     const Image& tailImage;
     int32_t fileKind;
-    bool hasAcid;
+    Schemes replaced;
     CopyPlan plan;
 
     [[nodiscard]] bool IsRf64() const { return fileKind != kindWave; }
@@ -76,14 +76,15 @@ void AddChunk(CopyPlan& plan, const RiffChunk& chunk, bool isRf64) {
     plan.keptBytes += CopiedBytes(chunk);
 }
 
-bool IsLeftoverReplaceable(FileReader& reader, const CopyPlan& plan, bool hasAcid) {
+bool IsLeftoverReplaceable(FileReader& reader, const CopyPlan& plan, Schemes replaced) {
     ChunkHeader header{};
     reader.Seek(plan.leftoverStart);
-    return reader.ReadExactly(header.data(), chunkHeaderBytes) && IsReplaceableChunk(header, reader, hasAcid);
+    return reader.ReadExactly(header.data(), chunkHeaderBytes) &&
+           IsReplaceable(SchemeOfChunk(header, reader), replaced);
 }
 
-std::optional<CopyPlan> WalkSource(FileReader& reader, bool isRf64, bool hasAcid) {
-    RiffChunkWalk walk(reader, isRf64, hasAcid);
+std::optional<CopyPlan> WalkSource(FileReader& reader, bool isRf64, Schemes replaced) {
+    RiffChunkWalk walk(reader, isRf64, replaced);
     CopyPlan plan;
     RiffChunk chunk;
     WalkStep step;
@@ -93,7 +94,7 @@ std::optional<CopyPlan> WalkSource(FileReader& reader, bool isRf64, bool hasAcid
     plan.end = walk.Position();
     if (step == WalkStep::leftover) {
         plan.leftoverStart = walk.Position();
-        if (!IsLeftoverReplaceable(reader, plan, hasAcid))
+        if (!IsLeftoverReplaceable(reader, plan, replaced))
             plan.leftoverBytes = walk.FileSize() - walk.Position();
     }
     return plan;
@@ -118,8 +119,8 @@ bool WouldPlayMore(const CopyPlan& plan, int64_t sourceSize, size_t mainBytes, s
 }
 
 std::optional<CopyPlan> MakePlan(FileReader& reader, const Image& mainImage, const Image& tailImage,
-                                 bool isRf64, bool hasAcid) {
-    auto plan = WalkSource(reader, isRf64, hasAcid);
+                                 bool isRf64, Schemes replaced) {
+    auto plan = WalkSource(reader, isRf64, replaced);
     if (!plan) return plan;
     const int64_t sourceSize = reader.Size();
     if (!WouldPlayMore(*plan, sourceSize, mainImage.size(), tailImage.size(), isRf64)) return plan;
@@ -154,7 +155,7 @@ bool CopyChunk(CopyJob& job, const RiffChunk& chunk) {
 }
 
 bool CopyChunks(CopyJob& job) {
-    RiffChunkWalk walk(job.reader, job.IsRf64(), job.hasAcid);
+    RiffChunkWalk walk(job.reader, job.IsRf64(), job.replaced);
     bool isImageWritten = false;
     RiffChunk chunk;
     while (walk.Next(chunk) == WalkStep::chunk) {
@@ -196,14 +197,14 @@ bool CorrectDs64DataSize(CopyJob& job) {
 }  // namespace
 
 bool WriteCopy(FileReader& reader, const std::string& targetName, const Image& mainImage,
-               const Image& tailImage, int32_t fileKind, bool hasAcid) {
+               const Image& tailImage, int32_t fileKind, Schemes replaced) {
     if (!reader.IsOpen()) return false;
     const bool isRf64 = fileKind != kindWave;
-    const auto plan = MakePlan(reader, mainImage, tailImage, isRf64, hasAcid);
+    const auto plan = MakePlan(reader, mainImage, tailImage, isRf64, replaced);
     if (!plan) return false;
     FileWriter writer(targetName.c_str(), {.mode = 1});
     if (!writer.IsOpen()) return false;
-    CopyJob job{reader, writer, mainImage, tailImage, fileKind, hasAcid, *plan};
+    CopyJob job{reader, writer, mainImage, tailImage, fileKind, replaced, *plan};
     if (!WriteFileHeader(job) || !CopyChunks(job)) return false;
     const int64_t riffSize = writer.Tell() - chunkHeaderBytes;
     return CopyLeftover(job) && WriteSizes(job, riffSize) && CorrectDs64DataSize(job) && writer.Flush(true);

@@ -6,8 +6,8 @@
 #include <optional>
 
 #include "edit/byte_transfer.h"
+#include "edit/chunk_walk.h"
 #include "edit/rewrite.h"
-#include "edit/riff_chunks.h"
 #include "fileio/byte_order.h"
 #include "formats/riff_data_size.h"
 
@@ -66,8 +66,8 @@ void AddChunk(Plan& plan, Run& run, const RiffChunk& chunk, const Image& image) 
     if (chunk.isCutOff) plan.isWholeToTheEnd = false;
 }
 
-std::optional<Plan> MakePlan(FileReader& reader, const Image& image, bool isRf64, bool hasAcid) {
-    RiffChunkWalk walk(reader, isRf64, hasAcid);
+std::optional<Plan> MakePlan(FileReader& reader, const Image& image, bool isRf64, Schemes replaced) {
+    RiffChunkWalk walk(reader, isRf64, replaced);
     Plan plan;
     plan.fileSize = walk.FileSize();
     Run run;
@@ -211,8 +211,8 @@ bool Apply(FileWriter& writer, Plan& plan, const Image& image, bool isRf64) {
 }  // namespace
 
 bool RewriteInPlace(const std::string& fileName, std::unique_ptr<FileReader> reader, const Image& image,
-                    bool isRf64, bool hasAcid) {
-    auto plan = MakePlan(*reader, image, isRf64, hasAcid);
+                    bool isRf64, Schemes replaced) {
+    auto plan = MakePlan(*reader, image, isRf64, replaced);
     if (!plan) return false;
     if (!plan->chosen) {
         const int64_t newFileSize = plan->trailing.start + static_cast<int64_t>(image.size());

@@ -71,7 +71,8 @@ TEST(RewriteFaults, InPlaceUpdatesKeepTheFileWalkable) {
                 ScriptedFileSystem files;
                 const platform::ScopedFileSystem scope(files);
                 files.FailAt(order, index);
-                const bool succeeded = RewriteInPlace(path, std::move(reader), layout.image, false, false);
+                const bool succeeded =
+                    RewriteInPlace(path, std::move(reader), layout.image, false, tagSchemes);
                 const bool wasMet = files.Count(order.operation) > index;
                 const auto what = layout.name + std::string(", ") + order.name + " " + std::to_string(index);
                 ExpectWalkable(ReadWholeFile(path), KeptChunks(file), what);
@@ -91,7 +92,7 @@ TEST(RewriteFaults, ACopyThatSucceedsIsWholeAndLeavesTheSource) {
     const TempFolder folder;
     const auto path = folder.Write("a.wav", file), target = folder.Path("b.wav");
     const auto writeCopy = [&](FileReader& reader) {
-        return WriteCopy(reader, target, largeImage, image, kindWave, false);
+        return WriteCopy(reader, target, largeImage, image, kindWave, tagSchemes);
     };
     FileReader soundReader(path, smallReads);
     ASSERT_TRUE(writeCopy(soundReader));
@@ -131,7 +132,7 @@ TEST(RewriteFaults, EditsOfHugeFilesWriteFewBytes) {
         const platform::ScopedFileSystem scope(files);
         const Bytes& edit = round % 2 ? image : largeImage;
         auto reader = std::make_unique<FileReader>(path, smallReads);
-        ASSERT_TRUE(RewriteInPlace(path, std::move(reader), edit, true, false));
+        ASSERT_TRUE(RewriteInPlace(path, std::move(reader), edit, true, tagSchemes));
         EXPECT_LT(files.BytesWritten(), 2 * static_cast<int64_t>(largeImage.size()) + 100);
         EXPECT_EQ(std::filesystem::file_size(path), bareBytes + edit.size());
     }

@@ -8,7 +8,7 @@
 #include <optional>
 #include <random>
 
-#include "edit/riff_chunks.h"
+#include "edit/chunk_walk.h"
 #include "formats/audio_format.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/chunk_list.h"
@@ -42,6 +42,12 @@ Bytes Riff(std::initializer_list<Bytes> chunks) {
     return RiffFile(Joined(chunks));
 }
 
+std::vector<std::string_view> Replaced(const Bytes& image) {
+    std::vector<std::string_view> schemes(tagSchemes.begin(), tagSchemes.end());
+    if (Ids(RiffFile(image)) == "acid") schemes.emplace_back("ACID");
+    return schemes;
+}
+
 // The file afterwards, or nothing when the call refused and left it.
 using Edited = std::optional<Bytes>;
 
@@ -49,8 +55,8 @@ Edited InPlace(const Bytes& file, const Bytes& image, bool isRf64 = false) {
     const TempFolder folder;
     const auto path = folder.Write("a.wav", file);
     auto reader = std::make_unique<FileReader>(path, smallReads);
-    const bool hasAcid = Ids(RiffFile(image)) == "acid";
-    if (RewriteInPlace(path, std::move(reader), image, isRf64, hasAcid)) return ReadWholeFile(path);
+    const auto replaced = Replaced(image);
+    if (RewriteInPlace(path, std::move(reader), image, isRf64, replaced)) return ReadWholeFile(path);
     EXPECT_EQ(ReadWholeFile(path), file);
     return std::nullopt;
 }
@@ -60,8 +66,8 @@ Edited Copy(const Bytes& file, const Bytes& mainImage, const Bytes& tailImage, i
     const auto path = folder.Write("a.wav", file);
     const auto target = folder.Path("b.wav");
     FileReader reader(path, smallReads);
-    const bool hasAcid = Ids(RiffFile(mainImage)) == "acid";
-    const bool succeeded = WriteCopy(reader, target, mainImage, tailImage, kind, hasAcid);
+    const auto replaced = Replaced(mainImage);
+    const bool succeeded = WriteCopy(reader, target, mainImage, tailImage, kind, replaced);
     EXPECT_EQ(ReadWholeFile(path), file);
     return succeeded ? Edited(ReadWholeFile(target)) : std::nullopt;
 }
@@ -192,7 +198,7 @@ TEST(Rewrite, Rf64KeepsItsDs64AndGetsBothSizes) {
 TEST(Rewrite, WalksOverARunOfZerosInOneStep) {
     const TempFolder folder;
     FileReader reader(folder.Write("file.wav", Riff({fmt, Bytes(80008), audio, Bytes(80008)})), {});
-    RiffChunkWalk walk(reader, false, false);
+    RiffChunkWalk walk(reader, false, tagSchemes);
     RiffChunk chunk;
     int steps = 0;
     while (walk.Next(chunk) == WalkStep::chunk)

@@ -1,4 +1,4 @@
-#include "source/merge_fields.h"
+#include "edit/merge_fields.h"
 
 #include <algorithm>
 #include <functional>
@@ -45,8 +45,6 @@ void RemoveOlderForms(MetadataStore& store, const Keys& changed) {
         if (!changed.contains(key)) store.Remove(key);
 }
 
-}  // namespace
-
 void MergeFields(MetadataStore& store, const MetadataStore& changes, double sampleRate) {
     Keys changed;
     changes.ForEach([&](const MetadataEntry& change) { AddKeysOf(change.key, changed); });
@@ -66,6 +64,18 @@ void MergeFields(MetadataStore& store, const MetadataStore& changes, double samp
         }
     });
     ApplyFields(fields, store, static_cast<int>(std::clamp(sampleRate, 0.0, 2147483647.0)));
+}
+
+}  // namespace
+
+MetadataStore EditedTags(const AudioFormat& format, const OldChunks& old, const MetadataStore& changes,
+                         bool merges) {
+    MetadataStore store;
+    if (merges) store = format.metadata;
+    store.AddMissing(old.refusedTagEntries);
+    RemoveBwfCopies(store);
+    MergeFields(store, changes, format.sampleRate);
+    return store;
 }
 
 }  // namespace vantor

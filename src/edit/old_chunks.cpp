@@ -1,10 +1,10 @@
-#include "source/old_chunks.h"
+#include "edit/old_chunks.h"
 
 #include <algorithm>
 #include <iterator>
 #include <string_view>
 
-#include "edit/riff_chunks.h"
+#include "edit/chunk_walk.h"
 #include "formats/chunk_cursor.h"
 #include "metadata/read/id3_frames.h"
 #include "metadata/read/read_metadata.h"
@@ -13,22 +13,9 @@ namespace vantor {
 
 namespace {
 
-using namespace std::string_view_literals;
-
-struct ReplacedChunk {
-    std::string_view id;
-    std::string_view kind;  // as ReadMetadataChunk knows it
-};
-
-// Those that an edit replaces. Lists of type INFO are never refused.
-constexpr ReplacedChunk replacedChunks[] = {
-    {"bext", "BWF"}, {"iXML", "IXML"}, {"cart", "CART"}, {"CART", "CART"}, {"_PMX", "XMP"}, {"axml", "AXML"},
-    {"ID3 ", "ID3"}, {"id3 ", "ID3"},  {"ID3x", "ID3"},  {"id3x", "ID3"},  {"ID3_", "ID3"}, {"id3_", "ID3"},
-};
-
-std::string_view KindOf(const RiffChunk& chunk) {
-    const auto* known = std::ranges::find(replacedChunks, chunk.Id(), &ReplacedChunk::id);
-    return known == std::end(replacedChunks) ? std::string_view() : known->kind;
+// Lists of type INFO are never refused, and nothing in them has to be taken over.
+bool IsOfInterest(const RiffChunk& chunk) {
+    return chunk.isReplaceable && chunk.scheme != paddingScheme && chunk.scheme != "INFO";
 }
 
 bool ReadChunkBody(FileReader& file, const RiffChunk& chunk, ChunkBody& body) {
@@ -73,14 +60,14 @@ void TakeRefused(const RiffChunk& chunk, const ChunkBody& body, OldChunks& old) 
         AppendChunk(old.refused, chunk.Id(), body.data(), body.size());
 }
 
-void Take(const RiffChunk& chunk, std::string_view kind, ChunkBody body, TakenChunks& taken) {
+void Take(const RiffChunk& chunk, ChunkBody body, TakenChunks& taken) {
     OldChunks& old = taken.old;
     MetadataStore scratch;
-    const bool isRefused = !ReadMetadataChunk(body, kind, scratch, chunk.BodyStart());
+    const bool isRefused = !ReadMetadataChunk(body, chunk.scheme, scratch, chunk.BodyStart());
     const bool isTag = Id3FrameWalk(body).Version() != 0;
-    if (kind == "AXML") {
+    if (chunk.scheme == "AXML") {
         old.axmlDocuments.push_back(std::move(body));
-    } else if (kind != "ID3") {
+    } else if (chunk.scheme != "ID3") {
         if (isRefused) TakeRefused(chunk, body, old);
     } else if (!isRefused && isTag) {
         old.id3.bodies.push_back(std::move(body));
@@ -95,16 +82,15 @@ void Take(const RiffChunk& chunk, std::string_view kind, ChunkBody body, TakenCh
 
 std::optional<OldChunks> ReadOldChunks(FileReader& file, bool isRf64, bool carriesOver) {
     TakenChunks taken;
-    RiffChunkWalk walk(file, isRf64, false);
+    RiffChunkWalk walk(file, isRf64, tagSchemes);
     RiffChunk chunk;
     WalkStep step;
     while ((step = walk.Next(chunk)) == WalkStep::chunk) {
-        const auto kind = KindOf(chunk);
-        if (kind == "ID3" && !NoteUnsynchronised(file, chunk, taken.old.id3)) return std::nullopt;
-        if (kind.empty() || !carriesOver) continue;
+        if (chunk.scheme == "ID3" && !NoteUnsynchronised(file, chunk, taken.old.id3)) return std::nullopt;
+        if (!IsOfInterest(chunk) || !carriesOver) continue;
         ChunkBody body;
         if (!ReadChunkBody(file, chunk, body)) return std::nullopt;
-        Take(chunk, kind, std::move(body), taken);
+        Take(chunk, std::move(body), taken);
     }
     if (step == WalkStep::refused) return std::nullopt;
     RankTags(taken);

@@ -1,4 +1,4 @@
-#include "edit/riff_chunks.h"
+#include "edit/chunk_walk.h"
 
 #include <algorithm>
 
@@ -14,9 +14,16 @@ using namespace std::string_view_literals;
 
 // Matched byte for byte, in the spellings that are read as metadata: a chunk in any other has not been read,
 // so that nothing new stands for it and dropping it would lose it.
-constexpr std::string_view replaceableIds[] = {
-    "JUNK", "junk", "JUNQ", "junq", "FILR", "filr", "FLLR", "fllr", "PAD_", "pad_", "bext",
-    "axml", "iXML", "cart", "CART", "_PMX", "ID3 ", "id3 ", "ID3x", "id3x", "ID3_", "id3_",
+constexpr struct {
+    std::string_view id;
+    std::string_view scheme;
+} schemeChunks[] = {
+    {"JUNK", paddingScheme}, {"junk", paddingScheme}, {"JUNQ", paddingScheme}, {"junq", paddingScheme},
+    {"FILR", paddingScheme}, {"filr", paddingScheme}, {"FLLR", paddingScheme}, {"fllr", paddingScheme},
+    {"PAD_", paddingScheme}, {"pad_", paddingScheme}, {"bext", "BWF"},         {"iXML", "IXML"},
+    {"cart", "CART"},        {"CART", "CART"},        {"_PMX", "XMP"},         {"axml", "AXML"},
+    {"ID3 ", "ID3"},         {"id3 ", "ID3"},         {"ID3x", "ID3"},         {"id3x", "ID3"},
+    {"ID3_", "ID3"},         {"id3_", "ID3"},         {"acid", "ACID"},
 };
 constexpr uint32_t smallestDs64 = 24;
 constexpr uint32_t smallestFormat = 16;
@@ -39,15 +46,20 @@ std::string_view RiffChunk::Id() const {
     return FourCharacters(header.data());
 }
 
-bool IsReplaceableChunk(const ChunkHeader& header, FileReader& reader, bool hasAcid) {
+std::string_view SchemeOfChunk(const ChunkHeader& header, FileReader& reader) {
     const auto id = FourCharacters(header.data());
-    if (id == "acid"sv) return hasAcid;
-    if (IsList(id)) return IsInfoList(ReadLe32(&header[4]), reader);
-    return std::ranges::find(replaceableIds, id) != std::end(replaceableIds);
+    if (IsList(id)) return IsInfoList(ReadLe32(&header[4]), reader) ? "INFO"sv : std::string_view();
+    for (const auto& known : schemeChunks)
+        if (known.id == id) return known.scheme;
+    return {};
 }
 
-RiffChunkWalk::RiffChunkWalk(FileReader& reader, bool isRf64, bool hasAcid)
-    : reader_(reader), isRf64_(isRf64), hasAcid_(hasAcid), fileSize_(reader.Size()) {}
+bool IsReplaceable(std::string_view scheme, Schemes replaced) {
+    return scheme == paddingScheme || std::ranges::find(replaced, scheme) != replaced.end();
+}
+
+RiffChunkWalk::RiffChunkWalk(FileReader& reader, bool isRf64, Schemes replaced)
+    : reader_(reader), isRf64_(isRf64), replaced_(replaced), fileSize_(reader.Size()) {}
 
 WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     if (position_ >= fileSize_) return WalkStep::end;
@@ -66,7 +78,8 @@ WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     // A run of empty chunks counts as one: there may be any number of them.
     if (IsZeroHeader(chunk.header) && SkipZeroHeaders(reader_, chunkHeaderBytes))
         chunk.bodyBytes = reader_.Tell() - chunk.BodyStart();
-    chunk.isReplaceable = IsReplaceableChunk(chunk.header, reader_, hasAcid_);
+    chunk.scheme = SchemeOfChunk(chunk.header, reader_);
+    chunk.isReplaceable = IsReplaceable(chunk.scheme, replaced_);
     if (IsList(chunk.Id()) && chunk.bodyBytes >= listTypeBytes && reader_.Tell() == chunk.BodyStart())
         return WalkStep::refused;  // a list of unknown type
     if (chunk.Id() == "fmt "sv && chunk.bodyBytes >= smallestFormat) formatSeen_ = true;

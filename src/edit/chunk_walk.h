@@ -1,9 +1,10 @@
-// The chunks of a RIFF WAVE, RF64 or BW64 file as a rewrite sees them: which it replaces, which it keeps, and
+// The chunks of a RIFF WAVE, RF64 or BW64 file as an edit sees them: which it replaces, which it keeps, and
 // what follows the last whole one.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "fileio/file_reader.h"
@@ -16,10 +17,18 @@ using ChunkHeader = std::array<uint8_t, 8>;
 inline constexpr int64_t riffHeaderBytes = 12;
 inline constexpr int64_t chunkHeaderBytes = 8;
 
+// Names as the scheme list has them, "ACID" for loop information.
+using Schemes = std::span<const std::string_view>;
+
+inline constexpr std::array<std::string_view, 7> tagSchemes = {"BWF",  "INFO", "IXML", "XMP",
+                                                               "AXML", "CART", "ID3"};
+inline constexpr std::string_view paddingScheme = "PADDING";
+
 struct RiffChunk {
     ChunkHeader header;
-    int64_t start;      // of the header
-    int64_t bodyBytes;  // really there
+    int64_t start;            // of the header
+    int64_t bodyBytes;        // really there
+    std::string_view scheme;  // whose chunk it is; empty for one that no edit replaces
     bool isReplaceable;
     bool isData;
     bool isCutOff;  // the end of the file comes before the end of its body
@@ -32,10 +41,11 @@ struct RiffChunk {
     }  // past the pad byte, there or not
 };
 
-// True for a chunk that the rewrite drops: metadata that the new image replaces, and padding. "acid" goes
-// only when the image brings one; a list only when its type, read here, is "INFO" or "info". `reader` stands
-// behind the header.
-[[nodiscard]] bool IsReplaceableChunk(const ChunkHeader& header, FileReader& reader, bool hasAcid);
+// The scheme whose chunk it is, padding too; empty for all else. A list is a chunk of tags when its type,
+// read here, is "INFO" or "info". `reader` stands behind the header.
+[[nodiscard]] std::string_view SchemeOfChunk(const ChunkHeader& header, FileReader& reader);
+// True for what an edit drops: padding, and the chunks of the schemes that its image brings.
+[[nodiscard]] bool IsReplaceable(std::string_view scheme, Schemes replaced);
 
 enum class WalkStep {
     chunk,
@@ -49,7 +59,7 @@ enum class WalkStep {
 // which is empty chunks, is one chunk.
 class RiffChunkWalk {
   public:
-    RiffChunkWalk(FileReader& reader, bool isRf64, bool hasAcid);
+    RiffChunkWalk(FileReader& reader, bool isRf64, Schemes replaced);
     [[nodiscard]] WalkStep Next(RiffChunk& chunk);
     [[nodiscard]] int64_t Position() const { return position_; }  // of the next header, or of the leftover
     [[nodiscard]] int64_t FileSize() const { return fileSize_; }
@@ -60,7 +70,7 @@ class RiffChunkWalk {
 
     FileReader& reader_;
     bool isRf64_;
-    bool hasAcid_;
+    Schemes replaced_;
     bool formatSeen_ = false;
     Ds64 ds64_;
     int64_t fileSize_;
