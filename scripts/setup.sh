@@ -10,6 +10,8 @@ vantor_packages_test="$vantor_packages_build git clang clang-format googletest l
     libxml2-utils"
 vantor_packages_bench="$vantor_packages_build libbenchmark-dev libsndfile1-dev"
 vantor_packages_coverage="$vantor_packages_test gcovr"
+vantor_packages_mutate="$vantor_packages_test python3-clang-14"
+vantor_packages_tidy="$vantor_packages_build clang clang-tidy"
 vantor_packages_fuzz="$vantor_packages_build clang llvm"
 
 vantor_setup() {

@@ -1,0 +1,268 @@
+#!/usr/bin/python3
+"""Finds out which small faults in src/ no test notices.
+
+Every mutant (an operator, a limit, a branch, a statement changed) is compiled into one build and switched on by an
+environment variable; for each, only the tests that reach it run. Survivors are printed by folder. Those that change
+nothing anybody can observe stand, with the reason, in scripts/mutation/equivalent.txt.
+
+Usage: mutate.py TREE_FOLDER [--sample N] [--seed N] [--jobs N] [FOLDER_OR_FILE ...]   (below src/; all by default)
+"""
+import argparse, collections, os, random, re, shutil, subprocess, sys, time
+from concurrent.futures import ThreadPoolExecutor
+import clang.cindex as ci
+from clang.cindex import CursorKind as Kind, TypeKind
+
+OPERATORS = {'<': ('Less', '<='), '<=': ('LessEqual', '<'), '>': ('Greater', '>='), '>=': ('GreaterEqual', '>'),
+             '==': ('Equal', '!='), '!=': ('NotEqual', '=='), '+': ('Add', '-'), '-': ('Subtract', '+')}
+PLAIN = set(range(TypeKind.BOOL.value, TypeKind.LONGDOUBLE.value + 1)) | {TypeKind.POINTER.value, TypeKind.ENUM.value}
+SKIPPED_TESTS = 'Floors*:*Wavehost*:Killed*:Interop*:*Soak*:*Program*'
+
+
+class File:
+    """One source file, the insertions that make its mutants, and what each is."""
+
+    def __init__(self, root, name, arguments):
+        self.name = name
+        self.text = open(os.path.join(root, name), 'rb').read()
+        self.arguments = arguments
+        self.insertions = []  # (offset, order, text, id)
+        self.functions = []
+
+    def line_text(self, offset):
+        start = self.text.rfind(b'\n', 0, offset) + 1
+        return self.text[start:self.text.find(b'\n', offset)].decode(errors='replace').strip()
+
+
+def is_plain(cursor):
+    return cursor.type.get_canonical().kind.value in PLAIN
+
+
+class Collector:
+    def __init__(self, file, mutants):
+        self.file, self.mutants = file, mutants
+
+    def extent(self, cursor):
+        start, end = cursor.extent.start, cursor.extent.end
+        if start.file is None or not start.file.name.endswith(self.file.name) or end.offset <= start.offset:
+            return None
+        return start.offset, end.offset
+
+    def add(self, what, at, parts):
+        number = len(self.mutants)
+        self.mutants.append({'id': number, 'file': self.file.name, 'what': what,
+                             'line': self.file.text.count(b'\n', 0, at) + 1, 'text': self.file.line_text(at)})
+        for offset, before, text in parts:  # before: goes in front of others at the same place
+            self.file.insertions.append((offset, before, text.replace('#', str(number)), number))
+
+    def walk(self, cursor, in_function):
+        for child in cursor.get_children():
+            if child.location.file and not child.location.file.name.endswith(self.file.name):
+                continue
+            inside = in_function or child.kind in (Kind.FUNCTION_DECL, Kind.CXX_METHOD, Kind.CONSTRUCTOR,
+                                                   Kind.LAMBDA_EXPR, Kind.FUNCTION_TEMPLATE)
+            if in_function:
+                self.visit(cursor, child)
+            self.walk(child, inside)
+
+    def visit(self, parent, cursor):
+        place = self.extent(cursor)
+        if not place:
+            return
+        if cursor.kind == Kind.BINARY_OPERATOR:
+            self.binary(cursor, place)
+        elif cursor.kind == Kind.IF_STMT:
+            self.condition(cursor)
+        elif cursor.kind == Kind.INTEGER_LITERAL:
+            isConstant = parent.kind == Kind.VAR_DECL and parent.type.kind == TypeKind.CONSTANTARRAY
+            isConstant |= 'constexpr' in self.file.line_text(place[0])  # the compiler's: no switch reaches it
+            if not isConstant and self.file.text[place[0]:place[1]].decode() not in ('0', '1'):
+                self.add('+1', place[0], [(place[0], 1, 'mutants::Limit(#, '), (place[1], -1, ')')])
+        elif cursor.kind == Kind.RETURN_STMT:
+            self.returned(cursor)
+        elif parent.kind == Kind.COMPOUND_STMT:
+            self.statement(cursor, place)
+
+    def binary(self, cursor, place):
+        children = list(cursor.get_children())
+        if len(children) != 2:
+            return
+        left, right = self.extent(children[0]), self.extent(children[1])
+        if not left or not right or not (place[0] <= left[0] and left[1] <= right[0] and right[1] <= place[1]):
+            return
+        between = self.file.text[left[1]:right[0]].decode()
+        operator = re.sub(r'//.*', '', between).strip()
+        if operator in ('&&', '||'):
+            for operand, name in ((left, 'left'), (right, 'right')):
+                opening = '(mutants::On(#) || (' if operator == '&&' else '(!mutants::On(#) && ('
+                self.add(f'{operator} without its {name}', operand[0],
+                         [(operand[0], 1, opening), (operand[1], -1, '))')])
+        elif operator in OPERATORS and is_plain(children[0]) and is_plain(children[1]):
+            function, other = OPERATORS[operator]
+            if operator in '+-' and any(c.type.get_canonical().kind == TypeKind.POINTER for c in children):
+                return
+            at = left[1] + between.index(operator)
+            self.add(f'{operator} is {other}', place[0],
+                     [(left[0], 1, f'mutants::{function}(#, ('), (at, 0, f'), (/*{operator}'),
+                      (at + len(operator), 0, '*/'), (right[1], -1, '))')])
+
+    def condition(self, cursor):
+        first = next(iter(cursor.get_children()), None)
+        place = first and self.extent(first)
+        if place and first.kind.is_expression() and b';' not in self.file.text[cursor.extent.start.offset:place[0]]:
+            self.add('if is if not', place[0],
+                     [(place[0], 1, 'mutants::On(#) != static_cast<bool>('), (place[1], -1, ')')])
+
+    def returned(self, cursor):
+        value = next(iter(cursor.get_children()), None)
+        place = value and self.extent(value)
+        if place and value.type.get_canonical().kind == TypeKind.BOOL:
+            self.add('returns the opposite', place[0],
+                     [(place[0], 1, 'mutants::On(#) != static_cast<bool>('), (place[1], -1, ')')])
+
+    def statement(self, cursor, place):
+        if not cursor.kind.is_expression() or cursor.kind == Kind.LAMBDA_EXPR:
+            return
+        end = self.file.text.find(b';', place[1])
+        if end < 0 or self.file.text[place[1]:end].strip() or b'.reserve(' in self.file.text[place[0]:place[1]]:
+            return
+        self.add('removed', place[0], [(place[0], 2, '{ if (!mutants::On(#)) '), (end + 1, -2, ' }')])
+
+
+def parse(root, file, mutants):
+    unit = ci.Index.create().parse(os.path.join(root, file.name), args=file.arguments)
+    errors = [d for d in unit.diagnostics if d.severity >= ci.Diagnostic.Error]
+    if errors:
+        print(f'not read whole: {file.name}: {errors[0].spelling}', file=sys.stderr)
+    Collector(file, mutants).walk(unit.cursor, False)
+
+
+def mutated(file, dropped):
+    """The file's text with all its mutants but the dropped. At one place closings come first, innermost first."""
+    insertions = [i for i in file.insertions if i[3] not in dropped]
+    # Openings at one offset: outermost first, that is in the order of their making; closings the other way round.
+    ordered = sorted(enumerate(insertions), key=lambda e: (e[1][0], 0 if e[1][1] < 0 else 1 if e[1][1] == 0 else 2,
+                                                           -e[0] if e[1][1] < 0 else e[0]))
+    out, last = [b'#include "platform/mutants.h"\n#line 1\n'], 0
+    for _, (offset, _, text, _) in ordered:
+        out += [file.text[last:offset], text.encode()]
+        last = offset
+    return b''.join(out + [file.text[last:]])
+
+
+def run(command, **more):
+    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, **more)
+
+
+def build(tree, files, dropped):
+    """Builds the tree; mutants that do not compile are dropped, line by line, until it does."""
+    by_name = {os.path.join(tree, f.name): f for f in files}
+    for _ in range(12):
+        for path, file in by_name.items():
+            text = mutated(file, dropped)
+            if not os.path.exists(path) or open(path, 'rb').read() != text:
+                open(path, 'wb').write(text)
+        result = run(['cmake', '--build', os.path.join(tree, 'build'), '--target', 'vantor_tests', '--', '-k', '0'])
+        if result.returncode == 0:
+            return
+        broken = set(re.findall(r'^(\S+?\.cpp):(\d+):\d+: (?:fatal )?error', result.stdout, re.M))
+        broken |= set(re.findall(r'(\S+?\.cpp):(\d+):\d+:   required from here', result.stdout))
+        before = len(dropped)
+        for name, line in broken:
+            file = next((f for p, f in by_name.items() if p.endswith(f.name) and name.endswith(f.name)), None)
+            if file:
+                dropped |= {i[3] for i in file.insertions if file.text.count(b'\n', 0, i[0]) + 1 == int(line)}
+        if len(dropped) == before:
+            sys.exit('the mutants do not build:\n' + result.stdout[-4000:])
+    sys.exit('the mutants do not build')
+
+
+def reached_by(tree, log):
+    if os.path.exists(log):
+        os.remove(log)
+    run([os.path.join(tree, 'build/vantor_tests'), '--gtest_brief=1', '--gtest_filter=-' + SKIPPED_TESTS],
+        cwd=os.path.join(tree, 'build'), env={**os.environ, 'VANTOR_REACHED': log})
+    tests = collections.defaultdict(list)  # mutant: (milliseconds, test)
+    for line in open(log):
+        name, milliseconds, *ids = line.split()
+        for mutant in ids:
+            tests[int(mutant)].append((int(milliseconds), name))
+    return tests
+
+
+def survives(tree, mutant, tests):
+    tests = sorted(tests)[:200]
+    limit = 10 + 8 * sum(t[0] for t in tests) / 1000
+    try:
+        result = run([os.path.join(tree, 'build/vantor_tests'), '--gtest_brief=1', '--gtest_fail_fast',
+                      '--gtest_filter=' + ':'.join(t[1] for t in tests)], timeout=limit,
+                     cwd=os.path.join(tree, 'build'), env={**os.environ, 'VANTOR_MUTANT': str(mutant)})
+        return result.returncode == 0
+    except subprocess.TimeoutExpired:
+        return False
+
+
+def known_equivalents(root):
+    """Lines of `file | text of the line | what | reason`."""
+    path = os.path.join(root, 'scripts/mutation/equivalent.txt')
+    lines = [l.split(' | ') for l in open(path)] if os.path.exists(path) else []
+    return {tuple(part.strip() for part in l[:3]) for l in lines if len(l) >= 4}
+
+
+def main():
+    parser = argparse.ArgumentParser(usage=__doc__)
+    parser.add_argument('tree')
+    parser.add_argument('--sample', type=int)
+    parser.add_argument('--seed', type=int, default=1)
+    parser.add_argument('--jobs', type=int, default=os.cpu_count())
+    parser.add_argument('where', nargs='*')
+    options = parser.parse_args()
+    root = subprocess.check_output(['git', 'rev-parse', '--show-toplevel'], text=True).strip()
+    tree = os.path.abspath(options.tree)
+    os.makedirs(tree, exist_ok=True)
+    names = subprocess.check_output(['git', '-C', root, 'ls-files'], text=True).split('\n')
+    for name in filter(None, names):
+        target = os.path.join(tree, name)
+        os.makedirs(os.path.dirname(target), exist_ok=True)
+        if not os.path.exists(target) or open(os.path.join(root, name), 'rb').read() != open(target, 'rb').read():
+            shutil.copy(os.path.join(root, name), target)
+    here = os.path.join(root, 'scripts/mutation')
+    for name in ('mutants.h', 'mutants.cpp'):
+        shutil.copy(os.path.join(here, name), os.path.join(tree, 'src/platform', name))
+    shutil.copy(os.path.join(here, 'reached_by_test.cpp'), os.path.join(tree, 'tests/support'))
+
+    wanted = [n for n in names if n.startswith('src/') and n.endswith('.cpp') and not n.endswith('_windows.cpp')
+              and 'avx2' not in n and (not options.where or any(n[4:].startswith(w) for w in options.where))]
+    arguments = ['-std=c++20', f'-I{root}/src', f'-I{root}/include']
+    mutants = []
+    files = [File(root, name, arguments) for name in wanted]
+    for file in files:
+        parse(root, file, mutants)
+    print(f'{len(mutants)} mutants in {len(files)} files', file=sys.stderr)
+
+    configured = run(['cmake', '-S', tree, '-B', os.path.join(tree, 'build'), '-G', 'Ninja',
+                      '-DCMAKE_CXX_FLAGS=-O1 -w -Wno-error'])
+    if configured.returncode:
+        sys.exit(configured.stdout)
+    dropped = set()
+    build(tree, files, dropped)
+    print(f'{len(dropped)} do not compile', file=sys.stderr)
+    tests = reached_by(tree, os.path.join(tree, 'reached'))
+
+    equivalent = known_equivalents(root)
+    alive = [m for m in mutants if m['id'] not in dropped and (m['file'], m['text'], m['what']) not in equivalent]
+    if options.sample and options.sample < len(alive):
+        alive = random.Random(options.seed).sample(alive, options.sample)
+    started = time.time()
+    with ThreadPoolExecutor(options.jobs) as pool:
+        results = list(pool.map(lambda m: (m, not tests[m['id']] or survives(tree, m['id'], tests[m['id']])), alive))
+    folders = collections.Counter(m['file'].split('/')[1] for m, _ in results)
+    for folder in sorted(folders):
+        left = [m for m, lives in results if lives and m['file'].split('/')[1] == folder]
+        print(f'{folder}: {folders[folder] - len(left)} of {folders[folder]} noticed')
+        for m in left:
+            how = '' if tests[m['id']] else ' (no test reaches it)'
+            print(f"  {m['file']}:{m['line']} | {m['text']} | {m['what']}{how}")
+    print(f'{time.time() - started:.0f} s', file=sys.stderr)
+
+
+main()
