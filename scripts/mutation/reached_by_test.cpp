@@ -27,7 +27,8 @@ class ReachedByTest : public testing::EmptyTestEventListener {
 };
 
 [[maybe_unused]] const bool isListening = [] {
-    if (std::getenv("VANTOR_REACHED")) testing::UnitTest::GetInstance()->listeners().Append(new ReachedByTest);
+    if (std::getenv("VANTOR_REACHED"))
+        testing::UnitTest::GetInstance()->listeners().Append(new ReachedByTest);
     return true;
 }();
 
