@@ -141,10 +141,11 @@ TEST_F(WavehostShow, TellsOfFilesAsJson) {
     EXPECT_EQ(facts[1]["channels"], 2);
     EXPECT_EQ(facts[1]["bit_depth"], 16);
     EXPECT_EQ(facts[1]["length_seconds"], 0.2);
-    EXPECT_EQ(facts[1]["markers"], Json::parse(RunWavehost({"markers", "--json", good}).out));
+    EXPECT_EQ(facts[1]["markers"], Json::parse(RunWavehost({"markers", "--json", good}).out)[0]["markers"]);
     EXPECT_EQ(facts[1]["markers"][0]["start"], 0.1);
     EXPECT_TRUE(facts[1]["metadata"].contains("INFO:INAM"));
-    EXPECT_EQ(facts[1]["metadata"], Json::parse(RunWavehost({"meta", "list", "--json", good}).out));
+    EXPECT_EQ(facts[1]["metadata"],
+              Json::parse(RunWavehost({"meta", "list", "--json", good}).out)[0]["metadata"]);
 
     folder.Write("deep/er/a.wav", PatternWav(10, 1, InfoChunk("IART", "Me")));
     folder.Write("deep/notes.txt", {'h', 'i'});
@@ -161,7 +162,7 @@ TEST_F(WavehostShow, RestoresASliceFromWhereverItsFileIs) {
     fs::create_directories(folder.Path("project/" + name));
     const std::string file = folder.Write("project/" + name + "/loop.wav",
                                           ReadWholeFile(SourceTree() + "/samples/sliced-loop.wav"));
-    const Json slices = Json::parse(RunWavehost({"slices", "--json", file}).out);
+    const Json slices = Json::parse(RunWavehost({"slices", "--json", file}).out)[0]["slices"];
     ASSERT_EQ(slices.size(), 4u);
     EXPECT_NEAR(slices[1]["start_seconds"].get<double>(), 0.125, 1e-4);
     EXPECT_NEAR(slices[1]["position_beats"].get<double>(), 1, 1e-3);
@@ -171,7 +172,7 @@ TEST_F(WavehostShow, RestoresASliceFromWhereverItsFileIs) {
     fs::rename(folder.Path("project"), folder.Path("moved"));
     const HostRun restored = RunWavehost({"restore", folder.Path("moved/state.txt"), "--json"});
     ASSERT_EQ(restored.exitCode, 0) << restored.err;
-    const Json facts = Json::parse(restored.out);
+    const Json facts = Json::parse(restored.out)[0];
     EXPECT_EQ(facts["type"], "WAVE_SLICE");
     EXPECT_NEAR(facts["length_seconds"].get<double>(), 0.125, 1e-4);
     EXPECT_TRUE(fs::equivalent(facts["file"].get<std::string>(), folder.Path("moved/" + name + "/loop.wav")));

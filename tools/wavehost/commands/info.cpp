@@ -1,4 +1,5 @@
-#include "wavehost/commands/commands.h"
+#include "wavehost/commands/batch.h"
+#include "wavehost/commands/command_line.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/json_output.h"
@@ -6,6 +7,12 @@
 namespace vantor::wavehost {
 
 namespace {
+
+struct InfoOptions {
+    FileArguments files;
+    bool json = false;
+    bool stats = false;
+};
 
 // What is known about a file of which no source can be made.
 SourceFacts Unopened(const std::string& file, const std::string& status) {
@@ -28,24 +35,31 @@ std::string FirstLine(const std::string& text) {
     return text.substr(0, text.find_first_of("\r\n"));
 }
 
-}  // namespace
-
-int RunInfo(const Module& module, const InfoOptions& options) {
-    int status = exitDone;
-    std::vector<SourceFacts> all;
-    for (const std::string& file : options.files) {
-        SourceFacts facts = Look(module, file);
-        if (!facts.online) {
-            ReportFailure(file, FirstLine(facts.infoText));
-            status = exitFailed;
-        } else if (!options.json) {
-            PrintFacts(facts);
-        }
-        if (options.json) all.push_back(std::move(facts));
-    }
-    if (options.json) std::puts(FactsJson(all, all.size() > 1).c_str());
+int RunInfo(Session& session, const InfoOptions& options) {
+    const Module& module = ModuleOf(session);
+    Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
+    const int status =
+        RunBatch(session, "info", ListFiles(options.files), results, [&](const std::string& file) {
+            const SourceFacts facts = Look(module, file);
+            if (!facts.online) ReportFailure(file, FirstLine(facts.infoText));
+            if (options.json)
+                results.Add(FactsJson(facts));
+            else if (facts.online)
+                PrintFacts(facts);
+            return facts.online ? exitDone : exitFailed;
+        });
     if (options.stats) ReportStatistics();
     return status;
+}
+
+}  // namespace
+
+void AddInfo(CommandLine& line) {
+    auto [command, options] =
+        AddCommand(line, line.app, "info", "Format, length, tags, markers and slices", &RunInfo);
+    AddFiles(*command, options->files);
+    command->add_flag("--json", options->json, jsonHelp);
+    command->add_flag("--stats", options->stats, "Report what was read from the disk");
 }
 
 }  // namespace vantor::wavehost

@@ -1,29 +1,36 @@
-#include "wavehost/commands/commands.h"
+#include "wavehost/commands/batch.h"
+#include "wavehost/commands/command_line.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {
 
-int RunMarkers(const Module& module, const FileOptions& options) {
-    return ForFile(options.file, [&] {
-        const std::vector<MarkerFact> markers = MarkersOf(*OpenSource(module, options.file).Get());
+namespace {
+
+struct MarkersOptions {
+    FileArguments files;
+    bool json = false;
+};
+
+int RunMarkers(Session& session, const MarkersOptions& options) {
+    const Module& module = ModuleOf(session);
+    Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
+    return RunBatch(session, "markers", ListFiles(options.files), results, [&](const std::string& file) {
+        const std::vector<MarkerFact> markers = MarkersOf(*OpenSource(module, file).Get());
         if (options.json)
-            std::puts(MarkersJson(markers).c_str());
+            results.Add(MarkersJson(file, markers));
         else
             PrintMarkers(markers);
         return exitDone;
     });
 }
 
-int RunSlices(const Module& module, const FileOptions& options) {
-    return ForFile(options.file, [&] {
-        const std::vector<SliceFact> slices = SlicesOf(*OpenSource(module, options.file).Get());
-        if (options.json)
-            std::puts(SlicesJson(slices).c_str());
-        else
-            PrintSlices(slices);
-        return exitDone;
-    });
+}  // namespace
+
+void AddMarkers(CommandLine& line) {
+    auto [command, options] = AddCommand(line, line.app, "markers", "Cue points and regions", &RunMarkers);
+    AddFiles(*command, options->files);
+    command->add_flag("--json", options->json, jsonHelp);
 }
 
 }  // namespace vantor::wavehost

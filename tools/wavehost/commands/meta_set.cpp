@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "wavehost/commands/commands.h"
+#include "wavehost/commands/meta.h"
 #include "wavehost/commands/rehearsal.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/files/output_file.h"
@@ -14,6 +14,14 @@ namespace {
 
 constexpr int32_t writeRequest = 0x20008;
 constexpr intptr_t mergeFlag = 1, neverInPlaceFlag = 2;
+
+struct MetaSetOptions {
+    std::string file;
+    std::vector<std::string> assignments;  // KEY=VALUE
+    std::string output;                    // empty: the file itself
+    bool replaceAll = false;
+    bool dryRun = false;
+};
 
 struct Change {
     std::string key;
@@ -211,13 +219,37 @@ int Rehearse(Edit& edit) {
     return CheckAnswered(file, edit.changes);
 }
 
-}  // namespace
-
-int RunMetaSet(const Module& module, const MetaSetOptions& options) {
+int RunMetaSet(Session& session, const MetaSetOptions& options) {
+    const Module& module = ModuleOf(session);
     return ForFile(options.file, [&] {
         Edit edit{module, options, ChangesOf(options.assignments)};
         return options.dryRun ? Rehearse(edit) : Apply(edit);
     });
+}
+
+// KEY=VALUE, where the first "=" ends the key.
+std::string CheckAssignment(const std::string& text) {
+    const size_t equals = text.find('=');
+    return equals == std::string::npos || equals == 0 ? "'" + text + "' is not KEY=VALUE" : "";
+}
+
+}  // namespace
+
+void AddMetaSet(CommandLine& line, CLI::App& meta) {
+    auto [command, options] = AddCommand(line, meta, "set", "Write metadata into a file", &RunMetaSet);
+    command->add_option("FILE", options->file, fileHelp)->required();
+    command
+        ->add_option(
+            "KEY=VALUE", options->assignments,
+            "Common fields (TITLE, ARTIST, ALBUM, TRACKNUMBER, YEAR, GENRE, COMMENT, DESC, BPM, KEY) or\n"
+            "scheme keys (INFO:INAM, BWF:Description); an empty value removes the key")
+        ->required()
+        ->check(CheckAssignment);
+    command->add_option("--output", options->output,
+                        "Write the complete file to this name and leave FILE alone");
+    command->add_flag("--replace-all", options->replaceAll, "Drop all metadata that is not given here");
+    command->add_flag("--dry-run", options->dryRun,
+                      "Print what would change, found out on a copy in the temporary folder; write nothing");
 }
 
 }  // namespace vantor::wavehost

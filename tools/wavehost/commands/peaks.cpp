@@ -1,23 +1,35 @@
 #include <algorithm>
 #include <cmath>
 
-#include "wavehost/commands/commands.h"
+#include "wavehost/commands/command_line.h"
 #include "wavehost/facts/report.h"
+#include "wavehost/files/output_file.h"
 #include "wavehost/files/progress.h"
 #include "wavehost/host/host_services.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/os/interruption.h"
 #include "wavehost/picture/picture.h"
 
 namespace vantor::wavehost {
 
 namespace {
 
-void BuildPeaks(PCM_source& source, const std::string& file) {
+struct PeaksOptions {
+    std::string file;
+    std::string png;
+    int32_t width = 1200;
+    int32_t height = 400;
+    double startSeconds = 0;
+    std::optional<double> lengthSeconds;
+};
+
+void BuildPeaks(PCM_source& source, const std::string& file, bool quiet) {
     if (source.BeginPeakBuild(0) != 1) return;
-    Progress progress("peaks of " + file);
-    while (source.RunPeakBuild() != 0)
+    Progress progress("peaks of " + file, quiet);
+    while (source.RunPeakBuild() != 0 && InterruptionStatus() == 0)
         progress.Show(Host().peakBuildFraction);
     source.FinishPeakBuild();
+    CheckInterruption();
 }
 
 void ReadPeaks(PCM_source& source, Picture& picture) {
@@ -42,9 +54,9 @@ std::string Title(PCM_source& source, const PeaksOptions& options, int32_t lanes
     return title;
 }
 
-int DrawPeaks(const Module& module, const PeaksOptions& options) {
+int DrawPeaks(Session& session, const PeaksOptions& options) {
     if (!CanDraw()) throw Failure("this build cannot draw");
-    const HostPtr<PCM_source> source = OpenSource(module, options.file);
+    const HostPtr<PCM_source> source = OpenSource(ModuleOf(session), options.file);
     if (IsSameFile(PathOf(options.file), PathOf(options.png))) throw Failure("cannot be drawn onto itself");
     const double left = source->LengthSeconds() - options.startSeconds;
     if (!(left > 0)) throw Failure("has no audio there");
@@ -57,7 +69,7 @@ int DrawPeaks(const Module& module, const PeaksOptions& options) {
     picture.lengthSeconds = std::min(options.lengthSeconds.value_or(left), left);
     picture.markers = MarkersOf(*source.Get());
     picture.slices = SlicesOf(*source.Get());
-    BuildPeaks(*source.Get(), options.file);
+    BuildPeaks(*source.Get(), options.file, session.quiet);
     ReadPeaks(*source.Get(), picture);
     return ForFile(options.png, [&] {
         DrawPicture(picture, options.png);
@@ -65,10 +77,23 @@ int DrawPeaks(const Module& module, const PeaksOptions& options) {
     });
 }
 
+int RunPeaks(Session& session, const PeaksOptions& options) {
+    return ForFile(options.file, [&] { return DrawPeaks(session, options); });
+}
+
 }  // namespace
 
-int RunPeaks(const Module& module, const PeaksOptions& options) {
-    return ForFile(options.file, [&] { return DrawPeaks(module, options); });
+void AddPeaks(CommandLine& line) {
+    auto [command, options] =
+        AddCommand(line, line.app, "peaks", "Draw the waveform as a PNG picture", &RunPeaks);
+    command->add_option("FILE", options->file, fileHelp)->required();
+    command->add_option("--png", options->png, "The picture to write")->required();
+    command->add_option("--width", options->width, "Pixels")->check(CLI::Range(100, 32000));
+    command->add_option("--height", options->height, "Pixels")->check(CLI::Range(60, 32000));
+    command->add_option("--start", options->startSeconds, "Seconds into the file")
+        ->check(Between(0, mostSeconds));
+    command->add_option("--length", options->lengthSeconds, "Seconds to draw")
+        ->check(Between(1e-6, mostSeconds));
 }
 
 }  // namespace vantor::wavehost

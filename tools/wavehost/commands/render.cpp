@@ -2,12 +2,14 @@
 #include <chrono>
 #include <cmath>
 
-#include "wavehost/commands/commands.h"
+#include "wavehost/commands/command_line.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/facts/source_facts.h"
 #include "wavehost/files/progress.h"
+#include "wavehost/files/wav_writer.h"
 #include "wavehost/host/host_services.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/os/interruption.h"
 
 namespace vantor::wavehost {
 
@@ -15,6 +17,24 @@ namespace {
 
 constexpr int64_t defaultBlockFrames = 16384;
 constexpr int64_t largestBlockSamples = 1 << 24;
+
+struct RenderOptions {
+    std::string file;
+    std::string output;  // "-": standard output
+    double startSeconds = 0;
+    std::optional<double> lengthSeconds;
+    std::optional<double> sampleRate;
+    std::optional<int32_t> channels;
+    std::optional<int32_t> blockFrames;
+    SampleFormat format = SampleFormat::f64;
+    bool raw = false;
+    bool stats = false;
+};
+
+const std::map<std::string, SampleFormat> sampleFormats{{"f64", SampleFormat::f64},
+                                                        {"f32", SampleFormat::f32},
+                                                        {"s24", SampleFormat::s24},
+                                                        {"s16", SampleFormat::s16}};
 
 struct Plan {
     double startSeconds;
@@ -54,6 +74,7 @@ int64_t Play(PCM_source& source, const Plan& plan, WavWriter& writer, Progress& 
         if (block.framesProduced < 1) break;
         writer.Write(samples.data(), block.framesProduced);
         done += block.framesProduced;
+        CheckInterruption();
         progress.Show(static_cast<double>(done) / static_cast<double>(plan.totalFrames));
     }
     return done;
@@ -64,9 +85,9 @@ void ReportSpeed(const std::string& file, int64_t frames, double sampleRate, dou
                  static_cast<long long>(frames), seconds, static_cast<double>(frames) / sampleRate / seconds);
 }
 
-int Render(const Module& module, const RenderOptions& options) {
+int Render(Session& session, const RenderOptions& options) {
     Host().readMode = playingReads;
-    const HostPtr<PCM_source> source = OpenSource(module, options.file);
+    const HostPtr<PCM_source> source = OpenSource(ModuleOf(session), options.file);
     if (options.output != "-" && IsSameFile(PathOf(options.file), PathOf(options.output)))
         throw Failure("cannot be rendered onto itself");
     const Plan plan = MakePlan(*source.Get(), options);
@@ -76,7 +97,7 @@ int Render(const Module& module, const RenderOptions& options) {
     const int status = ForFile(options.output, [&] {
         WavWriter writer(options.output, layout, plan.totalFrames);
         {
-            Progress progress("render " + options.file);
+            Progress progress("render " + options.file, session.quiet);
             done = Play(*source.Get(), plan, writer, progress);
         }
         if (done < plan.totalFrames)
@@ -86,15 +107,38 @@ int Render(const Module& module, const RenderOptions& options) {
         return exitDone;
     });
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
-    if (status == exitDone) ReportSpeed(options.file, done, plan.sampleRate, std::max(taken.count(), 1e-6));
+    if (status == exitDone && !session.quiet)
+        ReportSpeed(options.file, done, plan.sampleRate, std::max(taken.count(), 1e-6));
     if (options.stats) ReportStatistics();
     return status;
 }
 
+int RunRender(Session& session, const RenderOptions& options) {
+    return ForFile(options.file, [&] { return Render(session, options); });
+}
+
 }  // namespace
 
-int RunRender(const Module& module, const RenderOptions& options) {
-    return ForFile(options.file, [&] { return Render(module, options); });
+void AddRender(CommandLine& line) {
+    auto [command, options] =
+        AddCommand(line, line.app, "render", "Play a file into a WAV file or into bare samples", &RunRender);
+    command->add_option("FILE", options->file, fileHelp)->required();
+    command->add_option("-o,--output", options->output, "The file to write; - is standard output")
+        ->required();
+    command->add_option("--start", options->startSeconds, "Seconds into the file")
+        ->check(Between(0, mostSeconds));
+    command->add_option("--length", options->lengthSeconds, "Seconds to play; all that is left by default")
+        ->check(Between(0, mostSeconds));
+    command->add_option("--rate", options->sampleRate, "Sample rate in Hz; the file's own by default")
+        ->check(Between(1, 4294967295.0));
+    command->add_option("--channels", options->channels, "Channels; the file's own by default")
+        ->check(CLI::Range(1, 65535));
+    command->add_option("--block", options->blockFrames, "Frames asked for at a time")
+        ->check(CLI::Range(1, 1 << 24));
+    command->add_option("--format", options->format, "Samples: f64 (exact, the default), f32, s24 or s16")
+        ->transform(CLI::CheckedTransformer(sampleFormats));
+    command->add_flag("--raw", options->raw, "Samples without a header");
+    command->add_flag("--stats", options->stats, "Report what was read from the disk");
 }
 
 }  // namespace vantor::wavehost

@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "wavehost/commands/commands.h"
+#include "wavehost/commands/batch.h"
+#include "wavehost/commands/command_line.h"
 #include "wavehost/facts/report.h"
-#include "wavehost/files/progress.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/json_output.h"
 
@@ -10,32 +10,10 @@ namespace vantor::wavehost {
 
 namespace {
 
-struct Findings {
-    std::vector<fs::path> files;
-    int status = exitDone;
+struct ScanOptions {
+    std::string folder;
+    bool json = false;
 };
-
-// Regular files below a folder, in order of their names; folders that cannot be read are reported. Links to
-// folders are not followed, so that no loop catches the walk.
-Findings FilesBelow(const fs::path& top) {
-    Findings findings;
-    std::vector<fs::path> folders{top};
-    while (!folders.empty()) {
-        const fs::path folder = std::move(folders.back());
-        folders.pop_back();
-        std::error_code failed, ignored;
-        for (fs::directory_iterator entry(folder, failed), end; !failed && entry != end;
-             entry.increment(failed)) {
-            if (entry->is_directory(ignored) && !entry->is_symlink(ignored)) folders.push_back(entry->path());
-            if (entry->is_regular_file(ignored)) findings.files.push_back(entry->path());
-        }
-        if (!failed) continue;
-        ReportFailure(TextOf(folder), failed.message());
-        findings.status = exitFailed;
-    }
-    std::sort(findings.files.begin(), findings.files.end());
-    return findings;
-}
 
 // The metadata-only source answers for scheme keys alone, so the host looks a field up in the usual places.
 std::string FirstOf(const Metadata& metadata, std::initializer_list<std::string_view> keys) {
@@ -55,29 +33,46 @@ void PrintRow(const std::string& file, const Metadata& metadata) {
     PrintLine(file + "\t" + std::to_string(metadata.size()) + " keys\t" + title + "\t" + artist);
 }
 
-int Scan(const Module& module, const ScanOptions& options) {
-    if (!module.createMetadataSource) throw Failure("the module reads no metadata of its own");
-    const Findings findings = FilesBelow(PathOf(options.folder));
-    Progress progress("scan " + options.folder);
-    double visited = 0;
-    for (const fs::path& path : findings.files) {
-        const std::string file = TextOf(path);
+// Through the metadata-only source where it reads the file, else through the full source.
+Metadata Read(const Module& module, const std::string& file) {
+    if (module.createMetadataSource) {
         const HostPtr<PCM_source> source(module.createMetadataSource(file.c_str()));
-        progress.Show(++visited / static_cast<double>(findings.files.size()));
-        if (!source) continue;
-        const Metadata metadata = MetadataOf(*source.Get());
-        if (options.json)
-            std::puts(ScanJson(file, metadata).c_str());
-        else
-            PrintRow(file, metadata);
+        if (source) return MetadataOf(*source.Get());
     }
-    return findings.status;
+    return MetadataOf(*OpenSource(module, file).Get());
+}
+
+int ScanFile(const Module& module, const std::string& file, Results& results) {
+    Metadata metadata;
+    try {
+        metadata = Read(module, file);
+    } catch (const std::exception&) {
+        // A file of another kind is passed over.
+        if (IsAudioName(PathOf(file))) throw;
+        return exitDone;
+    }
+    if (results.IsJson())
+        results.Add(ScanJson(file, metadata));
+    else
+        PrintRow(file, metadata);
+    return exitDone;
+}
+
+int RunScan(Session& session, const ScanOptions& options) {
+    const Module& module = ModuleOf(session);
+    Results results(options.json ? ResultForm::jsonLines : ResultForm::text);
+    const std::vector<ListedFile> files = FilesBelow(PathOf(options.folder), true);
+    return RunBatch(session, "scan " + options.folder, files, results,
+                    [&](const std::string& file) { return ScanFile(module, file, results); });
 }
 
 }  // namespace
 
-int RunScan(const Module& module, const ScanOptions& options) {
-    return ForFile(options.folder, [&] { return Scan(module, options); });
+void AddScan(CommandLine& line) {
+    auto [command, options] =
+        AddCommand(line, line.app, "scan", "Metadata of every audio file below a folder", &RunScan);
+    command->add_option("DIR", options->folder, "A folder")->required();
+    command->add_flag("--json", options->json, "Print one JSON object a line");
 }
 
 }  // namespace vantor::wavehost

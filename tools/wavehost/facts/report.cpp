@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "wavehost/host/host_services.h"
+#include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
 
@@ -29,7 +30,8 @@ std::string Padded(const std::string& text, size_t width) {
 
 void ReportFailure(const std::string& file, const std::string& message) {
     const std::string line = file.empty() ? message : file + ": " + message;
-    std::fprintf(stderr, "wavehost: %s\n", Shown(line).c_str());
+    // A bar may stand on the line.
+    std::fprintf(stderr, "%swavehost: %s\n", IsTerminal(stderr) ? "\r\033[K" : "", Shown(line).c_str());
 }
 
 void ReportStatistics() {

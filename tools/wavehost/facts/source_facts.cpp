@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "wavehost/os/failure.h"
-#include "wavehost/os/system.h"
+#include "wavehost/os/folder.h"
 
 namespace vantor::wavehost {
 
@@ -28,29 +28,24 @@ std::string WholeText(const Ask& ask) {
     }
 }
 
-// Why a name cannot be a file to play; empty when it can.
-std::string Obstacle(const fs::path& file) {
-    std::error_code failed;
-    const fs::file_status status = fs::status(file, failed);
-    if (status.type() == fs::file_type::not_found) return "no such file";
-    if (fs::is_directory(status)) return "is a folder";
-    return fs::exists(status) && !fs::is_regular_file(status) ? "not a regular file" : "";
-}
-
 }  // namespace
 
 HostPtr<PCM_source> CreateSource(const Module& module, const std::string& file) {
-    const fs::path path = fs::absolute(PathOf(file));
+    const fs::path path = PathOf(file);
     // A pipe or a device would be waited for without end.
-    if (Obstacle(path) == "not a regular file") throw Failure("not a regular file");
-    HostPtr<PCM_source> source(module.sources->CreateByFile(TextOf(path).c_str(), lastResortPriority));
+    const FileStatus status = StatusOf(path);
+    if (status.kind == FileKind::other || status.kind == FileKind::folder) throw Failure(WhyUnreadable(path));
+    HostPtr<PCM_source> source(
+        module.sources->CreateByFile(TextOf(fs::absolute(path)).c_str(), lastResortPriority));
+    if (!source || !source->IsOnline()) {
+        const std::string reason = WhyUnreadable(path);
+        if (!reason.empty()) throw Failure(reason);
+    }
     if (!source) throw Failure("not an audio file that the module takes");
     return source;
 }
 
 HostPtr<PCM_source> OpenSource(const Module& module, const std::string& file) {
-    const std::string obstacle = Obstacle(PathOf(file));
-    if (!obstacle.empty()) throw Failure(obstacle);
     HostPtr<PCM_source> source = CreateSource(module, file);
     if (!source->IsOnline()) throw Failure(InfoTextOf(*source.Get()));
     return source;

@@ -41,7 +41,7 @@ struct SourceFacts {
 };
 
 // A source for the file, online or not, as the host's last-resort pass makes it. Throws Failure when the
-// module makes none.
+// system does not let the file be read, with its reason, and when the module makes none.
 HostPtr<PCM_source> CreateSource(const Module& module, const std::string& file);
 // An online source. Throws Failure with the reason.
 HostPtr<PCM_source> OpenSource(const Module& module, const std::string& file);

@@ -14,9 +14,9 @@ constexpr auto redrawEvery = std::chrono::milliseconds(100);
 
 }  // namespace
 
-Progress::Progress(std::string subject)
+Progress::Progress(std::string subject, bool quiet)
     : subject_(std::move(subject)),
-      terminal_(IsTerminal(stderr)),
+      terminal_(!quiet && IsTerminal(stderr)),
       next_(std::chrono::steady_clock::now() + redrawEvery) {}
 
 Progress::~Progress() {

@@ -8,7 +8,8 @@ namespace vantor::wavehost {
 
 class Progress {
   public:
-    explicit Progress(std::string subject);
+    // `quiet`: never drawn.
+    Progress(std::string subject, bool quiet);
     // Wipes the bar.
     ~Progress();
     Progress(const Progress&) = delete;

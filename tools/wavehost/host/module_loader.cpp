@@ -30,9 +30,12 @@ void Take(const char* key, T& slot) {
 
 fs::path FindModule(const std::string& path) {
     if (!path.empty()) return fs::absolute(PathOf(path));
-    const fs::path beside = ExecutableFolder() / moduleFileName;
+    const fs::path folder = ExecutableFolder();
     std::error_code failed;
-    return fs::exists(beside, failed) ? beside : fs::path(WAVEHOST_BUILD_FOLDER) / moduleFileName;
+    for (const fs::path& candidate :
+         {folder / moduleFileName, folder.parent_path() / "lib" / "vantor_wave" / moduleFileName})
+        if (fs::exists(candidate, failed)) return candidate;
+    return fs::path(WAVEHOST_BUILD_FOLDER) / moduleFileName;
 }
 
 }  // namespace

@@ -13,7 +13,8 @@ struct Module {
     PCM_source* (*createMetadataSource)(const char* fileName) = nullptr;
 };
 
-// Loads the module from `path`; when that is empty, from beside the executable, else from the build folder.
+// Loads the module from `path`; when that is empty, from beside the executable, else from the folder where it
+// is installed (../lib/vantor_wave), else from the build folder.
 // Throws Failure when there is none or when it refuses.
 Module LoadModule(const std::string& path);
 

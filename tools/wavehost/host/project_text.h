@@ -9,6 +9,9 @@
 
 namespace vantor::wavehost {
 
+// Begins the first line of a source's block; the type's name follows, and a line ">" ends the block.
+inline constexpr const char* sourceBlockKeyword = "<SOURCE";
+
 // The text between quotes: the first of " ' ` that it does not hold. A text that holds all three is put
 // between backquotes, and its own become apostrophes.
 std::string QuoteProjectText(std::string_view text);

@@ -13,14 +13,18 @@ namespace vantor::wavehost {
 
 namespace fs = std::filesystem;
 
-// The path of a UTF-8 name, and back.
+// The path of a UTF-8 name, and back. On Windows a long name gets the prefix that lifts the limit of 260
+// characters, and loses it again.
 fs::path PathOf(std::string_view utf8);
 std::string TextOf(const fs::path& path);
 
 // The arguments after the program's name.
 std::vector<std::string> CommandArguments(int argc, char** argv);
-// Makes the console show UTF-8.
+// Makes the console show UTF-8, and lets every byte of standard output through as it is.
 void PrepareConsole();
+// Why the system refused this thread's last call: "no such file", "permission denied", "the disk is full", or
+// the system's own words.
+std::string LastReason();
 fs::path ExecutableFolder();
 // Where this user's programs keep what they can compute again; empty when it is not known.
 fs::path UserCacheFolder();
@@ -59,7 +63,7 @@ class PrivateFiles {
     int before_ = -1;
 };
 
-// While it lives, another wavehost that edits the same file waits.
+// While it lives, another wavehost that edits the same file waits. Throws Interrupted while it waits itself.
 class EditLock {
   public:
     explicit EditLock(const fs::path& file);

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "wavehost/os/interruption.h"
 #include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
@@ -18,7 +19,33 @@ std::vector<std::string> CommandArguments(int argc, char** argv) {
     return {argv + 1, argv + argc};
 }
 
+fs::path PathOf(std::string_view utf8) {
+    return fs::path(utf8);
+}
+
+std::string TextOf(const fs::path& path) {
+    return path.native();
+}
+
 void PrepareConsole() {}
+
+std::string LastReason() {
+    switch (errno) {
+        case ENOENT:
+        case ENOTDIR:
+            return "no such file";
+        case EACCES:
+        case EPERM:
+            return "permission denied";
+        case EISDIR:
+            return "is a folder";
+        case ENOSPC:
+        case EDQUOT:
+            return "the disk is full";
+        default:
+            return std::strerror(errno);
+    }
+}
 
 fs::path ExecutableFolder() {
     std::error_code failed;
@@ -78,7 +105,7 @@ bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& erro
         [[maybe_unused]] const int moded = chmod(from.c_str(), old.st_mode & 07777);
     }
     if (rename(from.c_str(), target.c_str()) != 0) {
-        error = std::strerror(errno);
+        error = LastReason();
         return false;
     }
     SyncFile(target.has_parent_path() ? target.parent_path() : fs::path("."));
@@ -104,7 +131,13 @@ EditLock::EditLock(const fs::path& file) {
         handle_ = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a pipe must not hold us up
         struct stat held {
         }, named{};
-        if (handle_ < 0 || flock(handle_, LOCK_EX) != 0 || fstat(handle_, &held) != 0) return;
+        if (handle_ < 0) return;
+        while (flock(handle_, LOCK_EX) != 0 && errno == EINTR)
+            if (InterruptionStatus() != 0) {
+                close(handle_);
+                CheckInterruption();
+            }
+        if (fstat(handle_, &held) != 0) return;
         if (stat(file.c_str(), &named) != 0 || (named.st_dev == held.st_dev && named.st_ino == held.st_ino))
             return;
         close(handle_);

@@ -16,16 +16,9 @@ const char* const moduleFileName = "vantor_wave.dll";
 
 namespace {
 
-std::string LastErrorText() {
-    const DWORD code = GetLastError();
-    char text[256] = "";
-    FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
-                   sizeof text, nullptr);
-    std::string message = text;
-    while (!message.empty() && static_cast<unsigned char>(message.back()) <= ' ')
-        message.pop_back();
-    return message.empty() ? "error " + std::to_string(code) : message;
-}
+constexpr std::wstring_view longPrefix = L"\\\\?\\", longShare = L"\\\\?\\UNC\\";
+// Names shorter than this are passed as they are; folders may have twelve characters fewer than files.
+constexpr size_t shortNames = 240;
 
 // The one path of a file, whatever links, drive letters or short names it was given by.
 std::wstring FinalPath(const fs::path& file) {
@@ -55,6 +48,58 @@ std::wstring LockName(const fs::path& file) {
 
 }  // namespace
 
+fs::path PathOf(std::string_view utf8) {
+    fs::path path(std::u8string(utf8.begin(), utf8.end()));
+    const std::wstring& name = path.native();
+    if (name.starts_with(longPrefix)) return path;
+    DWORD length = GetFullPathNameW(name.c_str(), 0, nullptr, nullptr);
+    if (name.empty() || length < shortNames) return path;
+    std::wstring full(length, L'\0');
+    length = GetFullPathNameW(name.c_str(), length, full.data(), nullptr);
+    full.resize(length);
+    const bool share = full.starts_with(L"\\\\");
+    return share ? std::wstring(longShare) + full.substr(2) : std::wstring(longPrefix) + full;
+}
+
+std::string TextOf(const fs::path& path) {
+    std::wstring name = path.native();
+    if (name.size() >= shortNames && name.starts_with(longShare))
+        name = L"\\\\" + name.substr(longShare.size());
+    else if (name.size() >= shortNames && name.starts_with(longPrefix))
+        name = name.substr(longPrefix.size());
+    const std::u8string text = fs::path(name).u8string();
+    return {text.begin(), text.end()};
+}
+
+std::string LastReason() {
+    const DWORD code = GetLastError();
+    switch (code) {
+        case ERROR_FILE_NOT_FOUND:
+        case ERROR_PATH_NOT_FOUND:
+        case ERROR_INVALID_NAME:
+        case ERROR_BAD_NETPATH:
+        case ERROR_BAD_NET_NAME:
+            return "no such file";
+        case ERROR_ACCESS_DENIED:
+            return "permission denied";
+        case ERROR_SHARING_VIOLATION:
+        case ERROR_LOCK_VIOLATION:
+            return "in use by another program";
+        case ERROR_DISK_FULL:
+        case ERROR_HANDLE_DISK_FULL:
+            return "the disk is full";
+        default:
+            break;
+    }
+    wchar_t text[256] = L"";
+    FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0, text,
+                   static_cast<DWORD>(std::size(text)), nullptr);
+    std::string message = TextOf(fs::path(text));
+    while (!message.empty() && static_cast<unsigned char>(message.back()) <= ' ')
+        message.pop_back();
+    return message.empty() ? "error " + std::to_string(code) : message;
+}
+
 std::vector<std::string> CommandArguments(int, char**) {
     int count = 0;
     wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
@@ -67,6 +112,7 @@ std::vector<std::string> CommandArguments(int, char**) {
 
 void PrepareConsole() {
     SetConsoleOutputCP(CP_UTF8);
+    MakeBinary(stdout);
 }
 
 fs::path ExecutableFolder() {
@@ -82,7 +128,7 @@ fs::path UserCacheFolder() {
 
 void* OpenLibrary(const fs::path& path, std::string& error) {
     HMODULE library = LoadLibraryW(path.c_str());
-    if (!library) error = LastErrorText();
+    if (!library) error = LastReason();
     return library;
 }
 
@@ -140,7 +186,7 @@ bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& erro
         return true;
     if (MoveFileExW(from.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         return true;
-    error = LastErrorText();
+    error = LastReason();
     return false;
 }
 

@@ -64,24 +64,24 @@ Json Of(const SourceFacts& facts) {
 
 }  // namespace
 
-std::string FactsJson(const std::vector<SourceFacts>& facts, bool asArray) {
-    if (!asArray) return Print(Of(facts.front()));
-    Json array = Json::array();
-    for (const SourceFacts& one : facts)
-        array.push_back(Of(one));
-    return Print(array);
+std::string FactsJson(const SourceFacts& facts) {
+    return Print(Of(facts));
 }
 
-std::string MetadataJson(const Metadata& metadata) {
-    return Print(Of(metadata));
+std::string MetadataJson(const std::string& file, const Metadata& metadata) {
+    return Print({{"file", file}, {"metadata", Of(metadata)}});
 }
 
-std::string MarkersJson(const std::vector<MarkerFact>& markers) {
-    return Print(Of(markers));
+std::string MarkersJson(const std::string& file, const std::vector<MarkerFact>& markers) {
+    return Print({{"file", file}, {"markers", Of(markers)}});
 }
 
-std::string SlicesJson(const std::vector<SliceFact>& slices) {
-    return Print(Of(slices));
+std::string SlicesJson(const std::string& file, const std::vector<SliceFact>& slices) {
+    return Print({{"file", file}, {"slices", Of(slices)}});
+}
+
+std::string FailureJson(const std::string& file, const std::string& message) {
+    return Print({{"file", file}, {"error", message}}, -1);
 }
 
 std::string ScanJson(const std::string& file, const Metadata& metadata) {

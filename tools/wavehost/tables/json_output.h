@@ -8,11 +8,12 @@
 
 namespace vantor::wavehost {
 
-// One object a file; an array of them when `asArray`.
-std::string FactsJson(const std::vector<SourceFacts>& facts, bool asArray);
-std::string MetadataJson(const Metadata& metadata);
-std::string MarkersJson(const std::vector<MarkerFact>& markers);
-std::string SlicesJson(const std::vector<SliceFact>& slices);
+// One object each, for the file that it names.
+std::string FactsJson(const SourceFacts& facts);
+std::string MetadataJson(const std::string& file, const Metadata& metadata);
+std::string MarkersJson(const std::string& file, const std::vector<MarkerFact>& markers);
+std::string SlicesJson(const std::string& file, const std::vector<SliceFact>& slices);
+std::string FailureJson(const std::string& file, const std::string& message);
 // One line.
 std::string ScanJson(const std::string& file, const Metadata& metadata);
 

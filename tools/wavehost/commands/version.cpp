@@ -1,0 +1,7 @@
+#include "wavehost/commands/version.h"
+
+namespace vantor::wavehost {
+
+const char* const productVersion = WAVEHOST_VERSION;
+
+}  // namespace vantor::wavehost
