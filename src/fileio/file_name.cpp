@@ -110,6 +110,16 @@ bool WantsWideForm(const std::string& name) {
     return false;
 }
 
+std::unique_ptr<platform::File> OpenFile(const std::string& name, const platform::OpenOptions& options) {
+    auto& fileSystem = platform::CurrentFileSystem();
+    std::unique_ptr<platform::File> file;
+    std::u16string wide;
+    if (WideFileName(name, wide) && fileSystem.OpenWide(wide, options, file) == platform::OpenResult::opened)
+        return file;
+    if (fileSystem.OpenNarrow(name, options, file) == platform::OpenResult::opened) return file;
+    return nullptr;
+}
+
 bool RemoveFile(const std::string& name) {
     auto& fileSystem = platform::CurrentFileSystem();
     std::u16string wide;

@@ -1,6 +1,7 @@
 // UTF-8 file names and the forms in which the system is asked for them.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,11 @@ namespace vantor {
 // True when a reader asks for the wide form: some byte of the first 256 belongs to a well-formed multi-byte
 // sequence, or the name has 256 bytes or more.
 [[nodiscard]] bool WantsWideForm(const std::string& name);
+
+// Opens the file by its wide form, else by the narrow one, as those ask who do not read. Null when it cannot
+// be opened.
+[[nodiscard]] std::unique_ptr<platform::File> OpenFile(const std::string& name,
+                                                       const platform::OpenOptions& options);
 
 // Deletes the file; its wide form when it holds non-ASCII characters, else the narrow one.
 bool RemoveFile(const std::string& name);

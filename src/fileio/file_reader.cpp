@@ -14,7 +14,7 @@ using platform::OpenOptions;
 using platform::OpenResult;
 
 struct FileReader::State : ReadState {
-    int64_t lastWriteTime = -1;
+    platform::FileStatus status;             // as it was opened
     std::unique_ptr<ReadStrategy> strategy;  // set when open; goes before the file
 };
 
@@ -128,9 +128,8 @@ FileReader::FileReader(const std::string& name, const ReadParameters& parameters
     : state_(std::make_unique<State>()) {
     const auto buffer = BufferSizeOf(parameters);
     if (!OpenByName(name, OptionsOf(parameters.mode, buffer), *state_)) return;
-    const auto status = state_->file->StatusAtOpen();
-    state_->size = std::max<int64_t>(status.bytes, 0);
-    state_->lastWriteTime = status.lastWriteTime;
+    state_->status = state_->file->StatusAtOpen();
+    state_->size = std::max<int64_t>(state_->status.bytes, 0);
     state_->strategy = MakeStrategy(*state_, parameters.mode, buffer, mapThreshold, wholeFileLimit);
 }
 
@@ -199,7 +198,11 @@ bool FileReader::IsWriteShared() {
 }
 
 int64_t FileReader::LastWriteTime() const {
-    return state_->lastWriteTime;
+    return state_->status.lastWriteTime;
+}
+
+const platform::FileStatus& FileReader::Status() const {
+    return state_->status;
 }
 
 void FileReader::ReleaseBuffers() {

@@ -65,6 +65,8 @@ class FileReader {
     [[nodiscard]] bool IsWriteShared();
     // Of the file as it was opened; see platform::FileStatus. Negative when unknown.
     [[nodiscard]] int64_t LastWriteTime() const;
+    // The file as it was opened.
+    [[nodiscard]] const platform::FileStatus& Status() const;
     // Gives the buffers' memory back until the next read. For a reader that goes idle.
     void ReleaseBuffers();
 

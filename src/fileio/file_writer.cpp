@@ -11,7 +11,6 @@
 namespace vantor {
 
 using platform::OpenOptions;
-using platform::OpenResult;
 
 struct FileWriter::State {
     std::unique_ptr<platform::File> file;  // null when not open
@@ -43,8 +42,9 @@ OpenOptions OptionsOf(const WriteParameters& parameters) {
     options.access = options.overlapped ? platform::Access::readWrite : platform::Access::write;
     options.writeThrough = parameters.mode >= 2;
     options.unbuffered = WantsWholeSectors(parameters);
-    options.creation =
-        parameters.openExisting ? platform::Creation::openAlways : platform::Creation::createAlways;
+    options.creation = parameters.mustExist      ? platform::Creation::openExisting
+                       : parameters.openExisting ? platform::Creation::openAlways
+                                                 : platform::Creation::createAlways;
     options.shareWrite = parameters.shareWrite;
     return options;
 }
@@ -61,22 +61,12 @@ BlockWriterSize SizeOf(const WriteParameters& parameters) {
     return size;
 }
 
-std::unique_ptr<platform::File> OpenByName(const std::string& name, const OpenOptions& options) {
-    auto& fileSystem = platform::CurrentFileSystem();
-    std::unique_ptr<platform::File> file;
-    std::u16string wide;
-    if (WideFileName(name, wide) && fileSystem.OpenWide(wide, options, file) == OpenResult::opened)
-        return file;
-    if (fileSystem.OpenNarrow(name, options, file) == OpenResult::opened) return file;
-    return nullptr;
-}
-
 }  // namespace
 
 FileWriter::FileWriter(const char* name, const WriteParameters& parameters)
     : state_(std::make_unique<State>()) {
     if (!name) return;
-    state_->file = OpenByName(name, OptionsOf(parameters));
+    state_->file = OpenFile(name, OptionsOf(parameters));
     if (state_->file && parameters.mode >= 1)
         state_->blocks.emplace(*state_->file, SizeOf(parameters), WantsWholeSectors(parameters));
 }
@@ -129,6 +119,14 @@ int64_t FileWriter::Size() {
 bool FileWriter::Flush(bool wait) {
     if (!IsOpen()) return false;
     return state_->blocks ? state_->blocks->Flush(wait) : !state_->hasFailed;
+}
+
+bool FileWriter::FlushToDisk() {
+    return Flush(true) && state_->file->FlushToDisk();
+}
+
+platform::FileStatus FileWriter::Status() {
+    return IsOpen() ? state_->file->StatusNow() : platform::FileStatus{};
 }
 
 bool FileWriter::CutAtPosition() {

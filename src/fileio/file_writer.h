@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "platform/file_system.h"
+
 namespace vantor {
 
 struct WriteParameters {
@@ -16,6 +18,7 @@ struct WriteParameters {
     int32_t maxBlocks = 16;
     bool openExisting = false;  // keep what the file holds; else it is created or emptied
     bool shareWrite = false;
+    bool mustExist = false;  // with openExisting: a file that is not there is not created
 };
 
 // One thread at a time. Destroying it flushes, waits and closes; it never truncates and never deletes. A
@@ -39,6 +42,10 @@ class FileWriter {
     [[nodiscard]] int64_t Size();
     // Sends what is waiting; with `wait`, until all of it is written. False when any write so far has failed.
     [[nodiscard]] bool Flush(bool wait);
+    // The same as Flush with `wait`, and until it is on the disk.
+    [[nodiscard]] bool FlushToDisk();
+    // Of the open file; see platform::FileStatus.
+    [[nodiscard]] platform::FileStatus Status();
     // Ends the file at the position. False on failure.
     [[nodiscard]] bool CutAtPosition();
 

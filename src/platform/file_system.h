@@ -27,6 +27,11 @@ struct OpenOptions {
 enum class OpenResult { opened, sharingViolation, failed };
 enum class RequestState { pending, done, failed };
 enum class WriteError { none, diskFull, other };
+enum class LockResult {
+    locked,
+    heldElsewhere,
+    unavailable
+};  // unavailable: the system has none for the file
 
 struct RequestResult {
     RequestState state = RequestState::failed;
@@ -46,10 +51,14 @@ class Request {
     virtual ~Request() = default;
 };
 
-// What a file was when it was opened; negative values could not be read.
+// Which file it is and what it was when asked; negative values could not be read.
 struct FileStatus {
     int64_t bytes = -1;
     int64_t lastWriteTime = -1;  // in the system's finest unit: 100 ns on Windows, 1 ns elsewhere
+    uint64_t volume = 0;         // with `number` one file and no other, whatever its name
+    uint64_t number = 0;
+
+    bool operator==(const FileStatus&) const = default;
 };
 
 // A file mapped whole for reading; unmapped by its destructor.
@@ -64,6 +73,12 @@ class File {
     virtual ~File() = default;                 // closes
     [[nodiscard]] virtual int64_t Size() = 0;  // bytes now; negative when unreadable
     [[nodiscard]] virtual FileStatus StatusAtOpen() = 0;
+    [[nodiscard]] virtual FileStatus StatusNow() = 0;
+    // Takes the one lock that those who edit the file take in turn, until the file is closed. It keeps nobody
+    // from reading or writing. Another File of this process is somebody else.
+    [[nodiscard]] virtual LockResult TryLock() = 0;
+    // Returns when all that was written, whoever did, is on the disk. False when it may not be.
+    [[nodiscard]] virtual bool FlushToDisk() = 0;
     // Some other handle writes the file. For systems that let readers and writers meet; where opening refuses
     // (OpenResult::sharingViolation) it has told already.
     [[nodiscard]] virtual bool IsBeingWritten() { return false; }

@@ -2,6 +2,7 @@
 // makes reading fast here, many file systems refuse O_DIRECT, and a writer's caller needs no stronger promise
 // than the one that any other program gives.
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -76,6 +77,21 @@ int64_t ReadFully(int descriptor, void* destination, uint32_t count, int64_t off
     return done;
 }
 
+FileStatus StatusOf(const struct stat& status) {
+    return {status.st_size, static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec,
+            status.st_dev, status.st_ino};
+}
+
+// As long as a signal gets in between.
+template <typename Call>
+int Repeated(Call call) {
+    int outcome = 0;
+    do {
+        outcome = call();
+    } while (outcome != 0 && errno == EINTR);
+    return outcome;
+}
+
 WriteResult WriteFully(int descriptor, const void* source, uint32_t count, int64_t offset) {
     WriteResult result;
     while (result.bytes < count) {
@@ -103,6 +119,21 @@ class PosixFile final : public File {
     }
 
     [[nodiscard]] FileStatus StatusAtOpen() override { return opened_; }
+
+    [[nodiscard]] FileStatus StatusNow() override {
+        struct stat status {};
+        return ::fstat(descriptor_.Number(), &status) == 0 ? StatusOf(status) : FileStatus{};
+    }
+
+    [[nodiscard]] LockResult TryLock() override {
+        if (Repeated([&] { return ::flock(descriptor_.Number(), LOCK_EX | LOCK_NB); }) == 0)
+            return LockResult::locked;
+        return errno == EWOULDBLOCK ? LockResult::heldElsewhere : LockResult::unavailable;
+    }
+
+    [[nodiscard]] bool FlushToDisk() override {
+        return Repeated([&] { return ::fdatasync(descriptor_.Number()); }) == 0;
+    }
 
     // The kernel refuses a read lease with EAGAIN while the file is open for writing anywhere. Any other
     // refusal (a file of another owner, a file system without leases) says nothing. Not asked of every file
@@ -136,11 +167,7 @@ class PosixFile final : public File {
     }
 
     [[nodiscard]] bool CutAtPosition() override {
-        int outcome = 0;
-        do {
-            outcome = ::ftruncate(descriptor_.Number(), position_);
-        } while (outcome != 0 && errno == EINTR);
-        return outcome == 0;
+        return Repeated([&] { return ::ftruncate(descriptor_.Number(), position_); }) == 0;
     }
 
     [[nodiscard]] std::unique_ptr<MappedView> MapForReading() override {
@@ -228,8 +255,7 @@ Descriptor OpenDescriptor(const char* name, int flags) {
 std::optional<FileStatus> RegularFileStatus(int descriptor) {
     struct stat status {};
     if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-    return FileStatus{status.st_size,
-                      static_cast<int64_t>(status.st_mtim.tv_sec) * 1000000000 + status.st_mtim.tv_nsec};
+    return StatusOf(status);
 }
 
 // False when `wide` holds a surrogate without its partner.

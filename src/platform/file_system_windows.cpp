@@ -85,14 +85,28 @@ class WindowsFile final : public File {
 
     // Asked for when it is wanted: for as long as the handle is open it keeps writers out, but for those that
     // it had to let in.
-    [[nodiscard]] FileStatus StatusAtOpen() override {
-        FileStatus status{.bytes = Size()};
-        FILETIME time{};
-        if (GetFileTime(handle_.Get(), nullptr, nullptr, &time))
-            status.lastWriteTime =
-                static_cast<int64_t>(static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
-        return status;
+    [[nodiscard]] FileStatus StatusAtOpen() override { return StatusNow(); }
+
+    [[nodiscard]] FileStatus StatusNow() override {
+        BY_HANDLE_FILE_INFORMATION found{};
+        if (!GetFileInformationByHandle(handle_.Get(), &found)) return {.bytes = Size()};
+        const auto joined = [](DWORD high, DWORD low) { return static_cast<uint64_t>(high) << 32 | low; };
+        return {static_cast<int64_t>(joined(found.nFileSizeHigh, found.nFileSizeLow)),
+                static_cast<int64_t>(
+                    joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime)),
+                found.dwVolumeSerialNumber, joined(found.nFileIndexHigh, found.nFileIndexLow)};
     }
+
+    // One byte far beyond any file's end stands for the file: locked bytes can neither be read nor written.
+    [[nodiscard]] LockResult TryLock() override {
+        OVERLAPPED place{};
+        place.OffsetHigh = 0x7FFFFFFF;
+        if (LockFileEx(handle_.Get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place))
+            return LockResult::locked;
+        return GetLastError() == ERROR_LOCK_VIOLATION ? LockResult::heldElsewhere : LockResult::unavailable;
+    }
+
+    [[nodiscard]] bool FlushToDisk() override { return FlushFileBuffers(handle_.Get()) != 0; }
 
     [[nodiscard]] bool SetPosition(int64_t position) override {
         if (position < 0) return false;

@@ -117,5 +117,20 @@ TEST_F(SystemFiles, LastWriteTimeIsInTheFinestUnit) {
     EXPECT_EQ(times[1] - times[0], 7 * unitsPerSecond);
 }
 
+TEST_F(SystemFiles, TellApartAndTakeTurnsWithOthers) {
+    ASSERT_EQ(Open(), OpenResult::opened);
+    const auto status = file->StatusNow();
+    EXPECT_EQ(status, file->StatusAtOpen());
+    EXPECT_EQ(file->TryLock(), LockResult::locked);
+    const auto first = std::move(file);
+    ASSERT_EQ(Open(), OpenResult::opened);
+    EXPECT_EQ(file->StatusNow(), status);
+    EXPECT_EQ(file->TryLock(), LockResult::heldElsewhere);
+    ASSERT_EQ(SystemFileSystem().OpenNarrow(folder.Write("other", {1, 2, 3}), {}, file), OpenResult::opened);
+    EXPECT_NE(std::pair(file->StatusNow().volume, file->StatusNow().number),
+              std::pair(status.volume, status.number));
+    EXPECT_EQ(file->TryLock(), LockResult::locked);
+}
+
 }  // namespace
 }  // namespace vantor::test

@@ -34,7 +34,12 @@ class MemoryFile final : public PlainFile {
     explicit MemoryFile(std::shared_ptr<Contents> contents) : contents_(std::move(contents)) {}
 
     [[nodiscard]] int64_t Size() override { return static_cast<int64_t>(contents_->bytes.size()); }
-    [[nodiscard]] platform::FileStatus StatusAtOpen() override { return {Size(), contents_->lastWriteTime}; }
+    [[nodiscard]] platform::FileStatus StatusAtOpen() override { return StatusNow(); }
+    [[nodiscard]] platform::FileStatus StatusNow() override {
+        return {Size(), contents_->lastWriteTime, 0, contents_->number};
+    }
+    [[nodiscard]] platform::LockResult TryLock() override { return platform::LockResult::unavailable; }
+    [[nodiscard]] bool FlushToDisk() override { return true; }
     [[nodiscard]] bool CutAtPosition() override {
         if (Position() > mostBytes) return false;
         contents_->bytes.resize(static_cast<size_t>(Position()));
@@ -78,7 +83,8 @@ std::string NarrowForm(const std::u16string& name) {
 }  // namespace
 
 void MemoryFileSystem::Put(const std::string& name, Bytes bytes) {
-    files_[name] = std::make_shared<Contents>(Contents{std::move(bytes), NextWriteTime()});
+    files_[name] = std::make_shared<Contents>(Contents{std::move(bytes), NextWriteTime(), 0});
+    files_[name]->number = static_cast<uint64_t>(files_[name]->lastWriteTime);
 }
 
 const Bytes* MemoryFileSystem::Find(const std::string& name) const {

@@ -21,6 +21,7 @@ class MemoryFileSystem final : public platform::FileSystem {
     struct Contents {
         Bytes bytes;
         int64_t lastWriteTime = 0;
+        uint64_t number = 0;  // no other file has it
     };
 
     void Put(const std::string& name, Bytes bytes);

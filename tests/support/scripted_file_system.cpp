@@ -17,6 +17,11 @@ class ScriptedFile final : public PlainFile {
 
     [[nodiscard]] int64_t Size() override { return inner_->Size(); }
     [[nodiscard]] platform::FileStatus StatusAtOpen() override { return inner_->StatusAtOpen(); }
+    [[nodiscard]] platform::FileStatus StatusNow() override { return inner_->StatusNow(); }
+    [[nodiscard]] platform::LockResult TryLock() override { return inner_->TryLock(); }
+    [[nodiscard]] bool FlushToDisk() override {
+        return !system_.Begin(Operation::flush) && inner_->FlushToDisk();
+    }
     [[nodiscard]] bool IsBeingWritten() override { return inner_->IsBeingWritten(); }
     [[nodiscard]] bool SetPosition(int64_t position) override {
         if (unbuffered_ && position % 4096 != 0) return false;  // as on Windows

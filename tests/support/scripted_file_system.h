@@ -19,7 +19,7 @@
 namespace vantor::test {
 
 // Overlapped requests are reads and writes too.
-enum class Operation { open, read, write, seek, cut, remove };
+enum class Operation { open, read, write, seek, cut, remove, flush };
 
 enum class Fault {
     failure,           // nothing is done
@@ -107,8 +107,8 @@ class ScriptedFileSystem final : public platform::FileSystem {
             Fault fault;
             bool andLater;
         };
-        std::map<int64_t, Order> orders[6];
-        int64_t counts[6] = {};
+        std::map<int64_t, Order> orders[7];
+        int64_t counts[7] = {};
         std::optional<int64_t> freeBytes;
         std::vector<OpenRecord> opens;
         std::vector<RequestRecord> reads, writes;
