@@ -39,10 +39,12 @@ std::string RoomOf(const std::string& file) {
     return file.substr(0, file.starts_with("wavehost/") ? file.rfind('/') : file.find('/'));
 }
 
-// What looks into files itself stands on the module's floors up to the containers.
+// What looks into files itself stands on the module's floors up to the containers, and what knows the keys of
+// tags on their tables.
 bool ReachesIntoModule(const std::string& room, const std::string& included) {
     const auto to = moduleFloors.find(included);
-    return room == "wavehost/care" && to != moduleFloors.end() && to->second <= 4;
+    if (to == moduleFloors.end()) return false;
+    return (room == "wavehost/care" && to->second <= 4) || (room == "wavehost/values" && to->second <= 3);
 }
 
 Includes ReadIncludes(const fs::path& root) {

@@ -8,10 +8,6 @@ namespace vantor::wavehost {
 
 namespace {
 
-char Lower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 template <typename Number>
 std::optional<Number> WholeNumber(std::string_view text) {
     Number number{};
@@ -36,10 +32,6 @@ std::string_view Trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r\n";
     text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
     return text.substr(0, text.find_last_not_of(blanks) + 1);
-}
-
-bool EqualIgnoringCase(std::string_view left, std::string_view right) {
-    return std::ranges::equal(left, right, {}, Lower, Lower);
 }
 
 }  // namespace vantor::wavehost

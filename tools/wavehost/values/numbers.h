@@ -1,4 +1,4 @@
-// Numbers and words in texts, whatever the user's language settings.
+// Numbers in texts, whatever the user's language settings.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,5 @@ std::optional<uint64_t> UnsignedOf(std::string_view text);
 std::optional<double> DecimalOf(std::string_view text);
 // Without blanks, tabs and line ends around it.
 std::string_view Trimmed(std::string_view text);
-// Letters of ASCII alone.
-bool EqualIgnoringCase(std::string_view left, std::string_view right);
 
 }  // namespace vantor::wavehost

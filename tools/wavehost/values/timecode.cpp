@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "text/text.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/values/numbers.h"
 
