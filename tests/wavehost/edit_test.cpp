@@ -3,14 +3,13 @@
 #include <fstream>
 #include <thread>
 
+#include "tests/support/tree.h"
 #include "tests/wavehost/run_wavehost.h"
 
 #if !defined(_WIN32)
 #include <sys/resource.h>
 
 #include <csignal>
-
-#include "tests/support/tree.h"
 #endif
 
 namespace vantor::test {

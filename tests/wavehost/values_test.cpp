@@ -1,7 +1,6 @@
 // What is looked at before a tag is written: keys, values, and what stands for them on the command line.
 #include <gmock/gmock.h>
 
-
 #include "tests/support/temp_file.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/values/assignments.h"
