@@ -54,18 +54,8 @@ void KeepName(const char* in, char* out, int32_t outBytes) {
     out[outBytes - 1] = 0;
 }
 
-struct Offered {
-    std::string_view name;
-    void* function;
-};
-
-template <typename Signature>
-Offered Offer(const Service<Signature>& service, Signature* function) {
-    return {service.name, reinterpret_cast<void*>(function)};
-}
-
 void* LookupService(const char* name) {
-    static const Offered services[] = {
+    static const OfferedService services[] = {
         Offer(service::createResampler, &CreateNoResampler),
         Offer(service::formatTime, &FormatNoTime),
         Offer(service::createPeakReader, &FindNoPeaks),
@@ -75,9 +65,7 @@ void* LookupService(const char* name) {
         Offer(service::preferredReadMode, &PreferredReadMode),
         Offer(service::preferredPeakReadMode, &PreferredReadMode),
     };
-    const auto* found = std::find_if(std::begin(services), std::end(services),
-                                     [&](const Offered& service) { return service.name == name; });
-    return found == std::end(services) ? nullptr : found->function;
+    return FindService(services, name);
 }
 
 int32_t RegisterService(const char* key, void* service) {

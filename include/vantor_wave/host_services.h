@@ -6,7 +6,9 @@
 // service are valid for the call alone unless it says otherwise.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace vantor {
 
@@ -21,7 +23,6 @@ template <typename Signature>
 struct Service {
     using Function = Signature*;
     const char* name;
-    bool isMandatory = false;
 };
 
 // How the module shall read a file.
@@ -42,30 +43,31 @@ namespace service {
 
 // A new resampler, the module's to destroy. Null: none can be had; requests at other rates then give no
 // frames.
-inline constexpr Service<Resampler*()> createResampler{"Resampler_Create", true};
+inline constexpr Service<Resampler*()> createResampler{"Resampler_Create"};
 
 // Writes a time as the host shows it, such as "1:02.500", cut to textBytes with its zero.
-inline constexpr Service<void(double seconds, char* text, int32_t textBytes)> formatTime{"format_timestr",
-                                                                                         true};
+inline constexpr Service<void(double seconds, char* text, int32_t textBytes)> formatTime{"format_timestr"};
 
 // A reader of the stored peaks of the file, the module's to destroy. Null: there are none (yet). sampleRate:
 // the file's, rounded. extra: what the host gave to BeginPeakBuild, else 0. A host without peaks answers
 // null.
 inline constexpr Service<PeakReader*(const char* fileName, int32_t sampleRate, int32_t channels,
                                      intptr_t extra)>
-    createPeakReader{"PeakGet_Create", true};
+    createPeakReader{"PeakGet_Create"};
 
 // A builder of the file's peaks, the module's to destroy. It takes over `source`, a source of its own that
 // reads the file, when it is not null; else the module destroys that. isFloat: the samples are floating
 // point, peaks above 1.0 may come. A host without peaks answers null.
 inline constexpr Service<PeakBuilder*(PCM_source* source, const char* fileName, int32_t sampleRate,
                                       int32_t channels, int32_t isFloat)>
-    createPeakBuilder{"PeakBuild_CreateEx", true};
+    createPeakBuilder{"PeakBuild_CreateEx"};
 
 // Turns a file name of a project file into an absolute one: copies it, cut to outBytes, when there is nothing
 // to do. The module gives 4096 bytes.
-inline constexpr Service<void(const char* in, char* out, int32_t outBytes)> resolveFileName{"resolve_fn",
-                                                                                            true};
+inline constexpr Service<void(const char* in, char* out, int32_t outBytes)> resolveFileName{"resolve_fn"};
+
+inline constexpr const char* mandatory[] = {createPeakReader.name, createPeakBuilder.name,
+                                            createResampler.name, formatTime.name, resolveFileName.name};
 
 // -- Not mandatory
 
@@ -121,5 +123,23 @@ inline constexpr Service<void> localizeInitializeDialog{"__localizeInitializeDia
 inline constexpr Service<void> localizePrepareDialog{"__localizePrepareDialog"};
 
 }  // namespace service
+
+// One entry of a host's table of services. Offer holds the function to the type that the module calls.
+struct OfferedService {
+    const char* name;
+    void* function;
+};
+template <typename Signature>
+OfferedService Offer(const Service<Signature>& service, Signature* function) {
+    return {service.name, reinterpret_cast<void*>(function)};
+}
+
+// What LookupService answers: the function of that name in the table, null when it is not there.
+template <std::size_t count>
+void* FindService(const OfferedService (&table)[count], const char* name) {
+    for (const OfferedService& offered : table)
+        if (name && std::strcmp(offered.name, name) == 0) return offered.function;
+    return nullptr;
+}
 
 }  // namespace vantor

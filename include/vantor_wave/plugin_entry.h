@@ -33,9 +33,21 @@ static_assert(sizeof(HostInfo) == 32);
 // int32_t VantorPluginEntry(void* moduleInstance, HostInfo* host), extern "C".
 // moduleInstance: the system's handle of the loaded module (HMODULE on Windows), else null. Answers 1 when
 // all is bound and registered. 0: `host` is null (nothing is done), its version is another, LookupService or
-// RegisterService is null, a mandatory service is missing, or "pcmsrc" was not taken. Nothing says which.
+// RegisterService is null, a mandatory service is missing, or "pcmsrc" was not taken. RefusalReason, below,
+// tells which.
 using EntryFunction = int32_t (*)(void* moduleInstance, HostInfo* host);
 inline constexpr const char* entryName = "VantorPluginEntry";
+
+// Why the entry has answered 0 to this host, in English; a mandatory service that is missing stands there by
+// its name. Valid for ever.
+inline const char* RefusalReason(const HostInfo* host) {
+    if (!host) return "no HostInfo";
+    if (host->callerVersion != hostInterfaceVersion) return "another interface version";
+    if (!host->LookupService) return "no LookupService";
+    for (const char* name : service::mandatory)
+        if (!host->LookupService(name)) return name;
+    return host->RegisterService ? "the host did not take \"pcmsrc\"" : "no RegisterService";
+}
 
 // What priorities mean to CreateByFile and CreateByType. Below ordinaryPriority both answer null.
 inline constexpr int32_t ordinaryPriority = 5;  // 5 and 6: files of the module's own kinds that can be played

@@ -1,6 +1,8 @@
 #include "entry/plugin_entry.h"
 
+#include <algorithm>
 #include <array>
+#include <string_view>
 #include <type_traits>
 
 #include "entry/source_type_handler.h"
@@ -13,7 +15,6 @@ namespace {
 // A service's name and how a looked-up pointer gets into its slot.
 struct Binding {
     const char* name;
-    bool isMandatory;
     void (*store)(HostServices& services, void* function);
 };
 
@@ -21,7 +22,7 @@ template <auto slot, typename Signature>
 constexpr Binding Bind(const Service<Signature>& service) {
     using Function = typename Service<Signature>::Function;
     static_assert(std::is_same_v<decltype(slot), Function HostServices::*>);
-    return {service.name, service.isMandatory, [](HostServices& services, void* function) {
+    return {service.name, [](HostServices& services, void* function) {
                 services.*slot = reinterpret_cast<Function>(function);
             }};
 }
@@ -51,6 +52,11 @@ constexpr std::array boundAfterRegistration = {
     Bind<&HostServices::localizePrepareDialog>(service::localizePrepareDialog),
 };
 
+bool IsMandatory(std::string_view name) {
+    return std::find(std::begin(service::mandatory), std::end(service::mandatory), name) !=
+           std::end(service::mandatory);
+}
+
 // Looks up all of them; false when the host lacks a mandatory one.
 template <typename Bindings>
 bool LookUpAll(const Bindings& bindings, const HostInfo& host) {
@@ -58,7 +64,7 @@ bool LookUpAll(const Bindings& bindings, const HostInfo& host) {
     for (const Binding& binding : bindings) {
         void* function = host.LookupService(binding.name);
         binding.store(Services(), function);
-        if (binding.isMandatory && !function) complete = false;
+        if (!function && IsMandatory(binding.name)) complete = false;
     }
     return complete;
 }

@@ -8,22 +8,8 @@
 
 namespace vantor::wavehost {
 
-namespace {
-
-struct Offered {
-    std::string_view name;
-    void* function;
-};
-
-template <typename Signature>
-Offered Offer(const Service<Signature>& service, Signature* function) {
-    return {service.name, reinterpret_cast<void*>(function)};
-}
-
-}  // namespace
-
 void* LookupHostService(const char* name) {
-    static const Offered services[] = {
+    static const OfferedService services[] = {
         Offer(service::createResampler, &CreateResampler),
         Offer(service::formatTime, &FormatTime),
         Offer(service::createPeakReader, &CreatePeakReader),
@@ -36,9 +22,7 @@ void* LookupHostService(const char* name) {
         Offer(service::preferredPeakReadMode, &PreferredPeakReadMode),
         Offer(service::hiresPeaks, &HiresPeaksFromSource),
     };
-    const auto* found = std::find_if(std::begin(services), std::end(services),
-                                     [&](const Offered& service) { return name && service.name == name; });
-    return found == std::end(services) ? nullptr : found->function;
+    return FindService(services, name);
 }
 
 HostState& Host() {

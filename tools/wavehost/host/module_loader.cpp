@@ -54,7 +54,7 @@ Module LoadModule(const std::string& path) {
     Take(registration::sourceTypes, module.sources);
     Take(registration::createMetadataSource.name, module.createMetadataSource);
     if (accepted != 1 || !module.sources)
-        throw Failure(TextOf(file) + ": the module's entry refused this host");
+        throw Failure(TextOf(file) + ": the module's entry refused this host: " + RefusalReason(&host));
     return module;
 }
 
