@@ -14,23 +14,23 @@ namespace {
 
 using Bytes = std::vector<char>;
 
-Sndfile CreateSndfile(const fs::path& path, int format) {
+Sndfile CreateSndfile(const fs::path& path, int format, int32_t channels = fileChannels) {
     SF_INFO info{};
     info.samplerate = sampleRate;
-    info.channels = fileChannels;
+    info.channels = channels;
     info.format = format;
     Sndfile file(sf_open(path.c_str(), SFM_WRITE, &info));
     if (!file) throw std::runtime_error(path.string() + ": " + sf_strerror(nullptr));
     return file;
 }
 
-// A second of a tone in noise.
-std::vector<double> Signal() {
+// A second of a tone, in noise or alone.
+std::vector<double> Signal(bool isTonal = false) {
     std::minstd_rand random(1);
     std::uniform_real_distribution<double> noise(-0.3, 0.3);
     std::vector<double> samples(size_t{sampleRate} * fileChannels);
     for (size_t i = 0; i < samples.size(); ++i)
-        samples[i] = 0.5 * std::sin(static_cast<double>(i) * 0.02) + noise(random);
+        samples[i] = 0.5 * std::sin(static_cast<double>(i) * 0.02) + (isTonal ? 0 : noise(random));
     return samples;
 }
 
@@ -159,11 +159,28 @@ std::string BenchFolder::AudioFile(const Coding& coding) const {
     const bool isAiff = (coding.sndfileFormat & SF_FORMAT_TYPEMASK) == SF_FORMAT_AIFF;
     const fs::path path = path_ / (std::string(coding.name) + (isAiff ? ".aif" : ".wav"));
     if (fs::exists(path)) return path;
-    const auto signal = Signal();
+    const auto signal = Signal(coding.isTonal);
     const auto file = CreateSndfile(path, coding.sndfileFormat);
     for (int32_t second = 0; second < audioSeconds_; ++second)
         sf_writef_double(file.get(), signal.data(), sampleRate);
     return path;
+}
+
+std::vector<std::string> BenchFolder::Tracks(int count, int32_t channels) const {
+    constexpr int64_t trackSamples = (int64_t{1} << 20) / 3;
+    const fs::path folder = path_ / ("tracks" + std::to_string(channels));
+    fs::create_directory(folder);
+    std::vector<std::string> names;
+    const auto signal = Signal();
+    for (int i = 0; i < count; ++i) {
+        names.push_back(folder / ("track" + std::to_string(i) + ".wav"));
+        if (fs::exists(names.back())) continue;
+        const auto file = CreateSndfile(names.back(), SF_FORMAT_WAV | SF_FORMAT_PCM_24, channels);
+        for (int64_t left = trackSamples / channels * channels; left > 0;)
+            left -= sf_write_double(file.get(), signal.data(),
+                                    std::min<int64_t>(left, int64_t{sampleRate} * channels));
+    }
+    return names;
 }
 
 std::vector<std::string> BenchFolder::TaggedFiles(int count, int64_t audioBytes) const {

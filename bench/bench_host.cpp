@@ -15,6 +15,7 @@ namespace vantor::bench {
 namespace {
 
 using CreateSource = decltype(registration::createMetadataSource)::Function;
+using ReduceFiles = decltype(registration::openFileReduce)::Function;
 
 // The services are plain functions; what they need to know between calls stands here.
 struct HostState {
@@ -22,6 +23,7 @@ struct HostState {
     DiskCounts counts;
     const SourceTypeHandler* sources = nullptr;
     CreateSource createMetadataSource = nullptr;
+    ReduceFiles reduceOpenFiles = nullptr;
 };
 
 HostState& Host() {
@@ -73,6 +75,8 @@ int32_t RegisterService(const char* key, void* service) {
     if (name == registration::sourceTypes) Host().sources = static_cast<const SourceTypeHandler*>(service);
     if (name == registration::createMetadataSource.name)
         Host().createMetadataSource = reinterpret_cast<CreateSource>(service);
+    if (name == registration::openFileReduce.name)
+        Host().reduceOpenFiles = reinterpret_cast<ReduceFiles>(service);
     return 1;
 }
 
@@ -100,6 +104,10 @@ HostPtr<PCM_source> OpenSource(const std::string& fileName) {
 
 HostPtr<PCM_source> OpenMetadataSource(const std::string& fileName) {
     return HostPtr<PCM_source>(Host().createMetadataSource(fileName.c_str()));
+}
+
+void ReduceOpenFiles() {
+    Host().reduceOpenFiles(0);
 }
 
 DiskCounts ReportedDiskCounts() {

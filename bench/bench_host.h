@@ -30,6 +30,9 @@ HostPtr<PCM_source> OpenSource(const std::string& fileName);
 // Null when the file has no header that can be read.
 HostPtr<PCM_source> OpenMetadataSource(const std::string& fileName);
 
+// The module gives back what sources that do not play keep open.
+void ReduceOpenFiles();
+
 // What the module has told the host's disk counters.
 struct DiskCounts {
     int64_t read = 0;

@@ -12,12 +12,11 @@ namespace {
 
 constexpr int32_t quickAudioSeconds = 10;
 
-int RunIdleMeasurement(const char* argument) {
-    char contestant[32], folder[400];
-    int sources = 0;
+int RunMemoryMeasurement(const char* argument) {
+    char contestant[32], work[32], folder[400];
     int files = 0;
-    if (std::sscanf(argument, "%31[^,],%d,%d,%399s", contestant, &sources, &files, folder) != 4) return 2;
-    MeasureIdleMemory(BenchFolder(fs::path(folder)), contestant, sources, files);
+    if (std::sscanf(argument, "%31[^,],%31[^,],%d,%399s", contestant, work, &files, folder) != 4) return 2;
+    MeasureMemory(BenchFolder(fs::path(folder)), contestant, work, files);
     return 0;
 }
 
@@ -36,8 +35,10 @@ int RunRows(std::vector<char*> arguments, bool quick) {
     BenchFolder folder;
     if (quick) folder.SetAudioSeconds(quickAudioSeconds);
     RegisterDecodeRows(folder);
+    RegisterCallbackRows(folder);
     RegisterRandomRows(folder);
     RegisterOpenRows(folder);
+    RegisterMemoryRows(folder);
     RegisterEditRows(folder);
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
@@ -45,12 +46,13 @@ int RunRows(std::vector<char*> arguments, bool quick) {
 }
 
 int Run(std::vector<char*> arguments) {
-    constexpr std::string_view idleOption = "--idle_memory=";
+    constexpr std::string_view memoryOption = "--memory=";
     LoadModule();
     bool quick = false;
     for (size_t i = 1; i < arguments.size();) {
         const std::string_view argument = arguments[i];
-        if (argument.starts_with(idleOption)) return RunIdleMeasurement(arguments[i] + idleOption.size());
+        if (argument.starts_with(memoryOption))
+            return RunMemoryMeasurement(arguments[i] + memoryOption.size());
         if (argument == "--quick") {
             quick = true;
             arguments.erase(arguments.begin() + static_cast<std::ptrdiff_t>(i));

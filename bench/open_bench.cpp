@@ -1,10 +1,8 @@
-// Opening, parsing every tag and closing; and what sources cost that are open and idle.
+// Opening, parsing every tag and closing.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <fstream>
 #include <vector>
 
 #include "bench/raw_reads.h"
@@ -80,68 +78,6 @@ void RegisterMetadataRow(const BenchFolder& folder, const std::string& row, int6
     Register(row, bytesAlone, [=](auto& state) { OpenEach(state, files(), ReadHeaderBytes); });
 }
 
-constexpr int idleSources = 1000;
-
-// KiB a source, as a process of its own prints it.
-double IdleKib(const BenchFolder& folder, const std::string& contestant, int files) {
-    char command[512];
-    std::snprintf(command, sizeof command, "/proc/%d/exe --idle_memory=%s,%d,%d,%s", ::getpid(),
-                  contestant.c_str(), idleSources, files, folder.Path().c_str());
-    const std::unique_ptr<FILE, int (*)(FILE*)> output(::popen(command, "r"), ::pclose);
-    double kib = 0;
-    if (!output || std::fscanf(output.get(), "%lf", &kib) != 1) throw std::runtime_error("no measurement");
-    return kib;
-}
-
-template <typename Open>
-void OpenAndKeep(benchmark::State& state, const FileNames& names, Open open) {
-    for (auto _ : state) {
-        std::vector<decltype(open(names[0]))> opened;
-        for (int i = 0; i < idleSources; ++i)
-            opened.push_back(open(names[static_cast<size_t>(i) % names.size()]));
-        benchmark::DoNotOptimize(opened.data());
-    }
-}
-
-void RegisterIdleRow(const BenchFolder& folder, const std::string& row, int fileCount) {
-    const auto files = [&folder, fileCount] {
-        auto names = folder.TaggedFiles(manyFiles, smallAudioBytes);
-        names.resize(static_cast<size_t>(fileCount));
-        return names;
-    };
-    const auto openModule = [=, &folder](const char* contestant, const ReadSetting& setting) {
-        Register(row, contestant, [=, &folder](auto& state) {
-            SetReadSetting(setting);
-            OpenAndKeep(state, files(), OpenSource);
-            state.counters["KiB resident a source"] = IdleKib(folder, contestant, fileCount);
-        });
-    };
-    openModule(tuned, openingReads);
-    openModule(byDefault, {});
-    Register(row, rival, [=, &folder](auto& state) {
-        OpenAndKeep(state, files(), OpenSndfile);
-        state.counters["KiB resident a source"] = IdleKib(folder, rival, fileCount);
-    });
-}
-
-int64_t ResidentKib() {
-    int64_t total = 0;
-    int64_t resident = 0;
-    std::ifstream("/proc/self/statm") >> total >> resident;
-    return resident * ::getpagesize() / 1024;
-}
-
-template <typename Open>
-double KibAfterOpening(const FileNames& names, int sources, Open open) {
-    std::vector<decltype(open(names[0]))> opened;
-    opened.reserve(static_cast<size_t>(sources) + 1);
-    opened.push_back(open(names.back()));  // pays for what the first one loads
-    const int64_t before = ResidentKib();
-    for (int i = 0; i < sources; ++i)
-        opened.push_back(open(names[static_cast<size_t>(i) % (names.size() - 1)]));
-    return static_cast<double>(ResidentKib() - before) / sources;
-}
-
 }  // namespace
 
 void RegisterOpenRows(const BenchFolder& folder) {
@@ -149,17 +85,6 @@ void RegisterOpenRows(const BenchFolder& folder) {
     RegisterOpenRow(folder, "open 2000 tagged, 10 MB of audio each", largeAudioBytes);
     RegisterMetadataRow(folder, "metadata of 2000 tagged", smallAudioBytes);
     RegisterMetadataRow(folder, "metadata of 2000 tagged, 10 MB of audio", largeAudioBytes);
-    RegisterIdleRow(folder, "1000 sources on 100 files", 100);
-    RegisterIdleRow(folder, "1000 sources on 1000 files", 1000);
-}
-
-void MeasureIdleMemory(const BenchFolder& folder, const std::string& contestant, int sources, int files) {
-    auto names = folder.TaggedFiles(manyFiles, smallAudioBytes);
-    names.resize(static_cast<size_t>(files) + 1);
-    SetReadSetting(contestant == tuned ? ReadSetting(openingReads) : ReadSetting());
-    const double kib = contestant == rival ? KibAfterOpening(names, sources, OpenSndfile)
-                                           : KibAfterOpening(names, sources, OpenSource);
-    std::printf("%.2f\n", kib);
 }
 
 }  // namespace vantor::bench

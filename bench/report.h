@@ -20,6 +20,11 @@ inline constexpr const char* rival = "libsndfile";       // the same work throug
 inline constexpr const char* bytesAlone = "bytes";       // reading the bytes in large pieces, nothing else
 inline constexpr const char* bytesAndDoubles = "limit";  // and writing as many doubles
 
+// Counters of the rows that play in callbacks, in microseconds of processor time.
+inline constexpr const char* firstCallback = "first callback, us";
+inline constexpr const char* medianCallback = "median callback, us";
+inline constexpr const char* slowestCallback = "slowest later callback, us";
+
 class RatioReporter final : public benchmark::ConsoleReporter {
   public:
     RatioReporter() : ConsoleReporter(OO_None) {}

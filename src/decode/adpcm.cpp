@@ -1,5 +1,7 @@
 #include "decode/adpcm.h"
 
+#include <algorithm>
+
 #include "decode/ima_adpcm.h"
 #include "decode/ms_adpcm.h"
 #include "formats/audio_format.h"
@@ -57,8 +59,10 @@ bool DecodeHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChannel*
 size_t BlocksTogether(const AdpcmCoding& coding) {
     // Beyond that it is the memory that counts.
     constexpr int32_t longestBlock = 1 << 13;
-    const bool isShort = coding.blockAlign <= longestBlock;
-    return isShort && coding.encoding == encodingMsAdpcm && coding.channels == 2 ? MsStereoRunsTogether() : 1;
+    constexpr int32_t imaLanes = 4;  // channels decoded side by side, as many as the registers hold
+    if (coding.blockAlign > longestBlock) return 1;
+    if (coding.encoding == encodingMsAdpcm) return coding.channels == 2 ? MsStereoRunsTogether() : 1;
+    return static_cast<size_t>(std::max(1, imaLanes / coding.channels));
 }
 
 void DecodeRounds(const AdpcmCoding& coding, std::span<const AdpcmRun> runs, int64_t count) {
@@ -66,13 +70,9 @@ void DecodeRounds(const AdpcmCoding& coding, std::span<const AdpcmRun> runs, int
         case encodingMsAdpcm:
             return DecodeMsRounds(coding.channels, runs, count);
         case encodingImaAdpcm:
-            for (const AdpcmRun& run : runs)
-                DecodeImaRounds(coding.channels, run.codes, count, run.channels, run.frames);
-            return;
+            return DecodeImaRounds(coding.channels, runs, count);
         case encodingCAdpcm:
-            for (const AdpcmRun& run : runs)
-                DecodeCAdpcmRounds(coding.channels, run.codes, count, run.channels, run.frames);
-            return;
+            return DecodeCAdpcmRounds(coding.channels, runs, count);
         default:
             return;
     }

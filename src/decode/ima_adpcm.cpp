@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <span>
 
 #include "fileio/byte_order.h"
 
@@ -27,21 +29,21 @@ constexpr int32_t Change(int32_t step, int32_t code) {
     return code & 8 ? -magnitude : magnitude;
 }
 
-// What a code does at an index, for every pair of them; the row of an index is its sixteen codes.
-struct Transitions {
-    std::array<int32_t, (lastIndex + 1) * 16> change;    // of the sample
-    std::array<uint16_t, (lastIndex + 1) * 16> nextRow;  // first entry of the next index's row
+// What a code does at an index: both facts come with one line of the cache.
+struct Transition {
+    int32_t change;    // of the sample
+    uint32_t nextRow;  // first entry of the next index's row
 };
 
-constexpr Transitions transitions = [] {
-    Transitions table{};
+// For every index and code; the row of an index is its sixteen codes.
+constexpr auto transitions = [] {
+    std::array<Transition, (lastIndex + 1) * 16> table{};
     for (int32_t index = 0; index <= lastIndex; ++index)
         for (int32_t code = 0; code < 16; ++code) {
-            const auto entry = static_cast<size_t>(index * 16 + code);
             const int32_t next =
                 std::clamp(index + indexChanges[static_cast<size_t>(code & 7)], 0, lastIndex);
-            table.change[entry] = Change(steps[static_cast<size_t>(index)], code);
-            table.nextRow[entry] = static_cast<uint16_t>(next * 16);
+            table[static_cast<size_t>(index * 16 + code)] = {Change(steps[static_cast<size_t>(index)], code),
+                                                             static_cast<uint32_t>(next * 16)};
         }
     return table;
 }();
@@ -52,9 +54,9 @@ struct Lane {
     uint32_t row = 0;
 
     int16_t Step(uint32_t code) {
-        const uint32_t entry = row + code;
-        row = transitions.nextRow[entry];
-        sample += transitions.change[entry];
+        const Transition& transition = transitions[row + code];
+        row = transition.nextRow;
+        sample += transition.change;
         if (sample != static_cast<int16_t>(sample)) [[unlikely]]
             sample = sample < 0 ? -32768 : 32767;
         return static_cast<int16_t>(sample);
@@ -67,46 +69,63 @@ inline uint32_t Code(uint32_t group, int place) {
     return (group >> (bits * place) & ((1u << bits) - 1)) << (4 - bits);
 }
 
-template <int bits>
-void DecodeOne(int32_t channelCount, const uint8_t* groups, int64_t count, AdpcmChannel& channel,
-               int16_t* frames) {
-    Lane lane{channel.sample1, channel.row};
-    for (int64_t round = 0; round < count; ++round) {
-        const uint32_t group = ReadLe32(groups + round * 4 * channelCount);
-#pragma GCC unroll 16
-        for (int place = 0; place < 32 / bits; ++place, frames += channelCount)
-            *frames = lane.Step(Code<bits>(group, place));
-    }
-    channel.sample1 = lane.sample;
-    channel.row = lane.row;
-}
+// One channel of one block.
+struct LaneRun {
+    const uint8_t* groups;
+    AdpcmChannel* channel;
+    int16_t* frames;
+};
 
-// Two channels side by side: their chains of dependent steps overlap in time.
-template <int bits>
-void DecodeStereo(const uint8_t* groups, int64_t count, AdpcmChannel* channels, int16_t* frames) {
-    Lane left{channels[0].sample1, channels[0].row};
-    Lane right{channels[1].sample1, channels[1].row};
-    for (int64_t round = 0; round < count; ++round) {
-        const uint32_t leftGroup = ReadLe32(groups + round * 8);
-        const uint32_t rightGroup = ReadLe32(groups + round * 8 + 4);
-#pragma GCC unroll 16
-        for (int place = 0; place < 32 / bits; ++place, frames += 2) {
-            frames[0] = left.Step(Code<bits>(leftGroup, place));
-            frames[1] = right.Step(Code<bits>(rightGroup, place));
+// Lanes side by side: their chains of dependent steps overlap in time. `channels`: the number of them where
+// it is known when this is compiled, else 0.
+template <int bits, size_t lanes, int32_t channels>
+void DecodeLanes(const LaneRun* runs, int32_t channelCount, int64_t count) {
+    const std::ptrdiff_t stride = channels > 0 ? channels : channelCount;
+    std::array<Lane, lanes> lane;
+    for (size_t i = 0; i < lanes; ++i)
+        lane[i] = {runs[i].channel->sample1, runs[i].channel->row};
+    for (std::ptrdiff_t round = 0; round < count; ++round) {
+        std::array<uint32_t, lanes> group;
+        std::array<int16_t*, lanes> frames;
+        for (size_t i = 0; i < lanes; ++i) {
+            group[i] = ReadLe32(runs[i].groups + round * 4 * stride);
+            frames[i] = runs[i].frames + round * (32 / bits) * stride;
         }
+#pragma GCC unroll 16
+        for (int place = 0; place < 32 / bits; ++place)
+#pragma GCC unroll 4
+            for (size_t i = 0; i < lanes; ++i)
+                frames[i][place * stride] = lane[i].Step(Code<bits>(group[i], place));
     }
-    channels[0].sample1 = left.sample;
-    channels[0].row = left.row;
-    channels[1].sample1 = right.sample;
-    channels[1].row = right.row;
+    for (size_t i = 0; i < lanes; ++i) {
+        runs[i].channel->sample1 = lane[i].sample;
+        runs[i].channel->row = lane[i].row;
+    }
+}
+
+template <int bits, int32_t channels>
+void DecodeTogether(std::span<const LaneRun> runs, int32_t channelCount, int64_t count) {
+    if (runs.size() == 4) return DecodeLanes<bits, 4, channels>(runs.data(), channelCount, count);
+    for (; runs.size() >= 2; runs = runs.subspan(2))
+        DecodeLanes<bits, 2, channels>(runs.data(), channelCount, count);
+    if (!runs.empty()) DecodeLanes<bits, 1, channels>(runs.data(), channelCount, count);
 }
 
 template <int bits>
-void DecodeGroups(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                  int16_t* frames) {
-    if (channelCount == 2) return DecodeStereo<bits>(rounds, count, channels, frames);
-    for (int32_t i = 0; i < channelCount; ++i)
-        DecodeOne<bits>(channelCount, rounds + int64_t{4} * i, count, channels[i], frames + i);
+void DecodeGroups(int32_t channelCount, std::span<const AdpcmRun> runs, int64_t count) {
+    const auto decode = channelCount == 1   ? DecodeTogether<bits, 1>
+                        : channelCount == 2 ? DecodeTogether<bits, 2>
+                                            : DecodeTogether<bits, 0>;
+    std::array<LaneRun, 4> together;
+    size_t taken = 0;
+    for (const AdpcmRun& run : runs)
+        for (int32_t i = 0; i < channelCount; ++i) {
+            together[taken++] = {run.codes + int64_t{4} * i, run.channels + i, run.frames + i};
+            if (taken < together.size()) continue;
+            decode(together, channelCount, count);
+            taken = 0;
+        }
+    decode(std::span(together).first(taken), channelCount, count);
 }
 
 }  // namespace
@@ -120,14 +139,12 @@ void DecodeImaHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChann
     }
 }
 
-void DecodeImaRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                     int16_t* frames) {
-    DecodeGroups<4>(channelCount, rounds, count, channels, frames);
+void DecodeImaRounds(int32_t channelCount, std::span<const AdpcmRun> runs, int64_t count) {
+    DecodeGroups<4>(channelCount, runs, count);
 }
 
-void DecodeCAdpcmRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                        int16_t* frames) {
-    DecodeGroups<2>(channelCount, rounds, count, channels, frames);
+void DecodeCAdpcmRounds(int32_t channelCount, std::span<const AdpcmRun> runs, int64_t count) {
+    DecodeGroups<2>(channelCount, runs, count);
 }
 
 }  // namespace vantor

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "decode/adpcm.h"
 
@@ -14,11 +15,9 @@ void DecodeImaHeader(const AdpcmCoding& coding, const uint8_t* block, AdpcmChann
                      int16_t* frames);
 
 // Rounds of one 4-byte group a channel: eight 4-bit codes, the low nibble of a byte first.
-void DecodeImaRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                     int16_t* frames);
+void DecodeImaRounds(int32_t channelCount, std::span<const AdpcmRun> runs, int64_t count);
 
 // The same with sixteen 2-bit codes, the low bits of a byte first.
-void DecodeCAdpcmRounds(int32_t channelCount, const uint8_t* rounds, int64_t count, AdpcmChannel* channels,
-                        int16_t* frames);
+void DecodeCAdpcmRounds(int32_t channelCount, std::span<const AdpcmRun> runs, int64_t count);
 
 }  // namespace vantor

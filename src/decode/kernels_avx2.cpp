@@ -4,6 +4,8 @@
 
 #include <immintrin.h>
 
+#include "decode/exact_denormals.h"
+
 // The set is asked for function by function, so that the rest of the module runs on any processor.
 #define VANTOR_AVX2 __attribute__((target("avx2")))
 #define VANTOR_AVX2_INLINE __attribute__((target("avx2"), always_inline)) static inline
@@ -138,14 +140,15 @@ VANTOR_AVX2_INLINE void StoreWidened(__m256 singles, double* samples) {
     _mm256_storeu_pd(samples + 4, _mm256_cvtps_pd(_mm256_extractf128_ps(singles, 1)));
 }
 
-VANTOR_AVX2 void ConvertFloat32Little(const uint8_t* stored, double* samples, int64_t count) {
+VANTOR_AVX2 [[gnu::noinline]] void ConvertFloat32Little(const uint8_t* stored, double* samples,
+                                                        int64_t count) {
     int64_t i = 0;
     for (; i + 8 <= count; i += 8)
         StoreWidened(_mm256_castsi256_ps(Load256(stored + 4 * i)), samples + i);
     PlainKernels()[StoredForm::float32Little](stored + 4 * i, samples + i, count - i);
 }
 
-VANTOR_AVX2 void ConvertFloat32Big(const uint8_t* stored, double* samples, int64_t count) {
+VANTOR_AVX2 [[gnu::noinline]] void ConvertFloat32Big(const uint8_t* stored, double* samples, int64_t count) {
     int64_t i = 0;
     for (; i + 8 <= count; i += 8)
         StoreWidened(_mm256_castsi256_ps(Swap32(Load256(stored + 4 * i))), samples + i);
@@ -167,8 +170,8 @@ template <typename... Stored>
 KernelTable TableOf() {
     KernelTable table = PlainKernels();
     ((table[Stored::form] = ConvertIntegers<Stored>), ...);
-    table[StoredForm::float32Little] = ConvertFloat32Little;
-    table[StoredForm::float32Big] = ConvertFloat32Big;
+    table[StoredForm::float32Little] = WithExactDenormals<ConvertFloat32Little>;
+    table[StoredForm::float32Big] = WithExactDenormals<ConvertFloat32Big>;
     table[StoredForm::float64Big] = ConvertFloat64Big;
     return table;
 }

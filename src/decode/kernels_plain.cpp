@@ -39,11 +39,19 @@ double Signed32Little(const uint8_t* stored) {
 double Signed32Big(const uint8_t* stored) {
     return static_cast<int32_t>(ReadBe32(stored)) * scale32;
 }
+// Zeros and denormals by their digits: a thread may have the processor take denormals for zero.
+double Widened(uint32_t single) {
+    constexpr uint32_t exponentBits = 0x7F800000;
+    constexpr uint32_t digitBits = 0x007FFFFF;
+    if (single & exponentBits) return std::bit_cast<float>(single);
+    const double magnitude = (single & digitBits) * 0x1p-149;
+    return single >> 31 ? -magnitude : magnitude;
+}
 double Float32Little(const uint8_t* stored) {
-    return std::bit_cast<float>(ReadLe32(stored));
+    return Widened(ReadLe32(stored));
 }
 double Float32Big(const uint8_t* stored) {
-    return std::bit_cast<float>(ReadBe32(stored));
+    return Widened(ReadBe32(stored));
 }
 
 template <double (*value)(const uint8_t*), int bytes>

@@ -4,6 +4,8 @@
 
 #include <emmintrin.h>
 
+#include "decode/exact_denormals.h"
+
 namespace vantor {
 
 namespace {
@@ -67,7 +69,7 @@ void Convert32(const uint8_t* stored, double* samples, int64_t count) {
 }
 
 template <StoredForm form>
-void ConvertFloat32(const uint8_t* stored, double* samples, int64_t count) {
+[[gnu::noinline]] void ConvertFloat32(const uint8_t* stored, double* samples, int64_t count) {
     int64_t i = 0;
     for (; i + 4 <= count; i += 4) {
         const __m128i words = Load128(stored + 4 * i);
@@ -87,8 +89,8 @@ KernelTable MakeTable() {
     table[StoredForm::signed16Big] = Convert16<StoredForm::signed16Big>;
     table[StoredForm::signed32Little] = Convert32<StoredForm::signed32Little>;
     table[StoredForm::signed32Big] = Convert32<StoredForm::signed32Big>;
-    table[StoredForm::float32Little] = ConvertFloat32<StoredForm::float32Little>;
-    table[StoredForm::float32Big] = ConvertFloat32<StoredForm::float32Big>;
+    table[StoredForm::float32Little] = WithExactDenormals<ConvertFloat32<StoredForm::float32Little>>;
+    table[StoredForm::float32Big] = WithExactDenormals<ConvertFloat32<StoredForm::float32Big>>;
     return table;
 }
 

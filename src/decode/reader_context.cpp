@@ -8,4 +8,10 @@ ReaderContext::ReaderContext(std::unique_ptr<FileReader> fileReader) : reader(st
 
 ReaderContext::~ReaderContext() = default;
 
+void ReleaseMemory(ReaderContext& context) {
+    context.reader->ReleaseBuffers();
+    context.storedBytes = {};
+    context.convertedSamples = {};
+}
+
 }  // namespace vantor

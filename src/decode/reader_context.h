@@ -43,6 +43,9 @@ struct ReaderContext {
     std::vector<double> convertedSamples;   // scratch
 };
 
+// Gives back what can be had again: the reader's buffers and the scratch memory.
+void ReleaseMemory(ReaderContext& context);
+
 // What the source adds to a request.
 struct ReadScope {
     const void* source = nullptr;

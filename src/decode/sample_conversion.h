@@ -1,6 +1,6 @@
 // Stored samples to 64-bit floats: one kernel a stored format, chosen once. Integers become value / full
-// scale without dither or clipping; floats are taken as they are (32-bit ones below 1.2e-38 become 0 where
-// the calling thread has the processor read denormals as zero).
+// scale without dither or clipping; floats are taken as they are, denormals too, whatever mode the calling
+// thread has set the processor to.
 #pragma once
 
 #include <cstdint>

@@ -6,6 +6,7 @@
 #include "fileio/file_name.h"
 #include "fileio/ring_reader.h"
 #include "fileio/staged_reader.h"
+#include "fileio/window_reader.h"
 #include "host/host_services.h"
 
 namespace vantor {
@@ -98,6 +99,8 @@ std::unique_ptr<ReadStrategy> MakeStrategy(ReadState& state, int32_t mode, Buffe
     if (IsOverlapped(mode)) {
         buffer.blockBytes = std::max(buffer.blockBytes, sectorBytes);
         buffer.blocks = std::max<int64_t>(buffer.blocks, 1);
+        if (state.file->IsCached())
+            return std::make_unique<WindowReader>(state, buffer.blockBytes, buffer.blocks);
         return std::make_unique<RingReader>(state, buffer.blockBytes, buffer.blocks, past);
     }
     if (state.size < wholeFileLimit) {

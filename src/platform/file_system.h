@@ -83,6 +83,14 @@ class File {
     // (OpenResult::sharingViolation) it has told already.
     [[nodiscard]] virtual bool IsBeingWritten() { return false; }
 
+    // Where the system holds what files contain in memory of its own (a page cache), a read is a copy, and
+    // needs no request that goes ahead of it. Then ReadAt serves files opened with `overlapped` too.
+    [[nodiscard]] virtual bool IsCached() const { return false; }
+    // Bytes at a place in the file, as Read.
+    [[nodiscard]] virtual int64_t ReadAt(int64_t, void*, uint32_t) { return -1; }
+    // These bytes will soon be wanted: the system may fetch them from a slow disk meanwhile.
+    virtual void Announce(int64_t /*offset*/, int64_t /*bytes*/) {}
+
     // At the file pointer. Read, Write and MapForReading are for files opened without `overlapped`.
     [[nodiscard]] virtual bool SetPosition(int64_t position) = 0;
     [[nodiscard]] virtual int64_t Read(void* destination,

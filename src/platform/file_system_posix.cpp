@@ -18,10 +18,6 @@ namespace vantor::platform {
 
 namespace {
 
-// From this size on a read request is announced to the system; smaller ones are served by the read-ahead that
-// the kernel does by itself.
-constexpr uint32_t announcedBytes = 65536;
-
 class Descriptor {
   public:
     explicit Descriptor(int number) : number_(number) {}
@@ -52,8 +48,7 @@ class PosixView final : public MappedView {
     size_t bytes_;
 };
 
-// A read is only remembered and announced; the bytes are copied out of the page cache when somebody waits for
-// them, so that a block that a seek leaves behind costs nothing.
+// A read is only remembered; the bytes are copied out of the page cache when somebody waits for them.
 struct PosixRequest final : Request {
     int64_t offset = 0;
     void* buffer = nullptr;
@@ -148,6 +143,18 @@ class PosixFile final : public File {
         return false;
     }
 
+    [[nodiscard]] bool IsCached() const override {
+        return true;
+    }
+
+    [[nodiscard]] int64_t ReadAt(int64_t offset, void* destination, uint32_t count) override {
+        return ReadFully(descriptor_.Number(), destination, count, offset, opened_.bytes);
+    }
+
+    void Announce(int64_t offset, int64_t bytes) override {
+        ::posix_fadvise(descriptor_.Number(), offset, bytes, POSIX_FADV_WILLNEED);
+    }
+
     [[nodiscard]] bool SetPosition(int64_t position) override {
         if (position < 0) return false;
         position_ = position;
@@ -190,8 +197,6 @@ class PosixFile final : public File {
         read.buffer = buffer;
         read.count = count;
         read.result = {.state = RequestState::pending};
-        if (count >= announcedBytes)
-            ::posix_fadvise(descriptor_.Number(), offset, count, POSIX_FADV_WILLNEED);
         return read.result;
     }
 

@@ -38,6 +38,7 @@ int32_t Reduce(uint32_t flags) {
             CloseIdleReaders(*state, forced, gentle ? 1 : std::numeric_limits<int32_t>::max());
         released += closed;
         if (gentle && closed > 0) break;
+        ReleaseIdleMemory(*state, tick);
     }
     return released;
 }

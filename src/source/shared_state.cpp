@@ -128,6 +128,13 @@ int32_t CloseIdleReaders(SharedFileState& state, bool forced, int32_t atMost) {
     return closed;
 }
 
+void ReleaseIdleMemory(SharedFileState& state, uint32_t tick) {
+    const std::lock_guard guard(state.lock);
+    for (auto& context : state.idle)
+        if (!context->lastOwner || context->reservedUntil == 0 || !IsReserved(context->reservedUntil, tick))
+            ReleaseMemory(*context);
+}
+
 void ForgetFile(SharedFileState& state) {
     IdleReaders closing;
     const std::lock_guard guard(state.lock);

@@ -52,6 +52,8 @@ std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* so
 void DisownReaders(SharedFileState& state, const void* source);
 // Closes idle readers without an owner, with `forced` those with one too; `atMost` of them. Returns how many.
 int32_t CloseIdleReaders(SharedFileState& state, bool forced, int32_t atMost);
+// Idle readers that nobody reserves any more stay open and give their buffers' memory back.
+void ReleaseIdleMemory(SharedFileState& state, uint32_t tick);
 // The file has been rewritten: closes the idle readers, and the next reader parses it anew.
 void ForgetFile(SharedFileState& state);
 // Takes a file that another process still writes as long as it is now.

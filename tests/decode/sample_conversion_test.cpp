@@ -7,6 +7,10 @@
 #include <cmath>
 #include <memory>
 
+#if defined(__x86_64__)
+#include <xmmintrin.h>
+#endif
+
 #include "decode/kernels.h"
 #include "decode/ulaw_table.h"
 #include "tests/decode/decode_support.h"
@@ -89,18 +93,43 @@ std::vector<uint64_t> Bits(ConvertSamples convert, const Bytes& stored, size_t s
     return bits;
 }
 
-TEST(SampleConversion, EveryInstructionSetGivesTheSameBits) {
+// Takes denormals for zero while it lives, as audio threads do.
+class DenormalsAreZero {
+#if defined(__x86_64__)
+  public:
+    DenormalsAreZero() {
+        _mm_setcsr(mode_ | 0x8040);
+    }
+    ~DenormalsAreZero() {
+        EXPECT_EQ(_mm_getcsr() & 0x8040, 0x8040u);
+        _mm_setcsr(mode_);
+    }
+
+  private:
+    uint32_t mode_ = _mm_getcsr();
+#endif
+};
+
+TEST(SampleConversion, EveryInstructionSetAndThreadGivesTheSameBits) {
     // Noise, and singles among which are signalling NaNs, infinities and denormals of either byte order.
     Bytes stored = ByteWriter().Le32(0x7F800001).Le32(0xFFA12345).Be32(0x7F800001).Be32(0x7FC00001);
-    stored = ByteWriter().Add(stored).Le32(0x7F800000).Be32(0xFF800000).Le32(1).Be32(1).Add(Noise(8192));
+    stored = ByteWriter().Add(stored).Le32(0x7F800000).Be32(0xFF800000).Le32(1).Be32(1).Le32(0x807FFFFF);
+    stored = ByteWriter().Add(stored).Be32(0x807FFFFF).Le32(0x80000000).Add(Noise(8192));
     for (size_t i = 0; i < storedForms; ++i)
         for (const int64_t count : {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 1001})
             for (const size_t shift : {0u, 1u, 3u}) {
                 const auto form = static_cast<StoredForm>(i);
-                const auto plain = Bits(PlainKernels()[form], stored, shift, count, formBytes[i]);
-                EXPECT_EQ(Bits(Sse2Kernels()[form], stored, shift, count, formBytes[i]), plain) << i;
-                if (BestInstructionSet() != InstructionSet::avx2) continue;
-                EXPECT_EQ(Bits(Avx2Kernels()[form], stored, shift, count, formBytes[i]), plain) << i;
+                const auto convert = [&](const KernelTable& kernels) {
+                    return Bits(kernels[form], stored, shift, count, formBytes[i]);
+                };
+                const auto plain = convert(PlainKernels());
+                EXPECT_EQ(convert(Sse2Kernels()), plain) << i;
+                const DenormalsAreZero scope;
+                EXPECT_EQ(convert(PlainKernels()), plain) << i;
+                EXPECT_EQ(convert(Sse2Kernels()), plain) << i;
+                if (BestInstructionSet() == InstructionSet::avx2) {
+                    EXPECT_EQ(convert(Avx2Kernels()), plain) << i;
+                }
             }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <set>
@@ -51,6 +52,7 @@ TEST_F(ReadFile, DeliversItsBytes) {
     for (int round = 0; round < 60; ++round) {
         files.Reset();
         files.HoldRequests(round % 3 != 0);
+        files.ServeFromCache(round % 5 < 2);
         FileReader reader(name, {.mode = static_cast<int32_t>(round % 4) - 1,
                                  .blockBytes = static_cast<int32_t>(upTo(40000)),
                                  .blockCount = static_cast<int32_t>(upTo(4))});
@@ -64,7 +66,7 @@ TEST_F(ReadFile, DeliversItsBytes) {
             const int64_t expected = std::min(count, size - reader.Tell());
             ASSERT_EQ(Deliver(reader, count, upTo(1) == 0), expected);
         }
-        if (!files.Opens()[0].options.unbuffered) continue;
+        if (!files.Opens()[0].options.unbuffered || round % 5 < 2) continue;
         for (const auto& read : files.Reads())
             ASSERT_EQ(read.offset % 8192 + read.count % 8192, 0);
     }
@@ -147,8 +149,51 @@ TEST_F(ReadFile, IsAskedForWhatIsNeeded) {
     }
 }
 
+// Little after a jump, more and more while reading goes on in order; what is there is not asked for again.
+TEST_F(ReadFile, IsAskedForLittleWhereTheSystemHasACache) {
+    const auto name = Write(300000);
+    files.ServeFromCache(true);
+    FileReader reader(name, {.mode = 1, .blockBytes = 262144, .blockCount = 3});
+    for (int request = 0; request < 500; ++request)
+        ASSERT_EQ(Deliver(reader, 600, true), std::min<int64_t>(600, 300000 - reader.Tell()));
+    int64_t expected = 0;
+    for (const auto& read : files.Reads()) {
+        EXPECT_EQ(read.offset, expected);
+        EXPECT_LE(read.count, 65536u);
+        expected += read.count;
+    }
+    EXPECT_EQ(expected, 300000);
+    EXPECT_EQ(files.Reads()[0].count, 4096u);
+    EXPECT_LE(files.Reads().size(), 10u);
+    ASSERT_TRUE(reader.Seek(1000) && reader.Seek(2000));
+    EXPECT_EQ(Deliver(reader, 100), 100);
+    EXPECT_EQ(files.Reads().back(), (RequestRecord{2000, 4096}));
+}
+
+TEST_F(ReadFile, ThatBecomesShorterEndsTheRead) {
+    for (const bool cached : {false, true}) {
+        files.ServeFromCache(cached);
+        const auto name = Write(300000);
+        FileReader reader(name, {.mode = 1, .blockBytes = 8192, .blockCount = 2});
+        EXPECT_EQ(Deliver(reader, 100), 100);
+        std::filesystem::resize_file(name, 100000);
+        EXPECT_LE(Deliver(reader, 200000), 99900);
+        EXPECT_EQ(Deliver(reader, 1), 0);
+        EXPECT_TRUE(reader.HasFailed() && reader.HasMissedBytes());
+    }
+}
+
 TEST_F(ReadFile, AnErrorStaysInReadAheadAlone) {
     const auto name = Write(100000);
+    files.ServeFromCache(true);
+    FileReader window(name, {.mode = 2});
+    files.FailAt(Operation::read, 1, Fault::failure);
+    EXPECT_EQ(Deliver(window, 100), 100);
+    EXPECT_EQ(Deliver(window, 20000), 3996);  // what is buffered
+    ASSERT_TRUE(window.Seek(50000));
+    EXPECT_EQ(Deliver(window, 100), 0);
+    EXPECT_TRUE(window.HasFailed());
+    files.ServeFromCache(false);
     FileReader ring(name, {.mode = 2, .blockBytes = 8192, .blockCount = 2});
     files.FailAt(Operation::read, 1, Fault::failure);
     EXPECT_EQ(Deliver(ring, 100), 100);
@@ -178,6 +223,7 @@ TEST_F(ReadFile, AnErrorStaysInReadAheadAlone) {
 TEST_F(ReadFile, DoesNotHoldAReadUp) {
     const auto name = Write(30000);
     for (const int32_t mode : {INT_MIN, -1, 0, 1, 2, INT_MAX}) {
+        files.ServeFromCache(mode == INT_MAX);
         for (const int32_t blockBytes : {INT_MIN, 0, INT_MAX})
             for (const int32_t blockCount : {INT_MIN, 0, INT_MAX}) {
                 FileReader reader(name, {mode, blockBytes, blockCount});

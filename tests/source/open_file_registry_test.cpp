@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "platform/clock.h"
 #include "source/source_entry.h"
 #include "tests/source/source_support.h"
@@ -81,6 +83,20 @@ TEST_F(OpenFiles, GentleCallsSweepThirtyStatesAndCloseOneReaderAtATime) {
         total += released;
     }
     EXPECT_EQ(total, 40);
+}
+
+// Its bytes are read anew then.
+TEST_F(OpenFiles, AReaderNobodyReservesGivesItsMemoryBack) {
+    const auto source = std::move(Open(1, true)[0]);
+    const auto file = MonoFile(Ramp(8));
+    std::fstream(source->Name(), std::ios::in | std::ios::out | std::ios::binary)
+        .seekp(std::ssize(file) - 6)
+        .write("\0\1", 2);
+    EXPECT_EQ(OpenFileReduce(0), 0);
+    EXPECT_EQ(ReadInts(*source, 4, 1), Numbers(4, 1)) << "reserved for seconds";
+    source->Attachment().state->idle[0]->reservedUntil = platform::TickMilliseconds() - 1;
+    EXPECT_EQ(OpenFileReduce(0), 0);
+    EXPECT_EQ(ReadInts(*source, 5, 1), std::vector<int>{256});
 }
 
 TEST_F(OpenFiles, HiresSourceGoesAfterAMinute) {

@@ -22,7 +22,7 @@ class PlainFile : public platform::File {
     void Abandon(platform::Request& request) override;
 
   protected:
-    [[nodiscard]] virtual int64_t ReadAt(int64_t offset, void* destination, uint32_t count) = 0;
+    [[nodiscard]] int64_t ReadAt(int64_t offset, void* destination, uint32_t count) override = 0;
     [[nodiscard]] virtual platform::WriteResult WriteAt(int64_t offset, const void* source,
                                                         uint32_t count) = 0;
     [[nodiscard]] virtual bool HoldsRequests() const = 0;

@@ -13,9 +13,13 @@ using platform::WriteResult;
 class ScriptedFile final : public PlainFile {
   public:
     ScriptedFile(ScriptedFileSystem& system, std::unique_ptr<File> inner, bool unbuffered)
-        : system_(system), inner_(std::move(inner)), unbuffered_(unbuffered) {}
+        : system_(system),
+          inner_(std::move(inner)),
+          unbuffered_(unbuffered),
+          cached_(system.Get(system.script_.servesFromCache)) {}
 
     [[nodiscard]] int64_t Size() override { return inner_->Size(); }
+    [[nodiscard]] bool IsCached() const override { return cached_; }
     [[nodiscard]] platform::FileStatus StatusAtOpen() override { return inner_->StatusAtOpen(); }
     [[nodiscard]] platform::FileStatus StatusNow() override { return inner_->StatusNow(); }
     [[nodiscard]] platform::LockResult TryLock() override { return inner_->TryLock(); }
@@ -56,6 +60,7 @@ class ScriptedFile final : public PlainFile {
     ScriptedFileSystem& system_;
     std::unique_ptr<File> inner_;
     bool unbuffered_;
+    bool cached_;
 };
 
 void ScriptedFileSystem::FailAt(Operation operation, int64_t index, Fault fault, bool andLater) {

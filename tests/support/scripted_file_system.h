@@ -76,6 +76,8 @@ class ScriptedFileSystem final : public platform::FileSystem {
     void SetFreeBytes(int64_t bytes) { Set(script_.freeBytes, bytes); }
     // While set, overlapped requests stay pending until somebody waits for them.
     void HoldRequests(bool hold) { Set(script_.holdsRequests, hold); }
+    // Files opened from now on serve reads from a page cache.
+    void ServeFromCache(bool cached) { Set(script_.servesFromCache, cached); }
     // Called before every operation from now on.
     void BeforeEach(std::function<void()> look) { Set(script_.beforeEach, std::move(look)); }
     // Forgets faults and records.
@@ -114,6 +116,7 @@ class ScriptedFileSystem final : public platform::FileSystem {
         std::vector<RequestRecord> reads, writes;
         int64_t bytesWritten = 0;
         bool holdsRequests = false;
+        bool servesFromCache = false;
         std::function<void()> beforeEach;
     };
 

@@ -1,0 +1,134 @@
+#include "fileio/window_reader.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <new>
+
+namespace vantor {
+
+namespace {
+
+// Large enough to make few system calls, small enough to stay in the second-level cache until it is
+// converted.
+constexpr int64_t windowBytes = 65536;
+// After a jump: a page costs little more than the bytes that were asked for.
+constexpr int64_t firstStepBytes = 4096;
+// So many bytes and more go to where they are wanted without passing through the window.
+constexpr int64_t directBytes = 16384;
+
+// Streams that start together come to the end of their windows at different times.
+int64_t NextPhase() {
+    constexpr uint32_t phases = 16;
+    static std::atomic<uint32_t> counter = 0;
+    return counter.fetch_add(1, std::memory_order_relaxed) % phases * (windowBytes / phases);
+}
+
+}  // namespace
+
+WindowReader::WindowReader(ReadState& state, int64_t blockBytes, int64_t blockCount)
+    : state_(state),
+      blockBytes_(blockBytes),
+      aheadBytes_(blockBytes * blockCount),
+      phaseBytes_(NextPhase()) {}
+
+int64_t WindowReader::Read(uint8_t* destination, int64_t count) {
+    count = std::min(count, state_.size - state_.position);
+    int64_t delivered = 0;
+    while (delivered < count) {
+        const int64_t missing = count - delivered;
+        if (Left() == 0 && missing >= directBytes) {
+            const int64_t got = Fetch(destination + delivered, state_.position, missing);
+            if (got == 0) break;
+            Discard();
+            state_.position += got;
+            delivered += got;
+        } else if (Left() > 0 || Fill(1)) {
+            const int64_t piece = std::min(missing, Left());
+            std::memcpy(destination + delivered, Advance(piece), static_cast<size_t>(piece));
+            delivered += piece;
+        } else {
+            break;
+        }
+    }
+    return std::max<int64_t>(delivered, 0);
+}
+
+const uint8_t* WindowReader::Lend(int64_t count) {
+    if (count > windowBytes || (count > Left() && !Fill(count))) return nullptr;
+    return Advance(count);
+}
+
+const uint8_t* WindowReader::Advance(int64_t count) {
+    const uint8_t* const bytes = window_.get() + consumed_;
+    consumed_ += count;
+    state_.position += count;
+    return bytes;
+}
+
+// Brings bytes behind those that are left until there are `wanted`, at most a window. False when they do not
+// come.
+bool WindowReader::Fill(int64_t wanted) {
+    if (!window_) window_.reset(new (std::nothrow) uint8_t[windowBytes]);
+    if (!window_) return false;
+    const int64_t left = Left();
+    if (left > 0) std::memmove(window_.get(), window_.get() + consumed_, static_cast<size_t>(left));
+    consumed_ = 0;
+    held_ = left;
+    const int64_t offset = state_.position + left;
+    const int64_t room = std::min(windowBytes - left, state_.size - offset);
+    held_ += Fetch(window_.get() + left, offset, std::min(std::max(NextStep(), wanted - left), room));
+    return held_ >= wanted;
+}
+
+int64_t WindowReader::NextStep() {
+    if (step_ == windowBytes) return step_;
+    step_ = std::clamp(2 * step_, firstStepBytes, windowBytes);
+    return step_ == windowBytes ? windowBytes - phaseBytes_ : step_;
+}
+
+// Bytes that came. None where the file has some by its size is an error, which stays: it has become shorter,
+// or cannot be read.
+int64_t WindowReader::Fetch(uint8_t* destination, int64_t offset, int64_t count) {
+    constexpr int64_t largestRequest = 1 << 30;
+    if (state_.hasFailed || count < 1) return 0;
+    const int64_t got =
+        state_.file->ReadAt(offset, destination, static_cast<uint32_t>(std::min(count, largestRequest)));
+    if (got < 1) {
+        state_.hasFailed = true;
+        return 0;
+    }
+    if (step_ == windowBytes) Announce(offset + got);
+    return got;
+}
+
+// One block at a time, so that no request pays for all of them.
+void WindowReader::Announce(int64_t from) {
+    const int64_t start = std::max(announced_, from);
+    if (start > from + aheadBytes_ - blockBytes_ || start >= state_.size) return;
+    state_.file->Announce(start, blockBytes_);
+    announced_ = start + blockBytes_;
+}
+
+void WindowReader::MoveTo(int64_t position) {
+    const int64_t start = state_.position - consumed_;
+    state_.position = position;
+    if (position >= start && position - start <= held_) {
+        consumed_ = position - start;
+    } else {
+        Discard();
+        step_ = announced_ = 0;
+    }
+}
+
+void WindowReader::Discard() {
+    held_ = consumed_ = 0;
+}
+
+void WindowReader::ReleaseBuffers() {
+    Discard();
+    step_ = announced_ = 0;
+    window_.reset();
+}
+
+}  // namespace vantor
