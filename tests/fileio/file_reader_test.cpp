@@ -171,6 +171,9 @@ TEST_F(ReadFile, IsAskedForLittleWhereTheSystemHasACache) {
 }
 
 TEST_F(ReadFile, ThatBecomesShorterEndsTheRead) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "nobody cuts a file that is open";
+#endif
     for (const bool cached : {false, true}) {
         files.ServeFromCache(cached);
         const auto name = Write(300000);
