@@ -25,6 +25,17 @@ function(vantor_floor name)
     endforeach()
 endfunction()
 
+# The dialogs of a floor's windows go into whatever is linked with it: the linker would leave them in its archive.
+function(vantor_window_resource name)
+    if(NOT WIN32)
+        return()
+    endif()
+    enable_language(RC)
+    add_library(vantor_${name}_resource OBJECT ${CMAKE_SOURCE_DIR}/src/${name}/${name}.rc)
+    target_sources(vantor_${name} INTERFACE $<TARGET_OBJECTS:vantor_${name}_resource>)
+    target_link_libraries(vantor_${name} PUBLIC comctl32 gdi32 user32)
+endfunction()
+
 # The plug-in itself: every floor, one exported symbol.
 function(vantor_module)
     # The top floor goes in as sources: nothing refers to the entry, so the linker would leave it in its archive.

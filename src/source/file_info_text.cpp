@@ -1,5 +1,7 @@
 #include "source/file_info_text.h"
 
+#include <utility>
+
 #include "formats/channel_layout.h"
 #include "host/host_services.h"
 #include "source/shared_state.h"
@@ -47,10 +49,6 @@ const char* EncodingName(int32_t encoding) {
     }
 }
 
-void AddLine(std::string& text, const char* label, const std::string& value) {
-    text.append(Localize(label)).append(": ").append(value).append("\r\n");
-}
-
 std::string Number(double value) {
     return TrimNumber(FixedText(value, 4));
 }
@@ -67,44 +65,60 @@ std::string BitsText(const AudioFormat& format) {
     return partlyUsed ? std::to_string(format.validBits) + " in " + bits : bits;
 }
 
-void AddLoopLines(std::string& text, const AudioFormat& format) {
+void AddLoopRows(std::vector<PropertyRow>& rows, const AudioFormat& format) {
     if (format.loopKind == 0) return;
-    AddLine(text, "Loop", format.loopKind == 1 ? "ACID" : "Apple Loops");
-    if (format.tempo > 0) AddLine(text, "Tempo", Number(format.tempo));
-    if (format.beatCount > 0) AddLine(text, "Beats", std::to_string(format.beatCount));
+    const auto add = [&](const char* label, std::string value) {
+        rows.push_back({Localize("Loop"), Localize(label), std::move(value)});
+    };
+    add("Loop", format.loopKind == 1 ? "ACID" : "Apple Loops");
+    if (format.tempo > 0) add("Tempo", Number(format.tempo));
+    if (format.beatCount > 0) add("Beats", std::to_string(format.beatCount));
     if (format.meter > 0)
-        AddLine(text, "Time signature",
-                std::to_string(format.meter / 256) + "/" + std::to_string(format.meter % 256));
-    if (!format.slicePoints.empty()) AddLine(text, "Slices", std::to_string(format.slicePoints.size()));
-}
-
-void AddMarkerLines(std::string& text, const AudioFormat& format) {
-    for (const Marker& marker : format.markers) {
-        std::string value = std::to_string(marker.id) + ", " + TimeText(marker.start);
-        if (marker.isRegion) value += " - " + TimeText(marker.end);
-        if (marker.name) value += ", " + *marker.name;
-        AddLine(text, marker.isRegion ? "Region" : "Marker", value);
-    }
+        add("Time signature", std::to_string(format.meter / 256) + "/" + std::to_string(format.meter % 256));
+    if (!format.slicePoints.empty()) add("Slices", std::to_string(format.slicePoints.size()));
 }
 
 }  // namespace
 
+std::vector<PropertyRow> FormatRows(const AudioFormat& format, double lengthSeconds) {
+    std::vector<PropertyRow> rows;
+    const auto add = [&](const char* label, std::string value) {
+        rows.push_back({Localize("Format"), Localize(label), std::move(value)});
+    };
+    add("Format", std::string(ContainerName(format.fileKind)) + ", " + EncodingName(format.encoding));
+    add("Channels", ChannelsText(format));
+    add("Sample rate", Number(format.sampleRate) + " Hz");
+    add("Bits per sample", BitsText(format));
+    add("Length", TimeText(lengthSeconds));
+    AddLoopRows(rows, format);
+    return rows;
+}
+
+std::vector<PropertyRow> MarkerRows(const AudioFormat& format) {
+    std::vector<PropertyRow> rows;
+    for (const Marker& marker : format.markers) {
+        std::string value = std::to_string(marker.id) + ", " + TimeText(marker.start);
+        if (marker.isRegion) value += " - " + TimeText(marker.end);
+        if (marker.name) value += ", " + *marker.name;
+        rows.push_back(
+            {Localize("Markers"), Localize(marker.isRegion ? "Region" : "Marker"), std::move(value)});
+    }
+    return rows;
+}
+
+std::string UnplayableText(const AudioFormat& format) {
+    return format.errorMessage ? *format.errorMessage : Localize("Unknown error/status");
+}
+
 std::string FileInfoText(const AudioFormat& format, double lengthSeconds) {
-    if (!IsPlayable(&format))
-        return format.errorMessage ? *format.errorMessage : Localize("Unknown error/status");
+    if (!IsPlayable(&format)) return UnplayableText(format);
     std::string text;
-    AddLine(text, "Format",
-            std::string(ContainerName(format.fileKind)) + ", " + EncodingName(format.encoding));
-    AddLine(text, "Channels", ChannelsText(format));
-    AddLine(text, "Sample rate", Number(format.sampleRate) + " Hz");
-    AddLine(text, "Bits per sample", BitsText(format));
-    AddLine(text, "Length", TimeText(lengthSeconds));
-    AddLoopLines(text, format);
-    AddMarkerLines(text, format);
+    for (const PropertyRow& row : FormatRows(format, lengthSeconds))
+        AppendLine(text, row);
+    for (const PropertyRow& row : MarkerRows(format))
+        AppendLine(text, row);
     if (format.metadata.Count() > 0) text += "\r\n";
-    format.metadata.ForEach([&](const MetadataEntry& entry) {
-        text.append(entry.key).append(": ").append(entry.value).append("\r\n");
-    });
+    format.metadata.ForEach([&](const MetadataEntry& entry) { AppendLine(text, entry.key, entry.value); });
     return text;
 }
 

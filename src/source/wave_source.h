@@ -48,7 +48,7 @@ class PCM_source_wavefile final : public PCM_source {
     double BeatLength() override { return -1.0; }
     int32_t BitDepth() override;
     double PlacementPosition() override;
-    int32_t ShowProperties(void*) override { return 0; }  // the module has no dialog
+    int32_t ShowProperties(void* parentWindow) override;
     void ReadSamples(TransferBlock* block) override;
     void ReadPeaks(PeakRequest* request) override;
     int32_t WriteState(ProjectContext* context) override;

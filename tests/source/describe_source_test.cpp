@@ -1,0 +1,74 @@
+#include "source/describe_source.h"
+
+#include <gtest/gtest.h>
+
+#include "properties/property_list.h"
+#include "tests/source/source_support.h"
+
+namespace vantor::test {
+namespace {
+
+class DescribeSourceTest : public ::testing::Test {
+  protected:
+    // The lines of one group.
+    static std::string Group(const FileProperties& properties, std::string_view group) {
+        std::string text;
+        for (const auto& row : properties.rows)
+            if (row.group == group) AppendLine(text, row);
+        return text;
+    }
+
+    FakeHost host;
+    TempFolder folder;
+};
+
+TEST_F(DescribeSourceTest, AllRowsCopiedAreTheFileInformationText) {
+    for (const char* name : {"markers.wav", "caf-big.caf", "aiff.aif", "extensible-5.1.wav", "pcm8.wav"}) {
+        const auto source = OpenSource(folder.Write(name, SampleFile(name)));
+        const auto properties = DescribeSource(*source);
+        EXPECT_EQ(ClipboardText(properties, ShownRows(properties, "", {})), InfoText(*source)) << name;
+        EXPECT_EQ(properties.status, "");
+        EXPECT_EQ(BaseName(properties.fileName), name);
+    }
+}
+
+TEST_F(DescribeSourceTest, PlaceOnTheTimelineAndSlicesAreTold) {
+    const auto acid =
+        ByteWriter().Chunk("acid", AcidBody{0, 60, 4, 120}).Chunk("strc", SlicesBody({0, 250, 700}));
+    auto source = OpenSource(folder.Write("sliced.wav", MonoFile(Ramp(1000), acid)));
+    auto properties = DescribeSource(*source);
+    EXPECT_EQ(Group(properties, "Slices"),
+              "Slice 1: 0:00.000 (frame 0), Length 0:00.250\r\n"
+              "Slice 2: 0:00.250 (frame 250), Length 0:00.450\r\n"
+              "Slice 3: 0:00.700 (frame 700), Length 0:00.300\r\n");
+    source->SetSliceIndex(1);
+    properties = DescribeSource(*source);
+    EXPECT_EQ(Group(properties, "Slices"), "Slice 2: 0:00.250 (frame 250), Length 0:00.450\r\n");
+    ASSERT_EQ(RequestWrite(*source, source->FileName(), {"BWF:TimeReference=90500"}, mergeTags), 2);
+    Reopen(*source);
+    EXPECT_EQ(Group(DescribeSource(*source), "Timeline"), "Position: 1:30.500 (frame 90500)\r\n");
+}
+
+TEST_F(DescribeSourceTest, WhatCannotBePlayedTellsWhyAndNothingElse) {
+    const auto closed = OpenSource(folder.Path("absent.wav"));
+    EXPECT_EQ(DescribeSource(*closed).status, "File not opened");
+    const auto broken = OpenSource(folder.Write("broken.wav", Bytes(100)));
+    EXPECT_EQ(DescribeSource(*broken).status, InfoText(*broken));
+    const auto source = OpenSource(folder.Write("offline.wav", MonoFile(Ramp(10))));
+    source->SetOnline(false);
+    const auto properties = DescribeSource(*source);
+    EXPECT_EQ(properties.status, "File offline");
+    EXPECT_TRUE(properties.rows.empty());
+}
+
+TEST_F(DescribeSourceTest, TextsAreTheUsersAndKeysTheFiles) {
+    host.localizePrefix = "~";
+    const auto source = OpenSource(folder.Write("tagged.wav", SampleFile("tagged.wav")));
+    const auto properties = DescribeSource(*source);
+    EXPECT_TRUE(
+        Group(properties, "~wave:Format").starts_with("~wave:Format: RIFF WAVE, PCM\r\n~wave:Channels: "));
+    EXPECT_NE(Group(properties, "~wave:Broadcast Wave").find("BWF:Description: "), std::string::npos);
+}
+
+}  // namespace
+}  // namespace vantor::test
