@@ -61,6 +61,7 @@ bool OpenShared(Open open, OpenOptions options, ReadState& state) {
         result = open(options);
     }
     state.isWriteShared = result == OpenResult::opened && options.shareWrite;
+    state.lacksHandle = result == OpenResult::outOfHandles;
     return result == OpenResult::opened;
 }
 
@@ -142,6 +143,10 @@ bool FileReader::IsOpen() const {
     return state_->strategy != nullptr;
 }
 
+bool FileReader::LacksHandle() const {
+    return state_->lacksHandle;
+}
+
 int64_t FileReader::Read(void* destination, int64_t count) {
     if (!IsOpen() || count < 1) return 0;
     state_->RefreshSize(count > state_->size - state_->position);
@@ -200,12 +205,16 @@ bool FileReader::IsWriteShared() {
     return IsOpen() && state_->IsWriteShared();
 }
 
-int64_t FileReader::LastWriteTime() const {
-    return state_->status.lastWriteTime;
-}
-
 const platform::FileStatus& FileReader::Status() const {
     return state_->status;
+}
+
+platform::FileStatus FileReader::StatusNow() {
+    return IsOpen() ? state_->file->StatusNow() : platform::FileStatus{};
+}
+
+int64_t FileReader::NextStored() {
+    return IsOpen() ? std::min(state_->file->NextStored(state_->position), state_->size) : state_->position;
 }
 
 void FileReader::ReleaseBuffers() {

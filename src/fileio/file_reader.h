@@ -36,6 +36,8 @@ class FileReader {
     FileReader& operator=(const FileReader&) = delete;
 
     [[nodiscard]] bool IsOpen() const;
+    // It is not, because the process or the system has no more handles to give.
+    [[nodiscard]] bool LacksHandle() const;
     // Delivers up to `count` bytes at the position and moves it; 0 at the end, on error, or for a count
     // below 1.
     [[nodiscard]] int64_t Read(void* destination, int64_t count);
@@ -63,10 +65,12 @@ class FileReader {
     [[nodiscard]] bool HasMissedBytes() const;
     // Another process is writing the file, as told by opening it or, asked once, by the system.
     [[nodiscard]] bool IsWriteShared();
-    // Of the file as it was opened; see platform::FileStatus. Negative when unknown.
-    [[nodiscard]] int64_t LastWriteTime() const;
+    // Where the first byte from the position on may stand that is not 0; found out without reading.
+    [[nodiscard]] int64_t NextStored();
     // The file as it was opened.
     [[nodiscard]] const platform::FileStatus& Status() const;
+    // The same file as it is now, under whatever name.
+    [[nodiscard]] platform::FileStatus StatusNow();
     // Gives the buffers' memory back until the next read. For a reader that goes idle.
     void ReleaseBuffers();
 

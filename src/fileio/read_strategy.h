@@ -15,6 +15,7 @@ struct ReadState {
     int64_t position = 0;  // next byte to deliver; 0..size after a seek
     bool isWriteShared = false;
     bool knowsWriters = false;  // whether another handle writes the file has been asked
+    bool lacksHandle = false;   // it could not be opened for want of one
     bool hasFailed = false;     // an overlapped read; for good
     bool hasMissedBytes = false;
 
@@ -24,9 +25,12 @@ struct ReadState {
         return isWriteShared;
     }
 
-    // Before bytes are wanted that lie beyond the known size, or not.
+    // Before bytes are wanted that lie beyond the known size, or not. Who wrote the file when it was opened
+    // may have finished by the time that somebody asks.
     void RefreshSize(bool isBeyond) {
-        if (isBeyond ? !IsWriteShared() : !isWriteShared) return;
+        const bool isFirstQuestion = isBeyond && !knowsWriters;
+        if (!isWriteShared && !isFirstQuestion) return;
+        if (isFirstQuestion) (void)IsWriteShared();
         if (const int64_t now = file->Size(); now >= 0) size = now;
     }
 };

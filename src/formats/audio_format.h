@@ -53,7 +53,6 @@ struct AudioFormat {
     int32_t encoding = encodingInteger;
     uint32_t layoutTag = 0;  // CAF numbering; layoutFromMask; 0 none
     uint32_t channelMask = 0;
-    int64_t fileTime = -1;   // when parsed; see FileReader::LastWriteTime
     int64_t fileSize = -1;   // when parsed; -1 never
     int32_t blockAlign = 0;  // bytes a frame, a compressed block, or a CAF packet
     float tempo = 0;         // beats a minute, 0 none
@@ -82,8 +81,8 @@ struct AudioFormat {
     return (bits + 7) / 8;
 }
 
-// Fills the record from an open reader. 0: it describes a playable file (or was already up to date); 1: it
-// does not, and errorMessage, localised, says why.
+// Fills a fresh record from an open reader. 0: it describes a playable file; 1: it does not, and
+// errorMessage, localised, says why.
 int ParseAudioFormat(AudioFormat& format, FileReader& reader);
 
 // Adds a slice position: never closer than 10 ms to the last one, and a 0 in front of a first one further in.

@@ -31,12 +31,13 @@ BodyReader BodyOf(const ContainerWalk& walk, const Chunk& chunk) {
     return {walk.reader, isLast ? static_cast<uint64_t>(walk.reader.Remaining()) : chunk.bodyBytes};
 }
 
-const char* CheckBits(bool isFloat, uint32_t bits) {
+WalkStatus CheckBits(bool isFloat, uint32_t bits) {
     constexpr std::array floatBits{32u, 64u};
     constexpr std::array integerBits{8u, 16u, 20u, 24u, 32u};
     const auto isOneOf = [bits](const auto& list) { return std::ranges::find(list, bits) != list.end(); };
-    if (isFloat) return isOneOf(floatBits) ? nullptr : "CAFF is floating point PCM, but not 32/64 bit";
-    return isOneOf(integerBits) ? nullptr : "CAFF is PCM, but unsupported bit depth";
+    if (isFloat)
+        return isOneOf(floatBits) ? walkGoesOn : WalkStatus("CAFF is floating point PCM, but not 32/64 bit");
+    return isOneOf(integerBits) ? walkGoesOn : WalkStatus("CAFF is PCM, but unsupported bit depth");
 }
 
 int32_t PacketFrameBytes(const AudioFormat& format, int32_t packetBytes, int32_t packetFrames) {
@@ -52,13 +53,13 @@ int32_t PacketFrameBytes(const AudioFormat& format, int32_t packetBytes, int32_t
 // |     20 |     4 | frames a packet                               |
 // |     24 |     4 | channels                                      |
 // |     28 |     4 | bits a channel                                |
-const char* TakeDescription(const uint8_t* desc, AudioFormat& format) {
+WalkStatus TakeDescription(const uint8_t* desc, AudioFormat& format) {
     const double rate = ReadBeDouble(desc);
     if (!(rate > 0) || std::isinf(rate)) return "CAFF has invalid sample rate";
     if (FourCharacters(desc + 8) != "lpcm") return "CAFF has unsupported compressed data type";
     const uint32_t flags = ReadBe32(desc + 12), channels = ReadBe32(desc + 24), bits = ReadBe32(desc + 28);
     if (channels < 1 || channels > mostChannels) return "CAFF channel count invalid";
-    if (const char* message = CheckBits(flags & flagFloat, bits)) return message;
+    if (const auto status = CheckBits(flags & flagFloat, bits); status.IsWrong()) return status;
     // A description that is refused leaves an earlier one as it was.
     format.sampleRate = rate;
     format.encoding = flags & flagFloat ? encodingFloat : encodingInteger;
@@ -69,20 +70,20 @@ const char* TakeDescription(const uint8_t* desc, AudioFormat& format) {
     const bool padded = format.encoding == encodingInteger && packetBytes == 4 * format.channels;
     if (padded && format.bitsPerSample == 24) format.bitsPerSample = 32;
     format.blockAlign = PacketFrameBytes(format, packetBytes, ReadBig<int32_t>(desc + 20));
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadDescription(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadDescription(ContainerWalk& walk, const Chunk& chunk) {
     if (chunk.bodyBytes < descBytes) return "CAFF desc chunk is invalid";
     uint8_t desc[descBytes];
     if (!walk.reader.ReadExactly(desc, sizeof desc)) return "Error reading CAFF desc chunk";
-    if (const char* message = TakeDescription(desc, walk.format)) return message;
+    if (const auto status = TakeDescription(desc, walk.format); status.IsWrong()) return status;
     walk.formatAccepted = true;
-    return nullptr;
+    return walkGoesOn;
 }
 
 // The samples follow an edit count of 4 bytes.
-const char* ReadData(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadData(ContainerWalk& walk, const Chunk& chunk) {
     constexpr int64_t editCountBytes = 4;
     const bool isLast = SignedSize(chunk) == toEndOfFile;
     const int64_t start = chunk.bodyStart + editCountBytes;
@@ -92,19 +93,19 @@ const char* ReadData(ContainerWalk& walk, const Chunk& chunk) {
     walk.dataStart = start;
     walk.dataBytes = bytes;
     walk.openEnded = isLast;
-    return nullptr;
+    return walkGoesOn;
 }
 
 // | offset | width | field                          |
 // |      0 |     4 | layout tag                     |
 // |      4 |     4 | speaker mask                   |
 // |      8 |     4 | number of descriptions (unused) |
-const char* ReadLayout(ContainerWalk& walk, const Chunk&) {
+WalkStatus ReadLayout(ContainerWalk& walk, const Chunk&) {
     uint8_t body[12];
     if (!walk.reader.ReadExactly(body, sizeof body)) return "Error reading CAFF channel layout chunk";
     walk.format.layoutTag = ReadBe32(body);
     walk.format.channelMask = ReadBe32(body + 4);
-    return nullptr;
+    return walkGoesOn;
 }
 
 // | offset | width | field                      |
@@ -112,38 +113,38 @@ const char* ReadLayout(ContainerWalk& walk, const Chunk&) {
 // |      8 |     8 | valid frames               |
 // |     16 |     4 | priming frames             |
 // |     20 |     4 | remainder frames           |
-const char* ReadPacketTable(ContainerWalk& walk, const Chunk&) {
+WalkStatus ReadPacketTable(ContainerWalk& walk, const Chunk&) {
     uint8_t body[24];
-    if (!walk.reader.ReadExactly(body, sizeof body)) return nullptr;
+    if (!walk.reader.ReadExactly(body, sizeof body)) return walkGoesOn;
     walk.format.validFrames = ReadBig<int64_t>(body + 8);
     walk.format.primingFrames = ReadBig<int32_t>(body + 16);
     walk.format.remainderFrames = ReadBig<int32_t>(body + 20);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadInformation(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadInformation(ContainerWalk& walk, const Chunk& chunk) {
     if (!ReadBody(walk.reader, chunk.bodyBytes, walk.scratch)) return "Error reading CAFF info chunk";
     (void)ReadMetadataChunk(walk.scratch, "CAFINFO", walk.format.metadata, chunk.bodyStart);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadMarks(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadMarks(ContainerWalk& walk, const Chunk& chunk) {
     const bool whole = ReadCafMarkers(BodyOf(walk, chunk), walk.format.sampleRate, walk.format.markers);
-    return whole ? nullptr : "Error reading CAFF mark chunk";
+    return whole ? walkGoesOn : WalkStatus("Error reading CAFF mark chunk");
 }
 
-const char* ReadRegions(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadRegions(ContainerWalk& walk, const Chunk& chunk) {
     const bool whole = ReadCafRegions(BodyOf(walk, chunk), walk.format.sampleRate, walk.format.markers);
-    return whole ? nullptr : "Error reading CAFF regn chunk";
+    return whole ? walkGoesOn : WalkStatus("Error reading CAFF regn chunk");
 }
 
-const char* ReadStrings(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadStrings(ContainerWalk& walk, const Chunk& chunk) {
     const bool whole = ReadCafStrings(BodyOf(walk, chunk), walk.cafStrings);
-    return whole ? nullptr : "Error reading CAFF strg chunk";
+    return whole ? walkGoesOn : WalkStatus("Error reading CAFF strg chunk");
 }
 
-const char* Skip(ContainerWalk&, const Chunk&) {
-    return nullptr;
+WalkStatus Skip(ContainerWalk&, const Chunk&) {
+    return walkGoesOn;
 }
 
 // A chunk of a type that only its UUID tells: an XMP packet is read.
@@ -174,24 +175,24 @@ constexpr ChunkHandler<ContainerWalk> handlers[] = {
     {"free", 0, Skip},
 };
 
-const char* ReadChunk(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadChunk(ContainerWalk& walk, const Chunk& chunk) {
     if (const auto* handler = FindHandler(handlers, chunk)) return handler->read(walk, chunk);
     walk.format.metadata.Set(chunk.Id(), {});
     if (chunk.Id() == "uuid") ReadUuid(walk, chunk);
-    return nullptr;
+    return walkGoesOn;
 }
 
 }  // namespace
 
-const char* WalkCaf(ContainerWalk& walk) {
+WalkStatus WalkCaf(ContainerWalk& walk) {
     Chunk chunk;
     do {
         if (!ReadChunkHeader(walk.reader, cafFraming, chunk)) return "Error reading CAFF chunk header";
         if (SignedSize(chunk) < 0) chunk.bodyBytes = 0;
-        if (const char* message = ReadChunk(walk, chunk)) return message;
-        if (SignedSize(chunk) < 0) return nullptr;  // the last chunk, or a size that leads nowhere
+        if (const auto status = ReadChunk(walk, chunk); status.IsWrong()) return status;
+        if (SignedSize(chunk) < 0) return walkGoesOn;  // the last chunk, or a size that leads nowhere
     } while (SeekPastChunk(walk.reader, cafFraming, chunk));
-    return nullptr;
+    return walkGoesOn;
 }
 
 }  // namespace vantor

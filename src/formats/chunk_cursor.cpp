@@ -1,6 +1,7 @@
 #include "formats/chunk_cursor.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -22,6 +23,17 @@ bool IsZero(uint8_t byte) {
     return byte == 0;
 }
 
+// Bytes at the start that are 0, sixteen at a time.
+size_t LeadingZeros(std::span<const uint8_t> bytes) {
+    size_t zeros = 0;
+    for (uint64_t words[2]; zeros + sizeof words <= bytes.size(); zeros += sizeof words) {
+        std::memcpy(words, bytes.data() + zeros, sizeof words);
+        if ((words[0] | words[1]) != 0) break;
+    }
+    return zeros + static_cast<size_t>(std::ranges::find_if_not(bytes.subspan(zeros), IsZero) -
+                                       bytes.subspan(zeros).begin());
+}
+
 }  // namespace
 
 bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chunk) {
@@ -39,15 +51,19 @@ bool IsZeroHeader(std::span<const uint8_t> header) {
     return std::all_of(header.begin(), header.end(), IsZero);
 }
 
+// What the file system has no room for is not read.
 bool SkipZeroHeaders(FileReader& reader, size_t headerBytes) {
-    uint8_t block[6144];  // whole headers of 8 and of 12 bytes
-    const auto wanted = static_cast<int64_t>(sizeof block);
+    uint8_t block[24576];  // whole headers of 8 and of 12 bytes
+    const auto header = static_cast<int64_t>(headerBytes);
+    int64_t wanted = 768;  // a gap between chunks is seldom longer
     for (;;) {
         const int64_t start = reader.Tell();
         const int64_t count = reader.Read(block, wanted);
-        const auto zeros = static_cast<size_t>(std::find_if_not(block, block + count, IsZero) - block);
-        if (count == wanted && zeros == sizeof block) continue;
-        return reader.Seek(start + static_cast<int64_t>(zeros / headerBytes * headerBytes));
+        const auto zeros = static_cast<int64_t>(LeadingZeros({block, static_cast<size_t>(count)}));
+        if (zeros < wanted) return reader.Seek(start + zeros / header * header);
+        wanted = sizeof block;
+        const int64_t hole = reader.NextStored() - reader.Tell();
+        if (hole >= header && !reader.Seek(reader.Tell() + hole / header * header)) return false;
     }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "fileio/file_reader.h"
+#include "formats/walk_status.h"
 
 namespace vantor {
 
@@ -68,12 +69,12 @@ struct BodyReader {
     [[nodiscard]] bool Skip(uint64_t count);
 };
 
-// One line of a container's dispatch table. `read` returns what is wrong with the file, or null to go on.
+// One line of a container's dispatch table. `read` tells what is wrong with the file.
 template <typename Walk>
 struct ChunkHandler {
     std::string_view id;
     uint64_t smallestBody;
-    const char* (*read)(Walk& walk, const Chunk& chunk);
+    WalkStatus (*read)(Walk& walk, const Chunk& chunk);
 };
 
 // The first line for the chunk's id that its body is large enough for; null when there is none.

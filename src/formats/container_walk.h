@@ -7,6 +7,7 @@
 #include "fileio/file_reader.h"
 #include "formats/audio_format.h"
 #include "formats/caf_markers.h"
+#include "formats/walk_status.h"
 
 namespace vantor {
 
@@ -26,15 +27,14 @@ struct ContainerWalk {
 };
 
 // Each reads chunk headers from the reader's position on, fills the record, and returns the first thing that
-// is wrong, in English, or null. To run out of file counts as wrong; the driver knows when it does not
-// matter.
-using WalkFunction = const char* (*)(ContainerWalk& walk);
-const char* WalkRiff(ContainerWalk& walk);  // RIFF WAVE
-const char* WalkRf64(ContainerWalk& walk);  // RF64 and BW64
-const char* WalkWave64(ContainerWalk& walk);
-const char* WalkAiff(ContainerWalk& walk);
-const char* WalkAifc(ContainerWalk& walk);
-const char* Walk8svx(ContainerWalk& walk);
-const char* WalkCaf(ContainerWalk& walk);
+// is wrong. To run out of file counts as wrong; the driver knows when it does not matter.
+using WalkFunction = WalkStatus (*)(ContainerWalk& walk);
+WalkStatus WalkRiff(ContainerWalk& walk);  // RIFF WAVE
+WalkStatus WalkRf64(ContainerWalk& walk);  // RF64 and BW64
+WalkStatus WalkWave64(ContainerWalk& walk);
+WalkStatus WalkAiff(ContainerWalk& walk);
+WalkStatus WalkAifc(ContainerWalk& walk);
+WalkStatus Walk8svx(ContainerWalk& walk);
+WalkStatus WalkCaf(ContainerWalk& walk);
 
 }  // namespace vantor

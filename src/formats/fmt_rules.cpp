@@ -60,7 +60,7 @@ void TakeFields(std::span<const uint8_t> body, AudioFormat& format) {
     format.channelMask = 0;
 }
 
-const char* TakeExtension(std::span<const uint8_t> body, const FmtRules& rules, AudioFormat& format) {
+WalkStatus TakeExtension(std::span<const uint8_t> body, const FmtRules& rules, AudioFormat& format) {
     if (body.size() < extensibleBytes || ReadLe16(body.data() + 16) < extensibleExtension)
         return rules.shortExtension;
     const auto* subFormat = FindSubFormat(body.data() + 24);
@@ -72,10 +72,10 @@ const char* TakeExtension(std::span<const uint8_t> body, const FmtRules& rules, 
         format.channelMask = ReadLe32(body.data() + 20);
         if (format.channelMask != 0) format.layoutTag = layoutFromMask;
     }
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* TakeTag(std::span<const uint8_t> body, const FmtRules& rules, AudioFormat& format) {
+WalkStatus TakeTag(std::span<const uint8_t> body, const FmtRules& rules, AudioFormat& format) {
     switch (format.encoding) {
         case encodingInteger:
         case encodingFloat:
@@ -83,7 +83,7 @@ const char* TakeTag(std::span<const uint8_t> body, const FmtRules& rules, AudioF
         case encodingMsAdpcm:
         case encodingImaAdpcm:
         case encodingCAdpcm:
-            return nullptr;
+            return walkGoesOn;
         case tagExtensible:
             return TakeExtension(body, rules, format);
         case tagMpeg:
@@ -104,7 +104,7 @@ bool IsAnyOf(int32_t value, std::initializer_list<int32_t> list) {
     return std::ranges::find(list, value) != list.end();
 }
 
-const char* CheckParameters(const AudioFormat& format, const FmtRules& rules) {
+WalkStatus CheckParameters(const AudioFormat& format, const FmtRules& rules) {
     constexpr int32_t smallestBlock = 7;
     const int32_t bits = format.bitsPerSample;
     const bool wholeBlock = format.blockAlign >= smallestBlock;
@@ -135,19 +135,19 @@ void TakeCoefficients(std::span<const uint8_t> body, AudioFormat& format) {
 
 }  // namespace
 
-const char* ReadFmt(ContainerWalk& walk, uint64_t bodyBytes, const FmtRules& rules) {
+WalkStatus ReadFmt(ContainerWalk& walk, uint64_t bodyBytes, const FmtRules& rules) {
     AudioFormat& format = walk.format;
     uint8_t bytes[largestFmtRead];
     const std::span<const uint8_t> body(bytes, static_cast<size_t>(std::min(bodyBytes, largestFmtRead)));
     if (!walk.reader.ReadExactly(bytes, static_cast<int64_t>(body.size()))) return rules.shortRead;
     TakeFields(body, format);
-    if (const char* message = TakeTag(body, rules, format)) return message;
+    if (const auto status = TakeTag(body, rules, format); status.IsWrong()) return status;
     if (format.channels < 1) return rules.noChannels;
     WidenBlockAlign(format);
-    if (const char* message = CheckParameters(format, rules)) return message;
+    if (const auto status = CheckParameters(format, rules); status.IsWrong()) return status;
     TakeCoefficients(body, format);
     walk.formatAccepted = true;
-    return nullptr;
+    return walkGoesOn;
 }
 
 }  // namespace vantor

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "formats/container_walk.h"
+#include "formats/walk_status.h"
 
 namespace vantor {
 
@@ -26,8 +27,8 @@ struct FmtRules {
 
 inline constexpr uint64_t smallestFmtBody = 16;
 
-// Reads the body of `bodyBytes` (at least smallestFmtBody) at the reader's position. What is wrong, or null:
-// the format is accepted then.
-const char* ReadFmt(ContainerWalk& walk, uint64_t bodyBytes, const FmtRules& rules);
+// Reads the body of `bodyBytes` (at least smallestFmtBody) at the reader's position. When nothing
+// is wrong, the format is accepted.
+WalkStatus ReadFmt(ContainerWalk& walk, uint64_t bodyBytes, const FmtRules& rules);
 
 }  // namespace vantor

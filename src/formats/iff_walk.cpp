@@ -36,7 +36,7 @@ constexpr Compression compressions[] = {
     {"46LF", false, SampleCode::float64},
 };
 
-const char* TakeCompression(std::string_view type, AudioFormat& format) {
+WalkStatus TakeCompression(std::string_view type, AudioFormat& format) {
     const auto* row = std::ranges::find(compressions, type, &Compression::type);
     if (row == std::end(compressions)) return "AIFC has invalid compressed data type";
     format.bigEndian = row->bigEndian;
@@ -55,7 +55,7 @@ const char* TakeCompression(std::string_view type, AudioFormat& format) {
             format.bitsPerSample = 24;
             break;
     }
-    return nullptr;
+    return walkGoesOn;
 }
 
 // An 80-bit extended float (IEEE 754: sign and exponent 16, mantissa 64 bits) as a whole number of 32 bits:
@@ -75,7 +75,7 @@ uint32_t WholeRate(const uint8_t* extended) {
 // |      6 |     2 | bits a sample                |
 // |      8 |    10 | sample rate, 80-bit float    |
 // |     18 |     4 | AIFC: compression type       |
-const char* TakeCommon(const uint8_t* comm, std::string_view compression, ContainerWalk& walk) {
+WalkStatus TakeCommon(const uint8_t* comm, std::string_view compression, ContainerWalk& walk) {
     AudioFormat& format = walk.format;
     format.channels = ReadBe16(comm);
     format.bitsPerSample = ReadBe16(comm + 6);
@@ -87,15 +87,15 @@ const char* TakeCommon(const uint8_t* comm, std::string_view compression, Contai
         return "AIFF is not 8/16/20/24/32/64 bit";
     if (format.channels < 1) return "AIFF is not >= 1ch";
     if (!compression.empty())
-        if (const char* message = TakeCompression(compression, format)) return message;
+        if (const auto status = TakeCompression(compression, format); status.IsWrong()) return status;
     format.blockAlign = format.channels * WholeBytes(format.bitsPerSample);
     format.sampleRate = WholeRate(comm + 8);
     walk.declaredFrames += LostSizeBits(format.fileSize) / WholeBytes(format.bitsPerSample) / format.channels;
     walk.formatAccepted = true;
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadCommonOf(ContainerWalk& walk, const Chunk& chunk, bool isAifc) {
+WalkStatus ReadCommonOf(ContainerWalk& walk, const Chunk& chunk, bool isAifc) {
     uint8_t comm[24];
     const auto bytes = std::min<uint64_t>(chunk.bodyBytes, sizeof comm);
     if (!walk.reader.ReadExactly(comm, static_cast<int64_t>(bytes))) return "Error reading AIFF COMM chunk";
@@ -103,18 +103,18 @@ const char* ReadCommonOf(ContainerWalk& walk, const Chunk& chunk, bool isAifc) {
     return TakeCommon(comm, hasType ? FourCharacters(comm + commBytes) : std::string_view(), walk);
 }
 
-const char* ReadAiffCommon(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadAiffCommon(ContainerWalk& walk, const Chunk& chunk) {
     return ReadCommonOf(walk, chunk, false);
 }
 
-const char* ReadAifcCommon(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadAifcCommon(ContainerWalk& walk, const Chunk& chunk) {
     return ReadCommonOf(walk, chunk, true);
 }
 
 // | offset | width | field               |
 // |      0 |     4 | offset of the audio |
 // |      4 |     4 | block size (unused) |
-const char* ReadSoundData(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadSoundData(ContainerWalk& walk, const Chunk& chunk) {
     uint8_t header[8];
     if (!walk.reader.ReadExactly(header, sizeof header)) {
         walk.failed = true;
@@ -123,7 +123,7 @@ const char* ReadSoundData(ContainerWalk& walk, const Chunk& chunk) {
     const int64_t offset = int64_t{ReadBe32(header)} + 8;
     walk.dataStart = chunk.bodyStart + offset;
     walk.dataBytes = static_cast<int64_t>(chunk.bodyBytes) - offset;
-    return nullptr;
+    return walkGoesOn;
 }
 
 // Apple Loops.
@@ -132,11 +132,11 @@ const char* ReadSoundData(ContainerWalk& walk, const Chunk& chunk) {
 // |      8 |     2 | root note                  |
 // |     12 |     2 | time signature numerator   |
 // |     14 |     2 | time signature denominator |
-const char* ReadLoop(ContainerWalk& walk, const Chunk&) {
+WalkStatus ReadLoop(ContainerWalk& walk, const Chunk&) {
     uint8_t basc[16];
-    if (!walk.reader.ReadExactly(basc, sizeof basc)) return nullptr;
+    if (!walk.reader.ReadExactly(basc, sizeof basc)) return walkGoesOn;
     const uint32_t beats = ReadBe32(basc + 4);
-    if (beats < 1 || beats > 65535) return nullptr;
+    if (beats < 1 || beats > 65535) return walkGoesOn;
     const int32_t note = ReadBe16(basc + 8);
     const int32_t numerator = ReadBe16(basc + 12);
     const int32_t denominator = ReadBe16(basc + 14);
@@ -146,56 +146,56 @@ const char* ReadLoop(ContainerWalk& walk, const Chunk&) {
     format.beatCount = static_cast<int32_t>(beats);
     if (note >= 48 && note <= 59) format.musicalKey = note % 12;
     if (isMeterPart(numerator) && isMeterPart(denominator)) format.meter = numerator * 256 + denominator;
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadTransients(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadTransients(ContainerWalk& walk, const Chunk& chunk) {
     constexpr SliceTable trns{100, 24, [](const uint8_t* entry) -> int64_t { return ReadBe32(entry + 4); }};
     ReadSlicePoints(walk, chunk.bodyBytes, trns);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadApplication(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadApplication(ContainerWalk& walk, const Chunk& chunk) {
     uint8_t signature[4];
-    if (!walk.reader.ReadExactly(signature, sizeof signature)) return nullptr;
+    if (!walk.reader.ReadExactly(signature, sizeof signature)) return walkGoesOn;
     if (FourCharacters(signature) == "XMP " && ReadBody(walk.reader, chunk.bodyBytes - 4, walk.scratch))
         (void)ReadMetadataChunk(walk.scratch, "XMP", walk.format.metadata, chunk.bodyStart);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* StoreText(ContainerWalk& walk, const Chunk& chunk, std::string_view key) {
+WalkStatus StoreText(ContainerWalk& walk, const Chunk& chunk, std::string_view key) {
     if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
         walk.format.metadata.Set(key,
                                  {reinterpret_cast<const char*>(walk.scratch.data()), walk.scratch.size()});
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadName(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadName(ContainerWalk& walk, const Chunk& chunk) {
     return StoreText(walk, chunk, "IFF:NAME");
 }
 
-const char* ReadAuthor(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadAuthor(ContainerWalk& walk, const Chunk& chunk) {
     return StoreText(walk, chunk, "IFF:AUTH");
 }
 
-const char* ReadCopyright(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadCopyright(ContainerWalk& walk, const Chunk& chunk) {
     return StoreText(walk, chunk, "IFF:COPY");
 }
 
-const char* ReadAnnotation(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadAnnotation(ContainerWalk& walk, const Chunk& chunk) {
     return StoreText(walk, chunk, "IFF:ANNO");
 }
 
-const char* ReadId3(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadId3(ContainerWalk& walk, const Chunk& chunk) {
     if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
         ReadMetadataChunk(walk.scratch, "ID3", walk.format.metadata, chunk.bodyStart);
-    return nullptr;
+    return walkGoesOn;
 }
 
 // | offset | width | field                |
 // |     12 |     2 | samples a second     |
 // |     15 |     1 | compression, 0 none  |
-const char* ReadVoiceHeader(ContainerWalk& walk, const Chunk&) {
+WalkStatus ReadVoiceHeader(ContainerWalk& walk, const Chunk&) {
     uint8_t vhdr[20];
     if (!walk.reader.ReadExactly(vhdr, sizeof vhdr)) return "Error reading 8SVX IFF VHDR chunk";
     if (vhdr[15] != 0) return "8SVX IFF unsupported compression";
@@ -207,14 +207,14 @@ const char* ReadVoiceHeader(ContainerWalk& walk, const Chunk&) {
     format.channels = 1;
     format.blockAlign = 1;
     walk.formatAccepted = true;
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadVoiceBody(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadVoiceBody(ContainerWalk& walk, const Chunk& chunk) {
     walk.dataStart = chunk.bodyStart;
     walk.dataBytes = static_cast<int64_t>(chunk.bodyBytes);
     walk.declaredFrames = static_cast<uint32_t>(chunk.bodyBytes) - 8u;  // modulo 2^32
-    return nullptr;
+    return walkGoesOn;
 }
 
 using Handler = ChunkHandler<ContainerWalk>;
@@ -230,19 +230,19 @@ constexpr Handler aiffHandlers[] = {
 constexpr Handler voiceHandlers[] = {{"VHDR", 20, ReadVoiceHeader}, {"BODY", 0, ReadVoiceBody}};
 
 template <typename FindHandlerOf>
-const char* WalkChunks(ContainerWalk& walk, FindHandlerOf findHandlerOf) {
+WalkStatus WalkChunks(ContainerWalk& walk, FindHandlerOf findHandlerOf) {
     Chunk chunk;
     do {
         if (!ReadChunkHeader(walk.reader, iffFraming, chunk)) return "Error reading AIFF chunk header";
         const Handler* handler = findHandlerOf(chunk);
-        const char* message = handler ? handler->read(walk, chunk) : nullptr;
-        if (message) return message;
+        const WalkStatus status = handler ? handler->read(walk, chunk) : walkGoesOn;
+        if (status.IsWrong()) return status;
     } while (SeekPastChunk(walk.reader, iffFraming, chunk));
-    return nullptr;
+    return walkGoesOn;
 }
 
 template <size_t count>
-const char* WalkAudio(ContainerWalk& walk, const Handler (&formatHandler)[count]) {
+WalkStatus WalkAudio(ContainerWalk& walk, const Handler (&formatHandler)[count]) {
     return WalkChunks(walk, [&](const Chunk& chunk) {
         const Handler* handler = FindHandler(formatHandler, chunk);
         return handler ? handler : FindHandler(aiffHandlers, chunk);
@@ -251,15 +251,15 @@ const char* WalkAudio(ContainerWalk& walk, const Handler (&formatHandler)[count]
 
 }  // namespace
 
-const char* WalkAiff(ContainerWalk& walk) {
+WalkStatus WalkAiff(ContainerWalk& walk) {
     return WalkAudio(walk, aiffFormat);
 }
 
-const char* WalkAifc(ContainerWalk& walk) {
+WalkStatus WalkAifc(ContainerWalk& walk) {
     return WalkAudio(walk, aifcFormat);
 }
 
-const char* Walk8svx(ContainerWalk& walk) {
+WalkStatus Walk8svx(ContainerWalk& walk) {
     return WalkChunks(walk, [](const Chunk& chunk) { return FindHandler(voiceHandlers, chunk); });
 }
 

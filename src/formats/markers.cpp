@@ -57,6 +57,8 @@ void ReadSubChunk(std::string_view id, std::span<const uint8_t> data, double sam
 
 Marker& FindOrCreateMarker(MarkerTable& table, uint32_t id) {
     const auto signedId = static_cast<int32_t>(id);
+    if (table.firstById.size() >= mostCuePoints && !table.firstById.contains(signedId))
+        return table.beyond = Marker();
     const auto [entry, isNew] = table.firstById.try_emplace(signedId, table.markers.size());
     if (isNew) table.markers.emplace_back().id = signedId;
     return table.markers[entry->second];

@@ -18,10 +18,14 @@ inline constexpr size_t longestMarkerName = 511;  // bytes
 // The markers of one walk, found by their ids. While it lives, markers are added through it alone.
 struct MarkerTable {
     std::vector<Marker>& markers;
-    std::map<int32_t, size_t> firstById;  // index of the first marker of an id
+    std::map<int32_t, size_t> firstById{};  // index of the first marker of an id
+    Marker beyond{};                        // takes what is said of markers that are too many
 };
 
-// The first marker of the id, appended when there is none.
+// More cue points than that are not kept: twelve bytes of a file would become a hundred in memory.
+inline constexpr size_t mostCuePoints = 131072;
+
+// The first marker of the id, appended when there is none and room.
 Marker& FindOrCreateMarker(MarkerTable& table, uint32_t id);
 
 // The readers are silent: a body whose sizes do not add up is ignored, or read as far as they do. Without a

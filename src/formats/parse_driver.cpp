@@ -50,12 +50,6 @@ const Container* Recognise(FileReader& reader) {
     return nullptr;
 }
 
-bool IsUpToDate(const AudioFormat& format, int64_t fileTime, int64_t fileSize) {
-    return fileTime >= 0 && fileTime == format.fileTime && fileSize == format.fileSize &&
-           format.bitsPerSample != 0 && format.channels != 0 && format.blockAlign != 0 &&
-           !format.isIncomplete;
-}
-
 // What is played, as of a file that holds nothing.
 void ClearAudio(AudioFormat& format) {
     format.encoding = encodingInteger;
@@ -67,30 +61,6 @@ void ClearAudio(AudioFormat& format) {
     format.blockCodedBytes = 0;
     format.lengthFrames = 0;
     format.lengthCutWhileGrowing = false;
-}
-
-void SetDefaults(AudioFormat& format) {
-    ClearAudio(format);
-    format.bigEndian = false;
-    format.isMpegInWave = false;
-    format.validBits = 0;
-    format.layoutTag = 0;
-    format.channelMask = 0;
-    format.tempo = 0;
-    format.loopKind = 0;
-    format.beatCount = 0;
-    format.beatCountAlt = 0;
-    format.rootNoteOffset = 0;
-    format.hasRootNote = 0;
-    format.musicalKey = -1;
-    format.meter = 0;
-    format.validFrames = 0;
-    format.primingFrames = 0;
-    format.remainderFrames = 0;
-    format.slicePoints.clear();
-    format.markers.clear();
-    format.metadata.Clear();
-    format.msadpcmCoefficients.reset();
 }
 
 bool IsPlayable(const ContainerWalk& walk) {
@@ -128,33 +98,26 @@ int Accept(ContainerWalk& walk) {
     format.lengthFrames = count.frames;
     if (IsAdpcm(format.encoding)) format.blockCodedBytes = walk.dataBytes;
     format.lengthCutWhileGrowing = count.cut && walk.reader.IsWriteShared();
-    format.errorMessage.reset();
     return 0;
 }
 
 int Parse(AudioFormat& format, FileReader& reader) {
-    SetDefaults(format);
     const Container* container = Recognise(reader);
     format.fileKind = container ? container->kind : kindUnknown;
     ContainerWalk walk{.format = format, .reader = reader};
-    const char* message = nullptr;
-    if (container && reader.Seek(container->firstChunk)) message = container->walk(walk);
-    format.isIncomplete = reader.HasMissedBytes() || (message && reader.Remaining() >= smallestChunk);
-    return IsPlayable(walk) ? Accept(walk) : Reject(format, message ? message : WhatIsMissing(walk));
+    WalkStatus status;
+    if (container && reader.Seek(container->firstChunk)) status = container->walk(walk);
+    format.isIncomplete =
+        reader.HasMissedBytes() || (status.IsWrong() && reader.Remaining() >= smallestChunk);
+    return IsPlayable(walk) ? Accept(walk)
+                            : Reject(format, status.IsWrong() ? status.Problem() : WhatIsMissing(walk));
 }
 
 }  // namespace
 
 int ParseAudioFormat(AudioFormat& format, FileReader& reader) {
     (void)reader.Seek(0);
-    const int64_t fileTime = reader.LastWriteTime();
-    const int64_t fileSize = reader.Size();
-    if (IsUpToDate(format, fileTime, fileSize)) {
-        format.errorMessage.reset();
-        return 0;
-    }
-    format.fileTime = fileTime;
-    format.fileSize = fileSize;
+    format.fileSize = reader.Size();
     format.isIncomplete = true;
     try {
         return Parse(format, reader);

@@ -47,18 +47,18 @@ struct RiffWalk {
     std::vector<uint8_t> rf64Markers;  // the body of `r64m`, for after the walk
 };
 
-const char* ReadFormat(RiffWalk& riff, const Chunk& chunk) {
+WalkStatus ReadFormat(RiffWalk& riff, const Chunk& chunk) {
     return ReadFmt(riff.walk, chunk.bodyBytes, fmtRules);
 }
 
-const char* ReadFact(RiffWalk& riff, const Chunk&) {
+WalkStatus ReadFact(RiffWalk& riff, const Chunk&) {
     uint8_t bytes[4];
     if (!riff.walk.reader.ReadExactly(bytes, sizeof bytes)) return "Error reading WAV fact chunk";
     const uint32_t frames = ReadLe32(bytes);
     constexpr auto most = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
     const bool in64 = riff.ds64 && frames == sizeInDs64;
     riff.walk.factFrames = static_cast<int64_t>(in64 ? std::min(riff.ds64->sampleCount, most) : frames);
-    return nullptr;
+    return walkGoesOn;
 }
 
 // | offset | width | field                                                                            |
@@ -82,64 +82,64 @@ void TakeAcid(const uint8_t* body, uint64_t bodyBytes, AudioFormat& format) {
         format.tempo = ReadLeFloat(body + 20);
 }
 
-const char* ReadAcidLoop(RiffWalk& riff, const Chunk& chunk) {
+WalkStatus ReadAcidLoop(RiffWalk& riff, const Chunk& chunk) {
     uint8_t body[24] = {};
     const uint64_t bodyBytes = std::min<uint64_t>(chunk.bodyBytes, sizeof body);
     if (!riff.walk.reader.ReadExactly(body, static_cast<int64_t>(bodyBytes)))
         return "Error reading WAV acid chunk";
     TakeAcid(body, bodyBytes, riff.walk.format);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadSlices(RiffWalk& riff, const Chunk& chunk) {
+WalkStatus ReadSlices(RiffWalk& riff, const Chunk& chunk) {
     constexpr SliceTable strc{28, 32, [](const uint8_t* entry) { return ReadLittle<int64_t>(entry + 8); }};
     ReadSlicePoints(riff.walk, chunk.bodyBytes, strc);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadBroadcast(RiffWalk& riff, const Chunk& chunk) {
+WalkStatus ReadBroadcast(RiffWalk& riff, const Chunk& chunk) {
     ContainerWalk& walk = riff.walk;
     if (ReadBody(walk.reader, std::min(chunk.bodyBytes, largestBext), walk.scratch))
         ReadMetadataChunk(walk.scratch, "BWF", walk.format.metadata, chunk.bodyStart);
-    return nullptr;
+    return walkGoesOn;
 }
 
 // | offset | width | field                |
 // |      0 |     2 | number of tracks     |
 // |      2 |     2 | number of track UIDs |
-const char* ReadTrackCounts(RiffWalk& riff, const Chunk&) {
+WalkStatus ReadTrackCounts(RiffWalk& riff, const Chunk&) {
     uint8_t body[4];
-    if (!riff.walk.reader.ReadExactly(body, sizeof body)) return nullptr;
+    if (!riff.walk.reader.ReadExactly(body, sizeof body)) return walkGoesOn;
     const int tracks = ReadLe16(body);
     const int uids = ReadLe16(body + 2);
-    if (tracks == 0 || tracks > uids) return nullptr;
+    if (tracks == 0 || tracks > uids) return walkGoesOn;
     riff.walk.format.metadata.Set("ADM:numTracks", std::to_string(tracks));
     riff.walk.format.metadata.Set("ADM:numUIDs", std::to_string(uids));
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadCues(RiffWalk& riff, const Chunk& chunk) {
+WalkStatus ReadCues(RiffWalk& riff, const Chunk& chunk) {
     ContainerWalk& walk = riff.walk;
     if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
         ReadCueList(walk.scratch, walk.format.sampleRate, riff.markers);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadSampler(RiffWalk& riff, const Chunk& chunk) {
+WalkStatus ReadSampler(RiffWalk& riff, const Chunk& chunk) {
     ContainerWalk& walk = riff.walk;
     if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
         ReadSamplerLoops(walk.scratch, walk.format.sampleRate, riff.markers);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadList(RiffWalk& riff, const Chunk& chunk) {
+WalkStatus ReadList(RiffWalk& riff, const Chunk& chunk) {
     ContainerWalk& walk = riff.walk;
-    if (!ReadBody(walk.reader, chunk.bodyBytes, walk.scratch)) return nullptr;
-    if (ReadAssociatedData(walk.scratch, walk.format.sampleRate, riff.markers)) return nullptr;
+    if (!ReadBody(walk.reader, chunk.bodyBytes, walk.scratch)) return walkGoesOn;
+    if (ReadAssociatedData(walk.scratch, walk.format.sampleRate, riff.markers)) return walkGoesOn;
     const auto type = FourCharacters(walk.scratch.data());
     if (type == "INFO" || type == "info")
         ReadMetadataChunk(walk.scratch, "INFO", walk.format.metadata, chunk.bodyStart);
-    return nullptr;
+    return walkGoesOn;
 }
 
 constexpr ChunkHandler<RiffWalk> handlers[] = {
@@ -155,7 +155,7 @@ constexpr ChunkHandler<RiffWalk> handlers[] = {
     {"smpl", 4, ReadSampler},
 };
 
-const char* ReadFirstDs64(RiffWalk& riff, const Chunk& chunk) {
+WalkStatus ReadFirstDs64(RiffWalk& riff, const Chunk& chunk) {
     if (chunk.Id() != "ds64") return "RF64 requires ds64 chunk";
     Ds64 ds64;
     switch (ReadDs64(riff.walk.reader, static_cast<uint32_t>(chunk.sizeField), smallestDs64, ds64)) {
@@ -167,7 +167,7 @@ const char* ReadFirstDs64(RiffWalk& riff, const Chunk& chunk) {
             break;
     }
     riff.ds64 = std::move(ds64);
-    return nullptr;
+    return walkGoesOn;
 }
 
 // Notes where the audio lies and makes the chunk's size that of the audio, for the step to the next one.
@@ -187,47 +187,47 @@ void Catalogue(RiffWalk& riff, const Chunk& chunk) {
                    riff.walk.format.metadata);
 }
 
-const char* ReadChunk(RiffWalk& riff, Chunk& chunk) {
+WalkStatus ReadChunk(RiffWalk& riff, Chunk& chunk) {
     if (riff.is64 && !riff.ds64) return ReadFirstDs64(riff, chunk);
     if (chunk.Id() == "data") {
         TakeData(riff, chunk);
-        return nullptr;
+        return walkGoesOn;
     }
     if (riff.ds64)
         chunk.bodyBytes = SizeFromTable(*riff.ds64, chunk.Id(), static_cast<uint32_t>(chunk.sizeField));
     if (riff.is64 && chunk.Id() == "r64m") {
         if (!ReadBody(riff.walk.reader, chunk.bodyBytes, riff.rf64Markers)) riff.rf64Markers.clear();
-        return nullptr;
+        return walkGoesOn;
     }
     if (const auto* handler = FindHandler(handlers, chunk)) return handler->read(riff, chunk);
     Catalogue(riff, chunk);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* WalkChunks(RiffWalk& riff) {
+WalkStatus WalkChunks(RiffWalk& riff) {
     FileReader& reader = riff.walk.reader;
     Chunk chunk;
     do {
         if (!ReadChunkHeader(reader, riffFraming, chunk)) return "Error reading WAV chunk header";
-        if (const char* message = ReadChunk(riff, chunk)) return message;
+        if (const auto status = ReadChunk(riff, chunk); status.IsWrong()) return status;
     } while (SeekPastChunk(reader, riffFraming, chunk));
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* WalkFile(ContainerWalk& walk, bool is64) {
+WalkStatus WalkFile(ContainerWalk& walk, bool is64) {
     RiffWalk riff{walk, is64, {}, {walk.format.markers, {}}, {}};
-    const char* message = WalkChunks(riff);
+    const WalkStatus status = WalkChunks(riff);
     ReadRf64Markers(riff.rf64Markers, walk.format.sampleRate, walk.format.markers);
-    return message;
+    return status;
 }
 
 }  // namespace
 
-const char* WalkRiff(ContainerWalk& walk) {
+WalkStatus WalkRiff(ContainerWalk& walk) {
     return WalkFile(walk, false);
 }
 
-const char* WalkRf64(ContainerWalk& walk) {
+WalkStatus WalkRf64(ContainerWalk& walk) {
     return WalkFile(walk, true);
 }
 

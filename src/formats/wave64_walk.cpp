@@ -48,32 +48,32 @@ int64_t SignedBytes(uint64_t bytes) {
     return static_cast<int64_t>(std::min<uint64_t>(bytes, std::numeric_limits<int64_t>::max()));
 }
 
-const char* ReadBroadcast(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadBroadcast(ContainerWalk& walk, const Chunk& chunk) {
     if (ReadBody(walk.reader, std::min(chunk.bodyBytes, largestBext), walk.scratch))
         ReadMetadataChunk(walk.scratch, "BWF", walk.format.metadata, chunk.bodyStart);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadFact(ContainerWalk& walk, const Chunk&) {
+WalkStatus ReadFact(ContainerWalk& walk, const Chunk&) {
     uint8_t bytes[8];
     if (!walk.reader.ReadExactly(bytes, sizeof bytes)) return "Error reading w64 fact chunk";
     walk.factFrames = SignedBytes(ReadLe64(bytes));
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadData(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadData(ContainerWalk& walk, const Chunk& chunk) {
     walk.dataStart = chunk.bodyStart;
     walk.dataBytes = SignedBytes(chunk.bodyBytes);
-    return nullptr;
+    return walkGoesOn;
 }
 
-const char* ReadFormat(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadFormat(ContainerWalk& walk, const Chunk& chunk) {
     return ReadFmt(walk, chunk.bodyBytes, fmtRules);
 }
 
-const char* ReadCues(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadCues(ContainerWalk& walk, const Chunk& chunk) {
     ReadWave64Cues(walk.reader, chunk.bodyBytes, walk.format.sampleRate, walk.format.markers);
-    return nullptr;
+    return walkGoesOn;
 }
 
 constexpr ChunkHandler<ContainerWalk> handlers[] = {
@@ -81,24 +81,24 @@ constexpr ChunkHandler<ContainerWalk> handlers[] = {
     {"fmt ", smallestFmtBody, ReadFormat}, {"cue ", 0, ReadCues},
 };
 
-const char* ReadChunk(ContainerWalk& walk, const Chunk& chunk) {
+WalkStatus ReadChunk(ContainerWalk& walk, const Chunk& chunk) {
     if (chunk.sizeField < headerBytes) return "Invalid w64 chunk length (<24)";
-    if (!IsRiffChunk(chunk)) return nullptr;
+    if (!IsRiffChunk(chunk)) return walkGoesOn;
     if (const auto* handler = FindHandler(handlers, chunk)) return handler->read(walk, chunk);
     CatalogueChunk(walk.reader, chunk.header.data(), chunk.bodyStart, static_cast<uint32_t>(chunk.bodyBytes),
                    walk.scratch, walk.format.metadata);
-    return nullptr;
+    return walkGoesOn;
 }
 
 }  // namespace
 
-const char* WalkWave64(ContainerWalk& walk) {
+WalkStatus WalkWave64(ContainerWalk& walk) {
     Chunk chunk;
     do {
         if (!ReadChunkHeader(walk.reader, wave64Framing, chunk)) return "Error reading w64 chunk header";
-        if (const char* message = ReadChunk(walk, chunk)) return message;
+        if (const auto status = ReadChunk(walk, chunk); status.IsWrong()) return status;
     } while (SeekPastChunk(walk.reader, wave64Framing, chunk));
-    return nullptr;
+    return walkGoesOn;
 }
 
 }  // namespace vantor

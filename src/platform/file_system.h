@@ -24,7 +24,7 @@ struct OpenOptions {
     bool writeThrough = false;
 };
 
-enum class OpenResult { opened, sharingViolation, failed };
+enum class OpenResult { opened, sharingViolation, outOfHandles, failed };
 enum class RequestState { pending, done, failed };
 enum class WriteError { none, diskFull, other };
 enum class LockResult {
@@ -88,6 +88,9 @@ class File {
     [[nodiscard]] virtual bool IsCached() const { return false; }
     // Bytes at a place in the file, as Read.
     [[nodiscard]] virtual int64_t ReadAt(int64_t, void*, uint32_t) { return -1; }
+    // The first byte from `offset` on that is not known to be a zero the file system has no room for (a
+    // hole).
+    [[nodiscard]] virtual int64_t NextStored(int64_t offset) { return offset; }
     // These bytes will soon be wanted: the system may fetch them from a slow disk meanwhile.
     virtual void Announce(int64_t /*offset*/, int64_t /*bytes*/) {}
 

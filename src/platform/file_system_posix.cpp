@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <optional>
@@ -151,6 +152,15 @@ class PosixFile final : public File {
         return ReadFully(descriptor_.Number(), destination, count, offset, opened_.bytes);
     }
 
+    [[nodiscard]] int64_t NextStored(int64_t offset) override {
+#ifdef SEEK_DATA
+        const off_t stored = ::lseek(descriptor_.Number(), offset, SEEK_DATA);
+        if (stored >= 0) return stored;
+        if (errno == ENXIO) return std::max(offset, Size());  // nothing but a hole up to the end
+#endif
+        return offset;
+    }
+
     void Announce(int64_t offset, int64_t bytes) override {
         ::posix_fadvise(descriptor_.Number(), offset, bytes, POSIX_FADV_WILLNEED);
     }
@@ -293,6 +303,7 @@ class PosixFileSystem final : public FileSystem {
     [[nodiscard]] OpenResult OpenNarrow(const std::string& name, const OpenOptions& options,
                                         std::unique_ptr<File>& file) override {
         auto descriptor = OpenDescriptor(name.c_str(), OpenFlags(options));
+        if (descriptor.Number() < 0 && (errno == EMFILE || errno == ENFILE)) return OpenResult::outOfHandles;
         const auto status = RegularFileStatus(descriptor.Number());
         if (!status) return OpenResult::failed;
         file = std::make_unique<PosixFile>(std::move(descriptor), *status);
@@ -310,7 +321,7 @@ class PosixFileSystem final : public FileSystem {
 }  // namespace
 
 FileSystem& SystemFileSystem() {
-    static PosixFileSystem fileSystem;
+    static auto& fileSystem = *new PosixFileSystem;  // there until the process is gone
     return fileSystem;
 }
 

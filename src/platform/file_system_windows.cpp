@@ -223,8 +223,10 @@ DWORD FlagsOf(const OpenOptions& options) {
 OpenResult TakeOpened(HANDLE opened, std::unique_ptr<File>& file) {
     const DWORD error = GetLastError();
     Handle handle(opened);
-    if (!handle.Get())
+    if (!handle.Get()) {
+        if (error == ERROR_TOO_MANY_OPEN_FILES) return OpenResult::outOfHandles;
         return error == ERROR_SHARING_VIOLATION ? OpenResult::sharingViolation : OpenResult::failed;
+    }
     file = std::make_unique<WindowsFile>(std::move(handle));
     return OpenResult::opened;
 }
@@ -262,7 +264,7 @@ class WindowsFileSystem final : public FileSystem {
 }  // namespace
 
 FileSystem& SystemFileSystem() {
-    static WindowsFileSystem fileSystem;
+    static auto& fileSystem = *new WindowsFileSystem;  // there until the process is gone
     return fileSystem;
 }
 

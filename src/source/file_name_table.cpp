@@ -25,7 +25,7 @@ struct NameTable {
 };
 
 NameTable& Names() {
-    static NameTable table;
+    static auto& table = *new NameTable;  // there until the process is gone, as its names may be
     return table;
 }
 

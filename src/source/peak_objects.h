@@ -5,17 +5,45 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 #include "vantor_wave/host_interface.h"
 
 namespace vantor {
 
-// A host object that several threads may hold; `use` is locked around a call into it.
+// A host object that several threads may hold; every call into it is made through a HostCall.
 template <typename T>
 struct SharedHostObject {
     explicit SharedHostObject(T* hostObject) : object(hostObject) {}
     HostPtr<T> object;
     std::mutex use;
+    std::atomic<std::thread::id> user{};  // the thread that holds `use`
+};
+
+// One call at a time. An object that calls its own source, which would call it again, is not entered twice.
+template <typename T>
+class HostCall {
+  public:
+    explicit HostCall(SharedHostObject<T>& shared)
+        : shared_(shared), isNested_(shared.user == std::this_thread::get_id()) {
+        if (isNested_) return;
+        shared_.use.lock();
+        shared_.user = std::this_thread::get_id();
+    }
+    ~HostCall() {
+        if (isNested_) return;
+        shared_.user = std::thread::id();
+        shared_.use.unlock();
+    }
+    HostCall(const HostCall&) = delete;
+    HostCall& operator=(const HostCall&) = delete;
+
+    // Null in a nested call.
+    [[nodiscard]] T* Object() const { return isNested_ ? nullptr : shared_.object.Get(); }
+
+  private:
+    SharedHostObject<T>& shared_;
+    bool isNested_;
 };
 
 using SharedPeakReader = std::shared_ptr<SharedHostObject<PeakReader>>;

@@ -37,28 +37,56 @@ std::unique_ptr<ReaderContext> TakeIdleReader(IdleReaders& idle, const void* sou
     return context;
 }
 
-bool DescribesFile(const AudioFormat& format, FileReader& reader) {
-    const int64_t fileTime = reader.LastWriteTime();
-    return IsPlayable(&format) && !format.isIncomplete && fileTime >= 0 && format.fileTime == fileTime &&
-           format.fileSize == reader.Size();
+// The file is still the one that was parsed, but for what a recorder has added.
+bool StillDescribes(const SharedFileState& state, FileReader& reader) {
+    const auto& parsed = state.parsed;
+    const auto& opened = reader.Status();
+    if (opened == parsed) return true;
+    const bool isSameFile = opened.volume == parsed.volume && opened.number == parsed.number;
+    return isSameFile && opened.bytes >= parsed.bytes && state.format->lengthCutWhileGrowing &&
+           reader.IsWriteShared();
+}
+
+// A parse from before the first source came is used again for the very same file alone.
+bool MustParse(const SharedFileState& state, FileReader& reader) {
+    if (!state.format) return true;
+    if (!state.needsParse) return !StillDescribes(state, reader);
+    return !IsPlayable(state.format.get()) || state.format->isIncomplete || state.parsed.lastWriteTime < 0 ||
+           reader.Status() != state.parsed;
 }
 
 void Parse(SharedFileState& state, FileReader& reader) {
-    if (!state.format || !DescribesFile(*state.format, reader)) {
-        auto format = std::make_shared<AudioFormat>();
-        const bool failed = ParseAudioFormat(*format, reader) != 0;
-        state.format = std::move(format);
-        state.needsParse = failed || reader.HasMissedBytes();
-        state.idle.clear();  // readers of the bytes before
+    auto format = std::make_shared<AudioFormat>();
+    const bool failed = ParseAudioFormat(*format, reader) != 0;
+    state.format = std::move(format);
+    state.parsed = reader.Status();
+    state.needsParse = failed || reader.HasMissedBytes();
+    state.idle.clear();  // readers of the bytes before
+}
+
+// False when a file that could be played cannot be by this parse: it may have been met in the middle of an
+// edit.
+bool TakeFormat(SharedFileState& state, FileReader& reader) {
+    if (MustParse(state, reader)) {
+        Parse(state, reader);
     } else {
         state.needsParse = false;
     }
+    return IsPlayable(state.format.get()) || !state.wasPlayable;
 }
 
+// Null when the file cannot be opened.
 std::unique_ptr<ReaderContext> OpenReader(SharedFileState& state) {
-    auto reader = std::make_unique<FileReader>(state.fileName, PreferredReadParameters(state.purpose));
-    if (!reader->IsOpen()) return nullptr;
-    if (!state.format || state.needsParse) Parse(state, *reader);
+    constexpr int mostTries = 4;
+    std::unique_ptr<FileReader> reader;
+    bool isTaken = false;
+    for (int tries = 0; !isTaken && tries < mostTries; ++tries) {
+        reader = std::make_unique<FileReader>(state.fileName, PreferredReadParameters(state.purpose));
+        state.lacksHandle = reader->LacksHandle();
+        if (!reader->IsOpen()) return nullptr;
+        isTaken = TakeFormat(state, *reader);
+    }
+    state.wasPlayable = IsPlayable(state.format.get());
     return std::make_unique<ReaderContext>(std::move(reader));
 }
 
@@ -96,11 +124,13 @@ void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, 
 
 std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* source) {
     const std::lock_guard guard(state.lock);
-    if (!state.hasReaders) {
-        auto lent = AcquireReader(state, source);
-        if (!lent.context) return nullptr;
-        lent.context->reader->ReleaseBuffers();
-        ReleaseReader(state, std::move(lent), source, 0);
+    const bool isChanged = !state.idle.empty() && state.idle.back()->reader->StatusNow() != state.parsed;
+    if (!state.hasReaders || isChanged) {
+        if (isChanged) state.idle.pop_back();  // the new one takes its place
+        auto context = OpenReader(state);
+        if (!context) return nullptr;
+        context->reader->ReleaseBuffers();
+        ReleaseReader(state, {std::move(context), state.format}, source, 0);
     }
     return state.format;
 }

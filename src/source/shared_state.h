@@ -1,6 +1,7 @@
 // What all sources of one file and purpose share: the parsed format and the idle readers.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -28,9 +29,12 @@ struct SharedFileState {
     bool attached = true;                 // some source is; readers and peak objects that come later go
     bool hasReaders = false;              // one was opened since the first source came
     bool needsParse = true;               // until a parse succeeds
+    bool wasPlayable = false;             // by the last parse
+    platform::FileStatus parsed;          // the file that `format` describes, as it was opened
     std::shared_ptr<AudioFormat> format;  // a parse of changed bytes makes a new one: others may read the old
     std::vector<std::unique_ptr<ReaderContext>> idle;  // the list's head is the last element
 
+    std::atomic<bool> lacksHandle = false;  // the last reader could not be opened for want of one
     PeakObjects peaks;
     std::mutex rewriting;  // held while the file is rewritten; taken before `lock`
 };
@@ -41,12 +45,13 @@ struct LentReader {
     std::shared_ptr<AudioFormat> format;
 };
 
-// Takes an idle reader, or opens one; parses the file when no parse of it has succeeded.
+// Takes an idle reader, or opens one; parses the file when no parse of it has succeeded, or when it is not
+// the one that was parsed: replaced, or changed otherwise than by growing under a recorder.
 LentReader AcquireReader(SharedFileState& state, const void* source);
 // Gives it back, reserved for `source` for `holdMilliseconds` (0: not reserved).
 void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, uint32_t holdMilliseconds);
-// Makes sure that the file was opened since the first source came. Null when it cannot be, even if its format
-// is known from before.
+// For a source that opens the file: makes sure that it was opened since the first source came, and parsed as
+// it is now. Null when it cannot be, even if its format is known from before.
 std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* source);
 // Idle readers that name `source` as their owner become anybody's.
 void DisownReaders(SharedFileState& state, const void* source);

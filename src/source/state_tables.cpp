@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <list>
+#include <map>
 #include <utility>
 
 #include "fileio/file_name.h"
@@ -10,16 +13,53 @@ namespace vantor {
 
 namespace {
 
-using States = std::vector<std::shared_ptr<SharedFileState>>;
+using State = std::shared_ptr<SharedFileState>;
+using States = std::vector<State>;
+
+struct NameBelow {
+    bool operator()(std::string_view left, std::string_view right) const {
+        return CompareFileNames(left, right) < 0;
+    }
+};
+
+// States whose last source has gone: opened again, a file that has not changed needs no parse. A bounded
+// number of them, for a host may look into any number of files once.
+class RememberedStates {
+  public:
+    // Null when there is none of the name.
+    State Take(std::string_view fileName) {
+        const auto place = byName_.find(fileName);
+        if (place == byName_.end()) return nullptr;
+        State state = std::move(*place->second);
+        states_.erase(place->second);
+        byName_.erase(place);
+        return state;
+    }
+
+    // Returns the one that has been there longest when there are too many.
+    State Keep(State state) {
+        states_.push_front(std::move(state));
+        byName_.insert_or_assign(states_.front()->fileName, states_.begin());
+        return states_.size() > mostRemembered ? Take(states_.back()->fileName) : nullptr;
+    }
+
+    [[nodiscard]] size_t Count() const { return states_.size(); }
+
+  private:
+    std::list<State> states_;  // the one whose source went last is the first
+    std::map<std::string_view, std::list<State>::iterator, NameBelow> byName_;
+};
 
 struct StateTable {
     std::mutex lock;
-    States states;        // in the order of CompareFileNames
-    uint32_t cursor = 0;  // of the sweep through the playback states
+    States states;                // that have sources, in the order of CompareFileNames
+    RememberedStates remembered;  // that have none
+    uint32_t cursor = 0;          // of the sweep through the playback states
 };
 
+// The tables are never destroyed: a host may delete its last sources while the process ends.
 StateTable* TableOf(int32_t purpose) {
-    static std::array<StateTable, 3> tables;
+    static auto& tables = *new std::array<StateTable, 3>;
     return purpose >= 0 && purpose < 3 ? &tables[static_cast<size_t>(purpose)] : nullptr;
 }
 
@@ -42,9 +82,10 @@ void Revive(SharedFileState& state, const char* fileName) {
     state.needsParse = true;  // again: a call that outlived the last source may have parsed since
 }
 
-// The readers and peak objects of a state that lost its last source; destroyed outside all locks.
+// The readers and peak objects of a state that lost its last source, and a state that is forgotten; destroyed
+// outside all locks.
 struct Leftovers {
-    States::value_type state;
+    State state;
     std::vector<std::unique_ptr<ReaderContext>> readers;
     TakenPeakObjects peaks;
 };
@@ -62,21 +103,25 @@ void TakeLeftovers(SharedFileState& state, Leftovers& leftovers) {
 
 }  // namespace
 
-std::shared_ptr<SharedFileState> AttachState(const char* fileName, int32_t purpose) {
+State AttachState(const char* fileName, int32_t purpose) {
     StateTable* table = TableOf(purpose);
     if (!table) return std::make_shared<SharedFileState>(fileName, purpose);
     const std::lock_guard guard(table->lock);
     auto place = PlaceOf(*table, fileName);
     if (!Names(*table, place, fileName)) {
-        place = table->states.insert(place, std::make_shared<SharedFileState>(fileName, purpose));
-    } else if ((*place)->sources == 0) {
-        Revive(**place, fileName);
+        auto state = table->remembered.Take(fileName);
+        if (state) {
+            Revive(*state, fileName);
+        } else {
+            state = std::make_shared<SharedFileState>(fileName, purpose);
+        }
+        place = table->states.insert(place, std::move(state));
     }
     ++(*place)->sources;
     return *place;
 }
 
-void DetachState(const std::shared_ptr<SharedFileState>& state, const void* source, LastSource last) {
+void DetachState(const State& state, const void* source, LastSource last) {
     DisownReaders(*state, source);
     Leftovers leftovers;
     StateTable* table = TableOf(state->purpose);
@@ -87,17 +132,23 @@ void DetachState(const std::shared_ptr<SharedFileState>& state, const void* sour
     const std::lock_guard guard(table->lock);
     if (--state->sources > 0) return;
     TakeLeftovers(*state, leftovers);
-    if (last == LastSource::keepsState) return;
     const auto place = PlaceOf(*table, state->fileName);
     leftovers.state = std::move(*place);
     table->states.erase(place);
+    if (last == LastSource::keepsState) leftovers.state = table->remembered.Keep(std::move(leftovers.state));
 }
 
-std::shared_ptr<SharedFileState> FindState(const char* fileName, int32_t purpose) {
+State FindState(const char* fileName, int32_t purpose) {
     StateTable& table = *TableOf(purpose);
     const std::lock_guard guard(table.lock);
     const auto place = PlaceOf(table, fileName);
     return Names(table, place, fileName) ? *place : nullptr;
+}
+
+size_t RememberedStateCount(int32_t purpose) {
+    StateTable& table = *TableOf(purpose);
+    const std::lock_guard guard(table.lock);
+    return table.remembered.Count();
 }
 
 uint32_t BeginSweep(bool fromStart) {
@@ -107,7 +158,7 @@ uint32_t BeginSweep(bool fromStart) {
     return static_cast<uint32_t>(table.states.size());
 }
 
-std::shared_ptr<SharedFileState> StateInSweep() {
+State StateInSweep() {
     StateTable& table = *TableOf(purposePlayback);
     const std::lock_guard guard(table.lock);
     return table.cursor < table.states.size() ? table.states[table.cursor] : nullptr;
@@ -119,9 +170,29 @@ void AdvanceSweep(uint32_t stateCount) {
     if (++table.cursor >= stateCount) table.cursor = 0;
 }
 
+int32_t CloseSomeReaders() {
+    constexpr int32_t enough = 16;
+    int32_t closed = 0;
+    for (const bool forced : {false, true}) {
+        const uint32_t count = BeginSweep(false);
+        for (uint32_t visited = 0; visited < count && closed < enough; ++visited, AdvanceSweep(count))
+            if (const auto state = StateInSweep()) closed += CloseIdleReaders(*state, forced, 1);
+        if (closed > 0) break;
+    }
+    return closed;
+}
+
 void ForgetFile(const char* fileName) {
-    for (const int32_t purpose : {purposePlayback, purposePeakBuild, purposePeakRead})
-        if (const auto state = FindState(fileName, purpose)) ForgetFile(*state);
+    for (const int32_t purpose : {purposePlayback, purposePeakBuild, purposePeakRead}) {
+        StateTable& table = *TableOf(purpose);
+        State state;  // destroyed outside the lock
+        {
+            const std::lock_guard guard(table.lock);
+            state = table.remembered.Take(fileName);
+        }
+        if (!state) state = FindState(fileName, purpose);
+        if (state) ForgetFile(*state);
+    }
 }
 
 }  // namespace vantor

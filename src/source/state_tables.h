@@ -14,10 +14,10 @@ std::shared_ptr<SharedFileState> AttachState(const char* fileName, int32_t purpo
 
 enum class LastSource { keepsState, removesState };
 // Counts one source less. With the last one the idle readers and the peak objects go, and, as asked, the
-// state with its format.
+// state with its format; a bounded number of states is kept.
 void DetachState(const std::shared_ptr<SharedFileState>& state, const void* source, LastSource last);
 
-// The state of the file in the purpose's table; null when there is none.
+// The state of the file, with its sources, in the purpose's table; null when there is none.
 std::shared_ptr<SharedFileState> FindState(const char* fileName, int32_t purpose);
 
 // The sweep of "open_file_reduce" through the playback states goes on, from call to call, at a cursor.
@@ -27,6 +27,13 @@ uint32_t BeginSweep(bool fromStart);
 std::shared_ptr<SharedFileState> StateInSweep();
 // Moves the cursor on; at `stateCount` it returns to 0.
 void AdvanceSweep(uint32_t stateCount);
+
+// Closes some idle readers of the playback states, those without an owner first: the process has no handles
+// left. Returns how many.
+int32_t CloseSomeReaders();
+// States of the purpose that have no source any more.
+size_t RememberedStateCount(int32_t purpose);
+inline constexpr size_t mostRemembered = 1000;
 
 // The file has been rewritten: closes its idle readers of all purposes; the next readers parse it anew.
 void ForgetFile(const char* fileName);

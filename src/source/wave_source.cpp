@@ -14,6 +14,13 @@ namespace {
 constexpr uint32_t playbackHoldMilliseconds = 3000;  // a playing source finds its handle again
 constexpr double smallestRate = 0.1;                 // Hz; below it there is no length in seconds
 
+constexpr int mostReaders = 4;  // one after the other, for one request
+
+// For want of handles idle ones of other files are closed.
+bool MadeRoom(const SharedFileState& state) {
+    return state.lacksHandle && CloseSomeReaders() > 0;
+}
+
 // The length of a file that another process still writes can be asked for again.
 bool MayGrow(const AudioFormat& format) {
     return format.lengthCutWhileGrowing && format.channels > 0 && format.bitsPerSample >= 8;
@@ -90,9 +97,10 @@ const char* PCM_source_wavefile::NameText() const {
 
 bool PCM_source_wavefile::ChangeFile(const char* fileName) {
     return Guarded(false, [&] {
-        SharedFileName name = fileName ? SharedFileName(fileName) : SharedFileName();
+        const std::string name = fileName ? fileName : "";  // the old one's text may have been given
         const std::lock_guard guard(lock_);
-        std::swap(name_, name);
+        name_ = SharedFileName();  // first, so that a name that differs in letter case alone is taken over
+        if (fileName) name_ = SharedFileName(name.c_str());
         return true;
     });
 }
@@ -139,13 +147,15 @@ void PCM_source_wavefile::ReadSamples(TransferBlock* block) {
     Guarded([&] {
         const auto [state, format] = Attachment();
         if (!state || !IsPlayable(format.get())) return;
-        // An edit may have cut off bytes that an open reader had asked for: a fresh one has a second try.
-        if (!ReadWithIdleReader(*block, *state)) ReadWithIdleReader(*block, *state);
+        // An edit may have cut off bytes that an open reader had asked for: a fresh one does better.
+        for (int tries = 0; tries < mostReaders && !ReadWithIdleReader(*block, *state); ++tries)
+            ;
     });
 }
 
 bool PCM_source_wavefile::ReadWithIdleReader(TransferBlock& block, SharedFileState& state) {
     auto lent = AcquireReader(state, this);
+    if (!lent.context && MadeRoom(state)) lent = AcquireReader(state, this);
     if (!lent.context || !IsPlayable(lent.format.get())) return true;
     const ReadScope scope{this, sliceIndex_, reinterpret_cast<intptr_t>(hostValue_.load())};
     ReadFrames(block, *lent.context, *lent.format, scope);
@@ -167,7 +177,8 @@ void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
         const std::lock_guard guard(lock_);
         attachment_.state = state;  // from here on Close counts the source off again
     }
-    const auto format = EnsureOpened(*state, this);
+    auto format = EnsureOpened(*state, this);
+    if (!format && MadeRoom(*state)) format = EnsureOpened(*state, this);
     {
         const std::lock_guard guard(lock_);
         attachment_.format = format;

@@ -88,8 +88,8 @@ SharedHiresSource HiresSource(SharedFileState& state, const std::string& fileNam
 
 bool Suffices(const SharedPeakReader& reader, const PeakRequest& request) {
     if (!reader) return false;
-    const std::lock_guard guard(reader->use);
-    return reader->object->PeaksPerSecond() >= request.peaksPerSecond;
+    const HostCall call(*reader);
+    return call.Object() && call.Object()->PeaksPerSecond() >= request.peaksPerSecond;
 }
 
 void ServePeaks(SharedFileState& state, const std::string& fileName, PeakRequest& request) {
@@ -101,8 +101,8 @@ void ServePeaks(SharedFileState& state, const std::string& fileName, PeakRequest
         }
     }
     if (!reader) return;
-    const std::lock_guard guard(reader->use);
-    reader->object->ReadPeaks(&request);
+    const HostCall call(*reader);
+    if (call.Object()) call.Object()->ReadPeaks(&request);
 }
 
 // Serves a request whose times count from the slice's start: moves it there, and ends it with the slice.
@@ -185,8 +185,8 @@ int32_t PCM_source_wavefile::RunPeakBuild() {
         const auto [state, format] = Attachment();
         const auto builder = state ? Copy(state->peaks, &PeakObjects::builder) : nullptr;
         if (!builder) return 0;
-        const std::lock_guard guard(builder->use);
-        return builder->object->Run();
+        const HostCall call(*builder);
+        return call.Object() ? call.Object()->Run() : 0;
     });
 }
 

@@ -17,14 +17,14 @@ namespace {
 
 using FileNameService = void (*)(const char* in, char* out, int32_t outBytes);
 
-// The name as the service gives it back; as it is when there is no service.
+// The name as the service gives it back; as it is when there is no service, or none that knows it.
 template <size_t bufferBytes>
 std::string Translated(FileNameService service, const std::string& name) {
     if (!service) return name;
     std::array<char, bufferBytes> text{};
     service(name.c_str(), text.data(), static_cast<int32_t>(text.size()));
     text.back() = '\0';
-    return text.data();
+    return text[0] == '\0' ? name : text.data();
 }
 
 void RestoreFile(PCM_source_wavefile& source, const std::string& name) {

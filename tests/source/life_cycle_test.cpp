@@ -181,6 +181,37 @@ TEST_F(LifeCycle, ChangeFileIsOpenedByTheNextSetOnline) {
     EXPECT_EQ(ReadInts(*source, 0, 3), Numbers(500, 3));
 }
 
+// The old name goes first.
+TEST_F(LifeCycle, ANewSpellingOfTheNameIsTakenOver) {
+    const auto source = OpenSource(Write("spelt.wav"));
+    const auto path = folder.Path("SPELT.wav");
+    EXPECT_TRUE(source->ChangeFile(path.c_str()));
+    EXPECT_EQ(source->FileName(), path);
+    EXPECT_TRUE(source->ChangeFile(source->FileName()));
+    EXPECT_EQ(source->FileName(), path);
+    source->Open(folder.Path("Spelt.wav").c_str(), purposePlayback);
+    EXPECT_EQ(source->FileName(), folder.Path("Spelt.wav"));
+}
+
+TEST_F(LifeCycle, ClosedFilesAreRememberedInBoundedNumber) {
+    const auto path = Write("again.wav");
+    auto source = OpenSource(path);
+    std::weak_ptr<AudioFormat> format = source->Attachment().format;
+    source = OpenSource(path);
+    EXPECT_EQ(source->Attachment().format, format.lock());
+    source.reset();
+    source = OpenSource(path);
+    EXPECT_EQ(source->Attachment().format, format.lock()) << "closed, but not forgotten";
+    source.reset();
+    for (size_t i = 0; i <= mostRemembered; ++i) {
+        EXPECT_FALSE(format.expired() && i < mostRemembered);
+        OpenSource(folder.Path("missing" + std::to_string(i)));
+    }
+    EXPECT_TRUE(format.expired());
+    EXPECT_EQ(RememberedStateCount(purposePlayback), mostRemembered);
+    EXPECT_EQ(ReadInts(*OpenSource(path), 0, 10), Numbers(0, 10));
+}
+
 TEST_F(LifeCycle, ANewNameRemovesTheStateOfTheOld) {
     const auto first = Write("first.wav"), second = Write("second.wav");
     const auto source = OpenSource(first);

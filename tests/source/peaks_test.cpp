@@ -115,6 +115,21 @@ TEST_F(Peaks, HostMayOpenTheFileWhileItMakesAnObject) {
     }
 }
 
+TEST_F(Peaks, AReaderThatAsksItsOwnSourceIsServedFromSamplesOrNot) {
+    const auto source = OpenSource(folder.Write("own.wav", MonoFile(Ramp(1000))));
+    int32_t served = -1;
+    host.duringPeakRead = [&](PeakRequest& request) {
+        PeakRequest again = request;
+        source->ReadPeaks(&again);
+        served = again.framesProduced;
+    };
+    EXPECT_EQ(Columns(*source, 0, 100, 2).size(), 2u);
+    EXPECT_EQ(served, 2);
+    Services().hiresPeaks = nullptr;
+    EXPECT_EQ(Columns(*source, 0, 100, 2).size(), 2u);
+    EXPECT_EQ(served, 0);
+}
+
 TEST_F(Peaks, FinerThanStoredComesFromSamples) {
     host.storedPeaksPerSecond = 100;
     const auto source = OpenSource(folder.Write("fine.wav", MonoFile(Ramp(1000))));

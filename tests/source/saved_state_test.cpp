@@ -47,6 +47,14 @@ TEST_F(SavedState, RestoresWhatItSaved) {
     EXPECT_EQ(ReadInts(source, 0, 2), Numbers(70, 2));
 }
 
+TEST_F(SavedState, ANameTheHostCannotResolveIsTakenAsItIs) {
+    const auto path = folder.Write("asis.wav", MonoFile(Ramp(8, 70)));
+    Services().resolveFileName = [](const char*, char*, int32_t) {};
+    PCM_source_wavefile source;
+    EXPECT_EQ(Restore(source, {"FILE \"" + path + "\"", ">"}), 0);
+    EXPECT_EQ(ReadInts(source, 0, 2), Numbers(70, 2));
+}
+
 TEST_F(SavedState, FileThatIsOpenAlreadyIsNotOpenedAgain) {
     const auto path = folder.Write("same.wav", MonoFile(Ramp(8)));
     const auto source = OpenSource(path);

@@ -64,6 +64,7 @@ class FakePeakReader final : public Counted<PeakReader> {
   public:
     double PeaksPerSecond() override { return current->storedPeaksPerSecond; }
     void ReadPeaks(PeakRequest* request) override {
+        if (current->duringPeakRead) current->duringPeakRead(*request);
         const auto count = static_cast<size_t>(request->frames) * static_cast<size_t>(request->channels);
         std::fill_n(request->peaks, count, 1.0);
         std::fill_n(request->peaks + count, count, -1.0);

@@ -35,6 +35,7 @@ class FakeHost {
     // What else the host does when "PeakGet_Create", "PeakBuild_CreateEx" or "GetPreferredDiskReadModePeak",
     // whose name it gets, is called.
     std::function<void(std::string_view)> duringPeakService;
+    std::function<void(PeakRequest&)> duringPeakRead;  // what else a peak reader does
     std::vector<std::string>
         peakFiles;  // what "GetPeakFileName" answers, one call after another; the last stays
     size_t peakFilesAsked = 0;

@@ -20,6 +20,7 @@ class ScriptedFile final : public PlainFile {
 
     [[nodiscard]] int64_t Size() override { return inner_->Size(); }
     [[nodiscard]] bool IsCached() const override { return cached_; }
+    [[nodiscard]] int64_t NextStored(int64_t offset) override { return inner_->NextStored(offset); }
     [[nodiscard]] platform::FileStatus StatusAtOpen() override { return inner_->StatusAtOpen(); }
     [[nodiscard]] platform::FileStatus StatusNow() override { return inner_->StatusNow(); }
     [[nodiscard]] platform::LockResult TryLock() override { return inner_->TryLock(); }
