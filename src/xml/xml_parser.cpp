@@ -233,6 +233,7 @@ bool qrv_xml_parser::State::ReadInstruction(XmlPosition start) {
     if (!tokens.Next(Blanks::Refuse) || !tokens.IsName()) return Fail("expected token following <?");
     const bool isDeclaration = tokens.Token() == "xml";
     if (isDeclaration && anythingRead) return Fail("<?xml must begin document");
+    if (tree.IsFull()) return Fail("too many elements");
     XmlElement& element = tree.NewElement(tokens.Token());
     if (!ReadAttributes(element, "unterminated <? block", start)) return false;
     if (!tokens.Is('?') || !tokens.Next(Blanks::Refuse) || !tokens.Is('>'))
@@ -249,6 +250,7 @@ bool qrv_xml_parser::State::ReadStartTag(XmlPosition start) {
     if (open.empty() && root != nullptr) return Fail("multiple top level elements");
     if (!tokens.IsName()) return Fail("unknown token in element");
     if (IsRefusedFirst(tokens.Token().front())) return Fail("element name must not begin with .- or number");
+    if (tree.IsFull()) return Fail("too many elements");
     XmlElement& element = tree.NewElement(tokens.Token());
     Append(element);
     if (!ReadAttributes(element, "unterminated element", start)) return false;
@@ -305,6 +307,7 @@ bool qrv_xml_parser::State::ReadAttribute(XmlAttributeList& attributes) {
                                       : "attribute value must be quoted string");
     }
     if (!tokens.IsString()) return Fail("attribute value must be quoted string");
+    if (tree.IsFull()) return Fail("too many attributes");
     if (!attributes.Add(name, tokens.Token())) return Fail("attribute specified more than once");
     return true;
 }

@@ -14,12 +14,17 @@ namespace vantor {
 
 class XmlTree {
   public:
+    // Elements and attributes take many times the memory of their bytes in a document; no metadata has near
+    // as many. A full tree takes no more of them.
+    [[nodiscard]] bool IsFull() const { return elements_.size() + attributes_.size() >= mostNodes; }
     XmlElement& NewElement(std::string_view name);
     // A copy of the text that lives as long as the tree.
     std::string_view Keep(std::string_view text);
     XmlAttribute& NewAttribute(std::string_view keptName, std::string_view value);
 
   private:
+    static constexpr size_t mostNodes = size_t{1} << 20;
+
     std::deque<XmlElement> elements_;
     std::deque<XmlAttribute> attributes_;
     std::vector<std::unique_ptr<char[]>> blocks_;

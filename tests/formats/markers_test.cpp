@@ -95,6 +95,11 @@ TEST(Markers, ManyCuesAndLabelsFindEachOther) {
         ParsePlayable(WaveFile(pcmFmt, ByteWriter().Chunk("cue ", cues).Chunk("LIST", labels)));
     ASSERT_EQ(format->markers.size(), count);
     EXPECT_EQ(MarkersText({format->markers[17], format->markers[count - 1]}), "17@1 m; 99999@1 m");
+
+    for (uint32_t i = count; i < 2 * count; ++i)
+        labels.Add(Text("labl", i, "m"));
+    const auto bounded = ParsePlayable(WaveFile(pcmFmt, ByteWriter().Chunk("LIST", labels)));
+    EXPECT_EQ(bounded->markers.size(), mostCuePoints);
 }
 
 struct Rf64Entry {

@@ -190,6 +190,16 @@ TEST(XmlParser, TakesManyAttributesAndFindsTheOneThatRepeats) {
     }
 }
 
+TEST(XmlParser, RefusesMoreElementsOrAttributesThanAnyMetadataHas) {
+    constexpr int count = 600'000;
+    const auto elements = "<a>" + Repeated(2 * count, "<b/>") + "</a>";
+    BlockParser wide(elements, 65536);
+    EXPECT_STREQ(wide.Parse(), "too many elements");
+    const auto attributes = "<a>" + Repeated(count, "<b c=''/>") + "</a>";
+    BlockParser both(attributes, 65536);
+    EXPECT_STREQ(both.Parse(), "too many attributes");
+}
+
 // "<", then a name without an end.
 class EndlessName : public qrv_xml_parser {
   public:
