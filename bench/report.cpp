@@ -14,14 +14,25 @@ struct Goal {
     double ratio;
 };
 constexpr Goal goals[] = {
-    {"decode u8 512", 3.3},    {"decode s16 512", 2.4},
-    {"decode s24 512", 2.7},   {"decode s32 512", 1.6},
-    {"decode f32 512", 1.45},  {"decode f64 512", 1.0},
-    {"decode ulaw 512", 2.6},  {"decode s16be 512", 2.6},
-    {"decode s24be 512", 2.8}, {"decode ima 512", 9},
-    {"decode ms 512", 4.4},    {"random s24 512", 1.7},
-    {"random ima 512", 8},     {"random ms 512", 2},
-    {"open 2000 tagged", 3},   {"open 2000 tagged, 10 MB of audio each", 3},
+    {"decode u8 512", 3.3},
+    {"decode s16 512", 2.4},
+    {"decode s24 512", 2.7},
+    {"decode s32 512", 1.6},
+    {"decode f32 512", 1.45},
+    {"decode f64 512", 1.0},
+    {"decode f64 4096", 1.0},
+    {"decode ulaw 512", 2.6},
+    {"decode s16be 512", 2.6},
+    {"decode s24be 512", 2.8},
+    {"decode ima 512", 9},
+    {"decode ima tonal 512", 12},
+    {"decode ms 512", 4.4},
+    {"random s16 512", 1.2},
+    {"random s24 512", 1.2},
+    {"random ima 512", 8},
+    {"random ms 512", 3},
+    {"open 2000 tagged", 3},
+    {"open 2000 tagged, 10 MB of audio each", 3},
 };
 
 double Median(std::vector<double> values) {
@@ -64,8 +75,11 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
             continue;
         }
         result.seconds.push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
-        for (const auto& [counter, value] : run.counters)
-            result.counters[counter] = value.value;
+        // Of several repetitions the quietest counts: what others do to a callback is not the module's.
+        for (const auto& [counter, value] : run.counters) {
+            const auto known = result.counters.try_emplace(counter, value.value).first;
+            known->second = std::min<double>(known->second, value.value);
+        }
     }
 }
 
@@ -73,14 +87,15 @@ void RatioReporter::Finalize() {
     std::fputc('\n', stderr);
     std::sort(rows_.begin(), rows_.end(), [](const Row& a, const Row& b) { return a.place < b.place; });
     PrintRatios();
+    PrintCallbacks();
     PrintCounters();
 }
 
 void RatioReporter::PrintRatios() const {
     std::printf("Times the speed of libsndfile (medians of interleaved repetitions):\n\n");
-    std::printf("| %-40s | %6s | %7s | %6s | %6s | %6s | %10s |\n", "row", "tuned", "default", "wanted",
-                "limit", "bytes", "tuned, ms");
-    std::printf("|%s|--------|---------|--------|--------|--------|------------|\n",
+    std::printf("| %-40s | %7s | %6s | %6s | %6s | %6s | %11s |\n", "row", "default", "tuned", "wanted",
+                "limit", "bytes", "default, ms");
+    std::printf("|%s|---------|--------|--------|--------|--------|-------------|\n",
                 std::string(42, '-').c_str());
     for (const Row& row : rows_) {
         const auto seconds = [&row](const char* contestant) {
@@ -90,10 +105,31 @@ void RatioReporter::PrintRatios() const {
         const auto ratio = [&](const char* contestant) {
             return Number(seconds(rival) / seconds(contestant), "%.2f");
         };
-        std::printf("| %-40s | %6s | %7s | %6s | %6s | %6s | %10s |\n", row.name.c_str(),
-                    ratio(tuned).c_str(), ratio(byDefault).c_str(), WantedOf(row.name).c_str(),
+        std::printf("| %-40s | %7s | %6s | %6s | %6s | %6s | %11s |\n", row.name.c_str(),
+                    ratio(byDefault).c_str(), ratio(tuned).c_str(), WantedOf(row.name).c_str(),
                     ratio(bytesAndDoubles).c_str(), ratio(bytesAlone).c_str(),
-                    Number(seconds(tuned) * 1e3, "%.3f").c_str());
+                    Number(seconds(byDefault) * 1e3, "%.3f").c_str());
+    }
+}
+
+void RatioReporter::PrintCallbacks() const {
+    std::printf("\nMicroseconds of processor time a callback: median / slowest but the first / first:\n\n");
+    std::printf("| %-40s | %24s | %24s | %24s |\n", "row", byDefault, tuned, rival);
+    std::printf("|%s|%s:|%s:|%s:|\n", std::string(42, '-').c_str(), std::string(25, '-').c_str(),
+                std::string(25, '-').c_str(), std::string(25, '-').c_str());
+    for (const Row& row : rows_) {
+        const auto times = [&row](const char* contestant) {
+            const auto found = row.results.find(contestant);
+            if (found == row.results.end()) return std::string("-");
+            const auto& counters = found->second.counters;
+            return Number(counters.at(medianCallback), "%.2f") + " / " +
+                   Number(counters.at(slowestCallback), "%.1f") + " / " +
+                   Number(counters.at(firstCallback), "%.1f");
+        };
+        if (std::ranges::any_of(row.results,
+                                [](const auto& of) { return of.second.counters.contains(slowestCallback); }))
+            std::printf("| %-40s | %24s | %24s | %24s |\n", row.name.c_str(), times(byDefault).c_str(),
+                        times(tuned).c_str(), times(rival).c_str());
     }
 }
 
@@ -102,8 +138,9 @@ void RatioReporter::PrintCounters() const {
     for (const Row& row : rows_)
         for (const auto& [contestant, result] : row.results)
             for (const auto& [counter, value] : result.counters)
-                std::printf("- %s, %s: %.2f %s\n", row.name.c_str(), contestant.c_str(), value,
-                            counter.c_str());
+                if (!counter.ends_with("callback, us"))
+                    std::printf("- %s, %s: %.2f %s\n", row.name.c_str(), contestant.c_str(), value,
+                                counter.c_str());
 }
 
 }  // namespace vantor::bench

@@ -35,7 +35,7 @@ class RatioReporter final : public benchmark::ConsoleReporter {
   private:
     struct Result {
         std::vector<double> seconds;
-        std::map<std::string, double> counters;  // of the last repetition
+        std::map<std::string, double> counters;  // the least of all repetitions
     };
     struct Row {
         std::string name;
@@ -44,6 +44,7 @@ class RatioReporter final : public benchmark::ConsoleReporter {
     };
 
     void PrintRatios() const;
+    void PrintCallbacks() const;
     void PrintCounters() const;
     Row& RowOf(const std::string& name, int64_t place);
 
