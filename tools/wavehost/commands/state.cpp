@@ -35,7 +35,7 @@ std::string SavedBlock(PCM_source& source) {
 void WriteText(const std::string& text, const std::string& file) {
     OutputFile output(PathOf(file));
     Stream stream(OpenStream(output.WriteTo(), "wb"));
-    if (!stream) throw Failure(file + " cannot be created");
+    if (!stream) throw Failure(file + " cannot be created: " + LastReason());
     const bool wrote = std::fwrite(text.data(), 1, text.size(), stream.get()) == text.size();
     if (std::fclose(stream.release()) != 0 || !wrote) throw Failure(file + " cannot be written");
     output.TakePlace();

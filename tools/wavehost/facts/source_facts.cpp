@@ -1,5 +1,6 @@
 #include "wavehost/facts/source_facts.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -96,6 +97,15 @@ HostPtr<PCM_source> SliceSource(PCM_source& source, int32_t index) {
     return HostPtr<PCM_source>(request.source);
 }
 
+std::string FirstValue(const Metadata& metadata, std::initializer_list<std::string_view> keys) {
+    for (const std::string_view key : keys) {
+        const auto found = std::find_if(metadata.begin(), metadata.end(),
+                                        [&](const auto& pair) { return pair.first == key; });
+        if (found != metadata.end() && !found->second.empty()) return found->second;
+    }
+    return {};
+}
+
 std::string InfoTextOf(PCM_source& source) {
     const std::string text = WholeText([&](char* out, intptr_t bytes) {
         source.ExtendedCall(callFileInfoText, out, Number(bytes), nullptr);
@@ -112,6 +122,7 @@ SourceFacts FactsOf(PCM_source& source, const std::string& file) {
             .sampleRate = source.SampleRate(),
             .lengthSeconds = source.LengthSeconds(),
             .bitDepth = source.BitDepth(),
+            .positionSeconds = source.PlacementPosition(),
             .infoText = InfoTextOf(source),
             .metadata = MetadataOf(source),
             .markers = MarkersOf(source),

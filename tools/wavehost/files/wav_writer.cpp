@@ -135,7 +135,7 @@ WavWriter::WavWriter(const std::string& target, const WavLayout& layout, int64_t
     } else {
         file_ = std::make_unique<OutputFile>(PathOf(target));
         stream_.reset(OpenStream(file_->WriteTo(), "wb"));
-        if (!stream_) throw Failure("cannot be created");
+        if (!stream_) throw Failure("cannot be created: " + LastReason());
     }
     PutHeader(expectedFrames);
 }
