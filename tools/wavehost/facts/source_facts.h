@@ -58,6 +58,8 @@ std::vector<SliceFact> SlicesOf(PCM_source& source);
 HostPtr<PCM_source> SliceSource(PCM_source& source, int32_t index);
 // The first value of a list of keys that is not empty; "" when there is none.
 std::string FirstValue(const Metadata& metadata, std::initializer_list<std::string_view> keys);
+// One a channel: its name in the iXML track list, else its number.
+std::vector<std::string> ChannelNames(const SourceFacts& facts);
 // Readable lines; for a source that is not online, why.
 std::string InfoTextOf(PCM_source& source);
 SourceFacts FactsOf(PCM_source& source, const std::string& file);
