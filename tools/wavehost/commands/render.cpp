@@ -126,6 +126,8 @@ int Render(Session& session, const RenderOptions& options) {
             Progress progress("render " + options.file, session.quiet);
             came = Play(*source.Get(), plan, samples, writer, progress);
         }
+        if (came == 0 && plan.totalFrames > 0)
+            throw Failure(options.file + " ended after 0 of " + std::to_string(plan.totalFrames) + " frames");
         PlaySilence(plan, plan.totalFrames - came, samples, writer);
         writer.Finish();
         return exitDone;

@@ -16,7 +16,7 @@ double TickStep(double least) {
     for (double decade = 1e-6; decade < 10; decade *= 10)
         for (const double digit : {1, 2, 5})
             if (digit * decade >= least && digit * decade <= 10) return digit * decade;
-    for (const double step : {15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400, 43200, 86400})
+    for (const double step : {10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400, 43200, 86400})
         if (step >= least) return step;
     return std::ceil(least / secondsADay) * secondsADay;
 }
