@@ -1,4 +1,14 @@
-set(VANTOR_WARNINGS -Wall -Wextra -Wconversion -Werror)
+# A warning stops the build where this is developed, not where a newer compiler has learned a new one.
+if("${CMAKE_CXX_COMPILER_ID} ${CMAKE_CXX_COMPILER_VERSION}" MATCHES "^(GNU 12|Clang 14)\\.")
+    set(knownCompiler ON)
+else()
+    set(knownCompiler OFF)
+endif()
+option(VANTOR_WARNINGS_ARE_ERRORS "Stop at a warning" ${knownCompiler})
+set(VANTOR_WARNINGS -Wall -Wextra -Wconversion)
+if(VANTOR_WARNINGS_ARE_ERRORS)
+    list(APPEND VANTOR_WARNINGS -Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # g++ 12 at -O3 takes `"x" + std::string` for an overlapping copy (GCC bug 105651).
     list(APPEND VANTOR_WARNINGS -Wno-restrict)
@@ -36,6 +46,15 @@ function(vantor_window_resource name)
     target_link_libraries(vantor_${name} PUBLIC comctl32 gdi32 user32)
 endfunction()
 
+# On Windows: what the file's properties show of the product and its version.
+function(vantor_version_resource target description file_name file_type)
+    if(WIN32)
+        set(resource ${CMAKE_BINARY_DIR}/${target}_version.rc)
+        configure_file(${CMAKE_SOURCE_DIR}/cmake/version.rc.in ${resource} @ONLY)
+        target_sources(${target} PRIVATE ${resource})
+    endif()
+endfunction()
+
 # The plug-in itself: every floor, one exported symbol.
 function(vantor_module)
     # The top floor goes in as sources: nothing refers to the entry, so the linker would leave it in its archive.
@@ -44,10 +63,12 @@ function(vantor_module)
     set_target_properties(vantor_wave PROPERTIES PREFIX "")
     target_compile_options(vantor_wave PRIVATE ${VANTOR_WARNINGS})
     target_link_libraries(vantor_wave PRIVATE vantor_source Threads::Threads)
+    vantor_version_resource(vantor_wave "Audio files for multitrack hosts" vantor_wave.dll VFT_DLL)
     if(WIN32)
         target_link_options(vantor_wave PRIVATE ${CMAKE_SOURCE_DIR}/cmake/exports.def)
     else()
-        target_link_options(vantor_wave PRIVATE
+        # Without a build id, which would tell in what folder the debug information was made.
+        target_link_options(vantor_wave PRIVATE -Wl,--build-id=none
                             -Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/exports.map -Wl,-z,defs)
         set_target_properties(vantor_wave PROPERTIES LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/exports.map)
     endif()

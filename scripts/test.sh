@@ -14,7 +14,7 @@ build() {  # preset, further configure arguments
 }
 
 echo "== format"
-git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
+git ls-files '*.c' '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
 
 echo "== native"
 build native -DVANTOR_TESTS=OFF
@@ -43,3 +43,6 @@ for file in samples/*.*; do
     cmp "$out/native" "$out/windows"
     echo "$file: $(stat -c %s "$out/native") bytes, the same"
 done
+
+echo "== packages, from empty places"
+scripts/test_packages.sh

@@ -1,6 +1,7 @@
 // wavehost: a reference host on the command line. It loads the module through its exported entry and works
 // only through what the entry registered.
 #include "wavehost/commands/command_line.h"
+#include "wavehost/commands/manual.h"
 #include "wavehost/commands/version.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/os/interruption.h"
@@ -36,6 +37,7 @@ int Run(std::vector<std::string> arguments) {
     app.add_flag("-q,--quiet", session.quiet, "Errors alone on standard error");
     app.set_version_flag("--version", std::string("wavehost ") + productVersion);
     AddCommands(line);
+    AddManual(app);
     try {
         std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
         app.parse(std::move(arguments));

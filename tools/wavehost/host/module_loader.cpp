@@ -35,7 +35,8 @@ fs::path FindModule(const std::string& path) {
     for (const fs::path& candidate :
          {folder / moduleFileName, folder.parent_path() / "lib" / "vantor_wave" / moduleFileName})
         if (fs::exists(candidate, failed)) return candidate;
-    return fs::path(WAVEHOST_BUILD_FOLDER) / moduleFileName;
+    constexpr std::string_view buildFolder = WAVEHOST_BUILD_FOLDER;  // empty in a package
+    return (buildFolder.empty() ? folder : PathOf(buildFolder)) / moduleFileName;
 }
 
 }  // namespace
