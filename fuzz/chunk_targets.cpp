@@ -102,7 +102,8 @@ void ReadId3Body(Input input) {
     ReadMetadataChunk(input, "ID3", store, 0);
     FileReader file(fileName, {});
     ChunkImage image;
-    BuildId3Chunk(image, store, &file, {{ChunkBody(input.begin(), input.end())}, {}});
+    const ChunkBody oldTag(input.begin(), input.end());
+    BuildId3Chunk(image, store, &file, {{&oldTag, 1}, {}});
     if (image.empty()) return;
     MetadataStore again;
     ReadMetadataChunk(Input(image).subspan(chunkHeaderBytes), "ID3", again, 0);

@@ -12,19 +12,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Matched byte for byte, in the spellings that are read as metadata: a chunk in any other has not been read,
-// so that nothing new stands for it and dropping it would lose it.
-constexpr struct {
-    std::string_view id;
-    std::string_view scheme;
-} schemeChunks[] = {
-    {"JUNK", paddingScheme}, {"junk", paddingScheme}, {"JUNQ", paddingScheme}, {"junq", paddingScheme},
-    {"FILR", paddingScheme}, {"filr", paddingScheme}, {"FLLR", paddingScheme}, {"fllr", paddingScheme},
-    {"PAD_", paddingScheme}, {"pad_", paddingScheme}, {"bext", "BWF"},         {"iXML", "IXML"},
-    {"cart", "CART"},        {"CART", "CART"},        {"_PMX", "XMP"},         {"axml", "AXML"},
-    {"ID3 ", "ID3"},         {"id3 ", "ID3"},         {"ID3x", "ID3"},         {"id3x", "ID3"},
-    {"ID3_", "ID3"},         {"id3_", "ID3"},         {"acid", "ACID"},
-};
 constexpr uint32_t smallestDs64 = 24;
 constexpr uint32_t smallestFormat = 16;
 constexpr uint32_t listTypeBytes = 4;
@@ -49,13 +36,12 @@ std::string_view RiffChunk::Id() const {
 std::string_view SchemeOfChunk(const ChunkHeader& header, FileReader& reader) {
     const auto id = FourCharacters(header.data());
     if (IsList(id)) return IsInfoList(ReadLe32(&header[4]), reader) ? "INFO"sv : std::string_view();
-    for (const auto& known : schemeChunks)
-        if (known.id == id) return known.scheme;
-    return {};
+    const auto* scheme = SchemeOfChunkId(id);
+    return scheme ? std::string_view(scheme->name) : std::string_view();
 }
 
 bool IsReplaceable(std::string_view scheme, Schemes replaced) {
-    return scheme == paddingScheme || std::ranges::find(replaced, scheme) != replaced.end();
+    return std::ranges::find(replaced, scheme) != replaced.end();
 }
 
 RiffChunkWalk::RiffChunkWalk(FileReader& reader, bool isRf64, Schemes replaced)

@@ -9,6 +9,7 @@
 
 #include "fileio/file_reader.h"
 #include "formats/ds64.h"
+#include "metadata/tag_schemes.h"
 
 namespace vantor {
 
@@ -17,12 +18,8 @@ using ChunkHeader = std::array<uint8_t, 8>;
 inline constexpr int64_t riffHeaderBytes = 12;
 inline constexpr int64_t chunkHeaderBytes = 8;
 
-// Names as the scheme list has them, "ACID" for loop information.
+// Names as the table of schemes has them, padding among them.
 using Schemes = std::span<const std::string_view>;
-
-inline constexpr std::array<std::string_view, 7> tagSchemes = {"BWF",  "INFO", "IXML", "XMP",
-                                                               "AXML", "CART", "ID3"};
-inline constexpr std::string_view paddingScheme = "PADDING";
 
 struct RiffChunk {
     ChunkHeader header;
@@ -44,7 +41,8 @@ struct RiffChunk {
 // The scheme whose chunk it is, padding too; empty for all else. A list is a chunk of tags when its type,
 // read here, is "INFO" or "info". `reader` stands behind the header.
 [[nodiscard]] std::string_view SchemeOfChunk(const ChunkHeader& header, FileReader& reader);
-// True for what an edit drops: padding, and the chunks of the schemes that its image brings.
+// True for what an edit drops: the chunks of the schemes that its image brings, and padding where it is
+// named.
 [[nodiscard]] bool IsReplaceable(std::string_view scheme, Schemes replaced);
 
 enum class WalkStep {

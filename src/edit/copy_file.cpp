@@ -210,4 +210,10 @@ bool WriteCopy(FileReader& reader, const std::string& targetName, const Image& m
     return CopyLeftover(job) && WriteSizes(job, riffSize) && CorrectDs64DataSize(job) && writer.Flush(true);
 }
 
+bool WriteSameBytes(FileReader& reader, const std::string& targetName) {
+    if (!reader.IsOpen() || !reader.Seek(0)) return false;
+    FileWriter writer(targetName.c_str(), {.mode = 1});
+    return writer.IsOpen() && CopyBytes(reader, writer, reader.Size()) && writer.Flush(true);
+}
+
 }  // namespace vantor

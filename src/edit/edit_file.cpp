@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "edit/images.h"
+#include "edit/lossless.h"
 #include "edit/rewrite.h"
 #include "fileio/file_name.h"
 
@@ -35,9 +36,15 @@ std::optional<ChunkImages> ImagesFor(const EditRequest& request, FileReader& fil
     static_cast<void>(ParseAudioFormat(format, file));  // tags are written into what cannot be played, too
     const bool merges = request.flags & writeMerge;
     if (!TakesTags(format) || (merges && (format.isIncomplete || file.HasMissedBytes()))) return std::nullopt;
-    const auto old = ReadOldChunks(file, IsRf64(format), merges);
+    auto old = ReadTagChunks(file, IsRf64(format), merges);
     if (!old) return std::nullopt;
-    return BuildImages({format, request.changes, *old, file, request.flags});
+    if (merges && (request.flags & writeLossless))
+        return LosslessImages({format, request.changes, *old, file}).value_or(ChunkImages());
+    return BuildImages({format, request.changes, OldChunksOf(std::move(*old)), file, request.flags});
+}
+
+bool IsNothing(const ChunkImages& images) {
+    return images.replaced.empty();
 }
 
 // The file that is to be written is forgotten before, since a handle that shares reading alone would keep the
@@ -56,8 +63,9 @@ bool WriteToTarget(const EditRequest& request, const ChunkImages& images, int32_
     if (IsSameFile(request.fileName, request.target)) return false;
     request.forget(request.target);
     FileReader file(request.fileName, editReading);
-    const bool written =
-        file.IsOpen() && WriteCopy(file, request.target, images.main, images.tail, fileKind, images.replaced);
+    const bool written = IsNothing(images) ? WriteSameBytes(file, request.target)
+                                           : WriteCopy(file, request.target, images.main, images.tail,
+                                                       fileKind, images.replaced);
     request.forget(request.target);
     return written;
 }
@@ -74,9 +82,9 @@ WriteAnswer EditFile(const EditRequest& request) {
     AudioFormat format;
     const auto images = ImagesFor(request, *file, format);
     if (!images) return writeFailed;
-    if (!(request.flags & writeNeverInPlace) &&
-        UpdateInPlace(request, std::move(file), *images, IsRf64(format)))
-        return updatedInPlace;
+    const bool mayUpdate = !(request.flags & writeNeverInPlace);
+    if (mayUpdate && IsNothing(*images)) return updatedInPlace;
+    if (mayUpdate && UpdateInPlace(request, std::move(file), *images, IsRf64(format))) return updatedInPlace;
     file.reset();
     return WriteToTarget(request, *images, format.fileKind) ? writtenToTarget : writeFailed;
 }

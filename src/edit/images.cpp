@@ -1,11 +1,8 @@
 #include "edit/images.h"
 
-#include <algorithm>
-#include <array>
-
 #include "edit/chunk_walk.h"
 #include "edit/merge_fields.h"
-#include "metadata/key_table.h"
+#include "metadata/acid_layout.h"
 #include "text/text.h"
 #include "vantor_wave/host_interface.h"
 
@@ -13,51 +10,18 @@ namespace vantor {
 
 namespace {
 
-// What the builders work from.
-struct ChunkSources {
-    const MetadataStore& store;
-    FileReader& file;
-    const OldChunks& old;
-};
-
-struct SchemeBuilder {
-    std::string_view scheme;
-    int (*build)(ChunkImage& image, const ChunkSources& sources);
-    bool inTail = false;
-};
-
-// "ASWG" has no chunk of its own: its fields stand in the iXML document.
-constexpr std::array builders = {
-    SchemeBuilder{"BWF",
-                  [](ChunkImage& image, const ChunkSources& s) { return BuildBextChunk(image, s.store); }},
-    SchemeBuilder{"INFO",
-                  [](ChunkImage& image, const ChunkSources& s) { return BuildInfoChunk(image, s.store); },
-                  true},
-    SchemeBuilder{"IXML",
-                  [](ChunkImage& image, const ChunkSources& s) { return BuildIxmlChunk(image, s.store, 0); }},
-    SchemeBuilder{"XMP",
-                  [](ChunkImage& image, const ChunkSources& s) { return BuildXmpChunk(image, s.store); }},
-    SchemeBuilder{"AXML",
-                  [](ChunkImage& image, const ChunkSources& s) {
-                      return BuildAxmlChunk(image, s.store, s.old.axmlDocuments);
-                  }},
-    SchemeBuilder{"CART",
-                  [](ChunkImage& image, const ChunkSources& s) { return BuildCartChunk(image, s.store); }},
-    SchemeBuilder{"ID3",
-                  [](ChunkImage& image, const ChunkSources& s) {
-                      return BuildId3Chunk(image, s.store, &s.file, s.old.id3);
-                  }},
-};
-
-void AddSchemeChunks(ChunkImages& images, const ChunkSources& sources) {
-    for (int i = 0; const char* scheme = SchemeForType(".wav", i); ++i) {
-        const auto* builder =
-            std::find_if(builders.begin(), builders.end(),
-                         [&](const SchemeBuilder& candidate) { return candidate.scheme == scheme; });
-        if (builder != builders.end()) builder->build(builder->inTail ? images.tail : images.main, sources);
+void AddSchemeChunks(ChunkImages& images, const MetadataStore& store, FileReader& file,
+                     const OldChunks& old) {
+    for (const auto& scheme : tagTable) {
+        if (scheme.name == std::string_view("IXML"))
+            images.main.insert(images.main.end(), old.refusedDocuments.begin(), old.refusedDocuments.end());
+        const auto bodies = old.bodies.find(scheme.name);
+        const auto oldBodies = bodies == old.bodies.end() ? std::span<const ChunkBody>() : bodies->second;
+        if (scheme.build)
+            scheme.build(scheme.inTail ? images.tail : images.main,
+                         {store, &file, oldBodies, old.unsynchronised});
     }
-    // Behind those of its scheme that can be read.
-    images.main.insert(images.main.end(), sources.old.refused.begin(), sources.old.refused.end());
+    images.main.insert(images.main.end(), old.refused.begin(), old.refused.end());
 }
 
 // Loop information is written anew when the host changes the loop's tempo or key.
@@ -66,8 +30,8 @@ void AddAcidChunk(ChunkImages& images, const AudioFormat& format, const Metadata
     AcidValues values;
     values.key = PitchClassOfKeyName(changes.Value("KEY"));
     if (values.key < 0 && format.hasRootNote) values.key = format.rootNoteOffset;
-    values.tempo = static_cast<float>(DecimalNumber(changes.Value("BPM")));
-    if (!(values.tempo > 0)) values.tempo = format.tempo;
+    const double tempo = DecimalNumber(changes.Value("BPM"));
+    values.tempo = acid::IsTempo(tempo) ? static_cast<float>(tempo) : format.tempo;
     values.beatCount =
         values.tempo == format.tempo ? format.beatCount : 0;  // else its beats have another length
     values.beatCountAlt = format.beatCountAlt;
@@ -82,7 +46,7 @@ ChunkImages BuildImages(const ImageSources& sources) {
     const auto store = EditedTags(format, old, changes, flags & writeMerge);
     ChunkImages images;
     images.replaced.assign(tagSchemes.begin(), tagSchemes.end());
-    AddSchemeChunks(images, {store, file, old});
+    AddSchemeChunks(images, store, file, old);
     AddAcidChunk(images, format, changes);
     return images;
 }

@@ -1,6 +1,7 @@
 #include "edit/merge_fields.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <set>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "metadata/key_table.h"
 #include "metadata/read/id3_entries.h"
+#include "metadata/read/ixml_walk.h"
 #include "metadata/write/build_chunks.h"
 
 namespace vantor {
@@ -66,15 +68,44 @@ void MergeFields(MetadataStore& store, const MetadataStore& changes, double samp
     ApplyFields(fields, store, static_cast<int>(std::clamp(sampleRate, 0.0, 2147483647.0)));
 }
 
+void TakeDocumentOnce(MetadataStore& store, const OldChunks& old) {
+    if (!old.repeatsDocument) return;
+    store.RemoveWhere(IsIxmlKey);
+    store.AddMissing(old.documentEntries);
+}
+
+// Every broadcast chunk gives a position, and a rewritten iXML document none.
+void KeepPosition(MetadataStore& store, const AudioFormat& format, const MetadataStore& changes) {
+    const auto frames = PositionToKeep(format, changes);
+    const bool isLost = StoreHasScheme("BWF", store) || HoldsPositionInDocument(format.metadata);
+    if (frames && isLost && !store.Has("BWF:TimeReference"))
+        store.Set("BWF:TimeReference", std::to_string(*frames));
+}
+
 }  // namespace
+
+std::optional<uint64_t> PositionToKeep(const AudioFormat& format, const MetadataStore& changes) {
+    const double seconds = ReadTimeReference(&format.metadata, format.sampleRate);
+    if (changes.Has("PREFPOS") || NamesTimeReference(changes) || !(seconds >= 0)) return std::nullopt;
+    const double frames = std::round(seconds * format.sampleRate);
+    return frames < 0x1p63 ? std::optional(static_cast<uint64_t>(frames)) : std::nullopt;
+}
+
+MetadataStore MergedTags(const AudioFormat& format, const MetadataStore& changes) {
+    MetadataStore store = format.metadata;
+    MergeFields(store, changes, format.sampleRate);
+    return store;
+}
 
 MetadataStore EditedTags(const AudioFormat& format, const OldChunks& old, const MetadataStore& changes,
                          bool merges) {
     MetadataStore store;
     if (merges) store = format.metadata;
     store.AddMissing(old.refusedTagEntries);
+    TakeDocumentOnce(store, old);
     RemoveBwfCopies(store);
     MergeFields(store, changes, format.sampleRate);
+    if (merges) KeepPosition(store, format, changes);
     return store;
 }
 

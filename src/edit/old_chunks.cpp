@@ -2,99 +2,97 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 
-#include "edit/chunk_walk.h"
-#include "formats/chunk_cursor.h"
-#include "metadata/read/id3_frames.h"
-#include "metadata/read/read_metadata.h"
+#include "metadata/read/id3_entries.h"
 
 namespace vantor {
 
 namespace {
 
-// Lists of type INFO are never refused, and nothing in them has to be taken over.
-bool IsOfInterest(const RiffChunk& chunk) {
-    return chunk.isReplaceable && chunk.scheme != paddingScheme && chunk.scheme != "INFO";
+bool IsEqual(const MetadataStore& left, const MetadataStore& right) {
+    bool isEqual = left.Count() == right.Count();
+    left.ForEach([&](const MetadataEntry& entry) {
+        const auto* value = right.Get(entry.key);
+        isEqual = isEqual && value && *value == entry.value;
+    });
+    return isEqual;
 }
 
-bool ReadChunkBody(FileReader& file, const RiffChunk& chunk, ChunkBody& body) {
-    return file.Seek(chunk.BodyStart()) && ReadBody(file, static_cast<uint64_t>(chunk.bodyBytes), body);
-}
+// The iXML documents of a file, those of its chunks before those in its ID3 tags.
+class Documents {
+  public:
+    explicit Documents(OldChunks& old) : old_(old) {}
 
-struct TakenChunks {
-    OldChunks old;
-    std::vector<ChunkBody> refusedTags;
+    void TakeChunk(const ChunkBody& body) {
+        ReadIxml(body, chunks_.emplace_back());
+        ReadIxml(body, old_.documentEntries);
+    }
+    void TakeTag(const ChunkBody& body) {
+        Id3EntryWalk walk(body, 0);
+        Id3Frame frame;
+        Id3Entry entry;
+        while (walk.Next(frame, entry))
+            if (entry.kind == Id3Entry::Kind::Ixml) TakeFrame(entry.document);
+    }
+
+  private:
+    void TakeFrame(std::span<const uint8_t> document) {
+        MetadataStore entries;
+        if (!ReadIxml(document, entries)) return;
+        const bool isThere =
+            std::ranges::any_of(chunks_, [&](const MetadataStore& chunk) { return IsEqual(chunk, entries); });
+        old_.repeatsDocument = old_.repeatsDocument || isThere;
+        if (!isThere) ReadIxml(document, old_.documentEntries);
+    }
+
+    OldChunks& old_;
+    std::vector<MetadataStore> chunks_;
 };
 
-bool NoteUnsynchronised(FileReader& file, const RiffChunk& chunk, OldId3Tags& tags) {
-    uint8_t header[id3HeaderBytes];
-    if (chunk.bodyBytes < static_cast<int64_t>(sizeof header)) return true;
-    if (!file.Seek(chunk.BodyStart()) || !file.ReadExactly(header, sizeof header)) return false;
-    if (IsUnsynchronised(header))
-        tags.unsynchronised.push_back(
-            {static_cast<uint64_t>(chunk.BodyStart()), static_cast<uint64_t>(chunk.BodyEnd())});
-    return true;
-}
-
-// A tag that only its chunk's length speaks against.
-void TakeRefusedTag(ChunkBody tag, int64_t fileOffset, TakenChunks& taken) {
-    MetadataStore entries;
-    ReadId3Tag(tag, entries, fileOffset);
-    taken.old.refusedTagEntries.AddMissing(entries);
-    taken.refusedTags.push_back(std::move(tag));
-}
-
-// Its values count less than those of the tags that the store was read from, and less than those of the
-// refused ones before it.
-void RankTags(TakenChunks& taken) {
-    auto& refused = taken.refusedTags;
-    auto& tags = taken.old.id3.bodies;
-    std::ranges::reverse(refused);
-    tags.insert(tags.begin(), std::move_iterator(refused.begin()), std::move_iterator(refused.end()));
+void NoteDocuments(const TagChunks& chunks, OldChunks& old) {
+    Documents documents(old);
+    for (const auto& chunk : chunks.list)
+        if (chunk.Is("IXML") && !chunk.isRefused) documents.TakeChunk(chunk.body);
+    for (const auto& chunk : chunks.list)
+        if (chunk.Is("ID3") && !chunk.isRefused) documents.TakeTag(chunk.body);
 }
 
 // A chunk of nothing but zeros has been blanked.
-void TakeRefused(const RiffChunk& chunk, const ChunkBody& body, OldChunks& old) {
-    if (std::ranges::any_of(body, [](uint8_t byte) { return byte != 0; }))
-        AppendChunk(old.refused, chunk.Id(), body.data(), body.size());
+void TakeRefused(const TagChunk& chunk, OldChunks& old) {
+    if (std::ranges::any_of(chunk.body, [](uint8_t byte) { return byte != 0; }))
+        AppendChunk(chunk.Is("IXML") ? old.refusedDocuments : old.refused, chunk.id, chunk.body.data(),
+                    chunk.body.size());
 }
 
-void Take(const RiffChunk& chunk, ChunkBody body, TakenChunks& taken) {
-    OldChunks& old = taken.old;
-    MetadataStore scratch;
-    const bool isRefused = !ReadMetadataChunk(body, chunk.scheme, scratch, chunk.BodyStart());
-    const bool isTag = Id3FrameWalk(body).Version() != 0;
-    if (chunk.scheme == "AXML") {
-        old.axmlDocuments.push_back(std::move(body));
-    } else if (chunk.scheme != "ID3") {
-        if (isRefused) TakeRefused(chunk, body, old);
-    } else if (!isRefused && isTag) {
-        old.id3.bodies.push_back(std::move(body));
-    } else if (IsWalkedWhole(body)) {
-        TakeRefusedTag(std::move(body), chunk.BodyStart(), taken);
+void Take(TagChunk chunk, OldChunks& old, std::vector<ChunkBody>& refusedTags) {
+    const bool isTag = chunk.Is("ID3") && Id3FrameWalk(chunk.body).Version() != 0;
+    if (!chunk.isRefused && (isTag || !chunk.Is("ID3"))) {
+        old.bodies[chunk.scheme->name].push_back(std::move(chunk.body));
+    } else if (isTag && IsWalkedWhole(chunk.body)) {
+        MetadataStore entries;
+        ReadId3Tag(chunk.body, entries, chunk.bodyStart);
+        old.refusedTagEntries.AddMissing(entries);
+        refusedTags.push_back(std::move(chunk.body));
     } else {
-        TakeRefused(chunk, body, old);
+        TakeRefused(chunk, old);
     }
 }
 
 }  // namespace
 
-std::optional<OldChunks> ReadOldChunks(FileReader& file, bool isRf64, bool carriesOver) {
-    TakenChunks taken;
-    RiffChunkWalk walk(file, isRf64, tagSchemes);
-    RiffChunk chunk;
-    WalkStep step;
-    while ((step = walk.Next(chunk)) == WalkStep::chunk) {
-        if (chunk.scheme == "ID3" && !NoteUnsynchronised(file, chunk, taken.old.id3)) return std::nullopt;
-        if (!IsOfInterest(chunk) || !carriesOver) continue;
-        ChunkBody body;
-        if (!ReadChunkBody(file, chunk, body)) return std::nullopt;
-        Take(chunk, std::move(body), taken);
-    }
-    if (step == WalkStep::refused) return std::nullopt;
-    RankTags(taken);
-    return std::move(taken.old);
+OldChunks OldChunksOf(TagChunks chunks) {
+    OldChunks old;
+    NoteDocuments(chunks, old);
+    std::vector<ChunkBody> refusedTags;
+    for (auto& chunk : chunks.list)
+        if (chunk.scheme->replaced == Replaced::withTags) Take(std::move(chunk), old, refusedTags);
+    // The values of refused tags count less than those of the tags that the store was read from, and less
+    // than those of the refused ones before it.
+    std::ranges::reverse(refusedTags);
+    auto& tags = old.bodies["ID3"];
+    tags.insert(tags.begin(), std::move_iterator(refusedTags.begin()), std::move_iterator(refusedTags.end()));
+    old.unsynchronised = std::move(chunks.unsynchronised);
+    return old;
 }
 
 }  // namespace vantor

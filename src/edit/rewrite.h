@@ -26,4 +26,7 @@ namespace vantor {
                              const std::vector<uint8_t>& mainImage, const std::vector<uint8_t>& tailImage,
                              int32_t fileKind, Schemes replaced);
 
+// The file as it is, byte for byte.
+[[nodiscard]] bool WriteSameBytes(FileReader& reader, const std::string& targetName);
+
 }  // namespace vantor

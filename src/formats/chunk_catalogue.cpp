@@ -1,28 +1,13 @@
 #include "formats/chunk_catalogue.h"
 
-#include <algorithm>
 #include <string_view>
 
 #include "fileio/byte_order.h"
-#include "metadata/read/read_metadata.h"
+#include "metadata/tag_schemes.h"
 
 namespace vantor {
 
 namespace {
-
-struct MetadataChunk {
-    std::string_view id;
-    std::string_view kind;  // as ReadMetadataChunk knows it
-};
-
-constexpr MetadataChunk metadataChunks[] = {
-    {"list", "INFO"}, {"LIST", "INFO"}, {"bext", "BWF"},  {"iXML", "IXML"}, {"cart", "CART"},
-    {"CART", "CART"}, {"axml", "AXML"}, {"acid", "ACID"}, {"_PMX", "XMP"},  {"ID3 ", "ID3"},
-    {"id3 ", "ID3"},  {"ID3x", "ID3"},  {"id3x", "ID3"},  {"ID3_", "ID3"},  {"id3_", "ID3"},
-};
-
-constexpr std::string_view paddingChunks[] = {"JUNK", "junk", "JUNQ", "junq", "FILR",
-                                              "filr", "FLLR", "fllr", "PAD_", "pad_"};
 
 constexpr uint32_t clipboardText = 1;  // CF_TEXT, the first word of a DISP chunk
 
@@ -37,12 +22,13 @@ void CatalogueChunk(FileReader& reader, const uint8_t* chunkHeader, int64_t body
                     std::vector<uint8_t>& scratch, MetadataStore& metadata) {
     if (bodySize < 4) return;
     const auto id = FourCharacters(chunkHeader);
-    const auto* known = std::ranges::find(metadataChunks, id, &MetadataChunk::id);
-    if (known != std::end(metadataChunks)) {
-        if (ReadBody(reader, bodySize, scratch)) ReadMetadataChunk(scratch, known->kind, metadata, bodyStart);
+    const auto* scheme = SchemeOfChunkId(id);
+    if (scheme && scheme->read) {
+        if (ReadBody(reader, bodySize, scratch))
+            ReadMetadataChunk(scratch, scheme->name, metadata, bodyStart);
     } else if (id == "DISP") {
         if (ReadBody(reader, bodySize, scratch)) ReadDisplayText(scratch, metadata);
-    } else if (std::ranges::find(paddingChunks, id) == std::end(paddingChunks)) {
+    } else if (!scheme) {
         metadata.Set(id, {});
     }
 }

@@ -29,6 +29,11 @@ inline constexpr size_t meterDenominatorOffset = 16;
 inline constexpr size_t meterNumeratorOffset = 18;
 inline constexpr size_t tempoOffset = 20;
 
+// Beats a minute that a loop can have.
+[[nodiscard]] constexpr bool IsTempo(double beats) {
+    return beats >= 2.0 && beats <= 960.0;
+}
+
 inline constexpr int middleC = 60;  // the MIDI note that pitch classes are counted from
 
 }  // namespace vantor::acid

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "metadata/tag_schemes.h"
 #include "text/text.h"
 
 namespace vantor {
@@ -78,10 +79,8 @@ constexpr Field fields[] = {
     {"DB_CUSTOM", "Browser Tags", {}, "VANTOR"},
 };
 
-constexpr std::string_view prefixes[] = {
-    "INFO:",    "BWF:", "IXML:", "ASWG:", "CART:",   "AXML:", "ACID:", "ID3:",     "XMP:",
-    "CAFINFO:", "IFF:", "DISP:", "ADM:",  "VORBIS:", "APE:",  "REX:",  "FLACPIC:",
-};
+// Schemes of the host's that stand in no RIFF file.
+constexpr std::string_view otherSchemes[] = {"IFF", "DISP", "ADM", "VORBIS", "APE", "REX", "FLACPIC"};
 
 const Field* FindField(std::string_view name) {
     if (name == "DATE") name = "YEAR";
@@ -132,7 +131,11 @@ bool StoreHasScheme(std::string_view scheme, const MetadataStore& store) {
 }
 
 bool HasSchemePrefix(std::string_view key) {
-    return std::ranges::any_of(prefixes, [&](std::string_view prefix) { return key.starts_with(prefix); });
+    const size_t colon = key.find(':');
+    if (colon == key.npos) return false;
+    const auto* scheme = FindScheme(key.substr(0, colon));
+    const bool hasKeys = scheme && (scheme->read || !scheme->document.empty());
+    return hasKeys || std::ranges::find(otherSchemes, key.substr(0, colon)) != std::end(otherSchemes);
 }
 
 void CopyText(char* out, size_t outBytes, std::string_view text) {

@@ -27,6 +27,10 @@ void ApplyFields(std::span<const FieldPair> fields, MetadataStore& store, int sa
 void SetTimeReference(MetadataStore& store, double seconds, double sampleRate);
 // Seconds, -1.0 when there is none.
 double ReadTimeReference(const MetadataStore* store, double sampleRate);
+// True when one of the keys that ReadTimeReference looks at is among them.
+bool NamesTimeReference(const MetadataStore& store);
+// True when it is an iXML document that says the time reference.
+bool HoldsPositionInDocument(const MetadataStore& store);
 bool IsPictureKey(std::string_view key);
 void RemovePictureKeys(MetadataStore& store);
 // The schemes written for a file type ("wav", ".bwf", ...), by index from 0; null past the end.

@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 #include "metadata/key_table.h"
+#include "metadata/tag_schemes.h"
 #include "text/text.h"
 
 namespace vantor {
@@ -10,7 +12,17 @@ namespace {
 
 using Schemes = std::span<const char* const>;
 
-constexpr const char* wavSchemes[] = {"BWF", "INFO", "IXML", "ASWG", "XMP", "AXML", "CART", "ID3"};
+constexpr bool IsWavScheme(const TagScheme& scheme) {
+    return scheme.replaced == Replaced::withTags || !scheme.document.empty();
+}
+constexpr auto WavSchemes() {
+    std::array<const char*, std::ranges::count_if(tagTable, IsWavScheme)> names{};
+    auto* name = names.begin();
+    for (const auto& scheme : tagTable)
+        if (IsWavScheme(scheme)) *name++ = scheme.name;
+    return names;
+}
+constexpr auto wavSchemes = WavSchemes();  // in the order in which they are built
 constexpr const char* mp3Schemes[] = {"ID3", "APE", "IXML", "ASWG", "XMP"};
 constexpr const char* flacSchemes[] = {"VORBIS", "BWF", "IXML", "ASWG", "XMP"};
 constexpr const char* oggSchemes[] = {"VORBIS"};

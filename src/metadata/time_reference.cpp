@@ -63,4 +63,13 @@ double ReadTimeReference(const MetadataStore* store, double sampleRate) {
     return milliseconds.empty() ? -1.0 : static_cast<double>(UnsignedDecimal(milliseconds)) / 1000.0;
 }
 
+bool NamesTimeReference(const MetadataStore& store) {
+    return std::ranges::any_of(allKeys, [&](const char* key) { return store.Has(key); });
+}
+
+bool HoldsPositionInDocument(const MetadataStore& store) {
+    const auto isSaid = [&](const char* key) { return !store.Value(key).empty(); };
+    return isSaid(ixmlLowKey) && std::ranges::none_of(frameKeys, isSaid);
+}
+
 }  // namespace vantor

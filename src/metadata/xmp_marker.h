@@ -1,18 +1,24 @@
-// The keys under which the markers of an XMP packet lie in a store.
+// The markers of an XMP packet in a store: their keys and values, and the key of the packet's language.
 #pragma once
 
-#include <cstdio>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace vantor {
 
+inline constexpr const char* xmpLanguageKey = "XMP:dc/language";
 inline constexpr int xmpMarkerLimit = 1000;
 
 // "XMP:MARK000" and so on, for numbers below the limit.
-[[nodiscard]] inline std::string XmpMarkerKey(int number) {
-    char key[24];
-    std::snprintf(key, sizeof key, "XMP:MARK%03d", number);
-    return key;
-}
+[[nodiscard]] std::string XmpMarkerKey(int number);
+
+struct XmpMarkerValue {
+    double start;  // microseconds
+    double end;
+    std::string_view name;  // of the value
+};
+// "start:end" or "start:end:name" with 0 <= start <= end; nothing else is a marker.
+[[nodiscard]] std::optional<XmpMarkerValue> ParseXmpMarker(std::string_view value);
 
 }  // namespace vantor

@@ -124,6 +124,16 @@ bool AppendUtf8(std::string& text, uint32_t codePoint) {
     return true;
 }
 
+uint32_t TakeCodePoint(std::string_view& text) {
+    const auto byteAt = [&](size_t index) { return static_cast<uint8_t>(text[index]); };
+    const size_t bytes = byteAt(0) < 0x80 ? 1 : byteAt(0) < 0xE0 ? 2 : byteAt(0) < 0xF0 ? 3 : 4;
+    uint32_t codePoint = bytes == 1 ? byteAt(0) : byteAt(0) & (0xFFu >> (bytes + 1));
+    for (size_t i = 1; i < bytes; ++i)
+        codePoint = codePoint << 6 | (byteAt(i) & 0x3F);
+    text.remove_prefix(bytes);
+    return codePoint;
+}
+
 std::string Latin1ToUtf8(std::string_view text) {
     std::string converted;
     converted.reserve(text.size());
@@ -154,6 +164,25 @@ std::string Utf16ToUtf8(std::span<const uint8_t> bytes, bool bigEndian) {
         }
     }
     return text;
+}
+
+std::vector<uint8_t> Utf8ToUtf16(std::string_view text, bool bigEndian) {
+    std::vector<uint8_t> units;
+    const auto put = [&](uint32_t unit) {
+        const auto high = static_cast<uint8_t>(unit >> 8), low = static_cast<uint8_t>(unit);
+        units.push_back(bigEndian ? high : low);
+        units.push_back(bigEndian ? low : high);
+    };
+    while (!text.empty()) {
+        const uint32_t codePoint = TakeCodePoint(text);
+        if (codePoint < 0x10000) {
+            put(codePoint);
+        } else {
+            put(0xD800 + ((codePoint - 0x10000) >> 10));
+            put(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
+        }
+    }
+    return units;
 }
 
 bool EqualIgnoringCase(std::string_view left, std::string_view right) {

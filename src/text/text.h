@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantor {
 
@@ -24,12 +25,17 @@ namespace vantor {
 [[nodiscard]] bool IsValidUtf8(std::string_view text);
 // Appends a code point; "_" is not substituted here: false for surrogates and values above 0x10FFFF.
 bool AppendUtf8(std::string& text, uint32_t codePoint);
+// Takes the first character off a text of valid UTF-8 that is not empty.
+uint32_t TakeCodePoint(std::string_view& text);
 // Every byte as one Latin-1 code point.
 [[nodiscard]] std::string Latin1ToUtf8(std::string_view text);
 // Valid UTF-8 as it stands, anything else read as Latin-1.
 [[nodiscard]] std::string Utf8OrLatin1(std::string_view text);
 // UTF-16 units; surrogate pairs joined, lone surrogates become U+FFFD; ends at the first zero unit.
 [[nodiscard]] std::string Utf16ToUtf8(std::span<const uint8_t> bytes, bool bigEndian);
+
+// Valid UTF-8 as UTF-16 units, without a byte-order mark of its own.
+[[nodiscard]] std::vector<uint8_t> Utf8ToUtf16(std::string_view text, bool bigEndian);
 
 // Case-insensitive ASCII comparison.
 [[nodiscard]] bool EqualIgnoringCase(std::string_view left, std::string_view right);

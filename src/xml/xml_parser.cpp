@@ -24,6 +24,7 @@ struct OpenElement {
     XmlElement* element;
     XmlElement* lastChild;
     XmlPosition start;
+    XmlElementPlace* place;  // null unless places are noted
 };
 
 }  // namespace
@@ -49,6 +50,8 @@ struct qrv_xml_parser::State {
     bool AddText(std::string_view bytes) { return tokens.Accept(text.Add(bytes)); }
     void TakeText(XmlElement& element, bool evenWhitespace);
     void Append(XmlElement& element);
+    XmlElementPlace* NotePlace(const XmlElement& element, size_t startTag);
+    void NotePlace(const XmlAttribute& attribute, size_t name, XmlSpan quoted);
     bool Fail(const char* what) { return FailAt(tokens.Position(), what); }
     bool FailAt(XmlPosition position, const char* what);
     const char* Message();
@@ -59,6 +62,8 @@ struct qrv_xml_parser::State {
     bool textIsWhitespace = true;  // literal whitespace alone: no reference, no CDATA section
     std::deque<OpenElement> open;
     bool anythingRead = false;
+    XmlPlaces* places = nullptr;
+    bool endsBehindRoot = false;
 
     XmlElement* root = nullptr;
     const XmlElement* declaration = nullptr;
@@ -104,6 +109,7 @@ bool qrv_xml_parser::State::ReadDocument() {
             if (!ReadText()) return false;
             if (tokens.Current() < 0) return FailAt(open.back().start, "unterminated block");
         } else {
+            if (endsBehindRoot && root != nullptr) return true;
             tokens.SkipWhitespace();
             if (tokens.Current() < 0) return root != nullptr;
             if (tokens.Current() != '<') return Fail("expected < tag");
@@ -252,15 +258,29 @@ bool qrv_xml_parser::State::ReadStartTag(XmlPosition start) {
     if (IsRefusedFirst(tokens.Token().front())) return Fail("element name must not begin with .- or number");
     if (tree.IsFull()) return Fail("too many elements");
     XmlElement& element = tree.NewElement(tokens.Token());
+    const size_t startTag = tokens.TokenOffset() - 1;
     Append(element);
     if (!ReadAttributes(element, "unterminated element", start)) return false;
     if (tokens.Is('>')) {
-        open.push_back({&element, nullptr, start});
+        open.push_back({&element, nullptr, start, NotePlace(element, startTag)});
         return true;
     }
     if (!tokens.Is('/')) return Fail("unknown token in element");
     if (!tokens.Next(Blanks::Refuse) || !tokens.Is('>')) return Fail("expected > following / to end element");
+    NotePlace(element, startTag);
     return true;
+}
+
+// Its start tag has been read.
+XmlElementPlace* qrv_xml_parser::State::NotePlace(const XmlElement& element, size_t startTag) {
+    if (places == nullptr) return nullptr;
+    const size_t end = tokens.Offset();
+    return &(places->elements[&element] = {{startTag, end}, {end, end}});
+}
+
+void qrv_xml_parser::State::NotePlace(const XmlAttribute& attribute, size_t name, XmlSpan quoted) {
+    if (places != nullptr)
+        places->attributes[&attribute] = {{name, quoted.end}, {quoted.begin + 1, quoted.end - 1}};
 }
 
 // Hangs a new element into the tree.
@@ -281,7 +301,9 @@ bool qrv_xml_parser::State::ReadEndTag() {
     XmlElement& element = *open.back().element;
     if (!tokens.Next(Blanks::Refuse) || !tokens.IsName() || tokens.Token() != element.name)
         return Fail("mismatched </ tag name");
+    const size_t endTag = tokens.TokenOffset() - 2;
     if (!tokens.Next(Blanks::Skip) || !tokens.Is('>')) return Fail("expected > following </tag");
+    if (open.back().place != nullptr) open.back().place->endTag = {endTag, tokens.Offset()};
     TakeText(element, element.firstChild == nullptr);
     open.pop_back();
     return true;
@@ -300,6 +322,7 @@ bool qrv_xml_parser::State::ReadAttributes(XmlElement& element, const char* unte
 bool qrv_xml_parser::State::ReadAttribute(XmlAttributeList& attributes) {
     if (IsRefusedFirst(tokens.Token().front())) return Fail("attribute must not begin with .- or number");
     const std::string_view name = tree.Keep(tokens.Token());
+    const size_t nameOffset = tokens.TokenOffset();
     if (!tokens.Next(Blanks::Skip) || !tokens.Is('=')) return Fail("attribute name must be followed by '='");
     if (!tokens.Next(Blanks::Skip)) {
         if (*tokens.Error() != 0) return false;
@@ -309,12 +332,19 @@ bool qrv_xml_parser::State::ReadAttribute(XmlAttributeList& attributes) {
     if (!tokens.IsString()) return Fail("attribute value must be quoted string");
     if (tree.IsFull()) return Fail("too many attributes");
     if (!attributes.Add(name, tokens.Token())) return Fail("attribute specified more than once");
+    NotePlace(*attributes.Last(), nameOffset, {tokens.TokenOffset(), tokens.Offset()});
     return true;
 }
 
 qrv_xml_parser::qrv_xml_parser() : state_(std::make_unique<State>(*this)) {}
 qrv_xml_parser::~qrv_xml_parser() = default;
 
+void qrv_xml_parser::NotePlaces(XmlPlaces& places) {
+    state_->places = &places;
+}
+void qrv_xml_parser::EndBehindRoot() {
+    state_->endsBehindRoot = true;
+}
 const char* qrv_xml_parser::Parse() {
     return state_->Parse();
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vantor {
@@ -35,6 +36,28 @@ struct XmlElement {
     [[nodiscard]] const XmlAttribute* Attribute(std::string_view attributeName) const;
 };
 
+// Bytes of the input, counted from its start.
+struct XmlSpan {
+    size_t begin = 0;
+    size_t end = 0;
+};
+
+struct XmlElementPlace {
+    XmlSpan startTag;  // "<" to ">"
+    XmlSpan endTag;    // the same; empty, behind the start tag, for an element like "<NOTE/>"
+};
+
+struct XmlAttributePlace {
+    XmlSpan whole;  // its name to its closing quote
+    XmlSpan value;  // between the quotes
+};
+
+// Where everything stands, for those who change a document without rewriting it.
+struct XmlPlaces {
+    std::unordered_map<const XmlElement*, XmlElementPlace> elements;
+    std::unordered_map<const XmlAttribute*, XmlAttributePlace> attributes;
+};
+
 // NOLINTNEXTLINE(readability-identifier-naming): the name that hosts know
 class qrv_xml_parser {
   public:
@@ -42,6 +65,11 @@ class qrv_xml_parser {
     virtual ~qrv_xml_parser();
     // Sets *data to further input and returns its length; 0 or less at the end of input.
     virtual int64_t MoreData(const uint8_t** data) = 0;
+
+    // Before the parse: note the places of all elements and attributes there; end behind the root's end tag,
+    // whatever follows it.
+    void NotePlaces(XmlPlaces& places);
+    void EndBehindRoot();
 
     // Reads the whole input. Null on success, else what is wrong; the text belongs to the parser.
     const char* Parse();

@@ -108,7 +108,8 @@ bool XmlTokenizer::Refill() {
     const int64_t bytes = source_.MoreData(&data);
     ended_ = bytes <= 0 || data == nullptr;
     if (ended_) return false;
-    next_ = data;
+    bytesBefore_ += static_cast<size_t>(end_ - block_);
+    block_ = next_ = data;
     end_ = data + bytes;
     return true;
 }
@@ -125,6 +126,7 @@ bool XmlTokenizer::Next(Blanks blanks) {
         SkipWhitespace();
     else if (IsXmlWhitespace(current_))
         return Accept("unexpected whitespace");
+    tokenOffset_ = Offset();
     if (current_ < 0) return false;
     if (!IsXmlDelimiter(current_)) return ReadName();
     const int first = current_;

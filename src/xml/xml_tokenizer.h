@@ -55,6 +55,10 @@ class XmlTokenizer {
     [[nodiscard]] int Current() const { return current_; }
     // Where that byte stands; at the end of input, where the last one stands.
     [[nodiscard]] XmlPosition Position() const { return position_; }
+    // How many bytes of the input stand before it.
+    [[nodiscard]] size_t Offset() const {
+        return bytesBefore_ + static_cast<size_t>(next_ - block_) - (current_ < 0 ? 0 : 1);
+    }
     void Advance() {
         if (next_ == end_ && !Refill()) {
             current_ = -1;
@@ -74,6 +78,7 @@ class XmlTokenizer {
     // False when there is none; Error() then says why.
     bool Next(Blanks blanks);
     [[nodiscard]] std::string_view Token() const { return token_.Text(); }
+    [[nodiscard]] size_t TokenOffset() const { return tokenOffset_; }  // of its first byte, a string's quote
     [[nodiscard]] bool IsName() const { return kind_ == Kind::Name; }
     // True for a string whose reading failed, too.
     [[nodiscard]] bool IsString() const { return kind_ == Kind::String; }
@@ -96,13 +101,16 @@ class XmlTokenizer {
     bool ReadString(int quote);
 
     qrv_xml_parser& source_;
+    const uint8_t* block_ = nullptr;
     const uint8_t* next_ = nullptr;
     const uint8_t* end_ = nullptr;
+    size_t bytesBefore_ = 0;  // of the blocks before this one
     bool ended_ = false;
     int current_ = -1;
     XmlPosition position_;
     Kind kind_ = Kind::None;
     XmlTextBuffer token_;
+    size_t tokenOffset_ = 0;
     const char* error_ = "";
 };
 

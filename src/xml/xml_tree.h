@@ -37,6 +37,7 @@ class XmlAttributeList {
   public:
     XmlAttributeList(XmlTree& tree, XmlElement& element) : tree_(tree), element_(element) {}
     [[nodiscard]] bool Add(std::string_view keptName, std::string_view value);
+    [[nodiscard]] const XmlAttribute* Last() const { return last_; }
 
   private:
     bool Insert(std::string_view keptName);

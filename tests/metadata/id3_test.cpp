@@ -69,6 +69,11 @@ Bytes BuildTag(const MetadataStore& store, const Bytes& oldTag = {}, FileReader*
     return BuildTag(store, std::vector<Bytes>{oldTag}, source);
 }
 
+// With a tag of version 2.4 beside the old one, so that both become one of that version.
+Bytes BuildTag24(const MetadataStore& store, const Bytes& oldTag) {
+    return BuildTag(store, std::vector<Bytes>{oldTag, TagOf(4, {})});
+}
+
 // A tag with every kind of frame that has a key, and some that have none.
 Bytes FullTag(int version) {
     const auto title = TextOf(Id3TagWriter(version).Text("TIT2", std::string(200, 'i')).Body());
@@ -277,11 +282,11 @@ TEST(Id3Chunk, CarriesFramesTheStoreCannotHold) {
                        "TALB\0\x09\0\0\2\0zipped"s,
                        "PRIV\0\0IXML\0<BWFXML version='1'/>"s,
                        "PRIV\0\0XMP\0<x:xmpmeta/>"s};
-    EXPECT_EQ(FramesOf(BuildTag({}, oldTag)), expected) << "even when no key is left";
+    EXPECT_EQ(FramesOf(BuildTag24({}, oldTag)), expected) << "even when no key is left";
     // The album that cannot be read gives way to the one that was entered.
     expected.erase(expected.begin() + 3);
     expected.push_back("TALB\0\0\3new"s);
-    EXPECT_EQ(FramesOf(BuildTag(StoreOf({{"ID3:TALB", "new"}}), oldTag)), expected);
+    EXPECT_EQ(FramesOf(BuildTag24(StoreOf({{"ID3:TALB", "new"}}), oldTag)), expected);
 }
 
 TEST(Id3Chunk, CarriesA24FrameUnsynchronisedOnItsOwn) {
@@ -296,13 +301,14 @@ TEST(Id3Chunk, CarriesA24FrameUnsynchronisedOnItsOwn) {
 
 TEST(Id3Chunk, ConvertsFramesInsideChapters) {
     auto store = StoreOf(fullEntries);
-    EXPECT_EQ(FramesOf(BuildTag(store, FullTag(3))), FramesOf(BuildTag(store, FullTag(4))));
+    EXPECT_EQ(FramesOf(BuildTag24(store, FullTag(3))), FramesOf(BuildTag(store, FullTag(4))));
+    EXPECT_EQ(FramesOf(BuildTag(store, FullTag(3))).size(), FramesOf(FullTag(3)).size());
     store.Remove("ID3:CHAP");
-    for (const auto& frame : FramesOf(BuildTag(store, FullTag(3))))
+    for (const auto& frame : FramesOf(BuildTag24(store, FullTag(3))))
         EXPECT_FALSE(frame.starts_with("CHAP")) << "no count, no chapters";
 }
 
-TEST(Id3Chunk, MovesVersion22ToItsSuccessor) {
+TEST(Id3Chunk, KeepsVersion22AndMovesItToItsSuccessorBesideAnotherTag) {
     const auto oldTag =
         TagOf(2, {"TT2\0title"s, "TP1\0artist"s, "TCO\0(17)"s, "TXX\0VANTOR\0tags"s, "COM\0eng\0words"s,
                   "PIC\0PNG\3cover\0picture"s, "GEOobject"s, "LNKdropped"s});
@@ -318,7 +324,10 @@ TEST(Id3Chunk, MovesVersion22ToItsSuccessor) {
                              "APIC\0\0\3image/png\0\3cover\0picture"s,
                              "GEOB\0\0object"s,
                              "TPE1\0\0\3entered"s};
-    EXPECT_EQ(FramesOf(BuildTag(store, oldTag)), expected);
+    EXPECT_EQ(FramesOf(BuildTag24(store, oldTag)), expected);
+    auto own = FramesOf(oldTag);
+    own[1] = "TP1\0\0\0entered"s;
+    EXPECT_EQ(FramesOf(BuildTag(store, oldTag)), own);
     // The same from the entries alone.
     const Frames fromStore = {"COMM\0\0\3eng\0words"s, "TCON\0\0\3Rock"s, "TPE1\0\0\3entered"s,
                               "TIT2\0\0\3title"s, "TXXX\0\0\3VANTOR\0tags"s};
@@ -361,7 +370,7 @@ TEST(Id3Chunk, KeepsPicturesWhereverTheyLie) {
         const std::string moved(ReadStore(oldTag, -30).Value("ID3:APIC"));
         EXPECT_EQ(PictureFrames(moved, oldTag), Frames{pictures[0]});
         // Another picture in its place; the second one removed.
-        EXPECT_EQ(PictureFrames("type:3 offset:10 length:7", oldTag), (Frames{"APIC\0\0\3\0\3\0picture"s}));
+        EXPECT_EQ(PictureFrames("type:3 offset:10 length:7", oldTag), (Frames{"APIC\0\0\0\0\3\0picture"s}));
     }
 }
 

@@ -64,7 +64,8 @@ Id3Entry ReadUserUrl(const Id3Frame& frame) {
 }
 
 // COMM and USLT: encoding, language (3 bytes, ISO 639-2), description and its terminator, text.
-Id3Entry ReadLanguageText(const Id3Frame& frame) {
+// `anyLanguage`: without a description it has the plain key.
+Id3Entry ReadLanguageText(const Id3Frame& frame, bool anyLanguage) {
     Id3TextCursor cursor(frame.data);
     if (!cursor.TakeEncoding()) return {};
     const auto code = cursor.TakeBytes(3);
@@ -72,7 +73,7 @@ Id3Entry ReadLanguageText(const Id3Frame& frame) {
     if (!description) return {};
     const std::string_view stored(reinterpret_cast<const char*>(code->data()), code->size());
     const std::string_view language = IsLanguageCode(stored) ? stored : unknownLanguage;
-    if (description->empty() && IsDefaultLanguage(language))
+    if (description->empty() && (anyLanguage || IsDefaultLanguage(language)))
         return ValueEntry(KeyOf(frame.id), cursor.TakeText());
     std::string key = KeyOf(frame.id, language);
     if (!description->empty()) key.append(":").append(*description);
@@ -167,7 +168,8 @@ Id3Entry Id3EntryWalk::Read(const Id3Frame& frame) {
     const std::string_view id = frame.id;
     if (id == "TXXX") return ReadUserText(frame);
     if (id.starts_with('T')) return ReadText(frame);
-    if (id == "COMM" || id == "USLT") return ReadLanguageText(frame);
+    if (id == "COMM") return ReadLanguageText(frame, !lastNumbers_.contains(id3CommentKey));
+    if (id == "USLT") return ReadLanguageText(frame, false);
     if (id == "WXXX") return ReadUserUrl(frame);
     if (id == "UFID") return ReadIdentifier(frame);
     if (id == "PRIV") return ReadPrivate(frame);

@@ -8,7 +8,8 @@
 // TXXX            ID3:TXXX:description                       text
 // WXXX            ID3:WXXX:description                       URL
 // COMM, USLT      ID3:COMM                                   text, when the description is empty and the
-//                                                            language English, unknown or undetermined
+//                                                            language English, unknown or undetermined; the
+//                                                            first comment without one whatever its language
 //                 ID3:COMM:deu, ID3:COMM:eng:description     text of any other
 // UFID            ID3:UFID:owner                             identifier, "[Binary data]" unless it is text
 // PRIV            ID3:PRIV:owner                             "[Binary data]"
@@ -37,6 +38,7 @@ namespace vantor {
 
 inline constexpr std::string_view id3Prefix = "ID3:";
 inline constexpr std::string_view id3ChapterKey = "ID3:CHAP";
+inline constexpr const char* id3CommentKey = "ID3:COMM";
 inline constexpr std::string_view id3BinaryData = "[Binary data]";
 
 // Of one tag: far more than any tag in use has, and little enough for a tag made of nothing but tiny frames.

@@ -61,6 +61,17 @@ std::optional<PictureDescriptor> ParseDescriptor(std::string_view text) {
     return descriptor;
 }
 
+std::string PictureFormat22(std::string_view mime) {
+    if (mime == "-->") return std::string(mime);
+    constexpr std::string_view image = "image/";
+    if (mime.starts_with(image)) mime.remove_prefix(image.size());
+    if (mime.size() != 3) return "JPG";
+    std::string format(mime);
+    for (char& letter : format)
+        if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
+    return format;
+}
+
 std::optional<Id3Picture> ReadPicture(const Id3FrameWalk& walk, const Id3Frame& frame) {
     Id3TextCursor cursor(frame.data);
     if (!cursor.TakeEncoding()) return std::nullopt;

@@ -29,6 +29,9 @@ struct Id3Picture {
     std::span<const uint8_t> bytes;  // the picture
 };
 
+// Three characters in place of a MIME type: "PNG" for "image/png"; "JPG" when there is none such.
+[[nodiscard]] std::string PictureFormat22(std::string_view mime);
+
 // The picture in an "APIC" (2.2: "PIC") frame. Nothing when the frame is malformed or the type is above 127.
 //
 // APIC: encoding (1 byte), MIME type and its zero, picture type (1), description and its zero, picture. PIC

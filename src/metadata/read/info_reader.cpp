@@ -19,8 +19,10 @@ constexpr size_t itemHeaderBytes = 8;
 constexpr size_t smallestListWithItem = typeBytes + itemHeaderBytes + 1;
 
 void StoreItem(std::string_view id, std::span<const uint8_t> text, MetadataStore& store) {
-    if (id.starts_with('\0')) return;
-    store.Set("INFO:" + std::string(id), Utf8OrLatin1(UpToNul(text)));
+    const std::string key = "INFO:" + std::string(id);
+    const auto value = Utf8OrLatin1(UpToNul(text));
+    if (id.starts_with('\0') || (value.empty() && store.Has(key))) return;
+    store.Set(key, value);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "metadata/read/xmp_node.h"
 
+#include <algorithm>
 #include <array>
 
 #include "text/text.h"
@@ -11,19 +12,27 @@ namespace {
 struct KnownSpace {
     std::string_view uri;
     XmpSpace space;
+    std::string_view prefix;
 };
 constexpr std::array<KnownSpace, 3> knownSpaces = {
-    {{"http://www.w3.org/1999/02/22-rdf-syntax-ns#", XmpSpace::Rdf},
-     {"http://purl.org/dc/elements/1.1/", XmpSpace::DublinCore},
-     {"http://ns.adobe.com/xmp/1.0/DynamicMedia/", XmpSpace::DynamicMedia}}};
+    {{"http://www.w3.org/1999/02/22-rdf-syntax-ns#", XmpSpace::Rdf, "rdf"},
+     {"http://purl.org/dc/elements/1.1/", XmpSpace::DublinCore, "dc"},
+     {"http://ns.adobe.com/xmp/1.0/DynamicMedia/", XmpSpace::DynamicMedia, "xmpDM"}}};
 
 XmpSpace SpaceWithUri(std::string_view uri) {
-    for (const KnownSpace& known : knownSpaces)
-        if (known.uri == uri) return known.space;
-    return XmpSpace::Other;
+    const auto* known = std::ranges::find(knownSpaces, uri, &KnownSpace::uri);
+    return known == knownSpaces.end() ? XmpSpace::Other : known->space;
 }
 
 }  // namespace
+
+std::string_view UriOfXmpSpace(XmpSpace space) {
+    return std::ranges::find(knownSpaces, space, &KnownSpace::space)->uri;
+}
+
+std::string_view UsualXmpPrefix(XmpSpace space) {
+    return std::ranges::find(knownSpaces, space, &KnownSpace::space)->prefix;
+}
 
 XmpNode::XmpNode(const XmlElement& element, const XmpNode* outer) : element_(element), outer_(outer) {
     constexpr std::string_view declaration = "xmlns";
@@ -36,6 +45,14 @@ XmpNode::XmpNode(const XmlElement& element, const XmpNode* outer) : element_(ele
         else if (name.empty())
             declared_[""] = SpaceWithUri(attribute->value);
     }
+}
+
+std::vector<const XmlElement*> XmpNode::Path() const {
+    std::vector<const XmlElement*> path;
+    for (const XmpNode* node = this; node != nullptr; node = node->outer_)
+        path.push_back(&node->element_);
+    std::ranges::reverse(path);
+    return path;
 }
 
 XmpSpace XmpNode::SpaceOf(std::string_view prefix) const {
@@ -58,30 +75,53 @@ bool XmpNode::IsContainer() const {
     return name.space == XmpSpace::Rdf && (name.local == "Bag" || name.local == "Seq" || name.local == "Alt");
 }
 
-std::optional<std::string_view> XmpNode::Attribute(XmpSpace space, std::string_view local) const {
-    std::optional<std::string_view> found;
-    ForEachAttribute([&](XmpName name, std::string_view value) {
-        if (name == XmpName{space, local}) found = value;
+const XmlAttribute* XmpNode::Attribute(XmpSpace space, std::string_view local) const {
+    const XmlAttribute* found = nullptr;
+    ForEachAttribute([&](XmpName name, const XmlAttribute& attribute) {
+        if (name == XmpName{space, local}) found = &attribute;
     });
     return found;
 }
 
-std::string XmpNode::Text() const {
-    std::string text = Utf8OrLatin1(element_.Value());
-    if (!text.empty()) return text;
-    ForEachField([&](const XmpNode& field) {
-        if (field.Is(XmpSpace::Rdf, "value")) text = Utf8OrLatin1(field.element_.Value());
-    });
-    return text.empty() ? Utf8OrLatin1(Attribute(XmpSpace::Rdf, "resource").value_or("")) : text;
+std::string_view XmpNode::PrefixOf(XmpSpace space) const {
+    for (const XmpNode* node = this; node != nullptr; node = node->outer_)
+        for (const auto& [prefix, declared] : node->declared_)
+            if (declared == space && !prefix.empty() && SpaceOf(prefix) == space) return prefix;
+    return {};
 }
 
-std::string XmpNode::Field(std::string_view local) const {
-    std::string text = Utf8OrLatin1(Attribute(XmpSpace::DynamicMedia, local).value_or(""));
+XmpText XmpNode::Text() const {
+    const auto in = [](const XmlElement& element) {
+        return XmpText{Utf8OrLatin1(element.Value()), &element, nullptr};
+    };
+    XmpText text = in(element_);
+    const auto take = [&](const XmlAttribute* attribute) {
+        if (text.text.empty() && attribute != nullptr && !attribute->value.empty())
+            text = {Utf8OrLatin1(attribute->value), nullptr, attribute};
+    };
+    if (!text.text.empty()) return text;
     ForEachField([&](const XmpNode& field) {
-        if (!text.empty()) return;
+        if (field.Is(XmpSpace::Rdf, "value") && !field.element_.Value().empty()) text = in(field.element_);
+    });
+    take(Attribute(XmpSpace::Rdf, "value"));
+    ForEachField([&](const XmpNode& field) {
+        if (field.Is(XmpSpace::Rdf, "Description")) take(field.Attribute(XmpSpace::Rdf, "value"));
+    });
+    take(Attribute(XmpSpace::Rdf, "resource"));
+    return text;
+}
+
+XmpText XmpNode::Field(std::string_view local) const {
+    XmpText text;
+    const auto take = [&](const XmlAttribute* attribute) {
+        if (text.text.empty() && attribute != nullptr)
+            text = {Utf8OrLatin1(attribute->value), nullptr, attribute};
+    };
+    take(Attribute(XmpSpace::DynamicMedia, local));
+    ForEachField([&](const XmpNode& field) {
+        if (!text.text.empty()) return;
         if (field.Is(XmpSpace::DynamicMedia, local)) text = field.Text();
-        if (field.Is(XmpSpace::Rdf, "Description"))
-            text = Utf8OrLatin1(field.Attribute(XmpSpace::DynamicMedia, local).value_or(""));
+        if (field.Is(XmpSpace::Rdf, "Description")) take(field.Attribute(XmpSpace::DynamicMedia, local));
     });
     return text;
 }

@@ -5,6 +5,7 @@
 #include "fileio/byte_order.h"
 #include "metadata/bext_layout.h"
 #include "metadata/key_table.h"
+#include "metadata/write/bext_fields.h"
 #include "metadata/write/build_chunks.h"
 #include "text/text.h"
 
@@ -19,20 +20,6 @@ bool HasDigitsAt(std::string_view text, std::initializer_list<size_t> places) {
     return std::ranges::all_of(places, [&](size_t place) {
         return place < text.size() && text[place] >= '0' && text[place] <= '9';
     });
-}
-
-// yyyy-mm-dd with any separators; empty when it is no date.
-std::string_view DateField(std::string_view value) {
-    const bool isDate =
-        value.size() == bext::originationDate.width && HasDigitsAt(value, {0, 1, 2, 3, 5, 6, 8, 9});
-    return isDate ? value : std::string_view();
-}
-
-// hh:mm:ss with any separators, the seconds ":00" when they are missing; empty when it is no time.
-std::string TimeField(std::string_view value) {
-    if (value.size() > bext::originationTime.width || !HasDigitsAt(value, {0, 1, 3, 4})) return {};
-    const auto seconds = HasDigitsAt(value, {6, 7}) ? value.substr(5) : ":00";
-    return std::string(value.substr(0, 5)).append(seconds);
 }
 
 // Hundredths in 16 bits. A half is added before the cut towards zero whatever the sign: positive values round
@@ -60,13 +47,24 @@ void PutLoudness(Body& body, const MetadataStore& store) {
 
 }  // namespace
 
+std::string_view bext::DateField(std::string_view value) {
+    const bool isDate = value.size() == originationDate.width && HasDigitsAt(value, {0, 1, 2, 3, 5, 6, 8, 9});
+    return isDate ? value : std::string_view();
+}
+
+std::string bext::TimeField(std::string_view value) {
+    if (value.size() > originationTime.width || !HasDigitsAt(value, {0, 1, 3, 4})) return {};
+    const auto seconds = HasDigitsAt(value, {6, 7}) ? value.substr(5) : ":00";
+    return std::string(value.substr(0, 5)).append(seconds);
+}
+
 int BuildBextChunk(ChunkImage& image, const MetadataStore& store) {
     if (!StoreHasScheme("BWF", store)) return 0;
     Body body = {};
     for (const auto& field : {bext::description, bext::originator, bext::originatorReference})
         PutText(body, field, store.Value(field.key));
-    PutText(body, bext::originationDate, DateField(store.Value(bext::originationDate.key)));
-    PutText(body, bext::originationTime, TimeField(store.Value(bext::originationTime.key)));
+    PutText(body, bext::originationDate, bext::DateField(store.Value(bext::originationDate.key)));
+    PutText(body, bext::originationTime, bext::TimeField(store.Value(bext::originationTime.key)));
     WriteLe64(&body[bext::timeReferenceOffset], UnsignedDecimal(store.Value(bext::timeReferenceKey)));
     PutLoudness(body, store);
     AppendChunk(image, "bext", body.data(), body.size());

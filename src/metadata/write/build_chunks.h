@@ -44,10 +44,10 @@ struct FileRange {
 struct OldId3Tags {
     // Header included each; of two that hold one key, the store has the later one's value. None: an edit that
     // replaces everything. Frames that the store cannot hold are carried over from them.
-    std::vector<ChunkBody> bodies;
+    std::span<const ChunkBody> bodies;
     // Where in the file unsynchronised ones lie, in file order: pictures there hold zeros that are not
     // theirs.
-    std::vector<FileRange> unsynchronised;
+    std::span<const FileRange> unsynchronised;
 };
 // `source` is the file that the picture descriptors of the store point into; may be null.
 int BuildId3Chunk(ChunkImage& image, const MetadataStore& store, FileReader* source, const OldId3Tags& old);

@@ -33,4 +33,12 @@ std::string_view FrameId24(std::string_view id) {
     return found == std::end(successors) ? std::string_view{} : found->second;
 }
 
+std::string_view FrameId22(std::string_view id) {
+    if (id.size() == 3) return id;
+    if (id == "APIC") return "PIC";
+    const auto* const found = std::find_if(std::begin(successors), std::end(successors),
+                                           [&](const auto& pair) { return pair.second == id; });
+    return found == std::end(successors) ? std::string_view{} : found->first;
+}
+
 }  // namespace vantor

@@ -91,26 +91,26 @@ bool Append23Frame(Id3Frames& frames, const Id3Frame& frame, bool isInner) {
     if (!isInner && HoldsFrames(frame)) content = ConvertInnerFrames(frame);
     if (!content) content = ConvertFlags(frame);
     // The status flags lie one bit lower in 2.4.
-    return content && AppendId3Frame(frames, frame.id, content->body, static_cast<uint8_t>(frame.status >> 1),
-                                     content->format);
+    return content && AppendId3Frame(frames, 4, frame.id, content->body,
+                                     static_cast<uint8_t>(frame.status >> 1), content->format);
 }
 
 bool Append22Frame(Id3Frames& frames, const Id3FrameWalk& walk, const Id3Frame& frame) {
     if (frame.id == "APIC") {
         const auto picture = ReadPicture(walk, frame);
-        return picture && AppendPictureFrame(frames, picture->descriptor, picture->bytes);
+        return picture && AppendPictureFrame(frames, 4, picture->descriptor, picture->bytes);
     }
     const std::string_view id = FrameId24(frame.id);
-    return !id.empty() && AppendId3Frame(frames, id, frame.body);
+    return !id.empty() && AppendId3Frame(frames, 4, id, frame.body);
 }
 
 }  // namespace
 
-bool AppendOldFrame(Id3Frames& frames, const Id3FrameWalk& walk, const Id3Frame& frame) {
+bool AppendOldFrame(Id3Frames& frames, int version, const Id3FrameWalk& walk, const Id3Frame& frame) {
+    if (walk.Version() == version)
+        return AppendId3Frame(frames, version, frame.id, frame.body, frame.status, frame.format);
     if (!IsFrameId(frame.id)) return false;
-    if (walk.Version() == 2) return Append22Frame(frames, walk, frame);
-    if (walk.Version() == 3) return Append23Frame(frames, frame, false);
-    return AppendId3Frame(frames, frame.id, frame.body, frame.status, frame.format);
+    return walk.Version() == 2 ? Append22Frame(frames, walk, frame) : Append23Frame(frames, frame, false);
 }
 
 }  // namespace vantor

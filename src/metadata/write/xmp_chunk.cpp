@@ -1,6 +1,5 @@
 // XMP (ISO 16684-1, RDF/XML): the "XMP:" keys as one packet. Properties are attributes of one
 // rdf:Description; title and description are language alternatives, markers a track of microseconds.
-#include <cmath>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -90,24 +89,7 @@ void AddElements(std::string& text, const MetadataStore& store) {
     });
 }
 
-struct MarkerValue {
-    double start;
-    double end;
-    std::string_view name;
-};
-
-// "start:end" or "start:end:name" with 0 <= start <= end.
-std::optional<MarkerValue> ParseMarker(std::string_view value) {
-    const size_t colon = value.find(':');
-    if (colon == value.npos) return {};
-    const size_t nameColon = value.find(':', colon + 1);
-    MarkerValue marker{DecimalNumber(value.substr(0, colon)), DecimalNumber(value.substr(colon + 1)), {}};
-    if (nameColon != value.npos) marker.name = value.substr(nameColon + 1);
-    if (!(marker.start >= 0 && marker.start <= marker.end && std::isfinite(marker.end))) return {};
-    return marker;
-}
-
-void AddMarker(std::string& text, const MarkerValue& marker) {
+void AddMarker(std::string& text, const XmpMarkerValue& marker) {
     Add(text, {"<rdf:li rdf:parseType=\"Resource\"><xmpDM:startTime>", FixedText(marker.start, 0),
                "</xmpDM:startTime>"});
     if (marker.end > marker.start)
@@ -119,7 +101,8 @@ void AddMarker(std::string& text, const MarkerValue& marker) {
 void AddMarkers(std::string& text, const MetadataStore& store) {
     std::string markers;
     for (int number = 0; number < xmpMarkerLimit; ++number) {
-        if (const auto marker = ParseMarker(store.Value(XmpMarkerKey(number)))) AddMarker(markers, *marker);
+        if (const auto marker = ParseXmpMarker(store.Value(XmpMarkerKey(number))))
+            AddMarker(markers, *marker);
     }
     if (!markers.empty()) Add(text, {tracksStart, markers, tracksEnd});
 }

@@ -1,0 +1,295 @@
+#include "edit/lossless.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "edit/merge_fields.h"
+#include "edit/tag_proof.h"
+#include "metadata/key_table.h"
+#include "metadata/read/ixml_walk.h"
+#include "metadata/write/id3_change.h"
+
+namespace vantor {
+
+namespace {
+
+// A chunk that its reader takes, with what the store has from it.
+struct Carrier {
+    TagChunk* chunk;
+    MetadataStore before;   // iXML entries of the chunks before it
+    MetadataStore entries;  // its own, as they are numbered in the file
+    MetadataStore change;   // its part of the change
+    ChunkBody body;         // what it becomes; empty: it goes
+};
+
+MetadataStore Filtered(const MetadataStore& store, const std::function<bool(const std::string&)>& takes) {
+    MetadataStore taken;
+    store.ForEach([&](const MetadataEntry& entry) {
+        if (takes(entry.key)) taken.Set(entry.key, entry.value);
+    });
+    return taken;
+}
+
+// The entries of a body that is read behind those before.
+MetadataStore EntriesOf(const TagScheme& scheme, std::span<const uint8_t> body, int64_t bodyStart,
+                        const MetadataStore& before) {
+    MetadataStore all = before;
+    ReadMetadataChunk(body, scheme.name, all, bodyStart);
+    return Filtered(all, [&](const std::string& key) { return !before.Has(key); });
+}
+
+class LosslessEdit {
+  public:
+    explicit LosslessEdit(const LosslessSources& sources)
+        : sources_(sources), wanted_(MergedTags(sources.format, sources.changes)) {}
+
+    std::optional<ChunkImages> Done();
+
+  private:
+    void FindCarriers();
+    void FindChange();
+    void Route(const MetadataEntry& entry);
+    void TakePosition();
+    void Patch();
+    void PatchCarrier(Carrier& carrier);
+    void PatchNew(const TagScheme& scheme);
+    void Prove();
+    [[nodiscard]] PlainTags Expected(const TagScheme& scheme) const;
+    [[nodiscard]] PlainTags Result(const TagScheme& scheme) const;
+    [[nodiscard]] ChunkBody BlankLike(const Carrier& carrier) const;
+    [[nodiscard]] bool IsChanged(const TagScheme& scheme) const;
+    void Append(const TagScheme& scheme, ChunkImage& image) const;
+    void Rebuild(const TagScheme& scheme, ChunkImage& image) const;
+    [[nodiscard]] ChunkImage ImageOf(const TagScheme& scheme) const;
+    [[nodiscard]] ChunkImage OldImageOf(const TagScheme& scheme) const;
+
+    const LosslessSources& sources_;
+    MetadataStore wanted_;
+    MetadataStore change_;
+    std::vector<Carrier> carriers_;
+    std::map<const TagScheme*, MetadataStore> newChanges_;  // for chunks that are not there yet
+    std::map<const TagScheme*, ChunkBody> newBodies_;
+    std::set<const TagScheme*> rebuilt_;
+};
+
+void LosslessEdit::FindCarriers() {
+    MetadataStore documents;
+    for (auto& chunk : sources_.old.list) {
+        if (chunk.isRefused) continue;
+        auto entries = EntriesOf(*chunk.scheme, chunk.body, chunk.bodyStart, documents);
+        Carrier carrier{&chunk, documents, std::move(entries), {}, chunk.body};
+        documents.AddMissing(Filtered(carrier.entries, IsIxmlKey));
+        carriers_.push_back(std::move(carrier));
+    }
+}
+
+// Loop information is not in the store that a file is opened with.
+void LosslessEdit::FindChange() {
+    MetadataStore own = sources_.format.metadata;
+    for (const auto& carrier : carriers_)
+        if (carrier.chunk->Is("ACID")) own.AddMissing(carrier.entries);
+    wanted_.AddMissing(Filtered(own, [&](const std::string& key) {
+        return key.starts_with("ACID:") && !sources_.format.metadata.Has(key);
+    }));
+    const auto isWritten = [](const std::string& key) {
+        const auto* scheme = SchemeOfKey(key);
+        return scheme && !scheme->ids.empty();
+    };
+    wanted_.ForEach([&](const MetadataEntry& entry) {
+        if (isWritten(entry.key) && own.Value(entry.key) != entry.value) change_.Set(entry.key, entry.value);
+    });
+    own.ForEach([&](const MetadataEntry& entry) {
+        if (isWritten(entry.key) && !wanted_.Has(entry.key)) change_.Set(entry.key, {});
+    });
+}
+
+// To the last chunk that holds the key, since its value is the one that counts; what goes, goes from all.
+void LosslessEdit::Route(const MetadataEntry& entry) {
+    const auto* scheme = SchemeOfKey(entry.key);
+    Carrier *holder = nullptr, *last = nullptr;
+    for (auto& carrier : carriers_) {
+        if (carrier.chunk->scheme == scheme) last = &carrier;
+        if (!carrier.entries.Has(entry.key)) continue;
+        holder = &carrier;
+        if (entry.value.empty()) carrier.change.Set(entry.key, {});
+    }
+    if (!scheme->patch) rebuilt_.insert(scheme);
+    if (entry.value.empty() || !scheme->patch) return;
+    if (!holder) holder = last;
+    (holder ? holder->change : newChanges_[scheme]).Set(entry.key, entry.value);
+}
+
+// A broadcast chunk always says a position: a new one says that which the file has.
+void LosslessEdit::TakePosition() {
+    const auto place = newChanges_.find(FindScheme("BWF"));
+    if (place == newChanges_.end() || place->second.Has("BWF:TimeReference")) return;
+    if (const auto frames = PositionToKeep(sources_.format, sources_.changes))
+        place->second.Set("BWF:TimeReference", std::to_string(*frames));
+}
+
+void LosslessEdit::PatchCarrier(Carrier& carrier) {
+    const TagScheme& scheme = *carrier.chunk->scheme;
+    if (carrier.change.Count() == 0 || !scheme.patch) return;
+    auto patched = scheme.patch(
+        {carrier.body, carrier.change, &carrier.before, &sources_.file, sources_.old.unsynchronised});
+    if (patched)
+        carrier.body = std::move(*patched);
+    else
+        rebuilt_.insert(&scheme);
+}
+
+void LosslessEdit::PatchNew(const TagScheme& scheme) {
+    if (!scheme.blank) return;
+    const auto blank = scheme.blank();
+    const auto patched =
+        scheme.patch({blank, newChanges_[&scheme], nullptr, &sources_.file, sources_.old.unsynchronised});
+    if (!patched)
+        rebuilt_.insert(&scheme);
+    else if (!patched->empty() && *patched != blank)
+        newBodies_[&scheme] = *patched;
+}
+
+void LosslessEdit::Patch() {
+    for (auto& carrier : carriers_)
+        PatchCarrier(carrier);
+    for (const auto& scheme : tagTable)
+        if (newChanges_.contains(&scheme)) PatchNew(scheme);
+}
+
+// A tag of the same version.
+ChunkBody LosslessEdit::BlankLike(const Carrier& carrier) const {
+    auto blank = carrier.chunk->scheme->blank();
+    if (carrier.chunk->Is("ID3")) blank[3] = carrier.chunk->body[3];
+    return blank;
+}
+
+// What the file said, with the change as far as it can be held.
+PlainTags LosslessEdit::Expected(const TagScheme& scheme) const {
+    MetadataStore entries;
+    const bool isTag = scheme.name == std::string_view("ID3");
+    const auto apply = [&](const MetadataStore& change, const ChunkBody& blank) {
+        const PatchInput tried{blank, change, nullptr, &sources_.file, sources_.old.unsynchronised};
+        HeldChange(scheme, tried).ForEach([&](const MetadataEntry& entry) {
+            // A frame that no value makes up stays as it was.
+            if (entry.value.empty() && isTag && !change.Value(entry.key).empty()) return;
+            if (entry.value.empty())
+                entries.Remove(entry.key);
+            else
+                entries.Set(entry.key, entry.value);
+        });
+    };
+    for (const auto& carrier : carriers_)
+        carrier.entries.ForEach([&](const MetadataEntry& entry) { entries.Set(entry.key, entry.value); });
+    for (const auto& carrier : carriers_) {
+        const auto part =
+            Filtered(carrier.change, [&](const std::string& key) { return SchemeOfKey(key) == &scheme; });
+        const auto blank = scheme.name == carrier.chunk->scheme->name ? BlankLike(carrier) : scheme.blank();
+        apply(isTag ? Id3ChangeFor(blank[3], part, carrier.entries) : part, blank);
+    }
+    if (const auto added = newChanges_.find(&scheme); added != newChanges_.end())
+        apply(added->second, scheme.blank());
+    return PlainTagsOf(scheme.name, entries);
+}
+
+PlainTags LosslessEdit::Result(const TagScheme& scheme) const {
+    MetadataStore store;
+    for (const auto& carrier : carriers_)
+        if (!carrier.body.empty())
+            ReadMetadataChunk(carrier.body, carrier.chunk->scheme->name, store, carrier.chunk->bodyStart);
+    for (const auto& [added, body] : newBodies_)
+        ReadMetadataChunk(body, added->name, store, 1);
+    return PlainTagsOf(scheme.name, store);
+}
+
+// All schemes: a document in an ID3 tag is another's.
+void LosslessEdit::Prove() {
+    if (change_.Count() == 0) return;
+    for (const auto& scheme : tagTable) {
+        if (!scheme.blank || Expected(scheme) == Result(scheme)) continue;
+        const bool isOwn = std::ranges::any_of(carriers_, [&](const Carrier& carrier) {
+            return carrier.chunk->scheme == &scheme && carrier.change.Count() > 0;
+        });
+        rebuilt_.insert(isOwn || newChanges_.contains(&scheme) ? &scheme : FindScheme("ID3"));
+    }
+}
+
+bool LosslessEdit::IsChanged(const TagScheme& scheme) const {
+    const bool isPatched = std::ranges::any_of(carriers_, [&](const Carrier& carrier) {
+        return carrier.chunk->scheme == &scheme && carrier.body != carrier.chunk->body;
+    });
+    return isPatched || newBodies_.contains(&scheme) || rebuilt_.contains(&scheme);
+}
+
+// All chunks of a scheme in their order, the refused ones too, then the new one.
+void LosslessEdit::Append(const TagScheme& scheme, ChunkImage& image) const {
+    auto carrier = carriers_.begin();
+    for (const auto& chunk : sources_.old.list) {
+        const ChunkBody* body = &chunk.body;
+        if (!chunk.isRefused) body = &(carrier++)->body;
+        const bool isGone = !chunk.isRefused && body->empty();
+        if (chunk.scheme == &scheme && !isGone) AppendChunk(image, chunk.id, body->data(), body->size());
+    }
+    if (const auto added = newBodies_.find(&scheme); added != newBodies_.end())
+        AppendChunk(image, scheme.ids.substr(0, 4), added->second.data(), added->second.size());
+}
+
+void LosslessEdit::Rebuild(const TagScheme& scheme, ChunkImage& image) const {
+    std::vector<ChunkBody> bodies;
+    for (const auto& chunk : sources_.old.list) {
+        if (chunk.scheme != &scheme) continue;
+        if (chunk.isRefused)
+            AppendChunk(image, chunk.id, chunk.body.data(), chunk.body.size());
+        else
+            bodies.push_back(chunk.body);
+    }
+    MetadataStore store = wanted_;
+    RemoveBwfCopies(store);
+    scheme.build(image, {store, &sources_.file, bodies, sources_.old.unsynchronised});
+}
+
+// The chunks of a scheme as they become, or as they are.
+ChunkImage LosslessEdit::ImageOf(const TagScheme& scheme) const {
+    ChunkImage image;
+    if (rebuilt_.contains(&scheme) && scheme.build)
+        Rebuild(scheme, image);
+    else
+        Append(scheme, image);
+    return image;
+}
+
+ChunkImage LosslessEdit::OldImageOf(const TagScheme& scheme) const {
+    ChunkImage image;
+    for (const auto& chunk : sources_.old.list)
+        if (chunk.scheme == &scheme) AppendChunk(image, chunk.id, chunk.body.data(), chunk.body.size());
+    return image;
+}
+
+std::optional<ChunkImages> LosslessEdit::Done() {
+    FindCarriers();
+    FindChange();
+    change_.ForEach([&](const MetadataEntry& entry) { Route(entry); });
+    TakePosition();
+    Patch();
+    Prove();
+    ChunkImages images;
+    for (const auto& scheme : tagTable) {
+        if (!IsChanged(scheme)) continue;
+        const auto image = ImageOf(scheme);
+        if (image == OldImageOf(scheme)) continue;
+        images.replaced.emplace_back(scheme.name);
+        ChunkImage& whole = scheme.inTail ? images.tail : images.main;
+        whole.insert(whole.end(), image.begin(), image.end());
+    }
+    return images.replaced.empty() ? std::nullopt : std::optional(std::move(images));
+}
+
+}  // namespace
+
+std::optional<ChunkImages> LosslessImages(const LosslessSources& sources) {
+    return LosslessEdit(sources).Done();
+}
+
+}  // namespace vantor

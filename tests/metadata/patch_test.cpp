@@ -1,0 +1,195 @@
+// Changes of single keys in chunks that hold more than their keys: what is named changes, every other byte
+// stays, and what was put in can be taken out without a trace.
+#include <gtest/gtest.h>
+
+#include "metadata/tag_schemes.h"
+#include "tests/metadata/recorder_chunks.h"
+#include "tests/metadata/store_entries.h"
+#include "text/text.h"
+
+namespace vantor::test {
+namespace {
+
+using namespace std::string_literals;
+
+struct Case {
+    const char* scheme;
+    Bytes body;
+    std::string change;  // "key=value|key=value"
+    // Pieces of the old body and what stands for them; nothing else differs.
+    std::vector<std::pair<std::string, std::string>> replaced;
+};
+
+MetadataStore ChangeOf(const std::string& text) {
+    return StoreOf(Listed("", text));
+}
+
+MetadataStore StoreIn(const TagScheme& scheme, const Bytes& body) {
+    MetadataStore store;
+    EXPECT_TRUE(scheme.read(body, store, 1));
+    return store;
+}
+
+// What takes a change of `old` back.
+MetadataStore Reverse(const MetadataStore& change, const MetadataStore& old, const MetadataStore& now) {
+    MetadataStore reverse;
+    now.ForEach([&](const auto& entry) {
+        if (!old.Has(entry.key)) reverse.Set(entry.key, "");
+    });
+    old.ForEach([&](const auto& entry) {
+        if (now.Value(entry.key) != entry.value) reverse.Set(entry.key, entry.value);
+    });
+    change.ForEach([&](const auto& entry) {
+        if (!old.Has(entry.key) && !now.Has(entry.key)) reverse.Set(entry.key, "");
+    });
+    return reverse;
+}
+
+// Zeros at the end keep documents even or odd.
+std::string Unpadded(const Case& test, const Bytes& body) {
+    auto text = TextOf(body);
+    if (test.scheme != "INFO"s) text.resize(text.find_last_not_of('\0') + 1);
+    return text;
+}
+
+bool AreNew(const MetadataStore& change, const MetadataStore& old) {
+    bool areNew = true;
+    change.ForEach([&](const auto& entry) { areNew = areNew && !old.Has(entry.key); });
+    return areNew;
+}
+
+std::string Replaced(std::string text, const Case& test) {
+    for (const auto& [from, to] : test.replaced) {
+        const size_t place = text.find(from);
+        EXPECT_NE(place, text.npos) << from;
+        if (place != text.npos) text.replace(place, from.size(), to);
+    }
+    return text;
+}
+
+const std::string fullNote = "<NOTE>it's\xC3\xA9 &lt;1&gt;</NOTE>";
+
+const std::vector<Case>& Cases() {
+    static const Bytes document = BytesOf(recordersIxml), xmp = BytesOf(editorsXmp);
+    static const std::vector<Case> cases = {
+        // An element is filled, changed, found by its number; what is empty without an end tag gets one.
+        {"IXML", document, "IXML:NOTE=it's\u00E9 <1>", {{"<NOTE></NOTE>", fullNote}}},
+        {"IXML", document, "IXML:PROJECT=Moby+Dick", {{"Moby &amp; Dick", "Moby+Dick"}}},
+        {"IXML", document, "IXML:TAPE=12", {{"<TAPE/>", "<TAPE>12</TAPE >"}}},
+        {"IXML", document, "IXML:SCENE=1", {{"<SCENE unit=\"no\" />", "<SCENE unit=\"no\">1</SCENE  >"}}},
+        {"IXML", document, "IXML:TRACK_LIST:TRACK:NAME=Bass", {{">Boom<", ">Bass<"}}},
+        {"IXML",
+         document,
+         "IXML:TRACK_LIST:TRACK:NAME:2=LavLavLavLavLavL2",
+         {{"<![CDATA[Lav <3>]]>", "LavLavLavLavLavL2"}}},
+        {"IXML", document, "IXML:SPEED:TIMECODE_RATE=30/1", {{"25/1", "30/1"}}},
+        {"IXML", document, "IXML:MIXED=twelve", {{"one<EMPTY/>two", "twelve<EMPTY/>"}}},
+        // New ones stand at the end of their parents.
+        {"IXML",
+         document,
+         "IXML:USER:VANTOR=rain|IXML:USER:MOOD=dark",
+         {{"</BWFXML>", "\n<USER>\n<MOOD>dark</MOOD>\n<VANTOR>rain</VANTOR></USER></BWFXML>"}}},
+        {"IXML",
+         document,
+         "ASWG:project=Whale",
+         {{"</BWFXML>", "\n<ASWG>\n<project>Whale</project></ASWG></BWFXML>"}}},
+        {"IXML",
+         document,
+         "IXML:TRACK_LIST:TRACK:FUNC=M",
+         {{"Boom</NAME></TRACK>", "Boom</NAME>\n<FUNC>M</FUNC></TRACK>"}}},
+        {"IXML",
+         document,
+         "IXML:TRACK_LIST:TRACK:NAME:3=4th",
+         {{"\t</TRACK_LIST>", "\t\n<TRACK>\n<NAME>4th</NAME></TRACK></TRACK_LIST>"}}},
+        {"IXML",
+         BytesOf("<?xml encoding='ISO-8859-1'?><BWFXML><A>\xE4</A></BWFXML>"s),
+         "IXML:A=\u00F6\u20AC.",
+         {{"\xE4", "&#246;&#8364;."}}},
+        // Attributes, elements, items and alternatives are changed where they stand.
+        {"XMP", xmp, "XMP:dm/artist=B", {{"d:artist=\"A\"", "d:artist=\"B\""}}},
+        {"XMP", xmp, "XMP:dc/format=it's", {{"audio/x-&#xE4;", "it&apos;s"}}},
+        {"XMP", xmp, "XMP:dc/title=Other", {{"Title &#xA;", "Other"}}},
+        {"XMP", xmp, "XMP:dc/subject=wind; rain; tide", {{">sea<", ">tide<"}}},
+        {"XMP", xmp, "XMP:dc/subject=wind; rain; sea; fog", {{"sea</r:li>", "sea</r:li><r:li>fog</r:li>"}}},
+        {"XMP", xmp, "XMP:dc/source=disk", {{"tape", "disk"}}},
+        {"XMP",
+         xmp,
+         "XMP:dc/description=New",
+         {{"\n </r:Description>",
+           "\n \n<dc:description><r:Alt><r:li "
+           "xml:lang=\"x-default\">New</r:li></r:Alt></dc:description></r:Description>"}}},
+        {"XMP",
+         xmp,
+         "XMP:dm/album=Sea",
+         {{"\n </r:Description>",
+           "\n \n<xmpDM:album "
+           "xmlns:xmpDM=\"http://ns.adobe.com/xmp/1.0/DynamicMedia/\">Sea</xmpDM:album></r:Description>"}}},
+        {"XMP", xmp, "XMP:dc/date=2024", {{"&#xE4;'>", "&#xE4;' dc:date=\"2024\">"}}},
+        {"XMP",
+         xmp,
+         "XMP:MARK000=1000000:1000000:one",
+         {{"50</d:startTime>", "50</d:startTime><d:name>one</d:name>"}}},
+        {"XMP",
+         xmp,
+         "XMP:MARK001=2000001:2000001:two",
+         {{"d:startTime=\"100\"", "d:startTime=\"2000001f1000000\""}}},
+        {"XMP",
+         xmp,
+         "XMP:MARK002=3000000:4000000",
+         {{"d:name=\"two\"/>",
+           "d:name=\"two\"/><r:li "
+           "r:parseType=\"Resource\"><d:startTime>150</d:startTime><d:duration>50</d:duration></r:li>"}}},
+        {"BWF",
+         RecorderBext(),
+         "BWF:Originator=M\u00F6wenstein und Partner GmbH & Co KG",
+         {{"maker"s + std::string(27, '\0'), "M\u00F6wenstein und Partner GmbH & C"s}}},
+        {"BWF", RecorderBext(), "BWF:OriginationTime=23:59", {{"10:11:12", "23:59:00"}}},
+        {"BWF", RecorderBext(), "BWF:TimeReference=48001", {{"\x80\xBB\0\0"s, "\x81\xBB\0\0"s}}},
+        {"CART", StationCart(), "CART:SEG1=201", {{"SEG1\xC8"s, "SEG1\xC9"s}}},
+        {"CART",
+         StationCart(),
+         "CART:INT1=9",
+         {{"SEG1\x64\0\0\0\0\0\0\0\0\0\0\0"s, "SEG1\x64\0\0\0INT1\x09\0\0\0"s}}},
+        {"CART", StationCart(), "CART:TagText=text", {{"tag text", "text"}}},
+        {"INFO",
+         OddInfo(),
+         "INFO:ICMT=third!!!",
+         {{"second\0\0more"s, "third!!!\0\0"s}, {"ICMT\x0C"s, "ICMT\x09"s}}},
+        {"INFO", OddInfo(), "INFO:INAM=n\u00E4", {{"rest", "INAM\4\0\0\0n\u00E4\0rest"s}}},
+        // A tag keeps its version, a comment its language; a date before 2.4 goes into three frames.
+        {"ID3", RecorderTag(2), "ID3:TIT2=Other", {{"Title", "Other"}}},
+        {"ID3",
+         RecorderTag(3),
+         "ID3:COMM=W\u00F6rt",
+         {{"COMM\0\0\0\x09"s, "COMM\0\0\0\x09"s}, {"deu\0Wort"s, "deu\0W\xF6rt"s}}},
+        {"ID3",
+         RecorderTag(4),
+         "ID3:COMM=W\u00F6rt",
+         {{"[", "]"}, {"COMM\0\0\0\x09\0\0\0"s, "COMM\0\0\0\x0A\0\0\3"s}, {"deu\0Wort"s, "deu\0W\u00F6rt"s}}},
+    };
+    return cases;
+}
+
+TEST(Patches, ChangeTheBytesOfTheValueAndNothingElse) {
+    for (const auto& test : Cases()) {
+        SCOPED_TRACE(std::string(test.scheme) + " " + test.change);
+        const auto& scheme = *FindScheme(test.scheme);
+        const auto change = ChangeOf(test.change);
+        const auto old = StoreIn(scheme, test.body);
+        const auto patched = scheme.patch({test.body, change});
+        ASSERT_TRUE(patched);
+        EXPECT_EQ(Unpadded(test, *patched), Replaced(Unpadded(test, test.body), test));
+        EXPECT_EQ(patched->size() % 2, test.body.size() % 2);
+        const auto now = StoreIn(scheme, *patched);
+        const auto reverse = Reverse(change, old, now);
+        const auto back = scheme.patch({*patched, reverse});
+        ASSERT_TRUE(back);
+        EXPECT_EQ(EntriesOf(StoreIn(scheme, *back)), EntriesOf(old));
+        if (AreNew(change, old)) {
+            EXPECT_EQ(TextOf(*back), TextOf(test.body));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vantor::test

@@ -1,0 +1,212 @@
+// Edits that change nothing but what was asked for: on the samples, and on files as recorders, stations and
+// editors leave them.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <random>
+
+#include "edit/tag_proof.h"
+#include "metadata/key_table.h"
+#include "tests/metadata/recorder_chunks.h"
+#include "tests/source/source_support.h"
+#include "tests/support/chunk_list.h"
+#include "text/text.h"
+
+namespace vantor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr intptr_t lossless = 5;
+
+struct NamedFile {
+    std::string name;
+    Bytes bytes;
+};
+
+Bytes Utf16(const std::string& text) {
+    return ByteWriter().Add({0xFF, 0xFE}).Add(Utf8ToUtf16(text, false));
+}
+
+Bytes RecorderFile(int tagVersion) {
+    const Bytes adm = BytesOf("<ebu><coreMetadata><audioFormatExtended/>\xC3\xA9</coreMetadata></ebu>"s);
+    const Bytes front = ByteWriter()
+                            .Chunk("FLLR", BytesOf("not zeros!"))
+                            .Chunk("bext", RecorderBext())
+                            .Chunk("iXML", BytesOf(recordersIxml))
+                            .Chunk("chna", ByteWriter().Le16(1).Le16(1).Zeros(40))
+                            .Chunk("axml", adm);
+    const Bytes behind = ByteWriter()
+                             .Chunk("cart", StationCart())
+                             .Chunk("_PMX", tagVersion == 4 ? Utf16(editorsXmp) : BytesOf(editorsXmp))
+                             .Chunk("LIST", OddInfo())
+                             .Chunk("id3 ", RecorderTag(tagVersion, tagVersion == 3 ? 0x80 : 0))
+                             .Chunk("own ", BytesOf("kept"));
+    return MonoFile(Ramp(500), front, behind);
+}
+
+std::vector<NamedFile> Files() {
+    std::vector<NamedFile> files;
+    for (const std::string name : {"tagged", "pcm16", "markers", "sliced-loop", "extensible-5.1"})
+        files.push_back({name, SampleFile(name + ".wav")});
+    for (const int version : {2, 3, 4})
+        files.push_back({"recorder " + std::to_string(version), RecorderFile(version)});
+    const auto document = BytesOf("IXML\0<BWFXML><SCENE>7</SCENE><NOTE>n</NOTE></BWFXML>"s);
+    const auto tag = Id3TagWriter(3).Text("TIT2", "x").Frame("PRIV", document).Text("TRCK", "1").Tag();
+    files.push_back({"document in a tag", MonoFile(Ramp(500), {}, ByteWriter().Chunk("ID3 ", tag))});
+    return files;
+}
+
+// The tag chunks of a scheme become one text; all other chunks by their place.
+std::map<std::string, std::string> ChunksByScheme(const Bytes& file) {
+    std::map<std::string, std::string> chunks;
+    for (const auto& chunk : ChunkList(file)) {
+        const bool isKeptList = chunk.id == "LIST" && TextOf(chunk.body).substr(0, 4) != "INFO";
+        const auto* scheme = isKeptList ? nullptr : SchemeOfChunkId(chunk.id);
+        if (scheme && scheme->replaced == Replaced::asRoom) continue;
+        chunks[scheme ? scheme->name : "kept"] += chunk.id + TextOf(chunk.body);
+    }
+    return chunks;
+}
+
+class Lossless : public ::testing::Test {
+  protected:
+    intptr_t Edit(const Fields& fields, intptr_t flags = lossless) {
+        return RequestWrite(*OpenSource(path), target, fields, flags);
+    }
+
+    FakeHost host;
+    TempFolder folder;
+    const std::string path = folder.Path("edited.wav"), target = folder.Path("target.wav");
+};
+
+TEST_F(Lossless, AKeySetToItsOwnValueLeavesTheFileUntouched) {
+    for (const auto& file : Files()) {
+        WriteWholeFile(path, file.bytes);
+        const auto old = fs::file_time_type::clock::now() - std::chrono::hours(24);
+        fs::last_write_time(path, old);
+        const auto time = fs::last_write_time(path);
+        Fields fields;
+        for (const auto& [key, value] : TagsOf(path))
+            if (SchemeOfKey(key) && !IsPictureKey(key)) fields.push_back(key + "=" + value);
+        EXPECT_EQ(Edit(fields), 2) << file.name;
+        EXPECT_EQ(Edit({}), 2) << file.name;
+        EXPECT_EQ(fs::last_write_time(path), time) << file.name;
+        EXPECT_EQ(Edit(fields, lossless | neverInPlace), 1) << file.name;
+        for (const auto& written : {path, target})
+            EXPECT_TRUE(ReadWholeFile(written) == file.bytes) << file.name << ": " << written;
+    }
+}
+
+// Keys that every file can take, and the schemes whose chunks may then differ.
+const std::pair<std::string, std::string> edits[] = {
+    {"BWF:Originator=Other", "BWF"},   {"BWF:LoudnessValue=-23", "BWF"}, {"INFO:ISFT=tool \u00E4", "INFO"},
+    {"IXML:NOTE=a <note>", "IXML"},    {"ASWG:notes=b", "IXML"},         {"IXML:USER:VANTOR=tags", "IXML"},
+    {"XMP:dm/artist=\u0416", "XMP"},   {"XMP:dc/title=T", "XMP"},        {"XMP:MARK000=5:6:m", "XMP"},
+    {"CART:CutID=42", "CART"},         {"CART:EOD=7", "CART"},           {"AXML:ISRC=GBXYZ", "AXML"},
+    {"ID3:TXXX:VANTOR=\u0416", "ID3"}, {"ID3:TPE2=band", "ID3"},
+};
+
+TEST_F(Lossless, OneKeyChangesItsSchemeAloneAndCanBeTakenBack) {
+    for (const auto& file : Files())
+        for (const auto& [field, scheme] : edits) {
+            SCOPED_TRACE(file.name + ", " + field);
+            WriteWholeFile(path, file.bytes);
+            const auto key = field.substr(0, field.find('=')), value = field.substr(field.find('=') + 1);
+            const auto before = TagsOf(path);
+            const double place = OpenSource(path)->PlacementPosition();
+            ASSERT_EQ(Edit({field}), 2);
+            auto wanted = before;
+            wanted[key] = value;
+            auto now = TagsOf(path);
+            // A tag of version 2.2 has ids of its own, and a document may stand in a tag.
+            if (now.contains("ID3:TP2")) now["ID3:TPE2"] = now.extract("ID3:TP2").mapped();
+            for (const auto& [name, tag] : wanted)
+                EXPECT_TRUE(IsPictureKey(name) || now[name] == tag)
+                    << name << ": " << now[name] << " for " << tag;
+            EXPECT_TRUE(OpenSource(path)->PlacementPosition() == place || (place == -1 && scheme == "BWF"));
+            auto old = ChunksByScheme(file.bytes), changed = ChunksByScheme(ReadWholeFile(path));
+            const bool isInTag = changed[scheme] == old[scheme];
+            old.erase(isInTag ? "ID3" : scheme), changed.erase(isInTag ? "ID3" : scheme);
+            EXPECT_TRUE(changed == old);
+            ASSERT_EQ(Edit({field}), 2);
+            ASSERT_EQ(Edit({key + "=" + (before.contains(key) ? before.at(key) : "")}), 2);
+            EXPECT_EQ(TagsOf(path).size(), before.size());
+            if (!before.contains(key)) {
+                for (const auto& [name, text] : ChunksByScheme(ReadWholeFile(path)))
+                    EXPECT_EQ(text, ChunksByScheme(file.bytes)[name]) << name;
+            }
+        }
+}
+
+// What a store of the model says is what is read back, whatever the order of the edits.
+TEST_F(Lossless, AnySequenceOfEditsIsTheModelsStore) {
+    const Fields values = {"", "x", "some more words", "\u00FCml\u00E4ut & <tag> \"q\"",
+                           std::string(200, 'l')};
+    const Fields keys = {
+        "BWF:Description", "INFO:INAM",    "INFO:ICMT",    "IXML:NOTE",    "IXML:TRACK_LIST:TRACK:NAME",
+        "IXML:SPEED:NOTE", "IXML:A:B:C",   "ASWG:project", "XMP:dc/title", "XMP:dc/creator",
+        "XMP:dm/album",    "CART:Title",   "CART:TagText", "ID3:TIT2",     "ID3:COMM",
+        "ID3:TXXX:k",      "ID3:TXXX:new", "ID3:WXXX:w"};
+    std::mt19937 random(7);
+    const auto pick = [&](const Fields& from) { return from[random() % from.size()]; };
+    for (const auto& file : Files()) {
+        WriteWholeFile(path, file.bytes);
+        MetadataStore model = StoreOf(Entries(0));
+        for (const auto& [key, value] : TagsOf(path))
+            model.Set(key, value);
+        for (int round = 0; round < 25; ++round) {
+            Fields fields;
+            for (int i = 0; i < 1 + round % 3; ++i) {
+                const std::string key = pick(keys);
+                auto value = pick(values);
+                if (key == "CART:Title") value = value.substr(0, 30);
+                fields.push_back(key + "=" + value);
+            }
+            ASSERT_EQ(Edit(fields), 2) << file.name << " " << round;
+            for (const auto& field : fields) {
+                std::string key = field.substr(0, field.find('='));
+                const auto value = field.substr(field.find('=') + 1);
+                if (key == "ID3:TIT2" && file.name == "recorder 2") key = "ID3:TT2";
+                if (value.empty())
+                    model.Remove(key);
+                else
+                    model.Set(key, value);
+            }
+            MetadataStore now;
+            for (const auto& [key, value] : TagsOf(path))
+                now.Set(key, value);
+            for (const auto& scheme : tagTable)
+                ASSERT_EQ(PlainTagsOf(scheme.name, now), PlainTagsOf(scheme.name, model))
+                    << file.name << ", round " << round << ": " << scheme.name << " " << fields[0];
+        }
+    }
+}
+
+// The kinds of common fields: a date spreads over three frames before version 2.4, a tempo that is none stays
+// out of loops, a position outlives a new broadcast chunk.
+TEST_F(Lossless, CommonFieldsKeepVersionsPositionsAndLoops) {
+    WriteWholeFile(path, RecorderFile(3));
+    ASSERT_EQ(Edit({"DATE=2024-05-06T07:08"}), 2);
+    auto tags = TagsOf(path);
+    EXPECT_EQ(tags["ID3:TYER"] + tags["ID3:TDAT"] + tags["ID3:TIME"] + tags["ID3:TDRC"], "202406050708");
+    ASSERT_EQ(Edit({"DATE="}), 2);
+    EXPECT_EQ(TagsOf(path).count("ID3:TDAT"), 0u);
+
+    const std::string document =
+        "<BWFXML><BEXT><BWF_TIME_REFERENCE_LOW>1500</BWF_TIME_REFERENCE_LOW></BEXT></BWFXML>";
+    for (const intptr_t flags : {lossless, mergeTags}) {
+        WriteWholeFile(path, MonoFile(Ramp(500), ByteWriter().Chunk("iXML", BytesOf(document))));
+        for (const std::string field : {"IXML:SCENE=1", "DESC=told", "DATE=2024-05-06"}) {
+            ASSERT_EQ(Edit({field}, flags), 2);
+            EXPECT_EQ(OpenSource(path)->PlacementPosition(), 1.5) << field << " " << flags;
+        }
+        WriteWholeFile(path, MonoFile(Ramp(500), ByteWriter().Chunk("acid", AcidBody{0x1A, 62, 8, 120})));
+        const auto loop = Find(ReadWholeFile(path), "acid")->body;
+        ASSERT_EQ(Edit({"BPM=1e39"}, flags), 2);
+        EXPECT_EQ(ReadLeFloat(&Find(ReadWholeFile(path), "acid")->body[20]), 120.0F) << flags;
+    }
+}
+
+}  // namespace
+}  // namespace vantor::test
