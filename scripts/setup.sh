@@ -5,7 +5,7 @@
 vantor_packages_build="g++ cmake ninja-build ccache pkg-config libsamplerate0-dev libcairo2-dev libcsv-dev libcli11-dev
     nlohmann-json3-dev"
 vantor_packages_test="$vantor_packages_build git clang clang-format googletest libgtest-dev libgmock-dev
-    g++-mingw-w64-x86-64-posix wine wine64
+    g++-mingw-w64-x86-64-posix wine wine64 xvfb
     libsndfile1-dev sndfile-programs sox libsox-fmt-all ffmpeg libimage-exiftool-perl libtag1-dev
     libxml2-utils lintian man-db unzip"
 vantor_packages_package="$vantor_packages_build git g++-mingw-w64-x86-64-posix dpkg-dev binutils xz-utils zip"

@@ -24,6 +24,7 @@ namespace {
 
 constexpr INT_PTR dialogClosed = 1;
 constexpr UINT pictureWanted = WM_APP + 1;          // the window stands: time to decode
+constexpr UINT valueWanted = WM_APP + 2;            // the selection has changed, in thousands of rows maybe
 constexpr size_t mostValueBytes = size_t{1} << 20;  // a text field lays out its whole text at once
 
 // ---- Texts
@@ -351,6 +352,7 @@ class PropertiesDialog final : public Dialog {
     std::vector<uint32_t> shown_;
     ListOrder order_;
     Font font_;
+    bool valueIsStale_ = false;
     size_t picture_ = 0;
     platform::Picture thumbnail_;
     std::map<HWND, WNDPROC> partProcedures_;
@@ -395,6 +397,9 @@ bool PropertiesDialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
             return HandleCommand(LOWORD(wParam), HIWORD(wParam));
         case WM_DRAWITEM:
             DrawPicture(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+            return true;
+        case valueWanted:
+            ShowValue();
             return true;
         case pictureWanted:
             LoadPicture();
@@ -581,6 +586,7 @@ void PropertiesDialog::ShowSortArrow() const {
 
 // Of the row with the focus among the selected ones, else of the first.
 void PropertiesDialog::ShowValue() {
+    valueIsStale_ = false;
     std::string text = properties_.status;
     if (text.empty()) {
         const HWND list = Part(VANTOR_LIST);
@@ -627,7 +633,7 @@ bool PropertiesDialog::HandleList(const NMHDR& header, LPARAM lParam) {
             return true;
         case LVN_ITEMCHANGED:
         case LVN_ODSTATECHANGED:
-            ShowValue();
+            if (!std::exchange(valueIsStale_, true)) PostMessageW(window_, valueWanted, 0, 0);
             return true;
         case LVN_COLUMNCLICK:
             order_ = OrderAfterClick(order_, PropertyColumn(reinterpret_cast<NMLISTVIEW*>(lParam)->iSubItem));

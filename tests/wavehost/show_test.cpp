@@ -232,5 +232,17 @@ TEST_F(WavehostShow, DrawsAndKeepsExactPeaksWhileTheyFit) {
 #endif
 }
 
+TEST_F(Wavehost, PropertiesSaysWhereThereIsNoWindow) {
+    const std::string file = folder.Write("take.wav", PatternWav(10, 1));
+    if (onWindows) GTEST_SKIP() << "there is one";
+    const auto run = RunWavehost({"properties", file});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.err,
+              "wavehost: " + file +
+                  ": the module shows no properties window on this system; 'info' prints the same\n");
+    EXPECT_NE(RunWavehost({"properties", folder.Path("absent.wav")}).err.find("absent.wav: "),
+              std::string::npos);
+}
+
 }  // namespace
 }  // namespace vantor::test

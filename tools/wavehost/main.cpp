@@ -21,6 +21,7 @@ void AddCommands(CommandLine& line) {
     AddState(line);
     AddRestore(line);
     AddScan(line);
+    AddProperties(line);
 }
 
 int Run(std::vector<std::string> arguments) {

@@ -32,5 +32,6 @@ void AddPeaks(CommandLine& line);
 void AddState(CommandLine& line);
 void AddRestore(CommandLine& line);
 void AddScan(CommandLine& line);
+void AddProperties(CommandLine& line);
 
 }  // namespace vantor::wavehost

@@ -22,6 +22,8 @@ std::string TextOf(const fs::path& path);
 std::vector<std::string> CommandArguments(int argc, char** argv);
 // Makes the console show UTF-8, and lets every byte of standard output through as it is.
 void PrepareConsole();
+// Windows that the module opens are drawn at the screen's own resolution, not drawn small and stretched.
+void UseScreenResolution();
 // Why the system refused this thread's last call: "no such file", "permission denied", "the disk is full", or
 // the system's own words.
 std::string LastReason();

@@ -29,6 +29,8 @@ std::string TextOf(const fs::path& path) {
 
 void PrepareConsole() {}
 
+void UseScreenResolution() {}
+
 std::string LastReason() {
     switch (errno) {
         case ENOENT:

@@ -115,6 +115,13 @@ void PrepareConsole() {
     MakeBinary(stdout);
 }
 
+void UseScreenResolution() {
+    using Use = BOOL WINAPI(HANDLE);
+    auto* const place = GetProcAddress(GetModuleHandleW(L"user32.dll"), "SetProcessDpiAwarenessContext");
+    const auto perMonitor = reinterpret_cast<HANDLE>(intptr_t{-4});  // version 2
+    if (auto* const use = reinterpret_cast<Use*>(reinterpret_cast<void*>(place))) use(perMonitor);
+}
+
 fs::path ExecutableFolder() {
     std::wstring name(32768, L'\0');
     name.resize(GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size())));
