@@ -3,6 +3,7 @@
 #include "wavehost/facts/report.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/json_output.h"
+#include "wavehost/tables/text_output.h"
 
 namespace vantor::wavehost {
 
@@ -17,6 +18,7 @@ struct InfoOptions {
 // What is known about a file of which no source can be made.
 SourceFacts Unopened(const std::string& file, const std::string& status) {
     SourceFacts facts{};
+    facts.positionSeconds = -1;
     facts.file = file;
     facts.infoText = status;
     return facts;

@@ -2,6 +2,8 @@
 #include "wavehost/commands/command_line.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/tables/json_output.h"
+#include "wavehost/tables/marker_table.h"
+#include "wavehost/tables/text_output.h"
 
 namespace vantor::wavehost {
 
@@ -10,17 +12,26 @@ namespace {
 struct MarkersOptions {
     FileArguments files;
     bool json = false;
+    bool csv = false;
 };
 
 int RunMarkers(Session& session, const MarkersOptions& options) {
     const Module& module = ModuleOf(session);
+    const std::vector<ListedFile> files = ListFiles(options.files);
     Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
-    return RunBatch(session, "markers", ListFiles(options.files), results, [&](const std::string& file) {
-        const std::vector<MarkerFact> markers = MarkersOf(*OpenSource(module, file).Get());
-        if (options.json)
+    if (options.csv) PrintRow(MarkerHeadings());
+    return RunBatch(session, "markers", files, results, [&](const std::string& file) {
+        const HostPtr<PCM_source> source = OpenSource(module, file);
+        const std::vector<MarkerFact> markers = MarkersOf(*source.Get());
+        if (options.json) {
             results.Add(MarkersJson(file, markers));
-        else
+        } else if (options.csv) {
+            for (const MarkerFact& marker : markers)
+                PrintRow(MarkerRow(file, source->SampleRate(), marker));
+        } else {
+            if (files.size() > 1) PrintLine(file);
             PrintMarkers(markers);
+        }
         return exitDone;
     });
 }
@@ -30,7 +41,8 @@ int RunMarkers(Session& session, const MarkersOptions& options) {
 void AddMarkers(CommandLine& line) {
     auto [command, options] = AddCommand(line, line.app, "markers", "Cue points and regions", &RunMarkers);
     AddFiles(*command, options->files);
-    command->add_flag("--json", options->json, jsonHelp);
+    CLI::Option* json = command->add_flag("--json", options->json, jsonHelp);
+    command->add_flag("--csv", options->csv, "Print comma-separated values, a line a marker")->excludes(json);
 }
 
 }  // namespace vantor::wavehost

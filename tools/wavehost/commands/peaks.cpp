@@ -9,6 +9,7 @@
 #include "wavehost/os/failure.h"
 #include "wavehost/os/interruption.h"
 #include "wavehost/picture/picture.h"
+#include "wavehost/tables/placement.h"
 
 namespace vantor::wavehost {
 
@@ -18,7 +19,7 @@ struct PeaksOptions {
     std::string file;
     std::string png;
     int32_t width = 1200;
-    int32_t height = 400;
+    std::optional<int32_t> height;
     double startSeconds = 0;
     std::optional<double> lengthSeconds;
 };
@@ -32,47 +33,72 @@ void BuildPeaks(PCM_source& source, const std::string& file, bool quiet) {
     CheckInterruption();
 }
 
-void ReadPeaks(PCM_source& source, Picture& picture) {
+PicturePeaks ReadPeaks(PCM_source& source, const ShownTime& time, const PictureLayout& layout) {
+    PicturePeaks peaks;
     PeakRequest request{};
-    request.startSeconds = picture.startSeconds;
-    request.channels = picture.channels;
-    request.frames = picture.layout.PlotWidth();
-    request.peaksPerSecond = request.frames / picture.lengthSeconds;
-    picture.peaks.resize(2 * static_cast<size_t>(request.frames) * static_cast<size_t>(request.channels));
-    request.peaks = picture.peaks.data();
+    request.startSeconds = time.startSeconds;
+    request.channels = layout.lanes;
+    request.frames = layout.plotWidth;
+    request.peaksPerSecond = request.frames / time.lengthSeconds;
+    peaks.pairs.resize(2 * static_cast<size_t>(request.frames) * static_cast<size_t>(request.channels));
+    request.peaks = peaks.pairs.data();
     source.ReadPeaks(&request);
-    picture.columns = std::clamp(request.framesProduced, 0, request.frames);
+    peaks.columns = std::clamp(request.framesProduced, 0, request.frames);
+    return peaks;
 }
 
-std::string Title(PCM_source& source, const PeaksOptions& options, int32_t lanes) {
-    std::string title = TextOf(PathOf(options.file).filename()) + "   " + NumberText(source.SampleRate()) +
-                        " Hz, " + std::to_string(source.BitDepth()) + " bits, " +
-                        TimeText(source.LengthSeconds());
-    const int32_t channels = source.ChannelCount();
-    if (lanes < channels)
-        title += ", first " + std::to_string(lanes) + " of " + std::to_string(channels) + " channels";
-    return title;
+std::string Title(const SourceFacts& facts, const std::optional<Placement>& placement) {
+    std::string title = TextOf(PathOf(facts.file).filename()) + "   " + NumberText(facts.sampleRate) +
+                        " Hz, " + std::to_string(facts.bitDepth) + " bits, " + TimeText(facts.lengthSeconds);
+    if (!placement) return title;
+    title += ", at " + (placement->rate ? placement->timecode : placement->clock);
+    return placement->rate ? title + " (" + placement->rate->name + ")" : title;
+}
+
+Picture MakePicture(const SourceFacts& facts, const PeaksOptions& options) {
+    const double left = facts.lengthSeconds - options.startSeconds;
+    if (!(left > 0)) throw Failure("ends at " + TimeText(facts.lengthSeconds) + "; there is no audio there");
+    const auto placement = PlacementOf(facts.positionSeconds, facts.sampleRate, facts.metadata);
+    Picture picture;
+    picture.title = Title(facts, placement);
+    picture.channelNames = ChannelNames(facts);
+    picture.time = {options.startSeconds,
+                    std::min(options.lengthSeconds.value_or(left), left),
+                    facts.sampleRate,
+                    {},
+                    nullptr};
+    if (placement) {
+        picture.time.positionSamples = placement->samples;
+        picture.time.frameRate = placement->rate;
+    }
+    picture.markers = facts.markers;
+    picture.slices = facts.slices;
+    return picture;
+}
+
+void NoteWhatIsLeftOut(const Session& session, const PeaksOptions& options, const Picture& picture,
+                       const PictureLayout& layout) {
+    const size_t channels = picture.channelNames.size();
+    if (static_cast<size_t>(layout.lanes) < channels)
+        ReportNote(session.quiet, options.file,
+                   "the picture has room for the first " + std::to_string(layout.lanes) + " of " +
+                       std::to_string(channels) + " channels");
+    if (layout.namesLeftOut > 0)
+        ReportNote(session.quiet, options.file,
+                   "the picture has no room for " + std::to_string(layout.namesLeftOut) + " marker names");
 }
 
 int DrawPeaks(Session& session, const PeaksOptions& options) {
-    if (!CanDraw()) throw Failure("this build cannot draw");
     const HostPtr<PCM_source> source = OpenSource(ModuleOf(session), options.file);
-    if (IsSameFile(PathOf(options.file), PathOf(options.png))) throw Failure("cannot be drawn onto itself");
-    const double left = source->LengthSeconds() - options.startSeconds;
-    if (!(left > 0)) throw Failure("has no audio there");
-
-    Picture picture{};
-    picture.layout = {options.width, options.height};
-    picture.channels = std::min(source->ChannelCount(), picture.layout.MostLanes());
-    picture.title = Title(*source.Get(), options, picture.channels);
-    picture.startSeconds = options.startSeconds;
-    picture.lengthSeconds = std::min(options.lengthSeconds.value_or(left), left);
-    picture.markers = MarkersOf(*source.Get());
-    picture.slices = SlicesOf(*source.Get());
+    if (options.png != "-" && IsSameFile(PathOf(options.file), PathOf(options.png)))
+        throw Failure("cannot be drawn onto itself");
+    const Picture picture = MakePicture(FactsOf(*source.Get(), options.file), options);
+    const PictureLayout layout = LayOut(picture, options.width, options.height);
+    NoteWhatIsLeftOut(session, options, picture, layout);
     BuildPeaks(*source.Get(), options.file, session.quiet);
-    ReadPeaks(*source.Get(), picture);
-    return ForFile(options.png, [&] {
-        DrawPicture(picture, options.png);
+    const PicturePeaks peaks = ReadPeaks(*source.Get(), picture.time, layout);
+    return ForFile(options.png == "-" ? "standard output" : options.png, [&] {
+        WriteOutput(options.png, DrawPicture(picture, layout, peaks));
         return exitDone;
     });
 }
@@ -87,9 +113,11 @@ void AddPeaks(CommandLine& line) {
     auto [command, options] =
         AddCommand(line, line.app, "peaks", "Draw the waveform as a PNG picture", &RunPeaks);
     command->add_option("FILE", options->file, fileHelp)->required();
-    command->add_option("--png", options->png, "The picture to write")->required();
-    command->add_option("--width", options->width, "Pixels")->check(CLI::Range(100, 32000));
-    command->add_option("--height", options->height, "Pixels")->check(CLI::Range(60, 32000));
+    command->add_option("--png", options->png, "The picture to write; - is standard output")->required();
+    command->add_option("--width", options->width, "Pixels")->check(CLI::Range(smallestWidth, largestSide));
+    command
+        ->add_option("--height", options->height, "Pixels; by default as many as every channel and name need")
+        ->check(CLI::Range(smallestHeight, largestSide));
     command->add_option("--start", options->startSeconds, "Seconds into the file")
         ->check(Between(0, mostSeconds));
     command->add_option("--length", options->lengthSeconds, "Seconds to draw")

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "wavehost/commands/command_line.h"
+#include "wavehost/facts/adpcm_block.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/facts/source_facts.h"
 #include "wavehost/files/progress.h"
@@ -52,17 +53,21 @@ Plan MakePlan(PCM_source& source, const RenderOptions& options) {
     const int64_t mostFrames = std::max<int64_t>(largestBlockSamples / plan.channels, 1);
     plan.blockFrames =
         static_cast<int32_t>(std::min<int64_t>(options.blockFrames.value_or(defaultBlockFrames), mostFrames));
-    const double left = std::max(source.LengthSeconds() - options.startSeconds, 0.0);
+    const double whole = source.LengthSeconds(), left = std::max(whole - options.startSeconds, 0.0);
+    if (options.startSeconds > 0 && std::llround(left * source.SampleRate()) < 1)
+        throw Failure("ends at " + TimeText(whole) + ", before the start that was asked for");
     const double length = std::min(options.lengthSeconds.value_or(left), left);
     plan.totalFrames = std::llround(length * plan.sampleRate);
     return plan;
 }
 
+using Block = std::vector<double>;
+
 // Plays block after block; returns the frames that came.
-int64_t Play(PCM_source& source, const Plan& plan, WavWriter& writer, Progress& progress) {
-    std::vector<double> samples(static_cast<size_t>(plan.blockFrames) * static_cast<size_t>(plan.channels));
+int64_t Play(PCM_source& source, const Plan& plan, Block& samples, WavWriter& writer, Progress& progress) {
     int64_t done = 0;
     while (done < plan.totalFrames) {
+        CheckInterruption();
         TransferBlock block{};
         block.startSeconds = plan.startSeconds + static_cast<double>(done) / plan.sampleRate;
         block.sampleRate = plan.sampleRate;
@@ -74,10 +79,30 @@ int64_t Play(PCM_source& source, const Plan& plan, WavWriter& writer, Progress& 
         if (block.framesProduced < 1) break;
         writer.Write(samples.data(), block.framesProduced);
         done += block.framesProduced;
-        CheckInterruption();
         progress.Show(static_cast<double>(done) / static_cast<double>(plan.totalFrames));
     }
     return done;
+}
+
+void PlaySilence(const Plan& plan, int64_t frames, Block& samples, WavWriter& writer) {
+    std::fill(samples.begin(), samples.end(), 0.0);
+    while (frames > 0) {
+        CheckInterruption();
+        const int64_t now = std::min<int64_t>(frames, plan.blockFrames);
+        writer.Write(samples.data(), now);
+        frames -= now;
+    }
+}
+
+// The exit status for sound that did not come. Of a last ADPCM block that is cut off nothing can be played,
+// which is how such files are.
+int JudgeMissing(PCM_source& source, const RenderOptions& options, const Plan& plan, int64_t missingFrames) {
+    if (missingFrames == 0) return exitDone;
+    const double missing = static_cast<double>(missingFrames) * source.SampleRate() / plan.sampleRate;
+    ReportFailure(options.file, "ended after " + std::to_string(plan.totalFrames - missingFrames) + " of " +
+                                    std::to_string(plan.totalFrames) +
+                                    " frames; silence stands for the rest");
+    return missing < static_cast<double>(AdpcmBlockFrames(PathOf(options.file))) ? exitDone : exitFailed;
 }
 
 void ReportSpeed(const std::string& file, int64_t frames, double sampleRate, double seconds) {
@@ -92,25 +117,26 @@ int Render(Session& session, const RenderOptions& options) {
         throw Failure("cannot be rendered onto itself");
     const Plan plan = MakePlan(*source.Get(), options);
     const WavLayout layout{options.format, plan.channels, plan.sampleRate, options.raw};
-    int64_t done = 0;
+    int64_t came = 0;
     const auto started = std::chrono::steady_clock::now();
-    const int status = ForFile(options.output, [&] {
+    const int status = ForFile(options.output == "-" ? "standard output" : options.output, [&] {
+        Block samples(static_cast<size_t>(plan.blockFrames) * static_cast<size_t>(plan.channels));
         WavWriter writer(options.output, layout, plan.totalFrames);
         {
             Progress progress("render " + options.file, session.quiet);
-            done = Play(*source.Get(), plan, writer, progress);
+            came = Play(*source.Get(), plan, samples, writer, progress);
         }
-        if (done < plan.totalFrames)
-            throw Failure(options.file + " ended after " + std::to_string(done) + " of " +
-                          std::to_string(plan.totalFrames) + " frames");
+        if (came == 0 && plan.totalFrames > 0)
+            throw Failure(options.file + " ended after 0 of " + std::to_string(plan.totalFrames) + " frames");
+        PlaySilence(plan, plan.totalFrames - came, samples, writer);
         writer.Finish();
         return exitDone;
     });
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
-    if (status == exitDone && !session.quiet)
-        ReportSpeed(options.file, done, plan.sampleRate, std::max(taken.count(), 1e-6));
     if (options.stats) ReportStatistics();
-    return status;
+    if (status != exitDone) return status;
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
+    if (!session.quiet) ReportSpeed(options.file, came, plan.sampleRate, std::max(taken.count(), 1e-6));
+    return JudgeMissing(*source.Get(), options, plan, plan.totalFrames - came);
 }
 
 int RunRender(Session& session, const RenderOptions& options) {

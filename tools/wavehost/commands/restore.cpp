@@ -7,6 +7,7 @@
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/json_output.h"
 #include "wavehost/tables/results.h"
+#include "wavehost/tables/text_output.h"
 
 namespace vantor::wavehost {
 
@@ -20,11 +21,12 @@ struct RestoreOptions {
 };
 
 std::vector<std::string> ReadLines(const fs::path& file) {
+    const std::string reason = WhyUnreadable(file);
+    if (!reason.empty()) throw Failure(reason);
     std::ifstream stream(file, std::ios::binary);
-    if (!stream) throw Failure("cannot be opened");
     std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (line.ends_with('\r')) line.pop_back();
         lines.push_back(std::move(line));
     }
     return lines;

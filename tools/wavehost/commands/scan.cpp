@@ -15,26 +15,8 @@ struct ScanOptions {
     bool json = false;
 };
 
-// The metadata-only source answers for scheme keys alone, so the host looks a field up in the usual places.
-std::string FirstOf(const Metadata& metadata, std::initializer_list<std::string_view> keys) {
-    for (const std::string_view key : keys) {
-        const auto found = std::find_if(metadata.begin(), metadata.end(),
-                                        [&](const auto& pair) { return pair.first == key; });
-        if (found != metadata.end() && !found->second.empty()) return found->second;
-    }
-    return "-";
-}
-
-void PrintRow(const std::string& file, const Metadata& metadata) {
-    const std::string title = FirstOf(
-        metadata, {"INFO:INAM", "ID3:TIT2", "CART:Title", "IXML:PROJECT", "XMP:dc/title", "CAFINFO:title"});
-    const std::string artist =
-        FirstOf(metadata, {"INFO:IART", "ID3:TPE1", "CART:Artist", "XMP:dm/artist", "CAFINFO:artist"});
-    PrintLine(file + "\t" + std::to_string(metadata.size()) + " keys\t" + title + "\t" + artist);
-}
-
 // Through the metadata-only source where it reads the file, else through the full source.
-Metadata Read(const Module& module, const std::string& file) {
+Metadata ReadTags(const Module& module, const std::string& file) {
     if (module.createMetadataSource) {
         const HostPtr<PCM_source> source(module.createMetadataSource(file.c_str()));
         if (source) return MetadataOf(*source.Get());
@@ -42,28 +24,65 @@ Metadata Read(const Module& module, const std::string& file) {
     return MetadataOf(*OpenSource(module, file).Get());
 }
 
-int ScanFile(const Module& module, const std::string& file, Results& results) {
-    Metadata metadata;
-    try {
-        metadata = Read(module, file);
-    } catch (const std::exception&) {
-        // A file of another kind is passed over.
-        if (IsAudioName(PathOf(file))) throw;
+// The metadata-only source answers for scheme keys alone, so the host looks a field up in the usual places.
+void PrintTags(const std::string& file, const Metadata& metadata) {
+    const auto shown = [&](std::initializer_list<std::string_view> keys) {
+        const std::string value = FirstValue(metadata, keys);
+        return value.empty() ? "-" : value;
+    };
+    PrintLine(file + "\t" + std::to_string(metadata.size()) + " keys\t" +
+              shown({"INFO:INAM", "ID3:TIT2", "CART:Title", "IXML:PROJECT", "XMP:dc/title", "CAFINFO:title",
+                     "IFF:NAME"}) +
+              "\t" +
+              shown({"INFO:IART", "ID3:TPE1", "CART:Artist", "XMP:dm/artist", "CAFINFO:artist", "IFF:AUTH"}));
+}
+
+void PrintUnreadable(Results& results, const std::string& file, const std::string& reason) {
+    if (results.IsJson())
+        results.Add(FailureJson(file, reason));
+    else
+        PrintLine(file + "\tcannot be read: " + reason);
+}
+
+struct Scan {
+    const Module& module;
+    Results& results;
+    size_t unreadable = 0;
+
+    int Visit(const std::string& file) {
+        try {
+            const Metadata metadata = ReadTags(module, file);
+            if (results.IsJson())
+                results.Add(ScanJson(file, metadata));
+            else
+                PrintTags(file, metadata);
+        } catch (const std::exception& failure) {
+            // A file of another kind is passed over.
+            if (!IsAudioName(PathOf(file))) return exitDone;
+            PrintUnreadable(results, file, failure.what());
+            ++unreadable;
+        }
         return exitDone;
     }
-    if (results.IsJson())
-        results.Add(ScanJson(file, metadata));
-    else
-        PrintRow(file, metadata);
-    return exitDone;
-}
+};
 
 int RunScan(Session& session, const ScanOptions& options) {
     const Module& module = ModuleOf(session);
+    const fs::path folder = PathOf(options.folder);
     Results results(options.json ? ResultForm::jsonLines : ResultForm::text);
-    const std::vector<ListedFile> files = FilesBelow(PathOf(options.folder), true);
-    return RunBatch(session, "scan " + options.folder, files, results,
-                    [&](const std::string& file) { return ScanFile(module, file, results); });
+    const FileStatus status = StatusOf(folder);
+    std::vector<ListedFile> files;
+    if (status.kind == FileKind::folder)
+        files = FilesBelow(folder, true);
+    else
+        files = {{options.folder, status.reason.empty() ? "is not a folder" : status.reason}};
+    Scan scan{module, results};
+    const int exitStatus = RunBatch(session, "scan " + options.folder, files, results,
+                                    [&](const std::string& file) { return scan.Visit(file); });
+    if (scan.unreadable == 0) return exitStatus;
+    ReportFailure(options.folder, std::to_string(scan.unreadable) + " of " + std::to_string(files.size()) +
+                                      " files cannot be read");
+    return exitFailed;
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 #include "wavehost/commands/command_line.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/tables/json_output.h"
+#include "wavehost/tables/marker_table.h"
+#include "wavehost/tables/text_output.h"
 
 namespace vantor::wavehost {
 
@@ -10,17 +12,26 @@ namespace {
 struct SlicesOptions {
     FileArguments files;
     bool json = false;
+    bool csv = false;
 };
 
 int RunSlices(Session& session, const SlicesOptions& options) {
     const Module& module = ModuleOf(session);
+    const std::vector<ListedFile> files = ListFiles(options.files);
     Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
-    return RunBatch(session, "slices", ListFiles(options.files), results, [&](const std::string& file) {
-        const std::vector<SliceFact> slices = SlicesOf(*OpenSource(module, file).Get());
-        if (options.json)
+    if (options.csv) PrintRow(SliceHeadings());
+    return RunBatch(session, "slices", files, results, [&](const std::string& file) {
+        const HostPtr<PCM_source> source = OpenSource(module, file);
+        const std::vector<SliceFact> slices = SlicesOf(*source.Get());
+        if (options.json) {
             results.Add(SlicesJson(file, slices));
-        else
+        } else if (options.csv) {
+            for (const SliceFact& slice : slices)
+                PrintRow(SliceRow(file, source->SampleRate(), slice));
+        } else {
+            if (files.size() > 1) PrintLine(file);
             PrintSlices(slices);
+        }
         return exitDone;
     });
 }
@@ -31,7 +42,8 @@ void AddSlices(CommandLine& line) {
     auto [command, options] =
         AddCommand(line, line.app, "slices", "Slice positions in seconds and beats", &RunSlices);
     AddFiles(*command, options->files);
-    command->add_flag("--json", options->json, jsonHelp);
+    CLI::Option* json = command->add_flag("--json", options->json, jsonHelp);
+    command->add_flag("--csv", options->csv, "Print comma-separated values, a line a slice")->excludes(json);
 }
 
 }  // namespace vantor::wavehost

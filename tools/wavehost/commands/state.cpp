@@ -11,7 +11,7 @@ namespace {
 
 struct StateOptions {
     std::string file;
-    std::string output;  // empty: standard output
+    std::string output = "-";  // standard output
     std::optional<int32_t> slice;
 };
 
@@ -32,25 +32,16 @@ std::string SavedBlock(PCM_source& source) {
     return block + ">\n";
 }
 
-void WriteText(const std::string& text, const std::string& file) {
-    OutputFile output(PathOf(file));
-    Stream stream(OpenStream(output.WriteTo(), "wb"));
-    if (!stream) throw Failure(file + " cannot be created");
-    const bool wrote = std::fwrite(text.data(), 1, text.size(), stream.get()) == text.size();
-    if (std::fclose(stream.release()) != 0 || !wrote) throw Failure(file + " cannot be written");
-    output.TakePlace();
-}
-
 int RunState(Session& session, const StateOptions& options) {
     return ForFile(options.file, [&] {
         const HostPtr<PCM_source> source = WantedSource(session, options);
-        if (options.output.empty() || options.output == "-") {
-            std::fputs(SavedBlock(*source.Get()).c_str(), stdout);
+        const bool printed = options.output == "-";
+        if (!printed) Host().stateFolder = fs::absolute(PathOf(options.output)).parent_path();
+        const std::string block = SavedBlock(*source.Get());
+        return ForFile(printed ? "standard output" : options.output, [&] {
+            WriteOutput(options.output, block);
             return exitDone;
-        }
-        Host().stateFolder = fs::absolute(PathOf(options.output)).parent_path();
-        WriteText(SavedBlock(*source.Get()), options.output);
-        return exitDone;
+        });
     });
 }
 

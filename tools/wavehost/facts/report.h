@@ -1,4 +1,4 @@
-// Lines for the person: messages, statistics and the readable form of what a source tells.
+// Lines for the person: messages, statistics, and how numbers and times read.
 #pragma once
 
 #include <string>
@@ -10,6 +10,8 @@ namespace vantor::wavehost {
 
 // "wavehost: FILE: message" on standard error.
 void ReportFailure(const std::string& file, const std::string& message);
+// A line of the same form that is no error: not with -q.
+void ReportNote(bool quiet, const std::string& file, const std::string& message);
 // What was read from the disk, on standard error.
 void ReportStatistics();
 // A time as the host shows it.
@@ -19,10 +21,6 @@ std::string NumberText(double number);
 // One line on standard output; control characters but for the line end come out as blanks, so that a value
 // from a file cannot steer the terminal.
 void PrintLine(const std::string& line);
-
-void PrintMarkers(const std::vector<MarkerFact>& markers);
-void PrintSlices(const std::vector<SliceFact>& slices);
-void PrintFacts(const SourceFacts& facts);
 
 // Runs `work`; a failure is reported for `file`. Returns the exit status.
 template <typename Work>

@@ -1,5 +1,7 @@
 #include "wavehost/facts/source_facts.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 
@@ -96,12 +98,39 @@ HostPtr<PCM_source> SliceSource(PCM_source& source, int32_t index) {
     return HostPtr<PCM_source>(request.source);
 }
 
+std::string FirstValue(const Metadata& metadata, std::initializer_list<std::string_view> keys) {
+    for (const std::string_view key : keys) {
+        const auto found = std::find_if(metadata.begin(), metadata.end(),
+                                        [&](const auto& pair) { return pair.first == key; });
+        if (found != metadata.end() && !found->second.empty()) return found->second;
+    }
+    return {};
+}
+
 std::string InfoTextOf(PCM_source& source) {
     const std::string text = WholeText([&](char* out, intptr_t bytes) {
         source.ExtendedCall(callFileInfoText, out, Number(bytes), nullptr);
     });
     // A source that never got at its file has nothing to answer from.
     return text.empty() && !source.IsOnline() ? "File not opened" : text;
+}
+
+std::vector<std::string> ChannelNames(const SourceFacts& facts) {
+    std::vector<std::string> names;
+    for (int32_t channel = 1; channel <= facts.channels; ++channel)
+        names.push_back(std::to_string(channel));
+    // The first track's keys have no number, those of the next end in ":2" and so on.
+    const std::string track = "IXML:TRACK_LIST:TRACK:";
+    for (size_t i = 1; i <= names.size(); ++i) {
+        const std::string number = i == 1 ? "" : ":" + std::to_string(i);
+        const std::string name = FirstValue(facts.metadata, {track + "NAME" + number});
+        const std::string place = FirstValue(facts.metadata, {track + "INTERLEAVE_INDEX" + number});
+        size_t channel = i;
+        std::from_chars(place.data(), place.data() + place.size(), channel);
+        if (!name.empty() && channel >= 1 && channel <= names.size())
+            names[channel - 1] = std::to_string(channel) + " " + name;
+    }
+    return names;
 }
 
 SourceFacts FactsOf(PCM_source& source, const std::string& file) {
@@ -112,6 +141,7 @@ SourceFacts FactsOf(PCM_source& source, const std::string& file) {
             .sampleRate = source.SampleRate(),
             .lengthSeconds = source.LengthSeconds(),
             .bitDepth = source.BitDepth(),
+            .positionSeconds = source.PlacementPosition(),
             .infoText = InfoTextOf(source),
             .metadata = MetadataOf(source),
             .markers = MarkersOf(source),

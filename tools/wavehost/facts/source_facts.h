@@ -1,7 +1,9 @@
 // What a source tells about its file, asked through the slots and extended calls that the audio host uses.
 #pragma once
 
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -34,6 +36,7 @@ struct SourceFacts {
     double sampleRate;  // Hz
     double lengthSeconds;
     int32_t bitDepth;
+    double positionSeconds;  // on the timeline; -1: the file has none
     std::string infoText;
     Metadata metadata;
     std::vector<MarkerFact> markers;
@@ -53,6 +56,10 @@ std::vector<MarkerFact> MarkersOf(PCM_source& source);
 std::vector<SliceFact> SlicesOf(PCM_source& source);
 // The source of one slice; null when there is no such slice.
 HostPtr<PCM_source> SliceSource(PCM_source& source, int32_t index);
+// The first value of a list of keys that is not empty; "" when there is none.
+std::string FirstValue(const Metadata& metadata, std::initializer_list<std::string_view> keys);
+// One a channel: its name in the iXML track list, else its number.
+std::vector<std::string> ChannelNames(const SourceFacts& facts);
 // Readable lines; for a source that is not online, why.
 std::string InfoTextOf(PCM_source& source);
 SourceFacts FactsOf(PCM_source& source, const std::string& file);

@@ -50,12 +50,34 @@ OutputFile::~OutputFile() {
     if (written_ != target_) fs::remove(written_, ignored);
 }
 
+Stream OutputFile::Create() const {
+    Stream stream(OpenStream(written_, "wb"));
+    if (stream) return stream;
+    const std::string reason = LastReason();
+    throw Failure("cannot be created: " + (reason == "no such file" ? "no such folder" : reason));
+}
+
 void OutputFile::TakePlace() {
     if (written_ == target_) return;
     if (!SyncFile(written_)) throw Failure("cannot be written to the disk");
     std::string error;
     if (!TakePlaceOf(written_, target_, error)) throw Failure("cannot be replaced: " + error);
     written_ = target_;
+}
+
+void WriteOutput(const std::string& target, std::string_view content) {
+    if (target == "-") {
+        if (std::fwrite(content.data(), 1, content.size(), stdout) != content.size() ||
+            std::fflush(stdout) != 0)
+            throw Failure("cannot be written: " + LastReason());
+        return;
+    }
+    OutputFile file(PathOf(target));
+    Stream stream = file.Create();
+    const bool wrote = std::fwrite(content.data(), 1, content.size(), stream.get()) == content.size();
+    const bool closed = std::fclose(stream.release()) == 0;
+    if (!wrote || !closed) throw Failure("cannot be written: " + LastReason());
+    file.TakePlace();
 }
 
 }  // namespace vantor::wavehost

@@ -20,6 +20,8 @@ class OutputFile {
 
     [[nodiscard]] const fs::path& WriteTo() const { return written_; }
     [[nodiscard]] const fs::path& Target() const { return target_; }
+    // A stream that writes it anew. Throws Failure with the system's reason.
+    [[nodiscard]] Stream Create() const;
     // Syncs the file and renames it into place. Throws Failure; what stood there then still stands.
     void TakePlace();
 
@@ -27,5 +29,8 @@ class OutputFile {
     fs::path target_;
     fs::path written_;  // the same as target_ for a device
 };
+
+// Writes a whole file that takes its place, or, when `target` is "-", standard output. Throws Failure.
+void WriteOutput(const std::string& target, std::string_view content);
 
 }  // namespace vantor::wavehost

@@ -134,8 +134,7 @@ WavWriter::WavWriter(const std::string& target, const WavLayout& layout, int64_t
         MakeBinary(stdout);
     } else {
         file_ = std::make_unique<OutputFile>(PathOf(target));
-        stream_.reset(OpenStream(file_->WriteTo(), "wb"));
-        if (!stream_) throw Failure("cannot be created");
+        stream_ = file_->Create();
     }
     PutHeader(expectedFrames);
 }
@@ -155,14 +154,14 @@ void WavWriter::Finish() {
     if (!layout_.raw && DataBytes(frames_) % 2 != 0) Put("", 1);
     if (file_ && !layout_.raw && SeekStream(stream_.get(), 0)) PutHeader(frames_);
     std::FILE* out = file_ ? stream_.get() : stdout;
-    if (std::fflush(out) != 0 || std::ferror(out)) throw Failure("cannot be written");
+    if (std::fflush(out) != 0 || std::ferror(out)) throw Failure("cannot be written: " + LastReason());
     stream_.reset();
     if (file_) file_->TakePlace();
 }
 
 void WavWriter::Put(const void* bytes, size_t count) {
     if (std::fwrite(bytes, 1, count, file_ ? stream_.get() : stdout) != count)
-        throw Failure("cannot be written");
+        throw Failure("cannot be written: " + LastReason());
 }
 
 void WavWriter::PutHeader(int64_t frames) {

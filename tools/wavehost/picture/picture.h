@@ -1,44 +1,55 @@
-// The waveform as a picture.
+// The waveform as a picture: a lane a channel, a time axis below, and above, where they cover no sound, the
+// names of markers and regions.
 #pragma once
 
-#include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "wavehost/facts/source_facts.h"
-#include "wavehost/os/system.h"
+#include "wavehost/picture/time_axis.h"
 
 namespace vantor::wavehost {
 
-// Where the parts of a picture stand, in pixels.
-struct PictureLayout {
-    int32_t width;
-    int32_t height;
-    static constexpr int32_t left = 46, right = 12;  // margins beside the lanes
-    static constexpr int32_t top = 54;               // title and two rows of names
-    static constexpr int32_t bottom = 28;            // time axis
-    static constexpr int32_t lowestLane = 4;
-
-    [[nodiscard]] int32_t PlotWidth() const { return width - left - right; }
-    [[nodiscard]] int32_t PlotHeight() const { return height - top - bottom; }
-    [[nodiscard]] int32_t MostLanes() const { return std::max(PlotHeight() / lowestLane, 1); }
-};
-
+// What is drawn.
 struct Picture {
-    PictureLayout layout;
     std::string title;
-    int32_t channels;           // lanes
-    int32_t columns;            // with peaks; at most the plot's width
-    std::vector<double> peaks;  // as ReadPeaks fills them: maxima of all channels, then minima
-    double startSeconds;
-    double lengthSeconds;
+    std::vector<std::string> channelNames;  // one a channel
+    ShownTime time;
     std::vector<MarkerFact> markers;
     std::vector<SliceFact> slices;
 };
 
-// False in a build without a drawing library.
-bool CanDraw();
-// Writes the picture as PNG. Throws Failure.
-void DrawPicture(const Picture& picture, const std::string& png);
+// Where the parts of it stand, in pixels.
+struct NameLabel {
+    double x;      // of the text's left end
+    double lineX;  // of the marker
+    size_t row;
+    std::string text;
+    bool isRegion;
+};
+struct PictureLayout {
+    int32_t width, height;
+    int32_t left, top, plotWidth, plotHeight;  // the lanes
+    int32_t lanes;                             // the first of the channels, as many as there is room for
+    bool isTiny;                               // room for the wave and two times alone
+    std::vector<NameLabel> names;              // in rows above the lanes
+    size_t namesLeftOut;
+};
+
+inline constexpr int32_t smallestWidth = 100, smallestHeight = 60, largestSide = 32000;
+
+// Without a height the picture gets one in which every lane and every name can be read.
+PictureLayout LayOut(const Picture& picture, int32_t width, std::optional<int32_t> height);
+
+// The peaks of layout.plotWidth columns over the shown time, for layout.lanes channels: maxima column by
+// column, then minima; `columns` of them are there.
+struct PicturePeaks {
+    int32_t columns = 0;
+    std::vector<double> pairs;
+};
+
+// A PNG file.
+std::string DrawPicture(const Picture& picture, const PictureLayout& layout, const PicturePeaks& peaks);
 
 }  // namespace vantor::wavehost

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "wavehost/tables/placement.h"
+
 namespace vantor::wavehost {
 
 namespace {
@@ -48,18 +50,31 @@ Json Of(const std::vector<SliceFact>& slices) {
     return array;
 }
 
+// Null for what the file does not have.
+void AddPlacement(Json& json, const SourceFacts& facts) {
+    const auto placement = PlacementOf(facts.positionSeconds, facts.sampleRate, facts.metadata);
+    const bool hasRate = placement && placement->rate;
+    json["position_seconds"] = placement ? Json(facts.positionSeconds) : Json();
+    json["position_samples"] = placement ? Json(placement->samples) : Json();
+    json["frame_rate"] = hasRate ? Json(placement->rate->name) : Json();
+    json["timecode"] = hasRate ? Json(placement->timecode) : Json();
+}
+
 Json Of(const SourceFacts& facts) {
-    return {{"file", facts.file},
-            {"online", facts.online},
-            {"type", facts.type},
-            {"channels", facts.channels},
-            {"sample_rate", Rate(facts.sampleRate)},
-            {"length_seconds", facts.lengthSeconds},
-            {"bit_depth", facts.bitDepth},
-            {"info_text", facts.infoText},
-            {"metadata", Of(facts.metadata)},
-            {"markers", Of(facts.markers)},
-            {"slices", Of(facts.slices)}};
+    Json json = {{"file", facts.file},
+                 {"online", facts.online},
+                 {"type", facts.type},
+                 {"channels", facts.channels},
+                 {"sample_rate", Rate(facts.sampleRate)},
+                 {"length_seconds", facts.lengthSeconds},
+                 {"bit_depth", facts.bitDepth}};
+    AddPlacement(json, facts);
+    json["info_text"] = facts.infoText;
+    if (!facts.online) json["error"] = facts.infoText;
+    json["metadata"] = Of(facts.metadata);
+    json["markers"] = Of(facts.markers);
+    json["slices"] = Of(facts.slices);
+    return json;
 }
 
 }  // namespace

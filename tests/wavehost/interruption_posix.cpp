@@ -1,0 +1,63 @@
+// A person who stops the program: what was there stays, and nothing else is left.
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+#include "tests/support/tree.h"
+#include "tests/wavehost/run_wavehost.h"
+
+namespace vantor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Interruption : public Wavehost {
+  protected:
+    // Starts the program, sends the signal when the folder holds `files` files, and returns the exit status.
+    [[nodiscard]] int Interrupt(std::vector<std::string> arguments, size_t files, int signal) const {
+        arguments.insert(arguments.begin(), BuildTree() + "/wavehost");
+        std::vector<char*> words;
+        for (std::string& word : arguments)
+            words.push_back(word.data());
+        words.push_back(nullptr);
+        const pid_t child = fork();
+        if (child == 0) {
+            const int nowhere = open("/dev/null", O_RDWR);
+            for (int stream = 0; stream < 3; ++stream)
+                dup2(nowhere, stream);
+            execv(words[0], words.data());
+            _exit(127);
+        }
+        for (int i = 0; i < 10000 && FilesInFolder() < files; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_GE(FilesInFolder(), files);
+        kill(child, signal);
+        int status = 0;
+        waitpid(child, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+};
+
+TEST_F(Interruption, ARenderThatIsStoppedLeavesNothingBehind) {
+    constexpr uint32_t audioBytes = 1u << 30;  // a hole: minutes of sound to write
+    const std::string file = folder.Write("long.wav", ByteWriter()
+                                                          .Text("RIFF")
+                                                          .Le32(36 + audioBytes)
+                                                          .Text("WAVE")
+                                                          .Chunk("fmt ", FmtBody(1, 1, 48000, 16))
+                                                          .Text("data")
+                                                          .Le32(audioBytes));
+    fs::resize_file(file, 44 + audioBytes);
+    const std::string out = folder.Write("out.wav", {1, 2, 3});
+    for (const auto& [signal, status] : {std::pair{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}}) {
+        EXPECT_EQ(Interrupt({"render", file, "-o", out}, 3, signal), status);
+        EXPECT_EQ(FilesInFolder(), 2u) << signal;
+        EXPECT_EQ(ReadWholeFile(out), Bytes({1, 2, 3}));
+    }
+}
+
+}  // namespace
+}  // namespace vantor::test

@@ -1,0 +1,48 @@
+#include "wavehost/tables/marker_table.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "wavehost/facts/report.h"
+#include "wavehost/values/shown_text.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+std::string FrameText(double seconds, double sampleRate) {
+    return std::to_string(std::llround(seconds * sampleRate));
+}
+
+}  // namespace
+
+CsvRow MarkerHeadings() {
+    return {"FileName", "ID", "Type", "StartSeconds", "EndSeconds", "StartFrame", "EndFrame", "Name"};
+}
+
+CsvRow MarkerRow(const std::string& file, double sampleRate, const MarkerFact& marker) {
+    return {file,
+            std::to_string(marker.id),
+            marker.isRegion ? "region" : "marker",
+            NumberText(marker.startSeconds),
+            marker.isRegion ? NumberText(marker.endSeconds) : "",
+            FrameText(marker.startSeconds, sampleRate),
+            marker.isRegion ? FrameText(marker.endSeconds, sampleRate) : "",
+            ShownText(marker.name)};
+}
+
+CsvRow SliceHeadings() {
+    return {"FileName", "Index", "StartSeconds", "StartFrame", "PositionBeats"};
+}
+
+CsvRow SliceRow(const std::string& file, double sampleRate, const SliceFact& slice) {
+    return {file, std::to_string(slice.index), NumberText(slice.startSeconds),
+            FrameText(slice.startSeconds, sampleRate), NumberText(slice.positionBeats)};
+}
+
+void PrintRow(const CsvRow& row) {
+    const std::string line = CsvLine(row);
+    std::fwrite(line.data(), 1, line.size(), stdout);
+}
+
+}  // namespace vantor::wavehost
