@@ -3,7 +3,7 @@
 # Usage: source scripts/setup.sh; vantor_setup build, test, bench, fuzz or coverage
 
 vantor_packages_build="g++ cmake ninja-build ccache pkg-config libsamplerate0-dev libcairo2-dev libcsv-dev libcli11-dev
-    nlohmann-json3-dev"
+    nlohmann-json3-dev libssl-dev"
 vantor_packages_test="$vantor_packages_build git clang clang-format googletest libgtest-dev libgmock-dev
     g++-mingw-w64-x86-64-posix wine wine64 xvfb
     libsndfile1-dev sndfile-programs sox libsox-fmt-all ffmpeg libimage-exiftool-perl libtag1-dev

@@ -22,6 +22,10 @@ void AddCommands(CommandLine& line) {
     AddRestore(line);
     AddScan(line);
     AddProperties(line);
+    AddCheck(line);
+    AddRepair(line);
+    AddHash(line);
+    AddRename(line);
 }
 
 int Run(std::vector<std::string> arguments) {

@@ -33,5 +33,9 @@ void AddState(CommandLine& line);
 void AddRestore(CommandLine& line);
 void AddScan(CommandLine& line);
 void AddProperties(CommandLine& line);
+void AddCheck(CommandLine& line);
+void AddRepair(CommandLine& line);
+void AddHash(CommandLine& line);
+void AddRename(CommandLine& line);
 
 }  // namespace vantor::wavehost

@@ -1,0 +1,194 @@
+#include "wavehost/care/survey.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "fileio/byte_order.h"
+#include "formats/container_walk.h"
+#include "wavehost/care/sound_end.h"
+#include "wavehost/os/failure.h"
+#include "wavehost/os/system.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+constexpr size_t mostChunks = 4096;  // listed; the richest file has some dozens
+constexpr uint32_t smallestDs64 = 24;
+
+std::string FormOf(FileReader& reader, vantor::FileKind kind) {
+    if (kind == kindUnknown || kind == kindWave64 || kind == kindCaf) return {};
+    char form[4] = {};
+    reader.Seek(8);
+    return reader.ReadExactly(form, sizeof form) ? std::string(form, sizeof form) : std::string();
+}
+
+WalkFunction WalkOf(vantor::FileKind kind, std::string_view form) {
+    switch (kind) {
+        case kindWave:
+            return WalkRiff;
+        case kindWave64:
+            return WalkWave64;
+        case kindIff:
+            return form == "AIFF" ? WalkAiff : form == "AIFC" ? WalkAifc : Walk8svx;
+        case kindCaf:
+            return WalkCaf;
+        default:
+            return WalkRf64;
+    }
+}
+
+// A parse that fails forgets the encoding; the walk is asked for it once more.
+void ReadFormatOfRefused(Survey& survey, FileReader& reader) {
+    ContainerWalk walk{.format = survey.format, .reader = reader};
+    reader.Seek(survey.rules->firstChunk);
+    (void)WalkOf(static_cast<vantor::FileKind>(survey.format.fileKind), survey.form)(walk);
+    survey.formatAccepted = walk.formatAccepted;
+}
+
+class ChunkWalk {
+  public:
+    ChunkWalk(Survey& survey, FileReader& reader)
+        : survey_(survey),
+          reader_(reader),
+          probe_(reader, *survey.rules),
+          position_(survey.rules->firstChunk) {}
+
+    void Run() {
+        position_ = std::min(position_, survey_.fileBytes);
+        while (position_ < survey_.fileBytes && Step()) {
+        }
+        survey_.end = std::min(position_, survey_.fileBytes);
+    }
+
+  private:
+    bool Step() {
+        Chunk chunk;
+        if (!probe_.HeaderAt(position_, chunk)) return false;
+        if (chunk.header[0] == 0) return SkipZeros(chunk);
+        // Text that leads beyond the file is more likely to be what other programs put behind the last chunk.
+        if (!probe_.IsKnown(chunk) &&
+            chunk.bodyBytes > static_cast<uint64_t>(survey_.fileBytes - chunk.bodyStart))
+            return false;
+        if (survey_.chunks.size() == mostChunks) {
+            survey_.hasMoreChunks = true;
+            return false;
+        }
+        SurveyedChunk listed{std::string(chunk.Id()), position_, chunk.bodyStart, chunk.bodyBytes};
+        const bool isSound = chunk.Id() == survey_.rules->data && !survey_.sound;
+        isSound ? TakeSound(chunk, listed) : TakeChunk(chunk, listed);
+        Advance(listed);
+        survey_.chunks.push_back(std::move(listed));
+        return true;
+    }
+
+    // Zeros up to the end of the file are no chunks.
+    bool SkipZeros(const Chunk& chunk) {
+        if (probe_.IsZeroFrom(position_)) return false;
+        reader_.Seek(chunk.bodyStart);
+        if (!SeekPastChunk(reader_, survey_.rules->framing, chunk)) return false;
+        position_ = reader_.Tell();
+        return true;
+    }
+
+    void TakeSound(const Chunk& chunk, SurveyedChunk& listed) {
+        Sound sound = LocateSound(survey_, chunk, reader_, probe_);
+        sound.chunk = survey_.chunks.size();
+        listed.bodyBytes = sound.end - listed.bodyStart;
+        survey_.sound = sound;
+    }
+
+    void TakeChunk(const Chunk& chunk, SurveyedChunk& listed) {
+        if (survey_.Is64() && survey_.chunks.empty() && listed.id == "ds64") {
+            Ds64 ds64;
+            reader_.Seek(listed.bodyStart);
+            const auto bytes = static_cast<uint32_t>(chunk.sizeField);
+            if (ReadDs64(reader_, bytes, smallestDs64, ds64) == Ds64Result::ok)
+                survey_.ds64 = std::move(ds64);
+        }
+        if (survey_.ds64)
+            listed.claimedBytes =
+                SizeFromTable(*survey_.ds64, listed.id, static_cast<uint32_t>(chunk.sizeField));
+        const int64_t left = survey_.fileBytes - listed.bodyStart;
+        listed.isCutOff = listed.claimedBytes > static_cast<uint64_t>(left);
+        listed.bodyBytes = listed.isCutOff ? left : static_cast<int64_t>(listed.claimedBytes);
+    }
+
+    void Advance(SurveyedChunk& listed) {
+        const int64_t end = listed.BodyEnd();
+        const int64_t mask = survey_.rules->framing.alignment - 1;
+        const int64_t padded = listed.bodyStart + ((listed.bodyBytes + mask) & ~mask);
+        position_ = padded;
+        if (padded == end || listed.isCutOff) return;
+        listed.lacksPad =
+            padded > survey_.fileBytes || (!probe_.ChunksFollow(padded) && probe_.ChunksFillFrom(end));
+        if (listed.lacksPad) position_ = end;
+    }
+
+    Survey& survey_;
+    FileReader& reader_;
+    ChunkProbe probe_;
+    int64_t position_;
+};
+
+// What the format makes of a block of so many bytes (Microsoft's and IMA's ADPCM: the block's header holds
+// the first samples of each channel); 0 for other codings.
+int64_t FramesOfBlock(const AudioFormat& format, int64_t bytes) {
+    if (format.encoding != encodingMsAdpcm && format.encoding != encodingImaAdpcm) return 0;
+    const bool isMs = format.encoding == encodingMsAdpcm;
+    const int64_t headerBytes = (isMs ? 7 : 4) * int64_t{format.channels};
+    return bytes < headerBytes ? 0 : (bytes - headerBytes) * 2 / format.channels + (isMs ? 2 : 1);
+}
+
+// | offset | width | field             |
+// |     18 |     2 | frames of a block |
+int64_t BlockFrames(const Survey& survey, FileReader& reader) {
+    const SurveyedChunk* fmt = survey.Find("fmt ");
+    if (!fmt || !survey.formatAccepted || !IsAdpcm(survey.format.encoding)) return 0;
+    uint8_t told[2] = {};
+    reader.Seek(fmt->bodyStart + 18);
+    const bool isTold = fmt->bodyBytes >= 20 && reader.ReadExactly(told, sizeof told);
+    const int64_t frames = isTold ? ReadLe16(told) : 0;
+    return frames > 0 ? frames : FramesOfBlock(survey.format, survey.format.blockAlign);
+}
+
+}  // namespace
+
+const SurveyedChunk* Survey::Find(std::string_view id) const {
+    const auto found = std::ranges::find(chunks, id, &SurveyedChunk::id);
+    return found == chunks.end() ? nullptr : &*found;
+}
+
+int64_t Survey::FrameBytes() const {
+    if (!formatAccepted || IsAdpcm(format.encoding)) return 0;
+    if (format.fileKind == kindCaf) return format.blockAlign;
+    return int64_t{WholeBytes(format.bitsPerSample)} * format.channels;
+}
+
+int64_t Survey::Frames() const {
+    if (!sound || !formatAccepted) return 0;
+    if (blockFrames > 0 && format.blockAlign > 0)
+        return sound->Bytes() / format.blockAlign * blockFrames +
+               std::min(FramesOfBlock(format, sound->Bytes() % format.blockAlign), blockFrames);
+    return FrameBytes() > 0 ? sound->Bytes() / FrameBytes() : 0;
+}
+
+std::unique_ptr<Survey> SurveyFile(const std::string& file, FileReader& reader) {
+    auto survey = std::make_unique<Survey>();
+    survey->file = file;
+    survey->isPlayable = ParseAudioFormat(survey->format, reader) == 0;
+    survey->formatAccepted = survey->isPlayable;
+    survey->fileBytes = reader.Size();
+    const auto kind = static_cast<vantor::FileKind>(survey->format.fileKind);
+    survey->form = FormOf(reader, kind);
+    survey->rules = RulesOf(kind, survey->form);
+    if (survey->rules) {
+        if (!survey->isPlayable) ReadFormatOfRefused(*survey, reader);
+        ChunkWalk(*survey, reader).Run();
+        survey->blockFrames = BlockFrames(*survey, reader);
+    }
+    if (reader.HasMissedBytes()) throw Failure("cannot be read");
+    return survey;
+}
+
+}  // namespace vantor::wavehost
