@@ -8,6 +8,7 @@
 #include <string>
 
 #include "samples/generator/adpcm_encoders.h"
+#include "samples/generator/sample.h"
 #include "tests/support/byte_writer.h"
 
 namespace vantor::samples {
@@ -347,11 +348,6 @@ Bytes Tagged() {
 
 }  // namespace
 
-struct Sample {
-    const char* name;
-    Bytes bytes;
-};
-
 std::vector<Sample> MakeSamples() {
     const auto signal = MonoSignal();
     constexpr uint16_t align = 256;
@@ -379,18 +375,29 @@ std::vector<Sample> MakeSamples() {
 
 }  // namespace vantor::samples
 
+namespace {
+
+bool Write(const std::filesystem::path& folder, const std::vector<vantor::samples::Sample>& samples) {
+    std::filesystem::create_directories(folder);
+    for (const auto& [name, bytes] : samples) {
+        std::ofstream file(folder / name, std::ios::binary);
+        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        if (file.flush()) continue;
+        std::fprintf(stderr, "cannot write %s\n", name.c_str());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     if (argc != 2) {
         std::fprintf(stderr, "usage: make_samples FOLDER\n");
         return 2;
     }
-    for (const auto& [name, bytes] : vantor::samples::MakeSamples()) {
-        std::ofstream file(std::filesystem::path(argv[1]) / name, std::ios::binary);
-        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        if (!file) {
-            std::fprintf(stderr, "cannot write %s\n", name);
-            return 1;
-        }
-    }
-    return 0;
+    const std::filesystem::path folder(argv[1]);
+    const bool written = Write(folder, vantor::samples::MakeSamples()) &&
+                         Write(folder / "broken", vantor::samples::MakeBrokenSamples());
+    return written ? 0 : 1;
 }
