@@ -178,7 +178,7 @@ std::vector<std::string> BenchFolder::Tracks(int count, int32_t channels) const 
         const auto file = CreateSndfile(names.back(), SF_FORMAT_WAV | SF_FORMAT_PCM_24, channels);
         for (int64_t left = trackSamples / channels * channels; left > 0;)
             left -= sf_write_double(file.get(), signal.data(),
-                                    std::min<int64_t>(left, int64_t{sampleRate} * channels));
+                                    std::min<int64_t>(left, std::ssize(signal) / channels * channels));
     }
     return names;
 }

@@ -102,6 +102,10 @@ HostPtr<PCM_source> OpenSource(const std::string& fileName) {
     return source;
 }
 
+void LookInto(const std::string& fileName) {
+    const HostPtr<PCM_source> source(Host().sources->CreateByFile(fileName.c_str(), 5));
+}
+
 HostPtr<PCM_source> OpenMetadataSource(const std::string& fileName) {
     return HostPtr<PCM_source>(Host().createMetadataSource(fileName.c_str()));
 }

@@ -27,6 +27,8 @@ void SetReadSetting(const ReadSetting& setting);
 
 // An open source. Throws std::runtime_error when the file cannot be played.
 HostPtr<PCM_source> OpenSource(const std::string& fileName);
+// Opens a name, whatever comes of it, and closes it.
+void LookInto(const std::string& fileName);
 // Null when the file has no header that can be read.
 HostPtr<PCM_source> OpenMetadataSource(const std::string& fileName);
 

@@ -69,6 +69,22 @@ void RegisterOpenRow(const BenchFolder& folder, const std::string& row, int64_t 
     Register(row, bytesAlone, [=](auto& state) { OpenEach(state, files(), ReadHeaderBytes); });
 }
 
+// A host that has looked into very many files before.
+void RegisterManyNamesRow(const BenchFolder& folder) {
+    constexpr int names = 300000;
+    const auto files = [&folder] { return folder.TaggedFiles(manyFiles, smallAudioBytes); };
+    const std::string row = "open 2000 tagged, 300,000 names before";
+    Register(row, byDefault, [=, &folder](auto& state) {
+        SetReadSetting({});
+        static bool isDone = false;
+        for (int i = 0; i < names && !isDone; ++i)
+            LookInto(folder.Path() / ("gone" + std::to_string(i) + ".wav"));
+        isDone = true;
+        OpenEach(state, files(), [](const std::string& name) { return bool(OpenSource(name)); });
+    });
+    Register(row, rival, [=](auto& state) { OpenEach(state, files(), ReadTagsBySndfile); });
+}
+
 void RegisterMetadataRow(const BenchFolder& folder, const std::string& row, int64_t audioBytes) {
     const auto files = [&folder, audioBytes] { return folder.TaggedFiles(manyFiles, audioBytes); };
     Register(row, tuned, [=](auto& state) {
@@ -83,6 +99,7 @@ void RegisterMetadataRow(const BenchFolder& folder, const std::string& row, int6
 void RegisterOpenRows(const BenchFolder& folder) {
     RegisterOpenRow(folder, "open 2000 tagged", smallAudioBytes);
     RegisterOpenRow(folder, "open 2000 tagged, 10 MB of audio each", largeAudioBytes);
+    RegisterManyNamesRow(folder);
     RegisterMetadataRow(folder, "metadata of 2000 tagged", smallAudioBytes);
     RegisterMetadataRow(folder, "metadata of 2000 tagged, 10 MB of audio", largeAudioBytes);
 }

@@ -118,18 +118,19 @@ void RatioReporter::PrintCallbacks() const {
     std::printf("|%s|%s:|%s:|%s:|\n", std::string(42, '-').c_str(), std::string(25, '-').c_str(),
                 std::string(25, '-').c_str(), std::string(25, '-').c_str());
     for (const Row& row : rows_) {
+        if (!row.name.starts_with("play ")) continue;
         const auto times = [&row](const char* contestant) {
-            const auto found = row.results.find(contestant);
-            if (found == row.results.end()) return std::string("-");
-            const auto& counters = found->second.counters;
-            return Number(counters.at(medianCallback), "%.2f") + " / " +
-                   Number(counters.at(slowestCallback), "%.1f") + " / " +
-                   Number(counters.at(firstCallback), "%.1f");
+            const auto counted = [&](const char* name, const char* format) {
+                const auto result = row.results.find(contestant);
+                if (result == row.results.end()) return std::string("-");
+                const auto counter = result->second.counters.find(name);
+                return counter == result->second.counters.end() ? "-" : Number(counter->second, format);
+            };
+            return counted(medianCallback, "%.2f") + " / " + counted(slowestCallback, "%.1f") + " / " +
+                   counted(firstCallback, "%.1f");
         };
-        if (std::ranges::any_of(row.results,
-                                [](const auto& of) { return of.second.counters.contains(slowestCallback); }))
-            std::printf("| %-40s | %24s | %24s | %24s |\n", row.name.c_str(), times(byDefault).c_str(),
-                        times(tuned).c_str(), times(rival).c_str());
+        std::printf("| %-40s | %24s | %24s | %24s |\n", row.name.c_str(), times(byDefault).c_str(),
+                    times(tuned).c_str(), times(rival).c_str());
     }
 }
 

@@ -102,8 +102,10 @@ int64_t WindowReader::Fetch(uint8_t* destination, int64_t offset, int64_t count)
     return got;
 }
 
-// One block at a time, so that no request pays for all of them.
+// One block at a time, so that no request pays for all of them. Small ones are the system's own read-ahead's
+// business.
 void WindowReader::Announce(int64_t from) {
+    if (blockBytes_ < windowBytes) return;
     const int64_t start = std::max(announced_, from);
     if (start > from + aheadBytes_ - blockBytes_ || start >= state_.size) return;
     state_.file->Announce(start, blockBytes_);

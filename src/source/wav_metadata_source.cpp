@@ -12,7 +12,7 @@ namespace vantor {
 
 namespace {
 
-constexpr ReadParameters headerReading{0, 8192, 4};  // a few small chunks, far apart
+constexpr ReadParameters headerReading{2, 8192, 4};  // a few small chunks, far apart
 
 }  // namespace
 

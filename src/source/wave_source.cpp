@@ -159,10 +159,11 @@ bool PCM_source_wavefile::ReadWithIdleReader(TransferBlock& block, SharedFileSta
     if (!lent.context || !IsPlayable(lent.format.get())) return true;
     const ReadScope scope{this, sliceIndex_, reinterpret_cast<intptr_t>(hostValue_.load())};
     ReadFrames(block, *lent.context, *lent.format, scope);
-    const bool isSound = !lent.context->reader->HasFailed();
+    // A read-ahead that failed behind what was asked for has served all the same.
+    const bool isServed = block.framesProduced == block.frames || !lent.context->reader->HasFailed();
     ReleaseReader(state, std::move(lent), this,
                   state.purpose == purposePlayback ? playbackHoldMilliseconds : 0);
-    return isSound;
+    return isServed;
 }
 
 void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {

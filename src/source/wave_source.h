@@ -73,7 +73,7 @@ class PCM_source_wavefile final : public PCM_source {
   private:
     void Close(bool newNameFollows);
     void CreatePeakReader();
-    // False when the reader can read no more.
+    // False when the reader can read no more and has delivered less than was asked for.
     bool ReadWithIdleReader(TransferBlock& block, SharedFileState& state);
     [[nodiscard]] bool IsNamed(std::string_view name) const;
     [[nodiscard]] const char* NameText() const;  // `lock_` is held

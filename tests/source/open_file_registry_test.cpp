@@ -87,6 +87,9 @@ TEST_F(OpenFiles, GentleCallsSweepThirtyStatesAndCloseOneReaderAtATime) {
 
 // Its bytes are read anew then.
 TEST_F(OpenFiles, AReaderNobodyReservesGivesItsMemoryBack) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "nobody writes a file that is open";
+#endif
     const auto source = std::move(Open(1, true)[0]);
     const auto file = MonoFile(Ramp(8));
     std::fstream(source->Name(), std::ios::in | std::ios::out | std::ios::binary)
