@@ -10,8 +10,8 @@ source scripts/setup.sh
 vantor_setup package
 
 export LC_ALL=C TZ=UTC
-export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
-[ -z "$(git status --porcelain)" ] || echo "package.sh: the tree holds changes that are in no commit" >&2
+export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || stat -c %Y CHANGELOG.md)}
+[ -z "$(git status --porcelain 2>/dev/null)" ] || echo "package.sh: the tree holds changes that are in no commit" >&2
 
 # What is there is used again. A packaged wavehost knows of no build folder.
 build() {  # preset, targets
