@@ -21,6 +21,7 @@ void AddCommands(CommandLine& line) {
     AddState(line);
     AddRestore(line);
     AddScan(line);
+    AddReport(line);
     AddProperties(line);
     AddCheck(line);
     AddRepair(line);

@@ -32,6 +32,7 @@ void AddPeaks(CommandLine& line);
 void AddState(CommandLine& line);
 void AddRestore(CommandLine& line);
 void AddScan(CommandLine& line);
+void AddReport(CommandLine& line);
 void AddProperties(CommandLine& line);
 void AddCheck(CommandLine& line);
 void AddRepair(CommandLine& line);

@@ -1,0 +1,72 @@
+#include "wavehost/report/waveform.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "wavehost/os/interruption.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+constexpr int64_t pieceFrames = 2048;
+constexpr int64_t piecesAColumn = 4;
+
+// Adds the frames from `start` on to the column.
+void Look(PCM_source& source, int64_t start, int64_t frames, std::vector<double>& samples,
+          WaveformColumn& column) {
+    TransferBlock block{};
+    block.sampleRate = source.SampleRate();
+    block.startSeconds = static_cast<double>(start) / block.sampleRate;
+    block.channels = source.ChannelCount();
+    block.frames = static_cast<int32_t>(frames);
+    samples.resize(static_cast<size_t>(frames) * static_cast<size_t>(block.channels));
+    block.samples = samples.data();
+    block.absoluteSeconds = block.startSeconds;
+    source.ReadSamples(&block);
+    const auto count = static_cast<ptrdiff_t>(block.framesProduced) * block.channels;
+    for (const double* sample = block.samples; sample < block.samples + count; ++sample) {
+        column.least = std::min(column.least, *sample);
+        column.most = std::max(column.most, *sample);
+    }
+}
+
+WaveformColumn ColumnOf(PCM_source& source, int64_t start, int64_t end, std::vector<double>& samples) {
+    WaveformColumn column;
+    const int64_t pieces = std::clamp<int64_t>((end - start) / pieceFrames, 1, piecesAColumn);
+    const int64_t frames = std::min(pieceFrames, end - start);
+    for (int64_t piece = 0; piece < pieces; ++piece)
+        Look(source, start + (end - start) * piece / pieces, frames, samples, column);
+    return column;
+}
+
+int RowOf(double level) {
+    const double half = waveformHeight / 2.0;
+    return static_cast<int>(std::lround(half - std::clamp(level, -1.0, 1.0) * half));
+}
+
+}  // namespace
+
+Waveform WaveformOf(PCM_source& source) {
+    const int64_t length = std::llround(source.LengthSeconds() * source.SampleRate());
+    Waveform waveform;
+    if (length < 1 || source.ChannelCount() < 1) return waveform;
+    std::vector<double> samples;
+    for (int64_t i = 0; i < waveformColumns; ++i) {
+        CheckInterruption();
+        const int64_t start = length * i / waveformColumns, end = length * (i + 1) / waveformColumns;
+        waveform.push_back(ColumnOf(source, start, std::max(end, start + 1), samples));
+    }
+    return waveform;
+}
+
+std::string WaveformPath(const Waveform& waveform) {
+    std::string path;
+    for (size_t i = 0; i < waveform.size(); ++i) {
+        const int top = RowOf(waveform[i].most), bottom = std::max(RowOf(waveform[i].least), top + 1);
+        path += "M" + std::to_string(i) + " " + std::to_string(top) + "V" + std::to_string(bottom);
+    }
+    return path;
+}
+
+}  // namespace vantor::wavehost
