@@ -30,6 +30,14 @@ void ReadXmpBody(Input input);
 void ReadId3Body(Input input);
 void ReadCafInfoBody(Input input);
 
+// The body of one metadata chunk and a change of some keys in it.
+void PatchBextBody(Input input);
+void PatchCartBody(Input input);
+void PatchInfoBody(Input input);
+void PatchIxmlBody(Input input);
+void PatchXmpBody(Input input);
+void PatchId3Body(Input input);
+
 void ParseXml(Input input);
 void DecodeAdpcm(Input input);
 void ReadSavedState(Input input);
@@ -55,6 +63,12 @@ inline constexpr std::array targets = {
     Target{"xmp", ReadXmpBody},
     Target{"id3", ReadId3Body},
     Target{"caf_info", ReadCafInfoBody},
+    Target{"patch_bext", PatchBextBody},
+    Target{"patch_cart", PatchCartBody},
+    Target{"patch_info", PatchInfoBody},
+    Target{"patch_ixml", PatchIxmlBody},
+    Target{"patch_xmp", PatchXmpBody},
+    Target{"patch_id3", PatchId3Body},
     Target{"xml", ParseXml},
     Target{"adpcm", DecodeAdpcm},
     Target{"saved_state", ReadSavedState},

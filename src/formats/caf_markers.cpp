@@ -71,7 +71,7 @@ bool ReadRegion(BodyReader& body, Region& region) {
     return true;
 }
 
-std::string_view StringOf(const CafStrings& strings, int32_t markerId) {
+std::string StringOf(const CafStrings& strings, int32_t markerId) {
     if (markerId < 0) return {};
     const auto id = static_cast<uint32_t>(markerId);
     const auto entry = std::ranges::lower_bound(strings.entries, id, {}, &CafStrings::Entry::id);
@@ -79,7 +79,7 @@ std::string_view StringOf(const CafStrings& strings, int32_t markerId) {
     const auto offset = static_cast<uint64_t>(entry->offset);
     if (offset >= strings.text.size()) return {};
     const auto rest = std::span(strings.text).subspan(static_cast<size_t>(offset));
-    return UpToNul(rest.first(std::min(rest.size(), longestMarkerName)));
+    return MarkerName(UpToNul(rest.first(std::min(rest.size(), longestMarkerName + 1))));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "formats/frame_count.h"
 #include "formats/slice_points.h"
 #include "metadata/read/read_metadata.h"
+#include "text/text.h"
 
 namespace vantor {
 
@@ -165,8 +166,7 @@ WalkStatus ReadApplication(ContainerWalk& walk, const Chunk& chunk) {
 
 WalkStatus StoreText(ContainerWalk& walk, const Chunk& chunk, std::string_view key) {
     if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
-        walk.format.metadata.Set(key,
-                                 {reinterpret_cast<const char*>(walk.scratch.data()), walk.scratch.size()});
+        walk.format.metadata.Set(key, Utf8OrWindows1252(UpToNul(walk.scratch)));
     return walkGoesOn;
 }
 

@@ -17,7 +17,7 @@ constexpr size_t regionTextOffset = 20;  // in `ltxt`
 
 void NameMarker(Marker& marker, std::span<const uint8_t> text, NamePriority priority) {
     if (text.empty() || priority <= marker.namePriority) return;
-    marker.name = UpToNul(text).substr(0, longestMarkerName);
+    marker.name = MarkerName(UpToNul(text));
     marker.namePriority = priority;
 }
 
@@ -54,6 +54,11 @@ void ReadSubChunk(std::string_view id, std::span<const uint8_t> data, double sam
 }
 
 }  // namespace
+
+std::string MarkerName(std::string_view text) {
+    const auto name = Utf8OrWindows1252(CutAtCharacter(text, longestMarkerName));
+    return std::string(CutAtCharacter(name, longestMarkerName));
+}
 
 Marker& FindOrCreateMarker(MarkerTable& table, uint32_t id) {
     const auto signedId = static_cast<int32_t>(id);

@@ -15,6 +15,9 @@ namespace vantor {
 
 inline constexpr size_t longestMarkerName = 511;  // bytes
 
+// The text as a name: UTF-8, or Windows-1252 where it is none, cut between characters.
+[[nodiscard]] std::string MarkerName(std::string_view text);
+
 // The markers of one walk, found by their ids. While it lives, markers are added through it alone.
 struct MarkerTable {
     std::vector<Marker>& markers;

@@ -89,7 +89,8 @@ void ReadRf64Markers(std::span<const uint8_t> body, double sampleRate, std::vect
         const Entry entry = EntryAt(body, at);
         if (!(entry.flags & flagValid)) continue;
         Marker& marker = places.Place(entry);
-        if (!(entry.flags & flagLabelElsewhere) && !entry.label.empty()) marker.name = entry.label;
+        if (!(entry.flags & flagLabelElsewhere) && !entry.label.empty())
+            marker.name = MarkerName(entry.label);
         if (body.size() - at < 2 * entryBytes) break;
         const Entry next = EntryAt(body, at + entryBytes);
         if (next.flags != 0 || next.id != regionEndId) continue;

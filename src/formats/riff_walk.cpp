@@ -5,6 +5,7 @@
 #include <string>
 
 #include "fileio/byte_order.h"
+#include "formats/broadcast.h"
 #include "formats/chunk_catalogue.h"
 #include "formats/chunk_cursor.h"
 #include "formats/container_walk.h"
@@ -36,8 +37,6 @@ constexpr FmtRules fmtRules{
 };
 
 constexpr uint32_t smallestDs64 = 24;
-constexpr uint64_t smallestBext = 602;
-constexpr uint64_t largestBext = 65536;
 
 struct RiffWalk {
     ContainerWalk& walk;
@@ -97,13 +96,6 @@ WalkStatus ReadSlices(RiffWalk& riff, const Chunk& chunk) {
     return walkGoesOn;
 }
 
-WalkStatus ReadBroadcast(RiffWalk& riff, const Chunk& chunk) {
-    ContainerWalk& walk = riff.walk;
-    if (ReadBody(walk.reader, std::min(chunk.bodyBytes, largestBext), walk.scratch))
-        ReadMetadataChunk(walk.scratch, "BWF", walk.format.metadata, chunk.bodyStart);
-    return walkGoesOn;
-}
-
 // | offset | width | field                |
 // |      0 |     2 | number of tracks     |
 // |      2 |     2 | number of track UIDs |
@@ -147,7 +139,8 @@ constexpr ChunkHandler<RiffWalk> handlers[] = {
     {"fact", 4, ReadFact},
     {"acid", 16, ReadAcidLoop},
     {"strc", 60, ReadSlices},
-    {"bext", smallestBext, ReadBroadcast},
+    {"bext", smallestBroadcast,
+     [](RiffWalk& riff, const Chunk& chunk) { return ReadBroadcast(riff.walk, chunk); }},
     {"chna", 4, ReadTrackCounts},
     {"cue ", 4, ReadCues},
     {"LIST", 4, ReadList},

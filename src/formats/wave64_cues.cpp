@@ -22,7 +22,7 @@ void ReadName(std::span<const uint8_t> units, Marker& marker) {
         if (unit == 0) break;
         if (!AppendUtf8(name, unit)) AppendUtf8(name, replacementCharacter);
     }
-    marker.name = name.substr(0, longestMarkerName);
+    marker.name = MarkerName(name);
 }
 
 // | offset | width | field                                                   |

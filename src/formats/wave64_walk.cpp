@@ -4,12 +4,12 @@
 #include <string_view>
 
 #include "fileio/byte_order.h"
+#include "formats/broadcast.h"
 #include "formats/chunk_catalogue.h"
 #include "formats/chunk_cursor.h"
 #include "formats/container_walk.h"
 #include "formats/fmt_rules.h"
 #include "formats/markers.h"
-#include "metadata/read/read_metadata.h"
 
 namespace vantor {
 
@@ -36,8 +36,6 @@ constexpr FmtRules fmtRules{
 // What follows the four characters in the GUID of a chunk that RIFF knows too.
 constexpr auto guidTail = "\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A"sv;
 constexpr uint64_t headerBytes = 24;
-constexpr uint64_t smallestBext = 602;
-constexpr uint64_t largestBext = 65536;
 
 bool IsRiffChunk(const Chunk& chunk) {
     return std::string_view(reinterpret_cast<const char*>(chunk.header.data()) + 4, guidTail.size()) ==
@@ -46,12 +44,6 @@ bool IsRiffChunk(const Chunk& chunk) {
 
 int64_t SignedBytes(uint64_t bytes) {
     return static_cast<int64_t>(std::min<uint64_t>(bytes, std::numeric_limits<int64_t>::max()));
-}
-
-WalkStatus ReadBroadcast(ContainerWalk& walk, const Chunk& chunk) {
-    if (ReadBody(walk.reader, std::min(chunk.bodyBytes, largestBext), walk.scratch))
-        ReadMetadataChunk(walk.scratch, "BWF", walk.format.metadata, chunk.bodyStart);
-    return walkGoesOn;
 }
 
 WalkStatus ReadFact(ContainerWalk& walk, const Chunk&) {
@@ -77,8 +69,8 @@ WalkStatus ReadCues(ContainerWalk& walk, const Chunk& chunk) {
 }
 
 constexpr ChunkHandler<ContainerWalk> handlers[] = {
-    {"bext", smallestBext, ReadBroadcast}, {"fact", 8, ReadFact}, {"data", 0, ReadData},
-    {"fmt ", smallestFmtBody, ReadFormat}, {"cue ", 0, ReadCues},
+    {"bext", smallestBroadcast, ReadBroadcast}, {"fact", 8, ReadFact}, {"data", 0, ReadData},
+    {"fmt ", smallestFmtBody, ReadFormat},      {"cue ", 0, ReadCues},
 };
 
 WalkStatus ReadChunk(ContainerWalk& walk, const Chunk& chunk) {

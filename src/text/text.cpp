@@ -146,6 +146,29 @@ std::string Utf8OrLatin1(std::string_view text) {
     return IsValidUtf8(text) ? std::string(text) : Latin1ToUtf8(text);
 }
 
+std::string Utf8OrWindows1252(std::string_view text) {
+    // From 0x80 on; the five that stand for nothing stay what they are in Latin-1.
+    constexpr uint16_t upper[] = {0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                  0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x8D,   0x017D, 0x8F,
+                                  0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                  0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
+    if (IsValidUtf8(text)) return std::string(text);
+    std::string converted;
+    for (const char character : text) {
+        const auto byte = static_cast<uint8_t>(character);
+        AppendUtf8(converted, byte >= 0x80 && byte < 0xA0 ? upper[byte - 0x80] : byte);
+    }
+    return converted;
+}
+
+std::string_view CutAtCharacter(std::string_view text, size_t bytes) {
+    if (text.size() <= bytes) return text;
+    const auto continues = [&](size_t place) { return (static_cast<uint8_t>(text[place]) & 0xC0) == 0x80; };
+    while (bytes > 0 && continues(bytes))
+        --bytes;
+    return text.substr(0, bytes);
+}
+
 std::string Utf16ToUtf8(std::span<const uint8_t> bytes, bool bigEndian) {
     constexpr uint32_t replacement = 0xFFFD;
     const size_t units = bytes.size() / 2;

@@ -31,6 +31,10 @@ uint32_t TakeCodePoint(std::string_view& text);
 [[nodiscard]] std::string Latin1ToUtf8(std::string_view text);
 // Valid UTF-8 as it stands, anything else read as Latin-1.
 [[nodiscard]] std::string Utf8OrLatin1(std::string_view text);
+// The same with Windows-1252, which has printable characters where Latin-1 has controls.
+[[nodiscard]] std::string Utf8OrWindows1252(std::string_view text);
+// At most `bytes` of the text, without a part of a UTF-8 character at the end.
+[[nodiscard]] std::string_view CutAtCharacter(std::string_view text, size_t bytes);
 // UTF-16 units; surrogate pairs joined, lone surrogates become U+FFFD; ends at the first zero unit.
 [[nodiscard]] std::string Utf16ToUtf8(std::span<const uint8_t> bytes, bool bigEndian);
 

@@ -2,15 +2,9 @@
 
 #include <algorithm>
 
-namespace vantor {
+#include "text/text.h"
 
-std::string_view CutAtCharacter(std::string_view text, size_t bytes) {
-    if (text.size() <= bytes) return text;
-    const auto continues = [&](size_t place) { return (static_cast<uint8_t>(text[place]) & 0xC0) == 0x80; };
-    while (bytes > 0 && continues(bytes))
-        --bytes;
-    return text.substr(0, bytes);
-}
+namespace vantor {
 
 void PutField(ChunkBody& body, const TextField& field, std::string_view text) {
     const auto start = body.begin() + static_cast<std::ptrdiff_t>(field.offset);

@@ -1,0 +1,110 @@
+// The patchers: an old chunk and a change, both from the input. What a patcher gives back is read as the
+// change says, and as before in all that the change does not name.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "edit/tag_proof.h"
+#include "fuzz/world.h"
+
+namespace vantor::fuzz {
+
+namespace {
+
+// Keys that a chunk may have or not, beside those that it has.
+constexpr std::string_view newKeys[] = {
+    "BWF:Description",
+    "BWF:LoudnessRange",
+    "BWF:TimeReference",
+    "CART:Title",
+    "CART:AUD1",
+    "CART:TagText",
+    "INFO:INAM",
+    "INFO:ICMT",
+    "IXML:NOTE",
+    "IXML:A:B",
+    "IXML:A:B:2",
+    "ASWG:project",
+    "XMP:dc/title",
+    "XMP:dc/subject",
+    "XMP:dm/artist",
+    "XMP:MARK000",
+    "XMP:dc/language",
+    "XMP:MARK001",
+    "ID3:TIT2",
+    "ID3:COMM",
+    "ID3:TXXX:k",
+    "ID3:TDRC",
+    "XMP:dm/relativeTimestamp",
+};
+constexpr std::string_view values[] = {
+    "", "x", "0", "12", "5:6:m", "a; b; c", "\xC3\xA9 <&>\"'", "2024-05-06T07:08"};
+
+MetadataStore ChangeFrom(Choices& choices, const TagScheme& scheme, const MetadataStore& own) {
+    std::vector<std::string> keys;
+    own.ForEach([&](const MetadataEntry& entry) {
+        if (SchemeOfKey(entry.key) == &scheme && keys.size() < 200) keys.push_back(entry.key);
+    });
+    for (const auto key : newKeys)
+        if (SchemeOfKey(key) == &scheme) keys.emplace_back(key);
+    MetadataStore change;
+    const int count = 1 + choices.OneOf(3);
+    for (int i = 0; i < count; ++i) {
+        const auto& key = keys[static_cast<size_t>(choices.Byte()) % keys.size()];
+        const auto value = values[static_cast<size_t>(choices.Byte()) % std::size(values)];
+        if (own.Value(key) != value) change.Set(key, value);
+    }
+    return change;
+}
+
+// The fields that no key of the change belongs to.
+PlainTags Unnamed(const TagScheme& scheme, const MetadataStore& entries, const MetadataStore& change) {
+    PlainTags tags = PlainTagsOf(scheme.name, entries);
+    MetadataStore probe;
+    change.ForEach([&](const MetadataEntry& entry) { probe.Set(entry.key, "x"); });
+    for (const auto& [base, list] : PlainTagsOf(scheme.name, probe))
+        tags.erase(base);
+    return tags;
+}
+
+void PatchBody(std::string_view name, Input input) {
+    Choices choices(input);
+    const TagScheme& scheme = *FindScheme(name);
+    MetadataStore own;
+    if (!scheme.read(input, own, 1)) return;
+    const MetadataStore change = ChangeFrom(choices, scheme, own);
+    if (change.Count() == 0) return;
+    const auto patched = scheme.patch({input, change});
+    if (!patched || patched->empty()) return;
+    MetadataStore now;
+    Require(scheme.read(*patched, now, 1), "a patched chunk is accepted");
+    // Dates and languages stand for others, and 2.2 has ids of its own.
+    const bool isAlone = name != "ID3" && !change.Has("XMP:dc/language");
+    Require(!isAlone || Unnamed(scheme, now, change) == Unnamed(scheme, own, change),
+            "what is not named stays");
+    const auto again = scheme.patch({*patched, change});
+    Require(again.has_value(), "a patched chunk is patched again");
+}
+
+}  // namespace
+
+void PatchBextBody(Input input) {
+    PatchBody("BWF", input);
+}
+void PatchCartBody(Input input) {
+    PatchBody("CART", input);
+}
+void PatchInfoBody(Input input) {
+    PatchBody("INFO", input);
+}
+void PatchIxmlBody(Input input) {
+    PatchBody("IXML", input);
+}
+void PatchXmpBody(Input input) {
+    PatchBody("XMP", input);
+}
+void PatchId3Body(Input input) {
+    PatchBody("ID3", input);
+}
+
+}  // namespace vantor::fuzz
