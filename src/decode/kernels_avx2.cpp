@@ -140,7 +140,7 @@ VANTOR_AVX2_INLINE void StoreWidened(__m256 singles, double* samples) {
     _mm256_storeu_pd(samples + 4, _mm256_cvtps_pd(_mm256_extractf128_ps(singles, 1)));
 }
 
-VANTOR_AVX2 [[gnu::noinline]] void ConvertFloat32Little(const uint8_t* stored, double* samples,
+[[gnu::noinline]] VANTOR_AVX2 void ConvertFloat32Little(const uint8_t* stored, double* samples,
                                                         int64_t count) {
     int64_t i = 0;
     for (; i + 8 <= count; i += 8)
@@ -148,7 +148,7 @@ VANTOR_AVX2 [[gnu::noinline]] void ConvertFloat32Little(const uint8_t* stored, d
     PlainKernels()[StoredForm::float32Little](stored + 4 * i, samples + i, count - i);
 }
 
-VANTOR_AVX2 [[gnu::noinline]] void ConvertFloat32Big(const uint8_t* stored, double* samples, int64_t count) {
+[[gnu::noinline]] VANTOR_AVX2 void ConvertFloat32Big(const uint8_t* stored, double* samples, int64_t count) {
     int64_t i = 0;
     for (; i + 8 <= count; i += 8)
         StoreWidened(_mm256_castsi256_ps(Swap32(Load256(stored + 4 * i))), samples + i);
