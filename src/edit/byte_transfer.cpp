@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <vector>
 
 #include "edit/chunk_walk.h"
@@ -16,53 +17,67 @@ constexpr int64_t zeroPieceBytes = 8192;
 constexpr int64_t longestFiller = 0x40000000;  // a remainder up to here is one chunk
 constexpr int64_t longFillerPiece = 0x3FFFFFE0;
 
+// Calls `take(bytes done, bytes of the piece)` until `count` are done or one is refused.
+template <typename Take>
+bool InPieces(int64_t count, int64_t pieceBytes, Take take) {
+    for (int64_t done = 0; done < count; done += pieceBytes)
+        if (!take(done, std::min(count - done, pieceBytes))) return false;
+    return true;
+}
+
 }  // namespace
 
-bool CopyBytes(FileReader& reader, FileWriter& writer, int64_t count) {
+bool FileSink::Put(const uint8_t* bytes, int64_t count) {
+    return InPieces(count, INT32_MAX, [&](int64_t done, int64_t piece) {
+        const int32_t written = writer_.Write(bytes + done, static_cast<int32_t>(piece));
+        bytesWritten_ += written;
+        return written == piece;
+    });
+}
+
+bool ComparingSink::Put(const uint8_t* bytes, int64_t count) {
+    return InPieces(count, copyPieceBytes, [&](int64_t done, int64_t piece) {
+        const uint8_t* present = nullptr;
+        return reader_.Borrow(&present, piece, scratch_) == piece &&
+               std::memcmp(present, bytes + done, static_cast<size_t>(piece)) == 0;
+    });
+}
+
+bool WriteAt(ByteSink& sink, int64_t position, const uint8_t* bytes, int64_t count) {
+    return sink.MoveTo(position) && sink.Put(bytes, count);
+}
+
+bool CopyBytes(FileReader& reader, ByteSink& sink, int64_t count) {
     std::vector<uint8_t> scratch;
-    while (count > 0) {
+    return InPieces(count, copyPieceBytes, [&](int64_t, int64_t piece) {
         const uint8_t* bytes = nullptr;
-        const int64_t piece = std::min(count, copyPieceBytes);
-        if (reader.Borrow(&bytes, piece, scratch) != piece || !WriteBytes(writer, bytes, piece)) return false;
-        count -= piece;
-    }
-    return true;
+        return reader.Borrow(&bytes, piece, scratch) == piece && sink.Put(bytes, piece);
+    });
 }
 
-bool WriteBytes(FileWriter& writer, const uint8_t* bytes, int64_t count) {
-    while (count > 0) {
-        const auto piece = static_cast<int32_t>(std::min<int64_t>(count, INT32_MAX));
-        if (writer.Write(bytes, piece) != piece) return false;
-        bytes += piece;
-        count -= piece;
-    }
-    return true;
-}
-
-bool WriteZeros(FileWriter& writer, int64_t count) {
+bool WriteZeros(ByteSink& sink, int64_t count) {
     static constexpr std::array<uint8_t, zeroPieceBytes> zeros{};
-    while (count > 0) {
-        const int64_t piece = std::min(count, zeroPieceBytes);
-        if (!WriteBytes(writer, zeros.data(), piece)) return false;
-        count -= piece;
-    }
-    return true;
+    return InPieces(count, zeroPieceBytes,
+                    [&](int64_t, int64_t piece) { return sink.Put(zeros.data(), piece); });
 }
 
-bool WriteJunkHeader(int64_t offset, FileWriter& writer, int64_t length) {
+bool WriteJunkHeader(ByteSink& sink, int64_t offset, int64_t length) {
     ChunkHeader header = {'J', 'U', 'N', 'K'};
     WriteLe32(&header[4], static_cast<uint32_t>(length - chunkHeaderBytes));
-    return writer.Seek(offset) == 0 && WriteBytes(writer, header.data(), chunkHeaderBytes);
+    return WriteAt(sink, offset, header.data(), chunkHeaderBytes);
 }
 
-bool FillWithJunk(int64_t offset, FileWriter& writer, int64_t length) {
-    while (length > 0) {
-        const int64_t piece = length <= longestFiller ? length : longFillerPiece;
-        if (!WriteJunkHeader(offset, writer, piece) || !WriteZeros(writer, piece - chunkHeaderBytes))
-            return false;
-        offset += piece;
-        length -= piece;
-    }
+// From the last chunk to the first, whose header covers all until then.
+bool FillWithJunk(ByteSink& sink, int64_t offset, int64_t length) {
+    const auto fill = [&](int64_t start, int64_t piece) {
+        return WriteJunkHeader(sink, start, piece) && WriteZeros(sink, piece - chunkHeaderBytes);
+    };
+    const int64_t longOnes =
+        length <= longestFiller ? 0 : (length - longestFiller + longFillerPiece - 1) / longFillerPiece;
+    const int64_t last = longOnes * longFillerPiece;
+    if (length > last && !fill(offset + last, length - last)) return false;
+    for (int64_t start = last; start > 0; start -= longFillerPiece)
+        if (!fill(offset + start - longFillerPiece, longFillerPiece)) return false;
     return true;
 }
 

@@ -1,26 +1,64 @@
-// Moves bytes into a file under rewrite: copies of runs, and padding chunks.
+// Moves bytes into a file under edit: copies of runs, and padding chunks.
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "fileio/file_reader.h"
 #include "fileio/file_writer.h"
+#include "host/host_services.h"
 
 namespace vantor {
 
-// Copies `count` bytes from the reader's position to the writer. False when any are missing on either side.
-[[nodiscard]] bool CopyBytes(FileReader& reader, FileWriter& writer, int64_t count);
+// Where the bytes of an edit go: into the file, or past a check of what is there already.
+class ByteSink {
+  public:
+    virtual ~ByteSink() = default;
+    [[nodiscard]] virtual bool MoveTo(int64_t position) = 0;
+    [[nodiscard]] virtual bool Put(const uint8_t* bytes, int64_t count) = 0;  // all of them
+};
 
-// Writes all of the bytes at the writer's position.
-[[nodiscard]] bool WriteBytes(FileWriter& writer, const uint8_t* bytes, int64_t count);
+// Tells the host at its end how much was written.
+class FileSink final : public ByteSink {
+  public:
+    explicit FileSink(FileWriter& writer) : writer_(writer) {}
+    ~FileSink() override { ReportDiskWritten(bytesWritten_); }
+    FileSink(const FileSink&) = delete;
+    FileSink& operator=(const FileSink&) = delete;
+    [[nodiscard]] bool MoveTo(int64_t position) override { return writer_.Seek(position) == 0; }
+    [[nodiscard]] bool Put(const uint8_t* bytes, int64_t count) override;
 
-// Writes `count` zero bytes at the writer's position.
-[[nodiscard]] bool WriteZeros(FileWriter& writer, int64_t count);
+  private:
+    FileWriter& writer_;
+    int64_t bytesWritten_ = 0;
+};
 
-// Writes the header of a "JUNK" chunk that takes `length` bytes with its header (length >= 8).
-[[nodiscard]] bool WriteJunkHeader(int64_t offset, FileWriter& writer, int64_t length);
+// Takes the bytes that the file holds already, and no others.
+class ComparingSink final : public ByteSink {
+  public:
+    explicit ComparingSink(FileReader& reader) : reader_(reader) {}
+    [[nodiscard]] bool MoveTo(int64_t position) override {
+        return reader_.Seek(position) && reader_.Tell() == position;
+    }
+    [[nodiscard]] bool Put(const uint8_t* bytes, int64_t count) override;
 
-// Covers `length` bytes (>= 8) from `offset` on with "JUNK" chunks full of zeros.
-[[nodiscard]] bool FillWithJunk(int64_t offset, FileWriter& writer, int64_t length);
+  private:
+    FileReader& reader_;
+    std::vector<uint8_t> scratch_;
+};
+
+[[nodiscard]] bool WriteAt(ByteSink& sink, int64_t position, const uint8_t* bytes, int64_t count);
+
+// Copies `count` bytes from the reader's position. False when any are missing on either side.
+[[nodiscard]] bool CopyBytes(FileReader& reader, ByteSink& sink, int64_t count);
+
+[[nodiscard]] bool WriteZeros(ByteSink& sink, int64_t count);
+
+// Writes the header of a "JUNK" chunk that takes `length` bytes with its header (length >= 8), at once.
+[[nodiscard]] bool WriteJunkHeader(ByteSink& sink, int64_t offset, int64_t length);
+
+// Covers `length` bytes (>= 8) from `offset` on with "JUNK" chunks full of zeros. What one such chunk covered
+// before stays covered meanwhile.
+[[nodiscard]] bool FillWithJunk(ByteSink& sink, int64_t offset, int64_t length);
 
 }  // namespace vantor

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "edit/container.h"
 #include "fileio/byte_order.h"
 #include "formats/chunk_cursor.h"
 #include "formats/riff_data_size.h"
@@ -49,6 +50,16 @@ RiffChunkWalk::RiffChunkWalk(FileReader& reader, bool isRf64, Schemes replaced)
 
 WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     if (position_ >= fileSize_) return WalkStep::end;
+    if (isAtLeftover_) return WalkStep::leftover;
+    if (IsGrowth()) {
+        chunk = {};
+        chunk.start = position_;
+        chunk.bodyBytes = fileSize_ - chunk.BodyStart();
+        chunk.scheme = paddingScheme;
+        chunk.isReplaceable = chunk.isCutOff = true;
+        position_ = fileSize_;
+        return WalkStep::chunk;
+    }
     reader_.Seek(position_);
     if (fileSize_ - position_ < chunkHeaderBytes) return WalkStep::leftover;
     if (!reader_.ReadExactly(chunk.header.data(), chunkHeaderBytes)) return WalkStep::refused;
@@ -60,6 +71,10 @@ WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     chunk.bodyBytes = std::min(claimed, fileSize_ - chunk.BodyStart());
     chunk.isCutOff = chunk.bodyBytes < claimed;
     chunk.isData = chunk.Id() == "data"sv;
+    chunk.lacksPad = false;
+    if (chunk.isData && isRf64_ && ds64_.dataSize == 0 &&
+        fileSize_ - chunk.BodyStart() > int64_t{sizeInDs64} && ReadLe32(&chunk.header[4]) == sizeInDs64)
+        return WalkStep::refused;  // never finished: nobody knows where its audio ends
     if (chunk.isCutOff && !chunk.isData) return WalkStep::leftover;
     // A run of empty chunks counts as one: there may be any number of them.
     if (IsZeroHeader(chunk.header) && SkipZeroHeaders(reader_, chunkHeaderBytes))
@@ -69,8 +84,41 @@ WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     if (IsList(chunk.Id()) && chunk.bodyBytes >= listTypeBytes && reader_.Tell() == chunk.BodyStart())
         return WalkStep::refused;  // a list of unknown type
     if (chunk.Id() == "fmt "sv && chunk.bodyBytes >= smallestFormat) formatSeen_ = true;
+    chunk.lacksPad = LacksPad(chunk);
+    isAtLeftover_ = chunk.lacksPad;
     position_ = chunk.End();
     return WalkStep::chunk;
+}
+
+// What is there of the header of a "JUNK" chunk that is not whole, where the size in front says that the file
+// ends.
+bool RiffChunkWalk::IsGrowth() {
+    constexpr std::string_view junk = "JUNK";
+    uint8_t header[chunkHeaderBytes] = {}, size[4];
+    const int64_t present = std::min(fileSize_ - position_, chunkHeaderBytes);
+    reader_.Seek(position_);
+    if (position_ <= riffHeaderBytes || !reader_.ReadExactly(header, present)) return false;
+    const auto idBytes = static_cast<size_t>(std::min<int64_t>(present, 4));
+    if (FourCharacters(header).substr(0, idBytes) != junk.substr(0, idBytes)) return false;
+    if (present == chunkHeaderBytes && position_ + chunkHeaderBytes + ReadLe32(header + 4) <= fileSize_)
+        return false;
+    if (!reader_.Seek(riffSizeOffset) || !reader_.ReadExactly(size, sizeof size)) return false;
+    const auto end = chunkHeaderBytes + static_cast<int64_t>(isRf64_ ? ds64_.riffSize : ReadLe32(size));
+    return end == position_ || end == position_ - 1;  // a pad byte may have been missing
+}
+
+bool RiffChunkWalk::IsPlausibleHeader(int64_t offset) {
+    uint8_t header[chunkHeaderBytes];
+    if (fileSize_ - offset < chunkHeaderBytes || !reader_.Seek(offset) ||
+        !reader_.ReadExactly(header, sizeof header))
+        return false;
+    return std::all_of(header, header + 4, [](uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }) &&
+           ReadLe32(header + 4) <= fileSize_ - offset - chunkHeaderBytes;
+}
+
+bool RiffChunkWalk::LacksPad(const RiffChunk& chunk) {
+    return (chunk.bodyBytes & 1) && !chunk.isCutOff && IsPlausibleHeader(chunk.BodyEnd()) &&
+           !IsPlausibleHeader(chunk.BodyEnd() + 1);
 }
 
 bool RiffChunkWalk::ReadDs64At(const ChunkHeader& header) {

@@ -4,20 +4,22 @@
 #include <memory>
 #include <optional>
 
+#include "edit/copy_file.h"
 #include "edit/images.h"
+#include "edit/in_place.h"
 #include "edit/lossless.h"
-#include "edit/rewrite.h"
+#include "fileio/file_lock.h"
 #include "fileio/file_name.h"
+#include "host/host_services.h"
 
 namespace vantor {
 
 namespace {
 
 constexpr ReadParameters editReading{1, 8192, 4};
-
-bool IsRf64(const AudioFormat& format) {
-    return format.fileKind != kindWave;
-}
+constexpr WriteParameters editWriting{.mode = 0, .openExisting = true, .mustExist = true};
+constexpr std::chrono::seconds longestWait(5);  // for others that edit the file
+constexpr int mostAttempts = 5;                 // at a file that is never the one that was read
 
 std::filesystem::path PathOf(const std::string& name) {
     return std::u8string(name.begin(), name.end());
@@ -30,44 +32,107 @@ bool IsSameFile(const std::string& left, const std::string& right) {
     return std::filesystem::equivalent(PathOf(left), PathOf(right), notThere);
 }
 
-// The new chunks for the file as it is now. Nothing when not all of it can be read: what is merged from would
-// be lost.
-std::optional<ChunkImages> ImagesFor(const EditRequest& request, FileReader& file, AudioFormat& format) {
-    static_cast<void>(ParseAudioFormat(format, file));  // tags are written into what cannot be played, too
-    const bool merges = request.flags & writeMerge;
-    if (!TakesTags(format) || (merges && (format.isIncomplete || file.HasMissedBytes()))) return std::nullopt;
-    auto old = ReadTagChunks(file, IsRf64(format), merges);
-    if (!old) return std::nullopt;
-    if (merges && (request.flags & writeLossless))
-        return LosslessImages({format, request.changes, *old, file}).value_or(ChunkImages());
-    return BuildImages({format, request.changes, OldChunksOf(std::move(*old)), file, request.flags});
+// One attempt at an edit, and the file as it was read for it.
+struct Attempt {
+    const EditRequest& request;
+    std::unique_ptr<FileReader> file = std::make_unique<FileReader>(request.fileName, editReading);
+    platform::FileStatus status = file->Status();
+    AudioFormat format{};
+    ChunkImages images{};
+
+    [[nodiscard]] bool Wants(WriteFlags flag) const { return (request.flags & flag) != 0; }
+    [[nodiscard]] bool IsRf64() const { return format.fileKind != kindWave; }
+    void CloseFile() {
+        if (file) ReportDiskRead(file->BytesRead());
+        file.reset();
+    }
+};
+
+// Nothing: the file is not, or no longer, the one that was read, and the edit starts again.
+using Answer = std::optional<WriteAnswer>;
+
+// The file for writing. It is forgotten before, since a handle that shares reading alone would keep the
+// writer out.
+std::unique_ptr<FileWriter> OpenForWriting(Attempt& attempt) {
+    attempt.request.forget(attempt.request.fileName);
+    attempt.CloseFile();
+    return std::make_unique<FileWriter>(attempt.request.fileName.c_str(), editWriting);
 }
 
-bool IsNothing(const ChunkImages& images) {
-    return images.replaced.empty();
+bool IsStillTheFile(const Attempt& attempt, FileWriter& writer) {
+    return writer.Status() == attempt.status;
 }
 
-// The file that is to be written is forgotten before, since a handle that shares reading alone would keep the
-// writer out, and after, since a reader may have opened it meanwhile.
-bool UpdateInPlace(const EditRequest& request, std::unique_ptr<FileReader> file, const ChunkImages& images,
-                   bool isRf64) {
-    ChunkImage image = images.main;
-    image.insert(image.end(), images.tail.begin(), images.tail.end());
-    request.forget(request.fileName);
-    const bool updated = RewriteInPlace(request.fileName, std::move(file), image, isRf64, images.replaced);
-    request.forget(request.fileName);
-    return updated;
+// False when not all of the file can be read: what is merged from would be lost. What cannot be played takes
+// tags, too.
+bool Parse(Attempt& attempt) {
+    static_cast<void>(ParseAudioFormat(attempt.format, *attempt.file));
+    const bool isWhole = !attempt.format.isIncomplete && !attempt.file->HasMissedBytes();
+    return TakesTags(attempt.format) && (isWhole || !attempt.Wants(writeMerge));
 }
 
-bool WriteToTarget(const EditRequest& request, const ChunkImages& images, int32_t fileKind) {
-    if (IsSameFile(request.fileName, request.target)) return false;
-    request.forget(request.target);
-    FileReader file(request.fileName, editReading);
-    const bool written = IsNothing(images) ? WriteSameBytes(file, request.target)
-                                           : WriteCopy(file, request.target, images.main, images.tail,
-                                                       fileKind, images.replaced);
-    request.forget(request.target);
-    return written;
+// What an edit left that was interrupted while old and new tags stood side by side: the old tags.
+std::vector<Stretch> LeftBehind(Attempt& attempt) {
+    const auto shown = FindShownCopy(*attempt.file, attempt.IsRf64());
+    if (!shown) return {};
+    const auto runs = FindRuns(*attempt.file, attempt.IsRf64(), SchemesOf(shown->mark.schemes));
+    if (!runs) return {};
+    return CoversOfTags(*runs, {shown->header, shown->start, shown->End()});
+}
+
+// A lossless edit that changes nothing has no images and replaces nothing.
+bool MakeImages(Attempt& attempt) {
+    const auto& changes = attempt.request.changes;
+    auto& [request, file, status, format, images] = attempt;
+    auto old = ReadTagChunks(*file, attempt.IsRf64(), attempt.Wants(writeMerge));
+    if (!old) return false;
+    if (attempt.Wants(writeMerge) && attempt.Wants(writeLossless)) {
+        images = LosslessImages({format, changes, *old, *file}).value_or(ChunkImages());
+        if (!images.replaced.empty()) images.replaced.emplace_back(paddingScheme);
+    } else {
+        images = BuildImages({format, changes, OldChunksOf(std::move(*old)), *file, request.flags});
+    }
+    return true;
+}
+
+// writeFailed when it cannot be done in place.
+Answer TryInPlace(Attempt& attempt) {
+    if (attempt.images.replaced.empty()) return updatedInPlace;
+    ChunkImage image = attempt.images.main;
+    image.insert(image.end(), attempt.images.tail.begin(), attempt.images.tail.end());
+    const auto plan = PlanInPlace(*attempt.file, std::move(image), attempt.IsRf64(), attempt.images.replaced);
+    if (!plan) return writeFailed;
+    const auto writer = OpenForWriting(attempt);
+    if (!writer->IsOpen()) return writeFailed;
+    if (!IsStillTheFile(attempt, *writer)) return std::nullopt;
+    return attempt.Wants(writeAnswerAlone) || UpdateInPlace(*writer, *plan) ? updatedInPlace : writeFailed;
+}
+
+WriteAnswer TryCopy(Attempt& attempt) {
+    const auto& [fileName, target, changes, flags, forget] = attempt.request;
+    if (IsSameFile(fileName, target)) return writeFailed;
+    if (!attempt.file) attempt.file = std::make_unique<FileReader>(fileName, editReading);
+    const int32_t kind = attempt.format.fileKind;
+    if (attempt.Wants(writeAnswerAlone))
+        return CanCopy(*attempt.file, attempt.images, kind) ? writtenToTarget : writeFailed;
+    forget(target);
+    const bool written = WriteCopy(*attempt.file, target, attempt.images, kind);
+    forget(target);
+    return written ? writtenToTarget : writeFailed;
+}
+
+Answer Try(Attempt& attempt) {
+    const bool inPlace = !attempt.Wants(writeNeverInPlace);
+    if (!attempt.file->IsOpen() || attempt.file->IsWriteShared() || !Parse(attempt)) return writeFailed;
+    if (const auto covers = LeftBehind(attempt); inPlace && !covers.empty()) {
+        const auto writer = OpenForWriting(attempt);
+        if (!writer->IsOpen()) return writeFailed;
+        if (IsStillTheFile(attempt, *writer) && !HideTags(*writer, covers)) return writeFailed;
+        return std::nullopt;
+    }
+    if (!MakeImages(attempt)) return writeFailed;
+    const auto answer = inPlace ? TryInPlace(attempt) : writeFailed;
+    return answer == writeFailed ? TryCopy(attempt) : answer;
 }
 
 }  // namespace
@@ -77,16 +142,17 @@ bool TakesTags(const AudioFormat& format) {
 }
 
 WriteAnswer EditFile(const EditRequest& request) {
-    auto file = std::make_unique<FileReader>(request.fileName, editReading);
-    if (!file->IsOpen()) return writeFailed;
-    AudioFormat format;
-    const auto images = ImagesFor(request, *file, format);
-    if (!images) return writeFailed;
-    const bool mayUpdate = !(request.flags & writeNeverInPlace);
-    if (mayUpdate && IsNothing(*images)) return updatedInPlace;
-    if (mayUpdate && UpdateInPlace(request, std::move(file), *images, IsRf64(format))) return updatedInPlace;
-    file.reset();
-    return WriteToTarget(request, *images, format.fileKind) ? writtenToTarget : writeFailed;
+    for (int i = 0; i < mostAttempts; ++i) {
+        const FileLock lock(request.fileName, longestWait);
+        if (!lock.IsHeld()) return writeFailed;
+        Attempt attempt{request};
+        if (!lock.IsOf(attempt.status)) continue;
+        const auto answer = Try(attempt);
+        attempt.CloseFile();
+        request.forget(request.fileName);  // a reader may have opened it meanwhile
+        if (answer) return *answer;
+    }
+    return writeFailed;
 }
 
 }  // namespace vantor

@@ -1,227 +1,202 @@
-// The in-place update: the new chunks go over a run of old ones or to the end of the file.
-//
-// Whatever interrupts, the chunk list stays walkable: the run that takes the image is first made one "JUNK"
-// chunk, the image is written inside it, and the image's first chunk header comes last.
+#include "edit/in_place.h"
 
-#include <optional>
+#include <algorithm>
 
 #include "edit/byte_transfer.h"
-#include "edit/chunk_walk.h"
-#include "edit/rewrite.h"
-#include "fileio/byte_order.h"
-#include "formats/riff_data_size.h"
 
 namespace vantor {
 
 namespace {
 
-using Image = std::vector<uint8_t>;
+struct InPlaceEdit {
+    FileWriter& writer;
+    const InPlacePlan& plan;
+    FileSink file{writer};
 
-constexpr int64_t riffSizeOffset = 4;
-constexpr int64_t ds64RiffSizeOffset = 20;
-
-struct Run {
-    int64_t start = 0;
-    int64_t length = 0;
+    [[nodiscard]] const RunList& Runs() const { return plan.runs; }
+    [[nodiscard]] int64_t Place() const { return plan.Target().start; }
+    [[nodiscard]] int64_t ImageEnd() const { return Place() + plan.ImageBytes(); }
+    [[nodiscard]] bool Flush() const { return writer.FlushToDisk(); }
 };
 
-struct AudioPlace {
-    uint32_t sizeField = 0;
-    int64_t start = 0;
-    int64_t bytes = 0;
+bool WriteImage(InPlaceEdit& edit, int64_t offset) {
+    return WriteAt(edit.file, offset, edit.plan.image.data(), edit.plan.ImageBytes());
+}
+
+bool WriteImageBehindItsHeader(InPlaceEdit& edit, int64_t offset) {
+    return WriteAt(edit.file, offset + chunkHeaderBytes, edit.plan.image.data() + chunkHeaderBytes,
+                   edit.plan.ImageBytes() - chunkHeaderBytes);
+}
+
+// The header comes last, and with it the whole image is there.
+bool ShowImage(InPlaceEdit& edit, int64_t offset) {
+    return edit.Flush() && WriteAt(edit.file, offset, edit.plan.image.data(), chunkHeaderBytes) &&
+           edit.Flush();
+}
+
+bool WritePadByte(InPlaceEdit& edit) {
+    const int64_t size = edit.Runs().fileSize;
+    return size % 2 == 0 || (edit.file.MoveTo(size) && WriteZeros(edit.file, 1));
+}
+
+bool CoverAll(InPlaceEdit& edit) {
+    return std::ranges::all_of(edit.plan.covers, [&](const Stretch& cover) {
+        return WriteJunkHeader(edit.file, cover.start, cover.length);
+    });
+}
+
+// Nobody sees the copy yet.
+bool WriteHiddenCopy(InPlaceEdit& edit) {
+    const auto& [header, start, end] = edit.plan.copy;
+    const auto mark = BytesOf(MarkOf(edit.plan.image, edit.plan.replaced));
+    if (edit.plan.copyGrowsFile && !WritePadByte(edit)) return false;
+    if (!WriteJunkHeader(edit.file, header, end - header) || !edit.file.Put(mark.data(), editMarkBytes))
+        return false;
+    const int64_t room = start - header - chunkHeaderBytes - editMarkBytes;
+    if (edit.plan.copyGrowsFile && !WriteZeros(edit.file, room)) return false;
+    if (!WriteImage(edit, start)) return false;
+    return (!edit.plan.copyGrowsFile || WriteContainerSize(edit.file, end, edit.plan.isRf64)) && edit.Flush();
+}
+
+// From the old tags to the new ones.
+bool SwitchToCopy(InPlaceEdit& edit) {
+    const auto& [header, start, end] = edit.plan.copy;
+    if (!edit.plan.switchesInOne && !(WriteJunkHeader(edit.file, header, start - header) && edit.Flush()))
+        return false;
+    return CoverAll(edit) && edit.Flush();
+}
+
+// Under one "JUNK" chunk, from the start of the target to its end or to the copy. Behind the image its rest
+// stays hidden.
+bool MoveToTarget(InPlaceEdit& edit) {
+    const auto& target = edit.plan.Target();
+    const bool holdsCopy = edit.plan.TargetHoldsCopy();
+    const int64_t end = holdsCopy ? std::max(edit.plan.copy.end, target.End()) : target.End();
+    const int64_t hidden = (holdsCopy ? edit.plan.copy.start : target.End()) - target.start;
+    if (!WriteJunkHeader(edit.file, target.start, hidden) || !WriteImageBehindItsHeader(edit, edit.Place()))
+        return false;
+    if (edit.ImageEnd() < end && !WriteJunkHeader(edit.file, edit.ImageEnd(), end - edit.ImageEnd()))
+        return false;
+    return ShowImage(edit, edit.Place());
+}
+
+// Where the file ends, and where its last chunk does: a pad byte may be missing and stays so.
+struct FileEnd {
+    int64_t cut = 0;
+    int64_t lastChunk = 0;
 };
-
-struct Plan {
-    std::vector<Run> gaps;
-    std::optional<size_t> chosen;  // of the gaps
-    Run trailing;                  // the run that reaches the end of the file; may be empty
-    bool isWholeToTheEnd = true;   // nothing follows the last whole chunk
-    bool isPadMissing = false;     // the last chunk is kept, odd, and ends with the file
-    int64_t end = 0;               // of the last chunk
-    int64_t fileSize = 0;
-    AudioPlace audio;
-};
-
-bool Fits(const Run& gap, const Image& image) {
-    const auto bytes = static_cast<int64_t>(image.size());
-    return gap.length == bytes || gap.length >= bytes + chunkHeaderBytes;
+FileEnd FinalEnd(const InPlaceEdit& edit) {
+    const auto& runs = edit.Runs();
+    if (!runs.isWholeToTheEnd) return {runs.fileSize, runs.end};
+    if (!edit.plan.chosen && !edit.plan.image.empty()) return {edit.ImageEnd(), edit.ImageEnd()};
+    if (runs.trailing.length > 0) return {runs.trailing.start, runs.trailing.start};
+    return {runs.fileSize, runs.end};
 }
 
-void CloseRun(Plan& plan, Run& run, const Image& image) {
-    if (run.length == 0) return;
-    if (!plan.chosen && Fits(run, image)) plan.chosen = plan.gaps.size();
-    plan.gaps.push_back(run);
-    run.length = 0;
+// Where the file cannot be cut, padding takes the place of what is left.
+bool CutAt(InPlaceEdit& edit, FileEnd& end) {
+    const int64_t left = edit.writer.Size() - end.cut;
+    if (left <= 0 || (edit.file.MoveTo(end.cut) && edit.writer.CutAtPosition())) return true;
+    end.lastChunk = end.cut + left;
+    return left < chunkHeaderBytes || FillWithJunk(edit.file, end.cut, left);
 }
 
-void AddChunk(Plan& plan, Run& run, const RiffChunk& chunk, const Image& image) {
-    if (chunk.isReplaceable) {
-        if (run.length == 0) run.start = chunk.start;
-        run.length += chunk.End() - chunk.start;
-        return;
-    }
-    CloseRun(plan, run, image);
-    if (!chunk.isData) return;
-    plan.audio = {ReadLe32(&chunk.header[4]), chunk.BodyStart(), chunk.bodyBytes};
-    if (chunk.isCutOff) plan.isWholeToTheEnd = false;
-}
-
-std::optional<Plan> MakePlan(FileReader& reader, const Image& image, bool isRf64, Schemes replaced) {
-    RiffChunkWalk walk(reader, isRf64, replaced);
-    Plan plan;
-    plan.fileSize = walk.FileSize();
-    Run run;
-    RiffChunk chunk;
-    WalkStep step;
-    while ((step = walk.Next(chunk)) == WalkStep::chunk)
-        AddChunk(plan, run, chunk, image);
-    if (step == WalkStep::refused) return std::nullopt;
-    if (step == WalkStep::leftover) plan.isWholeToTheEnd = false;
-    // Bytes that are no whole chunk are kept, so the run in front of them is a gap like any other.
-    if (!plan.isWholeToTheEnd) CloseRun(plan, run, image);
-    plan.end = std::min(walk.Position(), plan.fileSize);
-    plan.isPadMissing = run.length == 0 && walk.Position() > plan.fileSize;
-    plan.trailing = run.length ? Run{run.start, plan.fileSize - run.start} : Run{walk.Position(), 0};
-    return plan;
-}
-
-// A recording that was never finished and a plain RIFF file beyond 4 GiB play up to their end: growing into
-// that would turn tags into sound.
-bool WouldPlayMore(const Plan& plan, int64_t newFileSize, bool isRf64) {
-    const auto& audio = plan.audio;
-    if (isRf64) return audio.sizeField == 0;
-    const int64_t newBytes = RiffDataBytes(audio.sizeField, nullptr, true, audio.start, newFileSize);
-    return PlayedRiffBytes(newBytes, audio.start, newFileSize) >
-           PlayedRiffBytes(audio.bytes, audio.start, plan.fileSize);
-}
-
-bool FitsOneHeader(const Run& run) {
-    return run.length - chunkHeaderBytes <= int64_t{UINT32_MAX};
-}
-
-// Makes the run one padding chunk, where a chunk can be that long.
-bool CoverRun(FileWriter& writer, const Run& run) {
-    return !FitsOneHeader(run) || WriteJunkHeader(run.start, writer, run.length);
-}
-
-// Writes the image at the start of the covered `run`, which is no shorter than it.
-bool PlaceImage(FileWriter& writer, const Run& run, const Image& image) {
-    const auto bytes = static_cast<int64_t>(image.size());
-    const int64_t rest = run.length - bytes;
-    const bool fitsOneHeader = FitsOneHeader(run);
-    if (image.empty()) return true;
-    if (writer.Seek(run.start + chunkHeaderBytes) != 0 ||
-        !WriteBytes(writer, image.data() + chunkHeaderBytes, bytes - chunkHeaderBytes))
+// Zeros where old tags stood, the end of the file, its size.
+bool CleanUp(InPlaceEdit& edit) {
+    for (const auto& gap : edit.Runs().gaps)
+        if (&gap != &edit.plan.Target() && !FillWithJunk(edit.file, gap.start, gap.length)) return false;
+    const auto& target = edit.plan.Target();
+    if (edit.plan.chosen && target.End() > edit.ImageEnd() &&
+        !FillWithJunk(edit.file, edit.ImageEnd(), target.End() - edit.ImageEnd()))
         return false;
-    if (fitsOneHeader && rest >= chunkHeaderBytes && !WriteJunkHeader(run.start + bytes, writer, rest))
+    auto end = FinalEnd(edit);
+    return CutAt(edit, end) && WriteContainerSize(edit.file, end.lastChunk, edit.plan.isRf64) && edit.Flush();
+}
+
+// No old tags stand in the way of the new ones. Until they are whole, their own first header hides them.
+bool WriteDirectly(InPlaceEdit& edit) {
+    if (edit.plan.image.empty()) return CoverAll(edit) && edit.Flush();
+    const int64_t room = edit.plan.Target().length, rest = room - edit.plan.ImageBytes();
+    const bool grows = room == 0;
+    if (grows && !WritePadByte(edit)) return false;
+    if (!WriteJunkHeader(edit.file, edit.Place(), grows ? edit.plan.ImageBytes() : room) ||
+        !WriteImageBehindItsHeader(edit, edit.Place()))
         return false;
-    if (writer.Seek(run.start) == 0 && WriteBytes(writer, image.data(), chunkHeaderBytes)) return true;
-    if (fitsOneHeader) static_cast<void>(WriteJunkHeader(run.start, writer, run.length));
-    return false;
+    if (grows && !WriteContainerSize(edit.file, edit.ImageEnd(), edit.plan.isRf64)) return false;
+    if (rest > 0 && !WriteJunkHeader(edit.file, edit.ImageEnd(), rest)) return false;
+    return ShowImage(edit, edit.Place());
 }
 
-bool PlaceInGap(FileWriter& writer, Run& gap, const Image& image) {
-    const auto bytes = static_cast<int64_t>(image.size());
-    if (!CoverRun(writer, gap) || !PlaceImage(writer, gap, image)) return false;
-    if (gap.length > bytes && !FillWithJunk(gap.start + bytes, writer, gap.length - bytes)) return false;
-    gap.length = 0;
-    return true;
-}
-
-// Makes room for the image at the end of the file before any old byte is touched. Zeros are empty chunks to a
-// reader.
-bool GrowTrailingRun(FileWriter& writer, Run& trailing, int64_t imageBytes) {
-    const int64_t end = trailing.start + trailing.length;
-    if (writer.Seek(end) != 0 || !WriteZeros(writer, imageBytes - trailing.length)) return false;
-    trailing.length = imageBytes;
-    return true;
-}
-
-bool AppendImage(FileWriter& writer, const Plan& plan, const Image& image) {
-    if (writer.Seek(plan.fileSize) != 0) return false;
-    if (plan.isPadMissing && !WriteZeros(writer, 1)) return false;
-    return WriteBytes(writer, image.data(), static_cast<int64_t>(image.size()));
-}
-
-bool PlaceInTrailingRun(FileWriter& writer, Run& trailing, const Image& image) {
-    const auto bytes = static_cast<int64_t>(image.size());
-    const int64_t oldLength = trailing.length;
-    if (trailing.length < bytes && !GrowTrailingRun(writer, trailing, bytes)) return false;
-    if (!CoverRun(writer, trailing)) {
-        trailing.length = oldLength;  // nothing claims what it grew by
+// A file without any room: the one way in which an interruption can cost tags.
+bool Overwrite(InPlaceEdit& edit) {
+    const auto& image = edit.plan.image;
+    const int64_t same = edit.plan.sameBytes, start = edit.Place() + same;
+    const int64_t room = edit.plan.Target().length - same, rest = edit.plan.ImageBytes() - same;
+    if (!WriteAt(edit.file, edit.Place(), image.data(), same) || !edit.Flush()) return false;
+    if (rest > room && !(edit.file.MoveTo(start + room) && WriteZeros(edit.file, rest - room))) return false;
+    const int64_t covered = std::max(room, rest);
+    const bool fits = FitsOneHeader({start, covered});
+    if (covered == 0) return true;
+    if (fits && covered >= chunkHeaderBytes && !WriteJunkHeader(edit.file, start, covered)) return false;
+    if (rest == 0) return edit.Flush();
+    if (!WriteAt(edit.file, start + chunkHeaderBytes, image.data() + same + chunkHeaderBytes,
+                 rest - chunkHeaderBytes) ||
+        (fits && covered >= rest + chunkHeaderBytes &&
+         !WriteJunkHeader(edit.file, start + rest, covered - rest)))
         return false;
+    return edit.Flush() && WriteAt(edit.file, start, image.data() + same, chunkHeaderBytes) && edit.Flush();
+}
+
+// As far as it can be done: the disk that refused may refuse again.
+void Undo(InPlaceEdit& edit) {
+    const auto& plan = edit.plan;
+    for (const auto& saved : plan.saved)
+        static_cast<void>(WriteAt(edit.file, saved.offset, saved.bytes.data(), saved.count));
+    if (plan.way == EditWay::throughCopy && !plan.copyGrowsFile)
+        static_cast<void>(WriteJunkHeader(edit.file, plan.copy.header, plan.copy.end - plan.copy.header));
+    if (plan.way == EditWay::direct && !plan.image.empty() && plan.Target().length > 0)
+        static_cast<void>(WriteJunkHeader(edit.file, edit.Place(), plan.Target().length));
+    const int64_t size = edit.Runs().fileSize;
+    if (edit.writer.Size() > size && edit.file.MoveTo(size)) static_cast<void>(edit.writer.CutAtPosition());
+    static_cast<void>(edit.Flush());
+}
+
+// What a failure that passes would leave half done is done again from its start.
+template <typename Step>
+bool Insist(InPlaceEdit& edit, Step step) {
+    return step(edit) || step(edit);
+}
+
+bool WriteNewTags(InPlaceEdit& edit) {
+    switch (edit.plan.way) {
+        case EditWay::direct:
+            return WriteDirectly(edit);
+        case EditWay::throughCopy:
+            return WriteHiddenCopy(edit) && SwitchToCopy(edit);
+        case EditWay::overwrite:
+            break;
     }
-    return PlaceImage(writer, trailing, image);
-}
-
-// The file as it was in length when the place at its end could not be filled.
-void CutBack(FileWriter& writer, int64_t fileSize) {
-    if (writer.Seek(fileSize) == 0) static_cast<void>(writer.CutAtPosition());
-}
-
-// Afterwards the trailing run is what is left of it behind the image.
-bool PlaceAtEnd(FileWriter& writer, Plan& plan, const Image& image) {
-    const auto bytes = static_cast<int64_t>(image.size());
-    auto& trailing = plan.trailing;
-    const bool grows = bytes > trailing.length;
-    const bool placed = trailing.length == 0 ? image.empty() || AppendImage(writer, plan, image)
-                                             : PlaceInTrailingRun(writer, trailing, image);
-    if (!placed) {
-        if (grows && trailing.length < bytes) CutBack(writer, plan.fileSize);
-        return false;
-    }
-    trailing = {trailing.start + bytes, std::max<int64_t>(trailing.length - bytes, 0)};
-    if (grows) plan.end = trailing.start;
-    return true;
-}
-
-bool FillGaps(FileWriter& writer, const Plan& plan) {
-    for (const auto& gap : plan.gaps)
-        if (gap.length >= chunkHeaderBytes && !FillWithJunk(gap.start, writer, gap.length)) return false;
-    return true;
-}
-
-bool DropTrailingRun(FileWriter& writer, Plan& plan) {
-    const auto& trailing = plan.trailing;
-    if (trailing.length == 0) return true;
-    if (writer.Seek(trailing.start) == 0 && writer.CutAtPosition()) {
-        plan.end = trailing.start;
-        return true;
-    }
-    return trailing.length < chunkHeaderBytes || FillWithJunk(trailing.start, writer, trailing.length);
-}
-
-bool WriteSizes(FileWriter& writer, int64_t end, bool isRf64) {
-    const int64_t riffSize = end - chunkHeaderBytes;
-    const auto field = isRf64 ? std::min(riffSize, int64_t{UINT32_MAX}) : riffSize;
-    if (writer.Seek(riffSizeOffset) != 0 || !writer.WriteUInt32(static_cast<uint32_t>(field))) return false;
-    if (!isRf64) return true;
-    uint8_t wide[8];
-    WriteLe64(wide, static_cast<uint64_t>(riffSize));
-    return writer.Seek(ds64RiffSizeOffset) == 0 && WriteBytes(writer, wide, sizeof wide);
-}
-
-bool Apply(FileWriter& writer, Plan& plan, const Image& image, bool isRf64) {
-    const bool placed =
-        plan.chosen ? PlaceInGap(writer, plan.gaps[*plan.chosen], image) : PlaceAtEnd(writer, plan, image);
-    return placed && FillGaps(writer, plan) && DropTrailingRun(writer, plan) &&
-           WriteSizes(writer, plan.end, isRf64);
+    return Overwrite(edit);
 }
 
 }  // namespace
 
-bool RewriteInPlace(const std::string& fileName, std::unique_ptr<FileReader> reader, const Image& image,
-                    bool isRf64, Schemes replaced) {
-    auto plan = MakePlan(*reader, image, isRf64, replaced);
-    if (!plan) return false;
-    if (!plan->chosen) {
-        const int64_t newFileSize = plan->trailing.start + static_cast<int64_t>(image.size());
-        if (!plan->isWholeToTheEnd || WouldPlayMore(*plan, newFileSize, isRf64)) return false;
+bool UpdateInPlace(FileWriter& writer, const InPlacePlan& plan) {
+    InPlaceEdit edit{writer, plan};
+    if (!WriteNewTags(edit)) {
+        Undo(edit);
+        return false;
     }
-    // A reader that shares reading only keeps every writer out, this one included.
-    reader.reset();
-    FileWriter writer(fileName.c_str(), {.mode = 0, .openExisting = true, .shareWrite = true});
-    return writer.IsOpen() && Apply(writer, *plan, image, isRf64);
+    if (plan.way == EditWay::throughCopy && !Insist(edit, MoveToTarget)) return false;
+    return Insist(edit, CleanUp);
+}
+
+bool HideTags(FileWriter& writer, const std::vector<Stretch>& covers) {
+    FileSink file(writer);
+    return std::ranges::all_of(
+               covers,
+               [&](const Stretch& cover) { return WriteJunkHeader(file, cover.start, cover.length); }) &&
+           writer.FlushToDisk();
 }
 
 }  // namespace vantor

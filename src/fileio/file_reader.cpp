@@ -15,7 +15,8 @@ using platform::OpenOptions;
 using platform::OpenResult;
 
 struct FileReader::State : ReadState {
-    platform::FileStatus status;             // as it was opened
+    platform::FileStatus status;  // as it was opened
+    int64_t bytesRead = 0;
     std::unique_ptr<ReadStrategy> strategy;  // set when open; goes before the file
 };
 
@@ -153,6 +154,7 @@ int64_t FileReader::Read(void* destination, int64_t count) {
     const int64_t present = std::min(count, state_->size - state_->position);
     const int64_t delivered = state_->strategy->Read(static_cast<uint8_t*>(destination), count);
     if (delivered < present) state_->hasMissedBytes = true;
+    state_->bytesRead += delivered;
     return delivered;
 }
 
@@ -161,7 +163,10 @@ int64_t FileReader::Borrow(const uint8_t** bytes, int64_t count, std::vector<uin
     state_->RefreshSize(count > state_->size - state_->position);
     count = std::min(count, state_->size - state_->position);
     if (count < 1) return 0;
-    if ((*bytes = state_->strategy->Lend(count)) != nullptr) return count;
+    if ((*bytes = state_->strategy->Lend(count)) != nullptr) {
+        state_->bytesRead += count;
+        return count;
+    }
     if (scratch.size() < static_cast<size_t>(count)) scratch.resize(static_cast<size_t>(count));
     *bytes = scratch.data();
     return Read(scratch.data(), count);
@@ -203,6 +208,10 @@ bool FileReader::HasMissedBytes() const {
 
 bool FileReader::IsWriteShared() {
     return IsOpen() && state_->IsWriteShared();
+}
+
+int64_t FileReader::BytesRead() const {
+    return state_->bytesRead;
 }
 
 const platform::FileStatus& FileReader::Status() const {

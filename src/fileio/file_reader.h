@@ -67,6 +67,8 @@ class FileReader {
     [[nodiscard]] bool IsWriteShared();
     // Where the first byte from the position on may stand that is not 0; found out without reading.
     [[nodiscard]] int64_t NextStored();
+    // Delivered so far.
+    [[nodiscard]] int64_t BytesRead() const;
     // The file as it was opened.
     [[nodiscard]] const platform::FileStatus& Status() const;
     // The same file as it is now, under whatever name.

@@ -5,8 +5,9 @@
 
 #include <algorithm>
 
-#include "edit/rewrite.h"
+#include "edit/copy_file.h"
 #include "formats/audio_format.h"
+#include "tests/edit/in_place_edit.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/chunk_list.h"
 #include "tests/support/scripted_file_system.h"
@@ -14,8 +15,6 @@
 
 namespace vantor::test {
 namespace {
-
-const ReadParameters smallReads = {.mode = 1, .blockBytes = 8192, .blockCount = 4};
 
 Bytes Tag(std::string_view id, size_t bytes, uint8_t fill) {
     return ByteWriter().Text(id).Le32(static_cast<uint32_t>(bytes - 8)).Fill(bytes - 8, fill);
@@ -67,12 +66,10 @@ TEST(RewriteFaults, InPlaceUpdatesKeepTheFileWalkable) {
                 TempFolder folder;
                 const auto file = FileOf(layout);
                 const auto path = folder.Write("a.wav", file);
-                auto reader = std::make_unique<FileReader>(path, smallReads);
                 ScriptedFileSystem files;
                 const platform::ScopedFileSystem scope(files);
                 files.FailAt(order, index);
-                const bool succeeded =
-                    RewriteInPlace(path, std::move(reader), layout.image, false, tagSchemes);
+                const bool succeeded = EditInPlace(path, layout.image);
                 const bool wasMet = files.Count(order.operation) > index;
                 const auto what = layout.name + std::string(", ") + order.name + " " + std::to_string(index);
                 ExpectWalkable(ReadWholeFile(path), KeptChunks(file), what);
@@ -92,7 +89,7 @@ TEST(RewriteFaults, ACopyThatSucceedsIsWholeAndLeavesTheSource) {
     const TempFolder folder;
     const auto path = folder.Write("a.wav", file), target = folder.Path("b.wav");
     const auto writeCopy = [&](FileReader& reader) {
-        return WriteCopy(reader, target, largeImage, image, kindWave, tagSchemes);
+        return WriteCopy(reader, target, {largeImage, image, Replaced(image)}, kindWave);
     };
     FileReader soundReader(path, smallReads);
     ASSERT_TRUE(writeCopy(soundReader));
@@ -131,9 +128,8 @@ TEST(RewriteFaults, EditsOfHugeFilesWriteFewBytes) {
         ScriptedFileSystem files;
         const platform::ScopedFileSystem scope(files);
         const Bytes& edit = round % 2 ? image : largeImage;
-        auto reader = std::make_unique<FileReader>(path, smallReads);
-        ASSERT_TRUE(RewriteInPlace(path, std::move(reader), edit, true, tagSchemes));
-        EXPECT_LT(files.BytesWritten(), 2 * static_cast<int64_t>(largeImage.size()) + 100);
+        ASSERT_TRUE(EditInPlace(path, edit, true));
+        EXPECT_LT(files.BytesWritten(), 3 * static_cast<int64_t>(largeImage.size()) + 200);
         EXPECT_EQ(std::filesystem::file_size(path), bareBytes + edit.size());
     }
 }

@@ -1,7 +1,5 @@
 // Rewrites of small files: what becomes of every byte.
 
-#include "edit/rewrite.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,15 +7,15 @@
 #include <random>
 
 #include "edit/chunk_walk.h"
+#include "edit/copy_file.h"
 #include "formats/audio_format.h"
+#include "tests/edit/in_place_edit.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/chunk_list.h"
 #include "tests/support/temp_file.h"
 
 namespace vantor::test {
 namespace {
-
-const ReadParameters smallReads = {.mode = 1, .blockBytes = 8192, .blockCount = 4};
 
 const Bytes fmt = ByteWriter().Chunk("fmt ", FmtBody(1, 1, 48000, 16));
 const Bytes audio = ByteWriter().Chunk("data", Bytes(1000, 0x5A));
@@ -42,21 +40,13 @@ Bytes Riff(std::initializer_list<Bytes> chunks) {
     return RiffFile(Joined(chunks));
 }
 
-std::vector<std::string_view> Replaced(const Bytes& image) {
-    std::vector<std::string_view> schemes(tagSchemes.begin(), tagSchemes.end());
-    if (Ids(RiffFile(image)) == "acid") schemes.emplace_back("ACID");
-    return schemes;
-}
-
 // The file afterwards, or nothing when the call refused and left it.
 using Edited = std::optional<Bytes>;
 
 Edited InPlace(const Bytes& file, const Bytes& image, bool isRf64 = false) {
     const TempFolder folder;
     const auto path = folder.Write("a.wav", file);
-    auto reader = std::make_unique<FileReader>(path, smallReads);
-    const auto replaced = Replaced(image);
-    if (RewriteInPlace(path, std::move(reader), image, isRf64, replaced)) return ReadWholeFile(path);
+    if (EditInPlace(path, image, isRf64)) return ReadWholeFile(path);
     EXPECT_EQ(ReadWholeFile(path), file);
     return std::nullopt;
 }
@@ -66,8 +56,7 @@ Edited Copy(const Bytes& file, const Bytes& mainImage, const Bytes& tailImage, i
     const auto path = folder.Write("a.wav", file);
     const auto target = folder.Path("b.wav");
     FileReader reader(path, smallReads);
-    const auto replaced = Replaced(mainImage);
-    const bool succeeded = WriteCopy(reader, target, mainImage, tailImage, kind, replaced);
+    const bool succeeded = WriteCopy(reader, target, {mainImage, tailImage, Replaced(mainImage)}, kind);
     EXPECT_EQ(ReadWholeFile(path), file);
     return succeeded ? Edited(ReadWholeFile(target)) : std::nullopt;
 }

@@ -1,0 +1,27 @@
+// Puts the chunks of an edit into the file itself. The audio is never written.
+//
+// Wherever an edit stops, a write or flush that fails included, the audio and the kept chunks are where they
+// were, and every tag that old and new have in common is there, the old one or the new. What is on the disk
+// when the power goes is what the last flush left, and any part of what was written since.
+//
+// The new chunks are first written where nobody sees them: into a "JUNK" chunk at the end of the file, or in
+// padding that is long enough. One header then hides the old tags and shows the new ones, where the old ones
+// stand in one run in front; else the new ones are shown first and the old runs hidden one after the other.
+// Only then what the old ones left is overwritten: the new chunks go to their final place, hidden until they
+// are whole, and the copy goes.
+#pragma once
+
+#include "edit/edit_mark.h"
+#include "edit/in_place_plan.h"
+#include "fileio/file_writer.h"
+
+namespace vantor {
+
+// True when the file holds the new chunks in their final place, and the disk has it so. When it fails before
+// old tags are gone, the file is what it was, as far as it can still be written.
+[[nodiscard]] bool UpdateInPlace(FileWriter& writer, const InPlacePlan& plan);
+
+// Hides the old tags that an interrupted edit left beside the new ones: `covers` are CoversOfTags.
+[[nodiscard]] bool HideTags(FileWriter& writer, const std::vector<Stretch>& covers);
+
+}  // namespace vantor
