@@ -66,12 +66,23 @@ bool SwitchToCopy(InPlaceEdit& edit) {
     return CoverAll(edit) && edit.Flush();
 }
 
+// Before the image shows in another run than the copy does: it would be read twice. The copy's run is "JUNK"
+// from its start to the copy, and has the mark there.
+bool MarkCopyRun(InPlaceEdit& edit) {
+    const Run* holding = &edit.Runs().trailing;
+    for (const auto& gap : edit.Runs().gaps)
+        if (Holds(gap, edit.plan.copy)) holding = &gap;
+    const auto mark = BytesOf(MarkOf(edit.plan.image, edit.plan.replaced));
+    return WriteAt(edit.file, holding->start + chunkHeaderBytes, mark.data(), editMarkBytes);
+}
+
 // Under one "JUNK" chunk, from the start of the target to its end or to the copy. Behind the image its rest
 // stays hidden.
 bool MoveToTarget(InPlaceEdit& edit) {
     const auto& target = edit.plan.Target();
     const bool holdsCopy = edit.plan.TargetHoldsCopy();
     const int64_t end = holdsCopy ? std::max(edit.plan.copy.end, target.End()) : target.End();
+    if (!holdsCopy && !MarkCopyRun(edit)) return false;
     const int64_t hidden = (holdsCopy ? edit.plan.copy.start : target.End()) - target.start;
     if (!WriteJunkHeader(edit.file, target.start, hidden) || !WriteImageBehindItsHeader(edit, edit.Place()))
         return false;

@@ -15,6 +15,7 @@ using platform::WriteResult;
 namespace {
 
 using Contents = MemoryFileSystem::Contents;
+using Change = MemoryFileSystem::Change;
 
 constexpr int64_t mostBytes = int64_t{64} << 20;  // the disk is full beyond that
 
@@ -31,7 +32,8 @@ struct MemoryView final : platform::MappedView {
 
 class MemoryFile final : public PlainFile {
   public:
-    explicit MemoryFile(std::shared_ptr<Contents> contents) : contents_(std::move(contents)) {}
+    MemoryFile(MemoryFileSystem& system, std::shared_ptr<Contents> contents)
+        : system_(system), contents_(std::move(contents)) {}
 
     [[nodiscard]] int64_t Size() override { return static_cast<int64_t>(contents_->bytes.size()); }
     [[nodiscard]] platform::FileStatus StatusAtOpen() override { return StatusNow(); }
@@ -39,9 +41,10 @@ class MemoryFile final : public PlainFile {
         return {Size(), contents_->lastWriteTime, 0, contents_->number};
     }
     [[nodiscard]] platform::LockResult TryLock() override { return platform::LockResult::unavailable; }
-    [[nodiscard]] bool FlushToDisk() override { return true; }
+    [[nodiscard]] bool FlushToDisk() override { return !system_.Begin({.kind = Change::flush}); }
     [[nodiscard]] bool CutAtPosition() override {
-        if (Position() > mostBytes) return false;
+        if (Position() > mostBytes || system_.Begin({.kind = Change::cut, .offset = Position()}))
+            return false;
         contents_->bytes.resize(static_cast<size_t>(Position()));
         contents_->lastWriteTime = NextWriteTime();
         return true;
@@ -61,15 +64,20 @@ class MemoryFile final : public PlainFile {
     }
     [[nodiscard]] WriteResult WriteAt(int64_t offset, const void* source, uint32_t count) override {
         if (offset > mostBytes - count) return {.bytes = 0, .error = WriteError::diskFull};
+        const auto* const first = static_cast<const uint8_t*>(source);
+        const bool fails =
+            system_.Begin({.kind = Change::write, .offset = offset, .bytes = Bytes(first, first + count)});
+        if (fails) count = count <= 8 ? 0 : count / 2;
         auto& bytes = contents_->bytes;
         const auto start = static_cast<size_t>(offset);
         if (bytes.size() < start + count) bytes.resize(start + count);
         std::memcpy(bytes.data() + start, source, count);
         contents_->lastWriteTime = NextWriteTime();
-        return {.bytes = count};
+        return {.bytes = count, .error = fails ? WriteError::diskFull : WriteError::none};
     }
     [[nodiscard]] bool HoldsRequests() const override { return true; }
 
+    MemoryFileSystem& system_;
     std::shared_ptr<Contents> contents_;
 };
 
@@ -81,6 +89,24 @@ std::string NarrowForm(const std::u16string& name) {
 }
 
 }  // namespace
+
+void MemoryFileSystem::Change::ApplyTo(Bytes& file) const {
+    if (kind == cut) file.resize(static_cast<size_t>(offset));
+    if (kind != write || bytes.empty()) return;
+    file.resize(std::max(file.size(), static_cast<size_t>(offset) + bytes.size()));
+    std::ranges::copy(bytes, file.begin() + offset);
+}
+
+bool MemoryFileSystem::Begin(Change change) {
+    if (trace) trace->push_back(std::move(change));
+    if (changesLeft < 0) return false;
+    if (changesLeft > 0) {
+        --changesLeft;
+        return false;
+    }
+    if (!failsForGood) changesLeft = -1;
+    return true;
+}
 
 void MemoryFileSystem::Put(const std::string& name, Bytes bytes) {
     files_[name] = std::make_shared<Contents>(Contents{std::move(bytes), NextWriteTime(), 0});
@@ -103,7 +129,7 @@ OpenResult MemoryFileSystem::OpenNarrow(const std::string& name, const platform:
     if (options.creation == platform::Creation::openAlways && !files_.contains(name)) Put(name, {});
     const auto found = files_.find(name);
     if (found == files_.end()) return OpenResult::failed;
-    file = std::make_unique<MemoryFile>(found->second);
+    file = std::make_unique<MemoryFile>(*this, found->second);
     return OpenResult::opened;
 }
 

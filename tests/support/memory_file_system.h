@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/file_system.h"
 #include "tests/support/byte_writer.h"
@@ -24,6 +25,20 @@ class MemoryFileSystem final : public platform::FileSystem {
         uint64_t number = 0;  // no other file has it
     };
 
+    // What changes a file or brings it to the disk.
+    struct Change {
+        enum Kind { write, cut, flush } kind;
+        int64_t offset = 0;
+        Bytes bytes{};
+        void ApplyTo(Bytes& file) const;
+    };
+    // While set, all changes are noted there.
+    std::vector<Change>* trace = nullptr;
+    // Counted down by changes; those that find it at 0 fail, half of a write being done: the next one alone,
+    // or with `failsForGood` all that follow.
+    int changesLeft = -1;
+    bool failsForGood = false;
+
     void Put(const std::string& name, Bytes bytes);
     // Null when there is no such file.
     [[nodiscard]] const Bytes* Find(const std::string& name) const;
@@ -36,6 +51,9 @@ class MemoryFileSystem final : public platform::FileSystem {
                                                   std::unique_ptr<platform::File>& file) override;
     [[nodiscard]] bool RemoveWide(const std::u16string& name) override;
     [[nodiscard]] bool RemoveNarrow(const std::string& name) override;
+
+    // True when the change is to fail.
+    [[nodiscard]] bool Begin(Change change);
 
   private:
     std::map<std::string, std::shared_ptr<Contents>> files_;

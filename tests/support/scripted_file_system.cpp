@@ -88,7 +88,8 @@ WriteResult ScriptedFileSystem::BeginWrite(const RequestRecord& record) {
     script_.writes.push_back(record);
     WriteResult result{.bytes = record.count};
     if (fault) {
-        result.bytes = *fault == Fault::failure ? 0 : record.count / 2;
+        constexpr uint32_t atOnce = 8;  // no system tears a header
+        result.bytes = *fault == Fault::failure || record.count <= atOnce ? 0 : record.count / 2;
         result.error = *fault == Fault::diskFull ? WriteError::diskFull : WriteError::other;
     }
     if (script_.freeBytes && *script_.freeBytes < result.bytes)

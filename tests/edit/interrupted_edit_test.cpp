@@ -1,0 +1,331 @@
+// An edit in place stops at every change that it makes to the file: killed before it or in its middle, with
+// the disk full once or for good, with the power gone. Whatever stands there then plays, has every tag, and
+// takes the same edit again.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+#include "edit/edit_file.h"
+#include "fileio/byte_order.h"
+#include "metadata/write/build_chunks.h"
+#include "tests/support/chunk_list.h"
+#include "tests/support/memory_file_system.h"
+
+namespace vantor::test {
+namespace {
+
+using Change = MemoryFileSystem::Change;
+using Tags = std::map<std::string, std::string>;
+using Pairs = std::vector<std::pair<std::string, std::string>>;
+
+const std::string name = "edited.wav";
+
+MetadataStore StoreOf(const Pairs& pairs) {
+    MetadataStore store;
+    for (const auto& [key, value] : pairs)
+        store.Set(key, value);
+    return store;
+}
+
+const MetadataStore oldStore = StoreOf({{"BWF:Description", "Old description"},
+                                        {"BWF:TimeReference", "1500"},
+                                        {"IXML:PROJECT", "Old project"},
+                                        {"IXML:NOTE", "Old note"},
+                                        {"INFO:INAM", "Old name"},
+                                        {"INFO:IART", "Old artist"}});
+
+Bytes Bext() {
+    Bytes image;
+    BuildBextChunk(image, oldStore);
+    return image;
+}
+Bytes Ixml() {
+    Bytes image;
+    BuildIxmlChunk(image, oldStore, 0);
+    return image;
+}
+Bytes Info() {
+    Bytes image;
+    BuildInfoChunk(image, oldStore);
+    return image;
+}
+Bytes Joined(std::initializer_list<Bytes> pieces) {
+    ByteWriter all;
+    for (const Bytes& piece : pieces)
+        all.Add(piece);
+    return all;
+}
+Bytes Padding(size_t bytes) {
+    return ByteWriter().Chunk("JUNK", Bytes(bytes - 8, 0));
+}
+
+struct Layout {
+    const char* what;
+    Bytes inFront, between, behind;  // of the audio; a kept chunk stands behind `between`
+    size_t audioBytes = 1000;
+    std::string_view id = "RIFF";
+    bool isUnfinished = false;
+    Bytes garbage{};
+    bool isOneRun = false;  // no tags, or those at the end of the file alone: never a mix
+};
+
+std::vector<Layout> Layouts() {
+    const Bytes all = Joined({Bext(), Ixml(), Info()}), none;
+    std::vector<Layout> layouts = {
+        {.what = "none", .inFront = none, .between = none, .behind = none, .isOneRun = true},
+        {.what = "behind", .inFront = none, .between = none, .behind = all, .isOneRun = true},
+        {.what = "in front", .inFront = all, .between = none, .behind = none},
+        {.what = "both sides", .inFront = Joined({Bext(), Ixml()}), .between = none, .behind = Info()},
+        {.what = "three places", .inFront = Bext(), .between = Ixml(), .behind = Info()},
+        {.what = "front with room", .inFront = Joined({all, Padding(3000)}), .between = none, .behind = none},
+        {.what = "room for two", .inFront = Joined({all, Padding(30000)}), .between = none, .behind = none},
+        {.what = "padding in front",
+         .inFront = Padding(20000),
+         .between = none,
+         .behind = none,
+         .isOneRun = true},
+        {.what = "padding in front, tags behind",
+         .inFront = Padding(20000),
+         .between = none,
+         .behind = all,
+         .isOneRun = true},
+        {.what = "small padding", .inFront = Padding(20), .between = none, .behind = all, .isOneRun = true},
+        {.what = "padding behind",
+         .inFront = none,
+         .between = none,
+         .behind = Padding(20000),
+         .isOneRun = true},
+        {.what = "tags and padding behind",
+         .inFront = none,
+         .between = none,
+         .behind = Joined({all, Padding(400)}),
+         .isOneRun = true},
+        {.what = "odd audio", .inFront = Ixml(), .between = none, .behind = none, .audioBytes = 999},
+        {.what = "odd end", .inFront = none, .between = none, .behind = all, .isOneRun = true},
+        {.what = "unfinished",
+         .inFront = Joined({all, Padding(30000)}),
+         .between = none,
+         .behind = none,
+         .isUnfinished = true},
+        {.what = "garbage",
+         .inFront = Joined({Ixml(), Padding(30000), Bext()}),
+         .between = none,
+         .behind = Info(),
+         .garbage = Bytes(77, 'x')},
+    };
+    layouts[13].behind = Joined({all, ByteWriter().Text("PAD_").Le32(5).Text("Padd.")});
+    for (const auto id : {"RF64", "BW64"})
+        for (const size_t i : {1, 4, 6}) {
+            layouts.push_back(layouts[i]);
+            layouts.back().id = id;
+        }
+    return layouts;
+}
+
+Bytes FileOf(const Layout& layout) {
+    ByteWriter chunks;
+    const bool isWide = layout.id != "RIFF";
+    if (isWide)
+        chunks.Chunk("ds64",
+                     ByteWriter().Le64(0).Le64(layout.audioBytes).Le64(layout.audioBytes / 2).Le32(0));
+    chunks.Chunk("fmt ", FmtBody(1, 1, 1000, 16)).Add(layout.inFront);
+    if (!layout.isUnfinished) chunks.Chunk("cue ", Bytes(4, 0)).Add(layout.between);
+    chunks.Text("data").Le32(layout.isUnfinished ? 0 : static_cast<uint32_t>(layout.audioBytes));
+    chunks.Fill(layout.audioBytes, 0x5A);
+    if (!layout.isUnfinished)
+        chunks.Fill(layout.audioBytes & 1, 0).Chunk("abcd", Bytes(6, 1)).Add(layout.behind);
+    Bytes file = RiffFile(Joined({chunks, layout.garbage}), layout.id);
+    if (isWide) WriteLe64(&file[20], file.size() - 8);
+    WriteLe32(&file[4], static_cast<uint32_t>(file.size() - 8 - layout.garbage.size()));
+    return file;
+}
+
+struct Edit {
+    const char* what;
+    Pairs pairs;
+    int32_t flags;
+};
+const Edit edits[] = {
+    {"change", {{"TITLE", "New"}}, writeMerge},
+    {"growth", {{"IXML:NOTE", std::string(3000, 'n')}}, writeMerge},
+    {"shrinking", {{"BWF:Description", ""}, {"IXML:NOTE", ""}, {"INFO:IART", "x"}}, writeMerge},
+    {"all replaced", {{"TITLE", "Only"}}, 0},
+    {"all removed", {{"BWF:Description", ""}}, 0},
+};
+
+struct Seen {
+    Tags tags;
+    std::vector<ListedChunk> kept;
+    int64_t frames = 0, audioStart = 0;
+};
+
+bool IsNumbered(const std::string& key) {
+    return key.size() > 2 && key[key.size() - 2] == ':';
+}
+
+// Numbered keys are those of tags that stand twice.
+Seen Look(const Bytes& file) {
+    MemoryFileSystem files;
+    const platform::ScopedFileSystem scope(files);
+    files.Put(name, file);
+    FileReader reader(name, {});
+    AudioFormat format;
+    EXPECT_EQ(ParseAudioFormat(format, reader), 0);
+    Seen seen{{}, KeptChunks(file), format.lengthFrames, format.dataStart};
+    format.metadata.ForEach([&](const MetadataEntry& entry) { seen.tags[entry.key] = entry.value; });
+    std::erase_if(seen.tags, [](const auto& tag) { return IsNumbered(tag.first); });
+    std::erase_if(seen.kept, [](const ListedChunk& chunk) { return chunk.id == "ds64"; });
+    return seen;
+}
+
+struct Case {
+    const Layout& layout;
+    const Edit& edit;
+    Bytes before{}, after{};
+    Seen old{}, changed{};
+    std::vector<Change> trace{};
+};
+
+WriteAnswer RunEdit(MemoryFileSystem& files, const Edit& edit) {
+    const platform::ScopedFileSystem scope(files);
+    return EditFile({.fileName = name,
+                     .target = "target.wav",
+                     .changes = StoreOf(edit.pairs),
+                     .flags = edit.flags,
+                     .forget = [](const std::string&) {}});
+}
+
+Case CaseOf(const Layout& layout, const Edit& edit) {
+    Case c{layout, edit};
+    c.before = FileOf(layout);
+    MemoryFileSystem files;
+    files.Put(name, c.before);
+    files.trace = &c.trace;
+    EXPECT_EQ(RunEdit(files, edit), updatedInPlace);
+    c.after = *files.Find(name);
+    c.old = Look(c.before);
+    c.changed = Look(c.after);
+    return c;
+}
+
+// Every key that old and new tags both have is there, with one of the two values; nothing else is.
+void ExpectEveryTag(const Case& c, const Tags& tags) {
+    const auto valueIn = [](const Tags& all, const std::string& key) {
+        const auto found = all.find(key);
+        return found == all.end() ? std::string() : found->second;
+    };
+    for (const auto& [key, value] : c.old.tags)
+        if (c.changed.tags.contains(key)) {
+            EXPECT_TRUE(tags.contains(key)) << key << " is lost";
+        }
+    for (const auto& [key, value] : tags)
+        EXPECT_TRUE(value == valueIn(c.old.tags, key) || value == valueIn(c.changed.tags, key))
+            << key << " is " << value;
+}
+
+void ExpectSound(const Case& c, const Bytes& file, bool mayMix) {
+    const auto seen = Look(file);
+    EXPECT_EQ(seen.frames, c.old.frames);
+    EXPECT_EQ(seen.audioStart, c.old.audioStart);
+    EXPECT_TRUE(std::equal(file.begin() + seen.audioStart,
+                           file.begin() + seen.audioStart + static_cast<int64_t>(c.layout.audioBytes),
+                           c.before.begin() + seen.audioStart));
+    if (!mayMix) {
+        EXPECT_EQ(seen.kept, c.old.kept);
+        EXPECT_TRUE(!c.layout.isOneRun || seen.tags == c.old.tags || seen.tags == c.changed.tags);
+    }
+    ExpectEveryTag(c, seen.tags);
+}
+
+void ExpectSameEditAgain(const Case& c, const Bytes& file) {
+    MemoryFileSystem files;
+    files.Put(name, file);
+    EXPECT_EQ(RunEdit(files, c.edit), updatedInPlace);
+    EXPECT_EQ(*files.Find(name), c.after);
+}
+
+// Calls `test(case)` until it has failed.
+template <typename Test>
+void ForEachCase(Test test) {
+    for (const auto& layout : Layouts())
+        for (const auto& edit : edits) {
+            SCOPED_TRACE(std::string(layout.what) + ", " + std::string(layout.id) + ", " + edit.what);
+            test(CaseOf(layout, edit));
+            if (testing::Test::HasFailure()) return;
+        }
+}
+
+// A header is in the file or not: eight bytes are written at once.
+TEST(InterruptedEdit, KilledAnywhereItLosesNothing) {
+    ForEachCase([](const Case& c) {
+        Bytes file = c.before;
+        for (size_t i = 0; i < c.trace.size() && !testing::Test::HasFailure(); ++i) {
+            SCOPED_TRACE(i);
+            ExpectSound(c, file, false);
+            ExpectSameEditAgain(c, file);
+            if (c.trace[i].bytes.size() > 8) {
+                SCOPED_TRACE("half");
+                Change half = c.trace[i];
+                half.bytes.resize(half.bytes.size() / 2);
+                Bytes torn = file;
+                half.ApplyTo(torn);
+                ExpectSound(c, torn, false);
+                ExpectSameEditAgain(c, torn);
+            }
+            c.trace[i].ApplyTo(file);
+        }
+        EXPECT_EQ(file, c.after);
+    });
+}
+
+TEST(InterruptedEdit, AFailureIsToldAndLosesNothing) {
+    ForEachCase([](const Case& c) {
+        for (const bool forGood : {false, true})
+            for (int i = 0; i < static_cast<int>(c.trace.size()) && !testing::Test::HasFailure(); ++i) {
+                SCOPED_TRACE(std::to_string(i) + (forGood ? " and all later" : ""));
+                MemoryFileSystem files;
+                files.Put(name, c.before);
+                files.changesLeft = i;
+                files.failsForGood = forGood;
+                const auto answer = RunEdit(files, c.edit);
+                const Bytes file = *files.Find(name);
+                ExpectSound(c, file, false);
+                if (answer == updatedInPlace) {
+                    EXPECT_EQ(Look(file).tags, c.changed.tags);
+                }
+                EXPECT_EQ(answer == writeFailed, forGood);
+                ExpectSameEditAgain(c, file);
+            }
+    });
+}
+
+// Of what was written since the last flush any part may be on the disk.
+TEST(InterruptedEdit, APowerCutLosesNothing) {
+    std::mt19937 random(3);
+    ForEachCase([&](const Case& c) {
+        Bytes flushed = c.before;
+        for (size_t start = 0, end = 0; start < c.trace.size(); start = end + 1) {
+            for (end = start; end < c.trace.size() && c.trace[end].kind != Change::flush;)
+                ++end;
+            const size_t count = end - start;
+            const uint32_t all = (1u << count) - 1;
+            for (uint32_t i = 0; i <= std::min(all, 63u) && !testing::Test::HasFailure(); ++i) {
+                const uint32_t written = all < 64 ? i : static_cast<uint32_t>(random()) & all;
+                SCOPED_TRACE("behind change " + std::to_string(start) + ", of " + std::to_string(count) +
+                             " " + std::to_string(written));
+                Bytes file = flushed;
+                for (size_t k = 0; k < count; ++k)
+                    if (written >> k & 1) c.trace[start + k].ApplyTo(file);
+                ExpectSound(c, file, true);
+            }
+            for (size_t k = 0; k < count; ++k)
+                c.trace[start + k].ApplyTo(flushed);
+        }
+        EXPECT_EQ(flushed, c.after);
+    });
+}
+
+}  // namespace
+}  // namespace vantor::test
