@@ -1,6 +1,7 @@
 // A file that is written under another name beside its place, and takes that place when it is whole.
 #pragma once
 
+#include "wavehost/os/edit_lock.h"
 #include "wavehost/os/system.h"
 
 namespace vantor::wavehost {

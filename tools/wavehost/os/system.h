@@ -65,22 +65,6 @@ class PrivateFiles {
     int before_ = -1;
 };
 
-// While it lives, another wavehost that edits the same file waits. Throws Interrupted while it waits itself.
-class EditLock {
-  public:
-    explicit EditLock(const fs::path& file);
-    ~EditLock();
-    EditLock(const EditLock&) = delete;
-    EditLock& operator=(const EditLock&) = delete;
-
-  private:
-#if defined(_WIN32)
-    void* mutex_ = nullptr;
-#else
-    int handle_ = -1;
-#endif
-};
-
 struct CloseStream {
     void operator()(std::FILE* stream) const { std::fclose(stream); }
 };

@@ -1,6 +1,5 @@
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "wavehost/os/interruption.h"
 #include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
@@ -124,30 +122,6 @@ PrivateFiles::PrivateFiles(bool active) {
 
 PrivateFiles::~PrivateFiles() {
     if (before_ >= 0) umask(static_cast<mode_t>(before_));
-}
-
-// A file that is renamed over the locked one is another file: whoever waited then holds the lock of what is
-// no longer there, and takes that of the new one.
-EditLock::EditLock(const fs::path& file) {
-    for (;;) {
-        handle_ = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a pipe must not hold us up
-        struct stat held {
-        }, named{};
-        if (handle_ < 0) return;
-        while (flock(handle_, LOCK_EX) != 0 && errno == EINTR)
-            if (InterruptionStatus() != 0) {
-                close(handle_);
-                CheckInterruption();
-            }
-        if (fstat(handle_, &held) != 0) return;
-        if (stat(file.c_str(), &named) != 0 || (named.st_dev == held.st_dev && named.st_ino == held.st_ino))
-            return;
-        close(handle_);
-    }
-}
-
-EditLock::~EditLock() {
-    if (handle_ >= 0) close(handle_);
 }
 
 }  // namespace vantor::wavehost

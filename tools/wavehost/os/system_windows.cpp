@@ -20,32 +20,6 @@ constexpr std::wstring_view longPrefix = L"\\\\?\\", longShare = L"\\\\?\\UNC\\"
 // Names shorter than this are passed as they are; folders may have twelve characters fewer than files.
 constexpr size_t shortNames = 240;
 
-// The one path of a file, whatever links, drive letters or short names it was given by.
-std::wstring FinalPath(const fs::path& file) {
-    std::wstring name(32768, L'\0');
-    HANDLE handle = CreateFileW(file.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                nullptr, OPEN_EXISTING, 0, nullptr);
-    if (handle != INVALID_HANDLE_VALUE) {
-        const DWORD length =
-            GetFinalPathNameByHandleW(handle, name.data(), static_cast<DWORD>(name.size()), 0);
-        CloseHandle(handle);
-        if (length > 0 && length < name.size()) return name.substr(0, length);
-    }
-    std::error_code failed;
-    return L"\\\\?\\" + fs::absolute(file, failed).wstring();
-}
-
-// Mutex names are short and hold no backslash: the path's hash (FNV-1a) stands for it. Should two paths share
-// one, their edits wait for each other.
-std::wstring LockName(const fs::path& file) {
-    std::wstring path = FinalPath(file);
-    CharLowerBuffW(path.data(), static_cast<DWORD>(path.size()));
-    uint64_t hash = 0xCBF29CE484222325;
-    for (const wchar_t unit : path)
-        hash = (hash ^ unit) * 0x100000001B3;
-    return L"Global\\vantor_wave.edit." + std::to_wstring(hash);
-}
-
 }  // namespace
 
 fs::path PathOf(std::string_view utf8) {
@@ -204,24 +178,5 @@ int64_t ProcessNumber() {
 // A new file takes the access rights of its folder, and ReplaceFileW those of the file it replaces.
 PrivateFiles::PrivateFiles(bool) {}
 PrivateFiles::~PrivateFiles() = default;
-
-// An open handle would stand in the way of the edit itself, so the lock is a mutex named after the file's
-// path, which a file that is renamed over this one inherits.
-EditLock::EditLock(const fs::path& file) {
-    // No access list: another user, or another session of this one, may edit the file too.
-    SECURITY_DESCRIPTOR open;
-    InitializeSecurityDescriptor(&open, SECURITY_DESCRIPTOR_REVISION);
-    SetSecurityDescriptorDacl(&open, TRUE, nullptr, FALSE);
-    SECURITY_ATTRIBUTES attributes{sizeof attributes, &open, FALSE};
-    mutex_ = CreateMutexW(&attributes, FALSE, LockName(file).c_str());
-    // One that its owner left when it died is owned as well.
-    if (mutex_) WaitForSingleObject(mutex_, INFINITE);
-}
-
-EditLock::~EditLock() {
-    if (!mutex_) return;
-    ReleaseMutex(mutex_);
-    CloseHandle(mutex_);
-}
 
 }  // namespace vantor::wavehost

@@ -1,0 +1,58 @@
+#include <windows.h>
+
+#include "wavehost/os/edit_lock.h"
+#include "wavehost/os/system.h"
+#include "wavehost/os/waiting.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+// The one path of a file, whatever links, drive letters or short names it was given by.
+std::wstring FinalPath(const fs::path& file) {
+    std::wstring name(32768, L'\0');
+    HANDLE handle = CreateFileW(file.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                nullptr, OPEN_EXISTING, 0, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) {
+        const DWORD length =
+            GetFinalPathNameByHandleW(handle, name.data(), static_cast<DWORD>(name.size()), 0);
+        CloseHandle(handle);
+        if (length > 0 && length < name.size()) return name.substr(0, length);
+    }
+    std::error_code failed;
+    return L"\\\\?\\" + fs::absolute(file, failed).wstring();
+}
+
+// Mutex names are short and hold no backslash: the path's hash (FNV-1a) stands for it. Should two paths share
+// one, their edits wait for each other.
+std::wstring LockName(const fs::path& file) {
+    std::wstring path = FinalPath(file);
+    CharLowerBuffW(path.data(), static_cast<DWORD>(path.size()));
+    uint64_t hash = 0xCBF29CE484222325;
+    for (const wchar_t unit : path)
+        hash = (hash ^ unit) * 0x100000001B3;
+    return L"Global\\vantor_wave.edit." + std::to_wstring(hash);
+}
+
+}  // namespace
+
+// An open handle would stand in the way of the edit itself, so the lock is a mutex named after the file's
+// path, which a file that is renamed over this one inherits.
+EditLock::EditLock(const fs::path& file) {
+    // No access list: another user, or another session of this one, may edit the file too.
+    SECURITY_DESCRIPTOR open;
+    InitializeSecurityDescriptor(&open, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&open, TRUE, nullptr, FALSE);
+    SECURITY_ATTRIBUTES attributes{sizeof attributes, &open, FALSE};
+    mutex_ = CreateMutexW(&attributes, FALSE, LockName(file).c_str());
+    // One that its owner left when it died is owned as well.
+    WaitUntil(TextOf(file), [&] { return !mutex_ || WaitForSingleObject(mutex_, 0) != WAIT_TIMEOUT; });
+}
+
+EditLock::~EditLock() {
+    if (!mutex_) return;
+    ReleaseMutex(mutex_);
+    CloseHandle(mutex_);
+}
+
+}  // namespace vantor::wavehost
