@@ -1,7 +1,5 @@
 #include "wavehost/files/output_file.h"
 
-#include <random>
-
 #include "wavehost/os/failure.h"
 
 namespace vantor::wavehost {
@@ -9,14 +7,6 @@ namespace vantor::wavehost {
 namespace {
 
 constexpr int longestLinkChain = 40;
-
-// A name that nobody can have laid a link under.
-std::string TemporaryName() {
-    std::random_device random;
-    char name[40];
-    std::snprintf(name, sizeof name, ".vantor-%08x%08x.tmp", random(), random());
-    return name;
-}
 
 bool IsDevice(const fs::path& path) {
     std::error_code failed;
@@ -42,27 +32,19 @@ bool IsSameFile(const fs::path& one, const fs::path& other) {
 }
 
 OutputFile::OutputFile(const fs::path& target) : target_(FollowLinks(fs::absolute(target))) {
-    written_ = IsDevice(target_) ? target_ : target_.parent_path() / TemporaryName();
-}
-
-OutputFile::~OutputFile() {
-    std::error_code ignored;
-    if (written_ != target_) fs::remove(written_, ignored);
+    if (!IsDevice(target_)) written_ = std::make_unique<NewFile>(target_.parent_path());
 }
 
 Stream OutputFile::Create() const {
-    Stream stream(OpenStream(written_, "wb"));
+    Stream stream(OpenStream(WriteTo(), "wb"));
     if (stream) return stream;
     const std::string reason = LastReason();
     throw Failure("cannot be created: " + (reason == "no such file" ? "no such folder" : reason));
 }
 
 void OutputFile::TakePlace() {
-    if (written_ == target_) return;
-    if (!SyncFile(written_)) throw Failure("cannot be written to the disk");
-    std::string error;
-    if (!TakePlaceOf(written_, target_, error)) throw Failure("cannot be replaced: " + error);
-    written_ = target_;
+    if (written_) written_->TakePlaceOf(target_);
+    written_.reset();
 }
 
 void WriteOutput(const std::string& target, std::string_view content) {

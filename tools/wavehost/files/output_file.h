@@ -1,7 +1,10 @@
-// A file that is written under another name beside its place, and takes that place when it is whole.
+// A file that is written beside its place, where nobody sees it, and takes that place when it is whole.
 #pragma once
 
+#include <memory>
+
 #include "wavehost/os/edit_lock.h"
+#include "wavehost/os/new_file.h"
 #include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
@@ -14,21 +17,19 @@ class OutputFile {
   public:
     // A link stays a link: its target's place is taken. A device is written to as it is.
     explicit OutputFile(const fs::path& target);
-    // Removes what was written, unless it took its place.
-    ~OutputFile();
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
 
-    [[nodiscard]] const fs::path& WriteTo() const { return written_; }
+    // What is written goes, unless it took its place.
+    [[nodiscard]] const fs::path& WriteTo() const { return written_ ? written_->Path() : target_; }
     [[nodiscard]] const fs::path& Target() const { return target_; }
     // A stream that writes it anew. Throws Failure with the system's reason.
     [[nodiscard]] Stream Create() const;
-    // Syncs the file and renames it into place. Throws Failure; what stood there then still stands.
+    // Syncs the file and renames it into place; WriteTo is the target from then on. Throws Failure; what
+    // stood there then still stands.
     void TakePlace();
 
   private:
     fs::path target_;
-    fs::path written_;  // the same as target_ for a device
+    std::unique_ptr<NewFile> written_;  // none for a device
 };
 
 // Writes a whole file that takes its place, or, when `target` is "-", standard output. Throws Failure.
