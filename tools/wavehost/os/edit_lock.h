@@ -6,9 +6,12 @@
 
 namespace vantor::wavehost {
 
+// Some program has the file open for writing. Where the system does not tell us of another user's file: no.
+[[nodiscard]] bool IsBeingRecorded(const std::filesystem::path& file);
+
 // While it lives, another wavehost that edits the same file waits. It comes when nobody edits the file;
-// whoever has to wait for that says so, and after ten seconds throws Failure. Interrupted when an
-// interruption comes.
+// whoever has to wait for that says so. Throws Failure after ten seconds and for a file that is being
+// recorded, Interrupted when an interruption comes.
 class EditLock {
   public:
     explicit EditLock(const std::filesystem::path& file);

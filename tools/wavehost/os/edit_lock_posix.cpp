@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <optional>
 #include <utility>
@@ -51,6 +52,20 @@ bool IsFree(const fs::path& file) {
 
 }  // namespace
 
+// The kernel refuses a read lease while the file is open for writing. One that is being broken raises SIGIO,
+// which ends a process; SIGURG does not.
+bool IsBeingRecorded(const fs::path& file) {
+    bool isWritten = false;
+    const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0) return false;
+#ifdef F_SETLEASE
+    if (fcntl(descriptor, F_SETSIG, SIGURG) == 0)
+        isWritten = fcntl(descriptor, F_SETLEASE, F_RDLCK) != 0 && errno == EAGAIN;
+#endif
+    close(descriptor);  // and the lease with it
+    return isWritten;
+}
+
 // A file that is renamed over the one that we wait for is another one, with another turn.
 EditLock::EditLock(const fs::path& file) {
     WaitUntil(TextOf(file), [&] {
@@ -62,6 +77,9 @@ EditLock::EditLock(const fs::path& file) {
         close(std::exchange(socket_, -1));
         return false;
     });
+    if (socket_ < 0 || !IsBeingRecorded(file)) return;
+    close(socket_);
+    throw Failure("is being recorded by another program");
 }
 
 EditLock::~EditLock() {

@@ -36,6 +36,14 @@ std::wstring LockName(const fs::path& file) {
 
 }  // namespace
 
+bool IsBeingRecorded(const fs::path& file) {
+    HANDLE reading = CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                                 OPEN_EXISTING, 0, nullptr);
+    if (reading == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_SHARING_VIOLATION;
+    CloseHandle(reading);
+    return false;
+}
+
 // An open handle would stand in the way of the edit itself, so the lock is a mutex named after the file's
 // path, which a file that is renamed over this one inherits.
 EditLock::EditLock(const fs::path& file) {
@@ -47,6 +55,10 @@ EditLock::EditLock(const fs::path& file) {
     mutex_ = CreateMutexW(&attributes, FALSE, LockName(file).c_str());
     // One that its owner left when it died is owned as well.
     WaitUntil(TextOf(file), [&] { return !mutex_ || WaitForSingleObject(mutex_, 0) != WAIT_TIMEOUT; });
+    if (!mutex_ || !IsBeingRecorded(file)) return;
+    ReleaseMutex(mutex_);
+    CloseHandle(mutex_);
+    throw Failure("is being recorded by another program");
 }
 
 EditLock::~EditLock() {

@@ -5,11 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <random>
 #include <utility>
 #include <vector>
 
+#include "wavehost/os/edit_lock.h"
 #include "wavehost/os/new_file.h"
 #include "wavehost/os/system.h"
 #include "wavehost/os/waiting.h"
@@ -96,15 +96,6 @@ void CopyAttributes(int from, int to) {
     }
 }
 
-bool IsBeingWritten(int descriptor) {
-#ifdef F_SETLEASE
-    if (fcntl(descriptor, F_SETSIG, SIGURG) != 0) return false;
-    if (fcntl(descriptor, F_SETLEASE, F_RDLCK) != 0) return errno == EAGAIN;
-    fcntl(descriptor, F_SETLEASE, F_UNLCK);
-#endif
-    return false;
-}
-
 // What stands in the file's place until now, locked: no host of the module edits it while its name goes.
 class OldFile {
   public:
@@ -113,7 +104,7 @@ class OldFile {
         if (file_.Number() < 0) return;
         WaitUntil(TextOf(target),
                   [&] { return flock(file_.Number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; });
-        if (IsBeingWritten(file_.Number())) throw Failure("is being recorded by another program");
+        if (IsBeingRecorded(target)) throw Failure("is being recorded by another program");
     }
 
     void GiveAllTo(int successor) const {

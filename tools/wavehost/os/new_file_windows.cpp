@@ -2,6 +2,7 @@
 
 #include <random>
 
+#include "wavehost/os/edit_lock.h"
 #include "wavehost/os/new_file.h"
 #include "wavehost/os/system.h"
 #include "wavehost/os/waiting.h"
@@ -44,15 +45,6 @@ void SweepUp(const fs::path& folder) {
     }
 }
 
-// By another program, which records or edits it.
-bool IsOpenForWriting(const fs::path& target) {
-    HANDLE file = CreateFileW(target.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
-                              OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_SHARING_VIOLATION;
-    CloseHandle(file);
-    return false;
-}
-
 }  // namespace
 
 NewFile::NewFile(const fs::path& folder) : folder_(folder) {
@@ -66,7 +58,7 @@ NewFile::~NewFile() {
 }
 
 void NewFile::TakePlaceOf(const fs::path& target) {
-    if (IsOpenForWriting(target)) throw Failure("is being recorded by another program");
+    if (IsBeingRecorded(target)) throw Failure("is being recorded by another program");
     if (!SyncFile(path_)) throw Failure("cannot be written to the disk");
     std::string error;
     if (!wavehost::TakePlaceOf(path_, target, error)) throw Failure("cannot be replaced: " + error);
