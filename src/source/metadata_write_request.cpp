@@ -1,5 +1,6 @@
 // The write request as the host makes it: handed to the edit, before and after which the file is forgotten.
 #include "edit/edit_file.h"
+#include "fileio/file_name.h"
 #include "source/extended_calls.h"
 #include "source/state_tables.h"
 
@@ -20,7 +21,8 @@ MetadataStore StoreOf(const MetadataPair* pairs) {
 intptr_t WriteMetadata(const ExtendedCallArguments& call) {
     if (!call.a || !call.b || !TakesTags(call.format)) return writeFailed;
     const auto state = call.source.Attachment().state;
-    if (!state) return writeFailed;
+    // A name that was changed is not that of the file whose tags the host sees.
+    if (!state || CompareFileNames(state->fileName, call.source.Name()) != 0) return writeFailed;
     const std::lock_guard rewriting(state->rewriting);
     return EditFile({.fileName = call.source.Name(),
                      .target = static_cast<const char*>(call.a),

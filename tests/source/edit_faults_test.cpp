@@ -120,6 +120,18 @@ TEST(EditFaults, WhatAnotherProgramWroteMeanwhileIsMergedFrom) {
     EXPECT_EQ(TagsOf(path)["INFO:IART"], "Others");
 }
 
+TEST(EditFaults, AFileThatIsNotOpenYetDoesNotGetTheTagsOfAnother) {
+    FakeHost host;
+    TempFolder folder;
+    const auto path = folder.Write("edited.wav", TaggedFile());
+    const auto source = OpenSource(path);
+    const Bytes bare = MonoFile(Ramp(100));
+    const auto other = folder.Write("other.wav", bare);
+    source->ChangeFile(other.c_str());
+    EXPECT_EQ(RequestWrite(*source, folder.Path("target.wav"), {"TITLE=x"}, mergeTags), 0);
+    EXPECT_EQ(ReadWholeFile(other), bare);
+}
+
 // The walk stops at a format that cannot be played; the tags behind it stay.
 TEST(EditFaults, AParseThatStoppedEarlyIsNotMergedFrom) {
     FakeHost host;

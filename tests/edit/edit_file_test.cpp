@@ -1,0 +1,161 @@
+// An edit and what else happens to the file: other programs replace it, remove it, record it or edit it too.
+
+#include "edit/edit_file.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "fileio/file_lock.h"
+#include "tests/support/chunk_list.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/scripted_file_system.h"
+#include "tests/support/temp_file.h"
+
+namespace vantor::test {
+namespace {
+
+const Bytes fmt = ByteWriter().Chunk("fmt ", FmtBody(1, 1, 48000, 16));
+const Bytes audio = ByteWriter().Chunk("data", Bytes(3000, 0x5A));
+const Bytes otherAudio = ByteWriter().Chunk("data", Bytes(5000, 0x33));
+
+Bytes Info(std::string_view id, std::string_view text) {
+    return ByteWriter().Chunk(
+        "LIST", ByteWriter().Text("INFO").Chunk(id, ByteWriter().Text(text).Fill(1 + text.size() % 2, 0)));
+}
+Bytes File(const Bytes& data, const Bytes& tags) {
+    return RiffFile(ByteWriter().Add(fmt).Add(data).Add(tags));
+}
+
+class EditsOfFiles : public testing::Test {
+  protected:
+    WriteAnswer Edit(int32_t flags = writeMerge) {
+        MetadataStore changes;
+        changes.Set("INFO:INAM", "New");
+        return EditFile({.fileName = name,
+                         .target = target,
+                         .changes = changes,
+                         .flags = flags,
+                         .forget = [this](const std::string&) {
+                             if (meanwhile) std::exchange(meanwhile, nullptr)();
+                         }});
+    }
+    [[nodiscard]] MetadataStore Tags() const {
+        FileReader reader(name, {});
+        AudioFormat format;
+        EXPECT_EQ(ParseAudioFormat(format, reader), 0);
+        return format.metadata;
+    }
+
+    FakeHost host;
+    TempFolder folder;
+    const Bytes before = File(audio, Info("IART", "Old"));
+    const std::string name = folder.Write("a.wav", before), target = folder.Path("b.wav");
+    // Called once, between reading the file and opening it for writing.
+    std::function<void()> meanwhile;
+};
+
+TEST_F(EditsOfFiles, StartAgainWhenTheFileIsReplaced) {
+    meanwhile = [&] {
+        std::filesystem::rename(folder.Write("c.wav", File(otherAudio, Info("IART", "Others"))), name);
+    };
+    EXPECT_EQ(Edit(), updatedInPlace);
+    EXPECT_EQ(Tags().Value("INFO:IART"), "Others");
+    EXPECT_EQ(Tags().Value("INFO:INAM"), "New");
+    EXPECT_EQ(KeptChunks(ReadWholeFile(name)), KeptChunks(File(otherAudio, {})));
+    // Rewritten where it is, with the size that it had.
+    meanwhile = [&] { folder.Write("a.wav", File(otherAudio, ByteWriter().Chunk("JUNK", Bytes(38)))); };
+    EXPECT_EQ(Edit(), updatedInPlace);
+    EXPECT_EQ(KeptChunks(ReadWholeFile(name)), KeptChunks(File(otherAudio, {})));
+    EXPECT_FALSE(Tags().Has("INFO:IART"));
+
+    meanwhile = [&] { std::filesystem::remove(name); };
+    EXPECT_EQ(Edit(), writeFailed);
+    EXPECT_FALSE(std::filesystem::exists(name));
+}
+
+TEST_F(EditsOfFiles, LeaveARecordingAlone) {
+    {
+        std::ofstream recorder(name, std::ios::binary | std::ios::app);
+        for (const auto flags : {writeMerge, writeNeverInPlace, writeAnswerAlone})
+            EXPECT_EQ(Edit(flags), writeFailed);
+    }
+    EXPECT_EQ(ReadWholeFile(name), before);
+    EXPECT_FALSE(std::filesystem::exists(target));
+    EXPECT_EQ(Edit(), updatedInPlace);
+}
+
+TEST_F(EditsOfFiles, WaitForOthers) {
+    auto other = std::make_unique<FileLock>(name, std::chrono::seconds(0));
+    ASSERT_TRUE(other->IsHeld());
+    EXPECT_FALSE(FileLock(name, std::chrono::milliseconds(20)).IsHeld());
+    std::thread later([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(ReadWholeFile(name), before);
+        other.reset();
+    });
+    EXPECT_EQ(Edit(), updatedInPlace);
+    later.join();
+}
+
+TEST_F(EditsOfFiles, AnswerAloneWithNothingWritten) {
+    const Bytes garbage = ByteWriter().Add(before).Fill(99, 'x');
+    const Bytes pictures = File(audio, ByteWriter().Chunk("JUNK", Bytes(9000)));
+    for (const Bytes& file : {before, garbage, pictures, RiffFile(fmt), Bytes(60, 'z')})
+        for (const int32_t flags : {0, int32_t{writeMerge}, writeMerge | writeNeverInPlace}) {
+            folder.Write("a.wav", file);
+            WriteAnswer answer{};
+            {
+                ScriptedFileSystem files;
+                const platform::ScopedFileSystem scope(files);
+                answer = Edit(flags | writeAnswerAlone);
+                EXPECT_EQ(files.BytesWritten() + files.Count(Operation::cut), 0);
+            }
+            EXPECT_EQ(ReadWholeFile(name), file);
+            EXPECT_FALSE(std::filesystem::exists(target));
+            EXPECT_EQ(Edit(flags), answer);
+            std::filesystem::remove(target);
+        }
+}
+
+TEST_F(EditsOfFiles, TellTheHostWhatTheyReadAndWrite) {
+    static int64_t read, written;
+    read = written = 0;
+    Services().updateDiskCounters = [](int32_t more, int32_t put) {
+        read += more;
+        written += put;
+    };
+    EXPECT_EQ(Edit(), updatedInPlace);
+    EXPECT_GT(read, 100);
+    EXPECT_GT(written, 50);
+}
+
+// Chunks that nobody finds, since the pad byte in front was left out, stay byte for byte.
+TEST_F(EditsOfFiles, KeepWhatFollowsAMissingPadByte) {
+    const Bytes behind = Info("ICMT", "lost to readers, kept by us");
+    const Bytes odd = ByteWriter().Text("data").Le32(999).Fill(999, 0x5A);
+    folder.Write("a.wav", File(odd, behind));
+    EXPECT_EQ(Edit(), writtenToTarget);
+    const auto copy = ReadWholeFile(target);
+    EXPECT_TRUE(std::equal(behind.rbegin(), behind.rend(), copy.rbegin()));
+    EXPECT_EQ(Find(copy, "data")->body, Bytes(999, 0x5A));
+}
+
+TEST_F(EditsOfFiles, RefuseWhatNobodyKnowsTheEndOf) {
+    const Bytes ds64 = ByteWriter().Chunk("ds64", ByteWriter().Zeros(28));
+    const Bytes head = RiffFile(ByteWriter().Add(ds64).Add(fmt).Text("data").Le32(0xFFFFFFFF), "RF64");
+    folder.Write("a.wav", head);
+    std::error_code error;
+    constexpr uintmax_t bytes = (uintmax_t{4} << 30) + 70000;
+    std::filesystem::resize_file(name, bytes, error);
+    if (error) GTEST_SKIP() << "no sparse files here: " << error.message();
+    for (const int32_t flags : {0, int32_t{writeNeverInPlace}})
+        EXPECT_EQ(Edit(flags), writeFailed);
+    EXPECT_EQ(std::filesystem::file_size(name), bytes);
+    EXPECT_FALSE(std::filesystem::exists(target));
+}
+
+}  // namespace
+}  // namespace vantor::test
