@@ -1,10 +1,11 @@
 // The process is killed at every write of an edit, after it and in the middle of it. Whatever stands in the
-// file then, every sample plays and no tag is anything but old or new.
+// file then, every sample plays, no tag is lost and none is anything but old or new.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -64,7 +65,12 @@ void ExpectSound(const EditCase& edit, const std::string& path, const Tags& afte
     ExpectEverySample(*source);
     TempFolder folder;
     const Tags before = TagsOf(folder.Write("before.wav", edit.file));
-    for (const auto& [key, value] : TagsOf(*source))
+    const Tags now = TagsOf(*source);
+    for (const auto& [key, value] : before)
+        if (after.contains(key)) {
+            EXPECT_TRUE(now.contains(key)) << key << " is lost";
+        }
+    for (const auto& [key, value] : now)
         if (key != std::string(4, '\0')) {
             EXPECT_TRUE(IsOldOrNew(key, value, before, after)) << key << " = " << value;
         }
@@ -89,6 +95,37 @@ TEST(KilledEdit, LeavesEverySampleAndNoGarbage) {
             EXPECT_GT(index, 1);
         }
     }
+}
+
+// Two processes edit one file as fast as they can.
+TEST(KilledEdit, OfTwoProcessesAtOnceLeavesTheFileToOneOfThem) {
+    const EditCase edit = EditCases()[0];
+    TempFolder folder;
+    const auto path = folder.Write("shared.wav", edit.file);
+    const auto editFor = [&](const std::string& title, std::chrono::milliseconds time) {
+        FakeHost host;
+        const auto source = OpenSource(path);
+        const auto end = std::chrono::steady_clock::now() + time;
+        int done = 0;
+        for (int i = 0; std::chrono::steady_clock::now() < end; ++i)
+            done += RequestWrite(*source, path + ".target", {"TITLE=" + title + std::string(i % 40 * 9, 'x')},
+                                 mergeTags) == 2;
+        return done;
+    };
+    const pid_t child = fork();
+    if (child == 0) _exit(editFor("Child", std::chrono::seconds(2)) > 0 ? 0 : 1);
+    EXPECT_GT(editFor("Parent", std::chrono::seconds(2)), 0);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    ExpectOnlyTagsDiffer(edit.file, ReadWholeFile(path));
+    FakeHost host;
+    auto tags = TagsOf(path);
+    const auto title = tags["INFO:INAM"];
+    EXPECT_TRUE(title.starts_with("Child") || title.starts_with("Parent")) << title;
+    EXPECT_EQ(tags["ID3:TIT2"], title);
+    EXPECT_EQ(tags["ID3:TPE1"], "Old artist");
+    ExpectEverySample(*OpenSource(path));
 }
 
 // The same with the command line, killed after a while that nobody chose: set VANTOR_WAVEHOST to its path.
