@@ -66,7 +66,8 @@ const uint8_t* WindowReader::Advance(int64_t count) {
     return bytes;
 }
 
-// Brings bytes behind those that are left until there are `wanted`, at most a window. False when they do not
+// Brings bytes behind those that are left until there are `wanted`, at most a window; whole multiples of
+// that, so that a reader that goes on in equal requests leaves nothing to be moved. False when they do not
 // come.
 bool WindowReader::Fill(int64_t wanted) {
     if (!window_) window_.reset(new (std::nothrow) uint8_t[windowBytes]);
@@ -76,8 +77,9 @@ bool WindowReader::Fill(int64_t wanted) {
     consumed_ = 0;
     held_ = left;
     const int64_t offset = state_.position + left;
-    const int64_t room = std::min(windowBytes - left, state_.size - offset);
-    held_ += Fetch(window_.get() + left, offset, std::min(std::max(NextStep(), wanted - left), room));
+    int64_t bytes = std::min(std::max(NextStep(), wanted - left), windowBytes - left);
+    bytes -= (left + bytes) % wanted;
+    held_ += Fetch(window_.get() + left, offset, std::min(bytes, state_.size - offset));
     return held_ >= wanted;
 }
 
