@@ -109,7 +109,7 @@ void InsertInto(const std::string& name, const platform::FileStatus& status, con
     const auto now = OpenFile(name, {.shareWrite = true});
     if (!now) throw Failure(WhyNotOpened(name));
     CheckIdentity(status, now->StatusNow());
-    output.TakePlace();
+    output.TakePlace(TargetLock::held);
 }
 
 }  // namespace

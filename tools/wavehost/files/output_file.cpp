@@ -42,8 +42,8 @@ Stream OutputFile::Create() const {
     throw Failure("cannot be created: " + (reason == "no such file" ? "no such folder" : reason));
 }
 
-void OutputFile::TakePlace() {
-    if (written_) written_->TakePlaceOf(target_);
+void OutputFile::TakePlace(TargetLock lock) {
+    if (written_) written_->TakePlaceOf(target_, lock);
     written_.reset();
 }
 

@@ -25,7 +25,7 @@ class OutputFile {
     [[nodiscard]] Stream Create() const;
     // Syncs the file and renames it into place; WriteTo is the target from then on. Throws Failure; what
     // stood there then still stands.
-    void TakePlace();
+    void TakePlace(TargetLock lock = TargetLock::toBeTaken);
 
   private:
     fs::path target_;

@@ -6,6 +6,9 @@
 
 namespace vantor::wavehost {
 
+// Whether who calls holds the lock of the file whose place is taken already; a second one would wait for it.
+enum class TargetLock { toBeTaken, held };
+
 // Where the system has files without a name it has none. Elsewhere its name begins with a dot, and when its
 // owner is killed the next one made in the folder removes it.
 class NewFile {
@@ -22,7 +25,7 @@ class NewFile {
     // Brings it to the disk and renames it over `target`, in one step, with the owner, permissions and
     // extended attributes of what stands there, as far as this user may. Throws Failure, and then all is as
     // before, when that cannot be done, when another program edits the file or when one is recording it.
-    void TakePlaceOf(const std::filesystem::path& target);
+    void TakePlaceOf(const std::filesystem::path& target, TargetLock lock);
 
   private:
     std::filesystem::path folder_;

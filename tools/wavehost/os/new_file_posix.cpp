@@ -99,11 +99,12 @@ void CopyAttributes(int from, int to) {
 // What stands in the file's place until now, locked: no host of the module edits it while its name goes.
 class OldFile {
   public:
-    explicit OldFile(const fs::path& target)
+    OldFile(const fs::path& target, TargetLock lock)
         : file_(open(target.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
         if (file_.Number() < 0) return;
-        WaitUntil(TextOf(target),
-                  [&] { return flock(file_.Number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; });
+        if (lock == TargetLock::toBeTaken)
+            WaitUntil(TextOf(target),
+                      [&] { return flock(file_.Number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; });
         if (IsBeingRecorded(target)) throw Failure("is being recorded by another program");
     }
 
@@ -139,9 +140,9 @@ NewFile::~NewFile() {
     if (descriptor_ >= 0) close(descriptor_);
 }
 
-void NewFile::TakePlaceOf(const fs::path& target) {
+void NewFile::TakePlaceOf(const fs::path& target, TargetLock lock) {
     if (descriptor_ < 0) throw Failure("cannot be created");
-    const OldFile old(target);
+    const OldFile old(target, lock);
     old.GiveAllTo(descriptor_);
     if (fsync(descriptor_) != 0) throw Failure("cannot be written to the disk");
     if (name_.empty()) {

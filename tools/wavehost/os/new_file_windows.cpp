@@ -57,7 +57,7 @@ NewFile::~NewFile() {
     if (!name_.empty()) fs::remove(name_, ignored);
 }
 
-void NewFile::TakePlaceOf(const fs::path& target) {
+void NewFile::TakePlaceOf(const fs::path& target, TargetLock) {
     if (IsBeingRecorded(target)) throw Failure("is being recorded by another program");
     if (!SyncFile(path_)) throw Failure("cannot be written to the disk");
     std::string error;
