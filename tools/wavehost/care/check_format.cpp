@@ -25,10 +25,12 @@ bool IsCountOfBlocks(const Survey& survey, uint64_t counted, uint64_t frames) {
     return counted <= frames && frames - counted < static_cast<uint64_t>(survey.blockFrames);
 }
 
-// Some writers round the size of the sound in Wave64 up to whole units of 8 bytes.
+// Some writers count pad bytes to the sound, in Wave64 and in AIFF.
 bool IsRoundedUp(const Survey& survey, uint64_t surplusBytes) {
-    return survey.format.fileKind == kindWave64 && survey.FrameBytes() > 0 &&
-           survey.sound->Bytes() % 8 == 0 && surplusBytes < 8;
+    const bool isUsual = survey.format.fileKind == kindWave64 || survey.format.fileKind == kindIff;
+    const int64_t unit = survey.rules->framing.alignment;
+    return isUsual && survey.FrameBytes() > 0 && survey.sound->Bytes() % unit == 0 &&
+           surplusBytes < static_cast<uint64_t>(unit);
 }
 
 // The chunk counts in 32 bits, in Wave64 in 64; in RF64 all ones refer to `ds64`.
@@ -42,7 +44,7 @@ void CheckFact(Examination& e) {
     const uint64_t counted = width == 8 ? ReadLe64(body.data()) : ReadLe32(body.data());
     const auto frames = static_cast<uint64_t>(survey.Frames());
     if (counted == frames || (survey.ds64 && counted == sizeInDs64)) return;
-    if (counted == 0 && !IsAdpcm(survey.format.encoding)) return;  // as good as no count
+    if (counted == 0) return;  // as good as no count
     if (frames < 1 || frames >= fourGiB - 1) return;
     if (survey.blockFrames > 0 && IsCountOfBlocks(survey, counted, frames)) return;
     if (counted < frames &&
@@ -81,7 +83,9 @@ void CheckCommonFrames(Examination& e) {
     const auto body = e.BodyOf(*comm, 6);
     if (body.size() < 6) return;
     const uint32_t counted = ReadBe32(&body[2]);
-    if (counted == survey.Frames()) return;
+    const int64_t hidden = survey.Frames() - int64_t{counted};
+    if (hidden == 0) return;
+    if (hidden > 0 && IsRoundedUp(survey, static_cast<uint64_t>(hidden * survey.FrameBytes()))) return;
     e.Add({FindingId::frameCount,
            comm->id,
            comm->start,

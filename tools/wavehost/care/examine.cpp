@@ -17,7 +17,8 @@ void Run(const std::vector<Check>& checks, Examination& examination) {
 // A file that does not play is no surprise while something that can be mended keeps it from playing.
 void CheckReadable(Examination& e) {
     const auto explains = [](const Finding& finding) {
-        return finding.mending != Mending::none && finding.id <= FindingId::padByte;  // sizes
+        return finding.mending != Mending::none &&
+               (KindOf(finding.id).severity == Severity::error || finding.id == FindingId::padByte);
     };
     if (e.survey.isPlayable || std::ranges::any_of(e.findings, explains)) return;
     e.Add({FindingId::unreadable, "", 0, e.survey.format.errorMessage.value_or("cannot be played")});

@@ -1,0 +1,111 @@
+// check, repair, hash and rename as a person starts them.
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "tests/support/tree.h"
+#include "tests/wavehost/run_wavehost.h"
+
+namespace vantor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class WavehostCare : public Wavehost {
+  protected:
+    // A take with a scene and a take number, so many frames long.
+    std::string Take(const std::string& name, const std::string& scene, const std::string& take,
+                     int frames = 100) {
+        const std::string ixml = "<BWFXML><SCENE>" + scene + "</SCENE><TAKE>" + take + "</TAKE></BWFXML>";
+        return folder.Write(name, PatternWav(frames, 1, ByteWriter().Chunk("iXML", ByteWriter().Text(ixml))));
+    }
+    [[nodiscard]] bool Exists(const std::string& name) const {
+        return fs::exists(fs::u8path(folder.Path(name)));
+    }
+};
+
+std::vector<nlohmann::json> Lines(const std::string& text) {
+    std::vector<nlohmann::json> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(nlohmann::json::parse(line));
+    return lines;
+}
+
+TEST_F(WavehostCare, CheckAndRepairTellWhatTheyFoundAndDid) {
+    Bytes bytes = PatternWav(100, 1);
+    const Bytes whole = bytes;
+    std::fill(bytes.begin() + 40, bytes.begin() + 44, uint8_t{0xFF});
+    const std::string broken = folder.Write("a.wav", bytes), sound = folder.Write("b.wav", PatternWav(90, 1));
+
+    const auto check = RunWavehost({"check", folder.Path(""), "--json"});
+    EXPECT_EQ(check.exitCode, 1);
+    const auto lines = Lines(check.out);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0]["findings"][0]["name"], "unfinished");
+    EXPECT_EQ(lines[0]["findings"][0]["severity"], "error");
+    EXPECT_EQ(lines[0]["findings"][0]["chunk"], "data");
+    EXPECT_EQ(lines[0]["findings"][0]["offset"], 36);
+    EXPECT_EQ(lines[0]["findings"][0]["mendable"], true);
+    EXPECT_TRUE(lines[1]["findings"].empty());
+
+    const auto rehearsed = RunWavehost({"repair", "--dry-run", broken, sound});
+    EXPECT_EQ(rehearsed.exitCode, 0);
+    EXPECT_NE(rehearsed.out.find("would mend error unfinished"), std::string::npos);
+    EXPECT_EQ(ReadWholeFile(broken), bytes);
+    EXPECT_EQ(ExitCode({"repair", broken, sound}), 0);
+    EXPECT_EQ(ReadWholeFile(broken), whole);
+    EXPECT_EQ(ExitCode({"check", broken, sound}), 0);
+    EXPECT_EQ(ExitCode({"repair", folder.Path("none.wav")}), 1);
+}
+
+// The sound's hash is the same before and after an edit of tags, and one changed byte of the sound is told.
+TEST_F(WavehostCare, HashesListsAndVerifies) {
+    const std::string one = Take("one.wav", "1", "1"), other = Take("other.wav", "2", "1", 200);
+    const auto hashes = RunWavehost({"hash", one, other});
+    ASSERT_EQ(hashes.exitCode, 0);
+    EXPECT_EQ(hashes.out.substr(32, 2), "  ");
+    const std::string list = folder.Write("list.md5", Bytes(hashes.out.begin(), hashes.out.end()));
+    EXPECT_EQ(ExitCode({"meta", "set", one, "TITLE=Night"}), 0);
+    EXPECT_EQ(ExitCode({"hash", "--verify", list}), 0);
+    Bytes changed = ReadWholeFile(other);
+    changed[60] ^= 1;
+    WriteWholeFile(other, changed);
+    fs::remove(fs::u8path(one));
+    const auto verified = RunWavehost({"hash", "--verify", list});
+    EXPECT_EQ(verified.exitCode, 1);
+    EXPECT_NE(verified.out.find("other.wav: FAILED"), std::string::npos);
+    EXPECT_NE(verified.err.find("one.wav"), std::string::npos);
+    EXPECT_EQ(RunWavehost({"hash", "--sha256", other}).out.find("  "), 64u);
+    EXPECT_EQ(ExitCode({"hash"}), 2);
+}
+
+TEST_F(WavehostCare, RenamesByTagsAndNeverOverwrites) {
+    const std::string pattern = "{IXML:SCENE}-T{IXML:TAKE}";
+    const std::vector<std::string> files = {Take("a.wav", "1/A", "1"), Take("b.WAV", "2", "1"),
+                                            Take("c.wav", "2", "1"), Take("d.wav", "3", ""),
+                                            Take("e.wav", "4", "1")};
+    Take("4-T1.wav", "9", "9");  // a name that is taken
+    std::vector<std::string> line = {"rename", "--pattern", pattern};
+    line.insert(line.end(), files.begin(), files.end());
+    auto dryLine = line;
+    dryLine.push_back("--dry-run");
+    const auto dry = RunWavehost(dryLine);
+    EXPECT_EQ(FilesInFolder(), 6u);
+    EXPECT_TRUE(Exists("a.wav"));
+    const auto real = RunWavehost(line);
+    EXPECT_EQ(dry.out, real.out);
+    EXPECT_EQ(real.exitCode, 1);
+    EXPECT_EQ(std::ranges::count(real.out, '\n'), 1);
+    EXPECT_TRUE(Exists("1_A-T1.wav"));
+    // Those of one name, the one without a take, and the one whose name is taken stay.
+    for (const char* name : {"b.WAV", "c.wav", "d.wav", "e.wav", "4-T1.wav"})
+        EXPECT_TRUE(Exists(name)) << name;
+    EXPECT_EQ(FilesInFolder(), 6u);
+    EXPECT_EQ(ExitCode({"rename", "--pattern", "take {", files[1]}), 2);
+    EXPECT_EQ(ExitCode({"rename", "--pattern", "{name} x", files[1]}), 0);
+    EXPECT_TRUE(Exists("b x.WAV"));
+}
+
+}  // namespace
+}  // namespace vantor::test
