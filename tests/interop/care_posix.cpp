@@ -27,11 +27,10 @@ void ExpectSound(const std::string& path, const std::string& what, const std::st
     EXPECT_EQ(names, known) << what << (names.empty() ? "" : ": " + ExamineFile(path)[0].text);
 }
 
-// What is wrong indeed: the library counts half of the frames of stereo IMA, puts a pad byte into CAF, which
-// has none, leaves it out at the end of 8SVX, and counts some 2^63 frames of MS ADPCM in Wave64.
+// What is wrong indeed: the library puts a pad byte into CAF, which has none, leaves it out at the end of
+// 8SVX, and counts some 2^63 frames of MS ADPCM in Wave64.
 std::string KnownFault(int container, int coding, int channels) {
     const bool isOdd = channels == 1 && (coding == SF_FORMAT_PCM_S8 || coding == SF_FORMAT_PCM_24);
-    if (coding == SF_FORMAT_IMA_ADPCM && channels == 2 && container != SF_FORMAT_W64) return "fact ";
     if (coding == SF_FORMAT_MS_ADPCM && container == SF_FORMAT_W64) return "fact ";
     if (container == SF_FORMAT_CAF && isOdd) return "trailing-bytes ";
     return container == SF_FORMAT_SVX && isOdd ? "pad-byte " : "";
