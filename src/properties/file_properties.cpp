@@ -40,8 +40,7 @@ void AppendLine(std::string& text, std::string_view label, std::string_view valu
 void AddTag(FileProperties& properties, const std::string& key, const std::string& value) {
     properties.rows.push_back({SchemeName(key), key, value, true});
     if (!IsPictureKey(key)) return;
-    if (auto descriptor = ParseDescriptor(value))
-        properties.pictures.push_back({key, std::move(*descriptor)});
+    if (auto descriptor = ParseDescriptor(value)) properties.pictures.push_back(std::move(*descriptor));
 }
 
 std::string SchemeName(std::string_view key) {

@@ -18,16 +18,11 @@ struct PropertyRow {
     bool isTag = false;
 };
 
-struct PropertyPicture {
-    std::string key;  // of the tag
-    PictureDescriptor descriptor;
-};
-
 struct FileProperties {
     std::string fileName;
     std::string status;  // why the file cannot be played, and then nothing else is told; else empty
     std::vector<PropertyRow> rows;
-    std::vector<PropertyPicture> pictures;
+    std::vector<PictureDescriptor> pictures;
 };
 
 // Appends "label: value" and CRLF.

@@ -66,7 +66,7 @@ std::string BytesText(uint64_t bytes) {
 }  // namespace
 
 std::string PictureCaption(const FileProperties& properties, size_t index, const PictureSize& size) {
-    const PictureDescriptor& picture = properties.pictures[index].descriptor;
+    const PictureDescriptor& picture = properties.pictures[index];
     const auto type = static_cast<size_t>(picture.type);
     std::string text = Localize(pictureTypes[type < pictureTypes.size() ? type : 0]);
     if (properties.pictures.size() > 1)
@@ -87,9 +87,9 @@ std::vector<PictureBytes> ReadPictures(const FileProperties& properties) {
     if (properties.pictures.empty()) return pictures;
     FileReader reader(properties.fileName, pictureReading);
     uint64_t bytesLeft = mostPictureBytes;
-    for (const PropertyPicture& picture : properties.pictures) {
+    for (const PictureDescriptor& picture : properties.pictures) {
         PictureBytes bytes;
-        if (reader.IsOpen()) bytes = ReadPicture(reader, picture.descriptor, bytesLeft);
+        if (reader.IsOpen()) bytes = ReadPicture(reader, picture, bytesLeft);
         bytesLeft -= bytes.size();
         pictures.push_back(IsUnsynchronisedJpeg(bytes) ? Resynchronised(bytes) : std::move(bytes));
     }

@@ -798,8 +798,9 @@ void PropertiesDialog::DrawPicture(const DRAWITEMSTRUCT& item) const {
 void PropertiesDialog::OpenPicture() const {
     if (thumbnail_.pixels.empty()) return;
     const PictureBytes& bytes = pictures_[picture_];
-    const std::string title =
-        properties_.pictures[picture_].key + ": " + std::string(BaseName(properties_.fileName));
+    const std::string caption = PictureCaption(properties_, picture_, {});
+    const std::string kind = caption.substr(0, caption.find('\n'));
+    const std::string title = kind + ": " + std::string(BaseName(properties_.fileName));
     const auto openByHost = Services().openImageModal;
     if (openByHost && openByHost(window_, bytes.data(), static_cast<int32_t>(bytes.size()), title.c_str()))
         return;

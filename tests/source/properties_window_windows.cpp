@@ -198,7 +198,7 @@ TEST_F(PropertiesWindow, PicturesAreSteppedThroughAndOpened) {
     window.Click(VANTOR_PICTURE);
     ASSERT_TRUE(Eventually([] { return pictureCalls.count == 1; })) << "through the host";
     EXPECT_EQ(pictureCalls.image, BitmapFile(40, 20));
-    EXPECT_EQ(pictureCalls.title, "ID3:APIC: pictures.wav");
+    EXPECT_EQ(pictureCalls.title, "Front cover (1 / 2): pictures.wav");
     EXPECT_EQ(pictureCalls.parent, window.Window());
     window.Click(VANTOR_NEXT);
     EXPECT_TRUE(caption("Back cover (2 / 2)\r\nThis picture cannot be shown."));
