@@ -157,6 +157,8 @@ enum VantorExtendedCode {
     VANTOR_CALL_PROJECT_NOTE = 0x10006,
     VANTOR_CALL_FILE_INFO_TEXT = 0x10014,
     VANTOR_CALL_WRITE_METADATA = 0x20008,
+    VANTOR_CALL_DOCUMENT = 0x10017,
+    VANTOR_CALL_WRITE_DOCUMENT = 0x20009,
     VANTOR_CALL_TEMPO = 0x40000,
     VANTOR_CALL_USABLE_TEMPO = 0x9000d,
     VANTOR_CALL_ALLOCATED_MARKER = 0x90005,
@@ -166,6 +168,13 @@ enum VantorExtendedCode {
     VANTOR_CALL_MARKER = 0x90016,
     VANTOR_CALL_PACKET_TABLE = 0x90001
 };
+
+/* What VANTOR_CALL_WRITE_DOCUMENT puts in */
+typedef struct VantorDocumentRecord {
+    const char* scheme;
+    const void* bytes;
+    int64_t byteCount;
+} VantorDocumentRecord;
 
 enum VantorWriteFlags {
     VANTOR_WRITE_MERGE = 1,

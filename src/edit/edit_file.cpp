@@ -84,6 +84,11 @@ std::vector<Stretch> LeftBehind(Attempt& attempt) {
 bool MakeImages(Attempt& attempt) {
     const auto& changes = attempt.request.changes;
     auto& [request, file, status, format, images] = attempt;
+    if (request.document) {
+        auto document = ImagesOf(*request.document);
+        if (document) images = std::move(*document);
+        return document.has_value();
+    }
     auto old = ReadTagChunks(*file, attempt.IsRf64(), attempt.Wants(writeMerge));
     if (!old) return false;
     if (attempt.Wants(writeMerge) && attempt.Wants(writeLossless)) {
@@ -109,7 +114,7 @@ Answer TryInPlace(Attempt& attempt) {
 }
 
 WriteAnswer TryCopy(Attempt& attempt) {
-    const auto& [fileName, target, changes, flags, forget] = attempt.request;
+    const auto& [fileName, target, changes, document, flags, forget] = attempt.request;
     if (IsSameFile(fileName, target)) return writeFailed;
     if (!attempt.file) attempt.file = std::make_unique<FileReader>(fileName, editReading);
     const int32_t kind = attempt.format.fileKind;

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
+#include "edit/document.h"
 #include "formats/audio_format.h"
 #include "metadata/metadata_store.h"
 #include "vantor_wave/host_interface.h"
@@ -15,6 +17,7 @@ struct EditRequest {
     std::string fileName;  // UTF-8
     std::string target;    // of a copy
     MetadataStore changes;
+    std::optional<Document> document = {};  // to be put in; then `changes` are none
     int32_t flags = 0;  // WriteFlags
     // Closes the handles that the caller holds on a file that is about to be written, or has been. Not empty.
     std::function<void(const std::string& fileName)> forget;

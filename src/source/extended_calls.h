@@ -30,6 +30,8 @@ intptr_t Tempo(const ExtendedCallArguments& call);
 intptr_t UsableTempo(const ExtendedCallArguments& call);
 intptr_t BeatSlices(const ExtendedCallArguments& call);
 intptr_t WriteMetadata(const ExtendedCallArguments& call);
+intptr_t DocumentOf(const ExtendedCallArguments& call);
+intptr_t WriteDocument(const ExtendedCallArguments& call);
 
 // The musical key from the loop information ("C", "Db" ...), in the user's language; empty when there is
 // none.

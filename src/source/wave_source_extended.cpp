@@ -96,6 +96,7 @@ constexpr std::array handlers = {
     Handler{callWriteMetadata, WriteMetadata}, Handler{callTempo, Tempo},
     Handler{callUsableTempo, UsableTempo},     Handler{callAllocatedMarker, AllocatedMarker},
     Handler{callMarker, MarkerByIndex},        Handler{callBeatSlices, BeatSlices},
+    Handler{callDocument, DocumentOf},         Handler{callWriteDocument, WriteDocument},
 };
 
 // The call is not answered, but the text buffer tells the user why.

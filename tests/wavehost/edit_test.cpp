@@ -117,7 +117,7 @@ TEST_F(WavehostEdit, RefusesWithoutTouchingAnything) {
     EXPECT_EQ(ReadWholeFile(file), aiff);
     EXPECT_EQ(ReadWholeFile(wav), whole);
     EXPECT_EQ(FilesInFolder(), 2u);
-    const HostRun run = RunWavehost({"meta", "set", wav, "TITLE=x", "CAFINFO:title=y"});
+    const HostRun run = RunWavehost({"meta", "set", wav, "--force", "TITLE=x", "CAFINFO:title=y"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.err, HasSubstr("CAFINFO:title was not stored"));
     // The common field stands for this key as well.

@@ -37,8 +37,8 @@ TEST(Values, KnowsTheKeysOfEverySchemeAndRefusesSlips) {
         {"CART:Intro", "no scheme knows"},
         {"IXML:USER:", "no scheme knows"},
         {"MICROPHONES", "a field of your own is IXML:USER:MICROPHONES"},
-        {"CAFINFO:title", "WAV files carry no 'CAFINFO:title'"},
-        {"ADM:numTracks", "WAV files carry no 'ADM:numTracks'"},
+        {"CAFINFO:title", "no edit of a WAV file writes 'CAFINFO:title'"},
+        {"ADM:numTracks", "no edit of a WAV file writes 'ADM:numTracks'"},
         {"", "no scheme knows"},
     };
     for (const auto& [key, told] : slips)

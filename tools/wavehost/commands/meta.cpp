@@ -1,6 +1,12 @@
 #include "wavehost/commands/meta.h"
 
+#include "wavehost/edits/documents.h"
+
 namespace vantor::wavehost {
+
+std::string CheckDocumentKind(const std::string& name) {
+    return DocumentKindNamed(name) ? "" : "'" + name + "' is not " + chunkHelp;
+}
 
 void AddMeta(CommandLine& line) {
     CLI::App* meta = line.app.add_subcommand("meta", "Read and write metadata");
@@ -8,6 +14,11 @@ void AddMeta(CommandLine& line) {
     AddMetaList(line, *meta);
     AddMetaGet(line, *meta);
     AddMetaSet(line, *meta);
+    AddMetaCopy(line, *meta);
+    AddMetaExport(line, *meta);
+    AddMetaImport(line, *meta);
+    AddMetaExtract(line, *meta);
+    AddMetaEmbed(line, *meta);
 }
 
 }  // namespace vantor::wavehost

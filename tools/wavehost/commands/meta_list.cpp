@@ -12,14 +12,23 @@ struct MetaListOptions {
     bool json = false;
 };
 
+// Of several files each stands under its name.
+void Print(const std::string& file, const Metadata& metadata, bool isOneOfSeveral) {
+    if (isOneOfSeveral) PrintLine(file);
+    for (const auto& [key, value] : metadata)
+        PrintLine((isOneOfSeveral ? "  " : "") + key + "=" + value);
+}
+
 int RunMetaList(Session& session, const MetaListOptions& options) {
     const Module& module = ModuleOf(session);
     Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
-    return RunBatch(session, "meta list", ListFiles(options.files), results, [&](const std::string& file) {
+    const std::vector<ListedFile> files = ListFiles(options.files);
+    return RunBatch(session, "meta list", files, results, [&](const std::string& file) {
         const Metadata metadata = MetadataOf(*OpenSource(module, file).Get());
-        if (options.json) results.Add(MetadataJson(file, metadata));
-        for (const auto& [key, value] : metadata)
-            if (!options.json) PrintLine(key + "=" + value);
+        if (options.json)
+            results.Add(MetadataJson(file, metadata));
+        else
+            Print(file, metadata, files.size() > 1);
         return exitDone;
     });
 }

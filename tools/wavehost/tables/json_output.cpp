@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "wavehost/tables/placement.h"
+#include "wavehost/values/shown_text.h"
 
 namespace vantor::wavehost {
 
@@ -26,7 +27,7 @@ Json Of(const Metadata& metadata) {
     // The keys of a store are unique: no search for each among all before it.
     auto& entries = static_cast<Json::object_t::Container&>(object);
     for (const auto& [key, value] : metadata)
-        entries.emplace_back(key, value);
+        entries.emplace_back(ShownText(key), ShownText(value));
     return object;
 }
 

@@ -1,4 +1,5 @@
-// Results as JSON. Texts that are not valid UTF-8 come out with replacement characters.
+// Results as JSON. Tags that are not valid UTF-8 are taken for Windows-1252; other texts come out with
+// replacement characters.
 #pragma once
 
 #include <string>

@@ -1,8 +1,6 @@
 #include "wavehost/values/assignments.h"
 
-#include <fstream>
-#include <sstream>
-
+#include "wavehost/files/whole_file.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/system.h"
 
@@ -27,12 +25,7 @@ Assignment AssignmentOf(const std::string& text) {
 
 Assignment AssignmentFromFile(const std::string& text) {
     Assignment assignment = Split(text);
-    const fs::path path = PathOf(assignment.value);
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream held;
-    if (stream.peek() != std::ifstream::traits_type::eof()) held << stream.rdbuf();
-    if (!stream.is_open() || stream.bad()) throw Failure(assignment.value + " cannot be read");
-    std::string value = std::move(held).str();
+    std::string value = ReadWhole(assignment.value);
     if (value.ends_with('\n')) value.pop_back();
     if (value.ends_with('\r')) value.pop_back();
     assignment.value = std::move(value);

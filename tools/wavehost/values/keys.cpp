@@ -114,12 +114,18 @@ bool IsCommonField(std::string_view key) {
            std::ranges::find(CommonFields(), key) != CommonFields().end();
 }
 
-std::vector<std::string> SchemeKeysOf(const std::string& key) {
+std::vector<std::string> AllSchemeKeysOf(const std::string& key) {
     if (HasSchemePrefix(key) || key == positionField) return {key};
     std::vector<std::string> keys;
     char schemeKey[schemeKeyBytes];
     for (int i = 0; SchemeKeyFor(key.c_str(), i, schemeKey, sizeof schemeKey); ++i)
-        if (IsCarried(schemeKey)) keys.emplace_back(schemeKey);
+        keys.emplace_back(schemeKey);
+    return keys;
+}
+
+std::vector<std::string> SchemeKeysOf(const std::string& key) {
+    std::vector<std::string> keys = AllSchemeKeysOf(key);
+    if (keys.size() > 1) std::erase_if(keys, [](const std::string& one) { return !IsCarried(one); });
     return keys;
 }
 
@@ -140,7 +146,8 @@ bool IsKnown(std::string_view key) {
 std::string KeyObjection(std::string_view key) {
     if (IsKnown(key)) return {};
     const std::string quoted = "'" + std::string(key) + "'";
-    if (!IsCarried(key) && HasSchemePrefix(key)) return "WAV files carry no " + quoted;
+    if (key.starts_with("ACID:")) return quoted + " is set through BPM or KEY, in files of loops";
+    if (!IsCarried(key) && HasSchemePrefix(key)) return "no edit of a WAV file writes " + quoted;
     const std::string nearest = Nearest(key);
     if (!nearest.empty()) return "no scheme knows the key " + quoted + "; the nearest is " + nearest;
     const bool isName = key.find(':') == key.npos;

@@ -14,7 +14,9 @@ inline constexpr std::string_view positionField = "PREFPOS";
 // TITLE, ARTIST ..., DATE, DB_CUSTOM, PREFPOS: written under the keys of several schemes at once.
 bool IsCommonField(std::string_view key);
 std::span<const std::string> CommonFields();  // those that can be read, DATE as YEAR
-// Those of them that a WAV file carries; the key itself when it is none.
+// The keys under which a field is kept, the one that wins first; the key itself when it is none.
+std::vector<std::string> AllSchemeKeysOf(const std::string& key);
+// Those of them that a WAV file carries.
 std::vector<std::string> SchemeKeysOf(const std::string& key);
 
 // Whether WAV, RF64 and BW64 files carry the key's scheme at all.

@@ -1,4 +1,4 @@
-#include "wavehost/commands/rehearsal.h"
+#include "wavehost/edits/rehearsal.h"
 
 #include <algorithm>
 #include <fstream>

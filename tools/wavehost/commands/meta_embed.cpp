@@ -1,0 +1,41 @@
+#include "wavehost/commands/edit_files.h"
+#include "wavehost/commands/meta.h"
+#include "wavehost/edits/documents.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/files/whole_file.h"
+#include "wavehost/os/failure.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+struct MetaEmbedOptions {
+    std::string file, chunk, input;
+    EditWays ways;
+};
+
+int RunMetaEmbed(Session& session, const MetaEmbedOptions& options) {
+    const Module& module = ModuleOf(session);
+    return ForFile(options.file, [&] {
+        const std::string document = ReadWhole(options.input);
+        if (document.empty()) throw Failure(options.input + " is empty");
+        const EditResult result =
+            EmbedDocument(module, options.file, *DocumentKindNamed(options.chunk), document, options.ways);
+        const int status = TellEdit(session, options.file, result, options.ways);
+        TellDryRun(session, options.ways);
+        return status;
+    });
+}
+
+}  // namespace
+
+void AddMetaEmbed(CommandLine& line, CLI::App& meta) {
+    auto [command, options] =
+        AddCommand(line, meta, "embed", "Puts a document into the file as it stands", &RunMetaEmbed);
+    command->add_option("FILE", options->file, fileHelp)->required();
+    command->add_option("CHUNK", options->chunk, chunkHelp)->required()->check(CheckDocumentKind);
+    command->add_option("IN", options->input, "The document; - is standard input")->required();
+    AddEditWays(*command, options->ways);
+}
+
+}  // namespace vantor::wavehost

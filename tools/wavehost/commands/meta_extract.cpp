@@ -1,0 +1,39 @@
+#include "wavehost/commands/meta.h"
+#include "wavehost/edits/documents.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/files/whole_file.h"
+#include "wavehost/os/failure.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+struct MetaExtractOptions {
+    std::string file, chunk;
+    std::string output = "-";
+};
+
+int RunMetaExtract(Session& session, const MetaExtractOptions& options) {
+    const Module& module = ModuleOf(session);
+    return ForFile(options.file, [&] {
+        const HostPtr<PCM_source> source = OpenSource(module, options.file);
+        const std::string document =
+            DocumentIn(*source.Get(), options.file, *DocumentKindNamed(options.chunk));
+        if (document.empty()) throw Failure("has no " + options.chunk);
+        WriteWhole(options.output, document);
+        return exitDone;
+    });
+}
+
+}  // namespace
+
+void AddMetaExtract(CommandLine& line, CLI::App& meta) {
+    auto [command, options] =
+        AddCommand(line, meta, "extract", "A document or picture as it stands in the file", &RunMetaExtract);
+    command->add_option("FILE", options->file, fileHelp)->required();
+    command->add_option("CHUNK", options->chunk, chunkHelp)->required()->check(CheckDocumentKind);
+    command->add_option("-o,--output", options->output,
+                        "The file to write; - is standard output (the default)");
+}
+
+}  // namespace vantor::wavehost

@@ -1,0 +1,66 @@
+#include "wavehost/commands/batch.h"
+#include "wavehost/commands/edit_files.h"
+#include "wavehost/commands/meta.h"
+#include "wavehost/facts/report.h"
+#include "wavehost/files/whole_file.h"
+#include "wavehost/os/failure.h"
+#include "wavehost/tables/tag_table.h"
+#include "wavehost/values/keys.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+struct MetaImportOptions {
+    std::string table;
+    EditWays ways;
+};
+
+// A column that no scheme knows is a slip in the table's head, and concerns every row.
+void CheckColumns(const std::vector<TagRow>& table) {
+    if (table.empty()) return;
+    for (const auto& [key, value] : table.front().cells)
+        if (key.find(':') == key.npos && !IsKnown(key))
+            throw Failure(KeyObjection(key) + " (--force writes it all the same)");
+}
+
+// The cells that say other than the file.
+Assignments Differences(const TagRow& row, PCM_source& source) {
+    Assignments wishes;
+    for (const auto& [key, cell] : row.cells)
+        if (!IsSameCell(key, cell, ValueOf(source, key))) wishes.push_back({key, cell});
+    return wishes;
+}
+
+int Import(Session& session, const MetaImportOptions& options) {
+    const Module& module = ModuleOf(session);
+    const std::vector<TagRow> table = ReadTagTable(ReadWhole(options.table));
+    if (!options.ways.force) CheckColumns(table);
+    std::vector<ListedFile> files;
+    for (const TagRow& row : table)
+        files.push_back({row.file, ""});
+    size_t next = 0;
+    Results results(ResultForm::text);
+    const int status = RunBatch(session, "meta import", files, results, [&](const std::string& file) {
+        const TagRow& row = table[next++];
+        const auto wishes = [&](PCM_source& source, const Metadata&) { return Differences(row, source); };
+        return EditFile(session, module, file, wishes, options.ways, false);
+    });
+    TellDryRun(session, options.ways);
+    return status;
+}
+
+int RunMetaImport(Session& session, const MetaImportOptions& options) {
+    return ForFile(options.table, [&] { return Import(session, options); });
+}
+
+}  // namespace
+
+void AddMetaImport(CommandLine& line, CLI::App& meta) {
+    auto [command, options] =
+        AddCommand(line, meta, "import", "Write a table's cells that differ into its files", &RunMetaImport);
+    command->add_option("TABLE", options->table, "What 'meta export' wrote; - is standard input")->required();
+    AddEditWays(*command, options->ways);
+}
+
+}  // namespace vantor::wavehost

@@ -1,0 +1,271 @@
+#include "wavehost/edits/tag_edit.h"
+
+#include <algorithm>
+#include <iterator>
+#include <span>
+
+#include "wavehost/edits/objections.h"
+#include "wavehost/edits/rehearsal.h"
+#include "wavehost/files/output_file.h"
+#include "wavehost/host/host_services.h"
+#include "wavehost/os/failure.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+// What must not change while tags are written.
+struct AudioShape {
+    int32_t channels;
+    double sampleRate;
+    double lengthSeconds;
+    bool operator==(const AudioShape&) const = default;
+};
+
+AudioShape ShapeOf(PCM_source& source) {
+    return {source.ChannelCount(), source.SampleRate(), source.LengthSeconds()};
+}
+
+struct Look {
+    AudioShape shape;
+    Metadata tags;
+};
+
+Look LookAt(PCM_source& source) {
+    return {ShapeOf(source), MetadataOf(source)};
+}
+
+// Ask the module to write. `target` receives a complete copy when the file is not updated in place.
+
+intptr_t WriteTags(PCM_source& source, const Assignments& wishes, char* target, void* flags) {
+    std::vector<MetadataPair> pairs;
+    for (const Assignment& wish : wishes)
+        pairs.push_back({wish.key.c_str(), wish.value.c_str()});
+    pairs.push_back({nullptr, nullptr});
+    return source.ExtendedCall(callWriteMetadata, target, pairs.data(), flags);
+}
+
+intptr_t WriteDocument(PCM_source& source, const DocumentKind& kind, const std::string& document,
+                       char* target, void* flags) {
+    DocumentRecord record{kind.scheme, document.data(), std::ssize(document)};
+    return source.ExtendedCall(callWriteDocument, target, &record, flags);
+}
+
+std::vector<double> NextSamples(PCM_source& source, const AudioShape& shape, int64_t startFrame) {
+    constexpr int32_t samplesARead = 1 << 18;
+    const int32_t blockFrames = std::max(samplesARead / shape.channels, 1);
+    std::vector<double> samples(static_cast<size_t>(blockFrames) * static_cast<size_t>(shape.channels));
+    TransferBlock block{};
+    block.startSeconds = static_cast<double>(startFrame) / shape.sampleRate;
+    block.sampleRate = shape.sampleRate;
+    block.channels = shape.channels;
+    block.frames = blockFrames;
+    block.samples = samples.data();
+    source.ReadSamples(&block);
+    samples.resize(static_cast<size_t>(block.framesProduced) * static_cast<size_t>(shape.channels));
+    return samples;
+}
+
+bool IsSameAudio(const Module& module, const fs::path& left, const fs::path& right) {
+    const HostPtr<PCM_source> leftSource = OpenSource(module, TextOf(left));
+    const HostPtr<PCM_source> rightSource = OpenSource(module, TextOf(right));
+    const auto shape = ShapeOf(*leftSource.Get());
+    if (!(ShapeOf(*rightSource.Get()) == shape)) return false;
+    for (int64_t frame = 0;;) {
+        const auto samples = NextSamples(*leftSource.Get(), shape, frame);
+        if (samples != NextSamples(*rightSource.Get(), shape, frame)) return false;
+        if (samples.empty()) return true;
+        frame += std::ssize(samples) / shape.channels;
+    }
+}
+
+std::string Refusal(const fs::path& file) {
+    if (!TakesMetadata(file)) return "metadata is written into WAV, RF64 and BW64 files alone";
+    const int32_t failure = Host().writeFailure;
+    if (failure == 0) return "the metadata could not be written";
+    return failure == diskFull ? "cannot be written: the disk is full" : "cannot be written to the disk";
+}
+
+bool IsWritable(const fs::path& file) {
+    return Stream(OpenStream(file, "r+b")) != nullptr;
+}
+
+// A copy that takes a file's place leaves the file's other names with the old one, and passes over a lock
+// against writing.
+void CheckReplaceable(const fs::path& file) {
+    std::error_code failed;
+    if (fs::hard_link_count(file, failed) > 1 && !failed)
+        throw Failure(
+            "has other names (hard links), which would keep the old tags; --force replaces this one");
+}
+
+struct Stamp {
+    uintmax_t bytes;
+    fs::file_time_type time;
+    bool operator==(const Stamp&) const = default;
+};
+
+Stamp StampOf(const fs::path& file) {
+    std::error_code failed;
+    return {fs::file_size(file, failed), fs::last_write_time(file, failed)};
+}
+
+// What is to be done to a file.
+struct Task {
+    WishesOf wishesOf;
+    const DocumentKind* kind = nullptr;  // of `document`, which is then all that is to be done
+    const std::string* document = nullptr;
+};
+
+bool BeginsWithAny(std::string_view key, std::span<const std::string_view> prefixes) {
+    return std::ranges::any_of(prefixes, [&](std::string_view prefix) { return key.starts_with(prefix); });
+}
+
+class Edit {
+  public:
+    Edit(const Module& module, const std::string& file, const Task& task, const EditWays& ways)
+        : module_(module), file_(file), path_(PathOf(file)), task_(task), ways_(ways) {}
+
+    EditResult Run() { return ways_.dryRun ? Rehearse() : Apply(); }
+
+  private:
+    [[nodiscard]] int32_t Flags() const {
+        int32_t flags = ways_.output.empty() ? 0 : writeNeverInPlace;
+        if (!ways_.replaceAll) flags |= ways_.rebuild ? writeMerge : writeMerge | writeLossless;
+        return flags;
+    }
+
+    // Notes what stands in the file and what is wished of it. False: nothing.
+    bool Prepare(PCM_source& source) {
+        before_ = LookAt(source);
+        if (task_.document) return PrepareDocument(source);
+        wishes_ = task_.wishesOf(source, before_.tags);
+        if (wishes_.empty() && !ways_.replaceAll && ways_.output.empty()) return false;
+        if (!TakesMetadata(path_)) throw Failure(Refusal(path_));
+        if (!ways_.force && !ways_.trustsValues) CheckWishes(wishes_, before_.tags, before_.shape.sampleRate);
+        return true;
+    }
+
+    bool PrepareDocument(PCM_source& source) {
+        if (!TakesMetadata(path_)) throw Failure(Refusal(path_));
+        return DocumentIn(source, file_, *task_.kind) != *task_.document;
+    }
+
+    EditResult Result(Fate fate, const Metadata& after) {
+        EditResult result{fate,
+                          Compare(wishes_, before_.tags, after, before_.shape.sampleRate, ways_.replaceAll)};
+        if (!task_.document) return result;
+        const auto own = [&](const KeyChange& change) {
+            return BeginsWithAny(change.key, task_.kind->prefixes);
+        };
+        std::ranges::copy_if(result.told.besides, std::back_inserter(result.told.asked), own);
+        std::erase_if(result.told.besides, own);
+        return result;
+    }
+
+    // Reads the tags back. Throws Failure when the file is not what it was but for them.
+    Metadata ReadBack(const fs::path& file) {
+        const HostPtr<PCM_source> source = OpenSource(module_, TextOf(file));
+        const Look after = LookAt(*source.Get());
+        if (!(after.shape == before_.shape)) throw Failure("the written file does not hold the same audio");
+        return after.tags;
+    }
+
+    // The source is closed on return: a file that is open cannot be replaced everywhere.
+    Outcome Ask(const std::string& file, const fs::path& target, int32_t flags) {
+        const HostPtr<PCM_source> source = OpenSource(module_, file);
+        std::string name = TextOf(target);
+        void* given = reinterpret_cast<void*>(intptr_t{flags});
+        return static_cast<Outcome>(
+            task_.document ? WriteDocument(*source.Get(), *task_.kind, *task_.document, name.data(), given)
+                           : WriteTags(*source.Get(), wishes_, name.data(), given));
+    }
+
+    bool LookAndPrepare() {
+        const HostPtr<PCM_source> source = OpenSource(module_, file_);
+        return Prepare(*source.Get());
+    }
+
+    EditResult Apply() {
+        const EditLock lock(path_);
+        if (!LookAndPrepare()) return {};
+        const bool replaces = ways_.output.empty();
+        if (replaces && !ways_.force && !IsWritable(path_))
+            throw Failure("is write-protected; --force replaces it");
+        OutputFile output(replaces ? path_ : PathOf(ways_.output));
+        std::error_code failed;
+        const PrivateFiles privately(fs::exists(output.Target(), failed));
+        const Stamp stamp = StampOf(path_);
+        const Outcome outcome = Ask(file_, output.WriteTo(), Flags());
+        if (outcome == Outcome::failed) throw Failure(WhyFailed());
+        if (outcome == Outcome::inPlace) return Updated(stamp);
+        if (replaces && !ways_.force) CheckReplaceable(path_);
+        return Replaced(output, stamp);
+    }
+
+    // A document that the module does not read it does not write.
+    [[nodiscard]] std::string WhyFailed() const {
+        if (!task_.document || Host().writeFailure != 0) return Refusal(path_);
+        return "the document is not read as " + std::string(task_.kind->name) + ", or could not be written";
+    }
+
+    EditResult Updated(const Stamp& stamp) {
+        SyncFile(path_);
+        const Metadata after = ReadBack(path_);
+        const bool isTouched = StampOf(path_) != stamp;
+        EditResult result = Result(isTouched ? Fate::updatedInPlace : Fate::unchanged, after);
+        if (isTouched && !KeepTime(path_, stamp))
+            result.told.shortfalls.emplace_back("its time was not kept");
+        return result;
+    }
+
+    EditResult Replaced(OutputFile& output, const Stamp& stamp) {
+        const Metadata after = ReadBack(output.WriteTo());
+        // An update in place that failed half-way has touched the file too; the copy then holds all there is.
+        if (StampOf(path_) != stamp && !IsSameAudio(module_, path_, output.WriteTo()))
+            throw Failure("was changed by another program meanwhile; nothing was written");
+        if (!KeepTime(output.WriteTo(), stamp)) throw Failure("its time cannot be kept; nothing was written");
+        output.TakePlace();
+        return Result(Fate::rewritten, after);
+    }
+
+    [[nodiscard]] bool KeepTime(const fs::path& file, const Stamp& stamp) const {
+        std::error_code failed;
+        if (ways_.preserveTime) fs::last_write_time(file, stamp.time, failed);
+        return !failed;
+    }
+
+    // The same on a copy, which can be written even when the file cannot. Where it is too large to be written
+    // whole, only whether the new chunks fit is found out, and the values are those asked for.
+    EditResult Rehearse() {
+        if (!LookAndPrepare()) return {};
+        const Rehearsal rehearsal(path_);
+        const int32_t flags = Flags() | (IsWritable(path_) ? 0 : writeNeverInPlace);
+        const Outcome outcome = rehearsal.Result(Ask(TextOf(rehearsal.Copy()), rehearsal.Target(), flags));
+        if (outcome == Outcome::failed) throw Failure(WhyFailed());
+        if (outcome == Outcome::inPlace) return Result(Fate::updatedInPlace, ReadBack(rehearsal.Copy()));
+        return Result(Fate::rewritten, rehearsal.IsWhole() ? ReadBack(rehearsal.Target()) : before_.tags);
+    }
+
+    const Module& module_;
+    const std::string& file_;
+    fs::path path_;
+    const Task& task_;
+    const EditWays& ways_;
+    Assignments wishes_;
+    Look before_{};
+};
+
+}  // namespace
+
+EditResult EditTags(const Module& module, const std::string& file, const WishesOf& wishesOf,
+                    const EditWays& ways) {
+    return Edit(module, file, {wishesOf}, ways).Run();
+}
+
+EditResult EmbedDocument(const Module& module, const std::string& file, const DocumentKind& kind,
+                         const std::string& document, const EditWays& ways) {
+    return Edit(module, file, {{}, &kind, &document}, ways).Run();
+}
+
+}  // namespace vantor::wavehost
