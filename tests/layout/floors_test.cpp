@@ -29,9 +29,10 @@ const Floors moduleFloors = {
 
 // The tool's own house, below tools/.
 const Floors toolFloors = {
-    {"vantor_wave", 0},    {"wavehost/os", 1},     {"wavehost/files", 2},    {"wavehost/host", 2},
-    {"wavehost/facts", 3}, {"wavehost/values", 3}, {"wavehost/tables", 4},   {"wavehost/picture", 4},
-    {"wavehost/care", 4},  {"wavehost/report", 5},   {"wavehost/edits", 5}, {"wavehost/commands", 6}, {"wavehost", 7},
+    {"vantor_wave", 0},    {"wavehost/os", 1},     {"wavehost/files", 2},  {"wavehost/host", 2},
+    {"wavehost/facts", 3}, {"wavehost/values", 3}, {"wavehost/tables", 4}, {"wavehost/picture", 4},
+    {"wavehost/care", 4},  {"wavehost/report", 5}, {"wavehost/edits", 5},  {"wavehost/commands", 6},
+    {"wavehost", 7},
 };
 
 // A folder of src/ with its sub-folders is a room, and so is each one of tools/wavehost/.

@@ -1,7 +1,7 @@
 #include "wavehost/commands/meta.h"
 #include "wavehost/edits/documents.h"
 #include "wavehost/facts/report.h"
-#include "wavehost/files/whole_file.h"
+#include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
 
 namespace vantor::wavehost {
@@ -20,7 +20,7 @@ int RunMetaExtract(Session& session, const MetaExtractOptions& options) {
         const std::string document =
             DocumentIn(*source.Get(), options.file, *DocumentKindNamed(options.chunk));
         if (document.empty()) throw Failure("has no " + options.chunk);
-        WriteWhole(options.output, document);
+        WriteOutput(options.output, document);
         return exitDone;
     });
 }
