@@ -18,7 +18,7 @@ struct EditRequest {
     std::string target;    // of a copy
     MetadataStore changes;
     std::optional<Document> document = {};  // to be put in; then `changes` are none
-    int32_t flags = 0;  // WriteFlags
+    int32_t flags = 0;                      // WriteFlags
     // Closes the handles that the caller holds on a file that is about to be written, or has been. Not empty.
     std::function<void(const std::string& fileName)> forget;
 };
