@@ -6,7 +6,7 @@ vantor_packages_build="g++ cmake ninja-build ccache pkg-config libsamplerate0-de
     nlohmann-json3-dev libssl-dev"
 vantor_packages_test="$vantor_packages_build git clang clang-format googletest libgtest-dev libgmock-dev
     g++-mingw-w64-x86-64-posix wine wine64 xvfb
-    libsndfile1-dev sndfile-programs sox libsox-fmt-all ffmpeg libimage-exiftool-perl libtag1-dev
+    libsndfile1-dev sndfile-programs sox libsox-fmt-all ffmpeg libimage-exiftool-perl libtag1-dev python3-mutagen mediainfo
     libxml2-utils lintian man-db unzip chromium"
 vantor_packages_package="$vantor_packages_build git g++-mingw-w64-x86-64-posix dpkg-dev binutils xz-utils zip"
 vantor_packages_bench="$vantor_packages_build libbenchmark-dev libsndfile1-dev"

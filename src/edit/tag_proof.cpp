@@ -101,6 +101,8 @@ PlainTags PlainTagsOf(std::string_view scheme, const MetadataStore& store) {
 MetadataStore HeldChange(const TagScheme& scheme, const PatchInput& tried) {
     MetadataStore held;
     tried.change.ForEach([&](const MetadataEntry& entry) {
+        // A tag before version 2.4 keeps one if it has one; a blank tag would spread it.
+        if (entry.key == "ID3:TDRC") return held.Set(entry.key, entry.value);
         const auto key = TriedKey(entry.key, tried.change);
         MetadataStore one, read;
         one.Set(key, entry.value);
