@@ -105,6 +105,11 @@ bool ChunkProbe::ChunksFillFrom(int64_t position) {
     return HeaderAt(position, chunk) && IsKnown(chunk) && ReachesEnd(position);
 }
 
+bool ChunkProbe::KnownChunkFollows(int64_t position) {
+    Chunk chunk;
+    return position >= fileBytes_ || (HeaderAt(position, chunk) && IsKnown(chunk));
+}
+
 bool ChunkProbe::ChunksFollow(int64_t position) {
     if (position >= fileBytes_) return true;
     std::array<uint8_t, 12> start{};

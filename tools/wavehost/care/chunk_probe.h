@@ -34,6 +34,8 @@ class ChunkProbe {
     // A chunk can stand there: the file ends, or a known id follows, whole or cut off by the end, or whole
     // chunks up to the end, or nothing but zeros.
     [[nodiscard]] bool ChunksFollow(int64_t position);
+    // The file ends there, or a known id stands there. Zeros may be silence, and are not taken for chunks.
+    [[nodiscard]] bool KnownChunkFollows(int64_t position);
     // Whole chunks, the first one known, fill the file from there on (but for the last one's pad bytes).
     [[nodiscard]] bool ChunksFillFrom(int64_t position);
     // The first place from `from` on where chunks of known ids fill the rest of the file, or where a tag

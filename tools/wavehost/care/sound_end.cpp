@@ -94,11 +94,23 @@ int64_t Padded(int64_t bodyStart, int64_t bytes, const ContainerRules& rules) {
     return bodyStart + ((bytes + mask) & ~mask);
 }
 
-// A size that what follows bears out.
-bool Fits(const Survey& survey, const Chunk& chunk, int64_t bytes, ChunkProbe& probe) {
-    if (bytes > survey.fileBytes - chunk.bodyStart) return false;
-    return probe.ChunksFollow(Padded(chunk.bodyStart, bytes, *survey.rules)) ||
-           probe.ChunksFillFrom(chunk.bodyStart + bytes);
+// The first size that what follows bears out; none: claims.size(). Known ids count before anything else:
+// silence behind a size that is too small looks like chunks of nothing.
+size_t FittingClaim(const Survey& survey, int64_t bodyStart, const std::vector<int64_t>& claims,
+                    ChunkProbe& probe) {
+    const auto first = [&](auto fits) {
+        size_t i = 0;
+        while (i < claims.size() && (claims[i] > survey.fileBytes - bodyStart || !fits(claims[i])))
+            ++i;
+        return i;
+    };
+    const size_t known = first(
+        [&](int64_t bytes) { return probe.KnownChunkFollows(Padded(bodyStart, bytes, *survey.rules)); });
+    if (known < claims.size()) return known;
+    return first([&](int64_t bytes) {
+        return probe.ChunksFollow(Padded(bodyStart, bytes, *survey.rules)) ||
+               probe.ChunksFillFrom(bodyStart + bytes);
+    });
 }
 
 // The end of sound whose size tells nothing: tags found behind it, or the end of the file.
@@ -126,8 +138,7 @@ Sound LocateSound(const Survey& survey, const Chunk& chunk, FileReader& reader, 
         if (!isEmpty) SearchEnd(survey, reader, sound.start, probe, sound);
         return sound;
     }
-    for (size_t i = 0; i < claims.size(); ++i) {
-        if (!Fits(survey, chunk, claims[i], probe)) continue;
+    if (const size_t i = FittingClaim(survey, chunk.bodyStart, claims, probe); i < claims.size()) {
         sound.end = std::max(chunk.bodyStart + claims[i], sound.start);
         const bool isInDs64 = survey.ds64 && i == 1;
         sound.claim = i == 0 ? SoundClaim::fits : isInDs64 ? SoundClaim::elsewhere : SoundClaim::wrapped;
