@@ -45,14 +45,12 @@ enum ExtendedCode : int32_t {
     // anew.
     callWriteMetadata = 0x20008,
     // A document as it stands in a RIFF WAVE, RF64 or BW64 file: the body of its first chunk. a: "IXML",
-    // "AXML"
-    // or "XMP"; b: buffer, may be null; c: its size; what has no room is cut. Answers the bytes of the whole
-    // document; 0: none. Asks the disk.
+    // "AXML" or "XMP"; b: buffer, may be null; c: its size; what has no room is cut. Answers the bytes of the
+    // whole document; 0: none. Asks the disk.
     callDocument = 0x10017,
     // Puts a document in place of those of its scheme; all other chunks stay as they are. a and c as for
     // callWriteMetadata, bits 1 and 3; b: DocumentRecord. Answers a WriteAnswer; 0 for one that is not read
-    // as
-    // the scheme's.
+    // as the scheme's.
     callWriteDocument = 0x20009,
     // Tempo of a loop. a: out double, beats a minute from 2.0 to 960.0, 0 when unknown; b: out double, the
     // second
