@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "wavehost/os/folder.h"
+
 namespace vantor::wavehost {
 
 namespace {
@@ -53,14 +55,9 @@ std::string CacheName(const fs::path& audioFile) {
 }  // namespace
 
 PeakOrigin OriginOf(const fs::path& audioFile, int32_t sampleRate, int32_t channels) {
-    std::error_code failed;
-    PeakOrigin origin{-1, 0, channels, sampleRate};
-    const auto bytes = fs::file_size(audioFile, failed);
-    if (failed) return origin;
-    origin.writeTime =
-        static_cast<int64_t>(fs::last_write_time(audioFile, failed).time_since_epoch().count());
-    if (!failed) origin.fileBytes = static_cast<int64_t>(bytes);
-    return origin;
+    const FileStatus status = StatusOf(audioFile);
+    const bool exists = status.kind == FileKind::file;
+    return {exists ? status.bytes : -1, status.writeTime, channels, sampleRate};
 }
 
 std::vector<fs::path> PeakFileCandidates(const fs::path& audioFile) {
@@ -94,12 +91,11 @@ bool WritePeakFile(const fs::path& file, const PeakOrigin& origin, int64_t frame
 }
 
 std::unique_ptr<PeakFile> PeakFile::Open(const fs::path& file, const PeakOrigin& origin) {
-    std::error_code failed;
-    const auto bytes = fs::file_size(file, failed);
-    if (failed || origin.channels < 1) return nullptr;
+    const FileStatus status = StatusOf(file);
+    if (status.kind != FileKind::file || origin.channels < 1) return nullptr;
     auto peaks = std::make_unique<PeakFile>();
     peaks->stream_.reset(OpenStream(file, "rb"));
-    if (!peaks->stream_ || !peaks->ReadHeader(origin, static_cast<int64_t>(bytes))) return nullptr;
+    if (!peaks->stream_ || !peaks->ReadHeader(origin, status.bytes)) return nullptr;
     return peaks;
 }
 

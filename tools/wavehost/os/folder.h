@@ -9,6 +9,8 @@ enum class FileKind { missing, file, folder, other };
 struct FileStatus {
     FileKind kind = FileKind::missing;
     std::string reason;  // why nothing more is known: "no such file", "permission denied" ...
+    int64_t bytes = 0;
+    int64_t writeTime = 0;  // of the last change, in the system's finest unit: to be compared alone
 };
 // Follows links.
 FileStatus StatusOf(const fs::path& path);

@@ -13,9 +13,12 @@ const bool expandsWildcards = false;
 
 FileStatus StatusOf(const fs::path& path) {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return {FileKind::missing, LastReason()};
-    if (S_ISREG(status.st_mode)) return {FileKind::file, ""};
-    return {S_ISDIR(status.st_mode) ? FileKind::folder : FileKind::other, ""};
+    if (stat(path.c_str(), &status) != 0) return {FileKind::missing, LastReason(), 0, 0};
+    const FileKind kind = S_ISREG(status.st_mode)   ? FileKind::file
+                          : S_ISDIR(status.st_mode) ? FileKind::folder
+                                                    : FileKind::other;
+    return {kind, "", status.st_size,
+            status.st_mtim.tv_sec * int64_t{1'000'000'000} + status.st_mtim.tv_nsec};
 }
 
 std::string WhyUnreadable(const fs::path& path) {

@@ -20,8 +20,12 @@ FileKind KindOf(DWORD attributes) {
 FileStatus StatusOf(const fs::path& path) {
     WIN32_FILE_ATTRIBUTE_DATA data{};
     if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data))
-        return {FileKind::missing, LastReason()};
-    return {KindOf(data.dwFileAttributes), ""};
+        return {FileKind::missing, LastReason(), 0, 0};
+    const auto joined = [](DWORD high, DWORD low) {
+        return static_cast<int64_t>(uint64_t{high} << 32 | low);
+    };
+    return {KindOf(data.dwFileAttributes), "", joined(data.nFileSizeHigh, data.nFileSizeLow),
+            joined(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime)};
 }
 
 std::string WhyUnreadable(const fs::path& path) {

@@ -17,17 +17,34 @@ const char* const moduleFileName = "vantor_wave.dll";
 namespace {
 
 constexpr std::wstring_view longPrefix = L"\\\\?\\", longShare = L"\\\\?\\UNC\\";
-// Names shorter than this are passed as they are; folders may have twelve characters fewer than files.
-constexpr size_t shortNames = 240;
+// Names shorter than this are passed as they are: with what a temporary file beside them adds, and the twelve
+// characters that folders may have fewer than files, they stay below 260.
+constexpr size_t shortNames = 215;
+
+// What is no valid text becomes replacement characters: a name that nothing answers to, but one to show.
+std::wstring WideOf(std::string_view utf8) {
+    const auto bytes = static_cast<int>(utf8.size());
+    std::wstring wide(utf8.size(), L'\0');
+    wide.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, wide.data(), bytes)));
+    return wide;
+}
+
+std::string Utf8Of(std::wstring_view wide) {
+    const auto units = static_cast<int>(wide.size());
+    std::string utf8(wide.size() * 3, '\0');
+    const int room = static_cast<int>(utf8.size());
+    utf8.resize(static_cast<size_t>(
+        WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, utf8.data(), room, nullptr, nullptr)));
+    return utf8;
+}
 
 }  // namespace
 
 fs::path PathOf(std::string_view utf8) {
-    fs::path path(std::u8string(utf8.begin(), utf8.end()));
-    const std::wstring& name = path.native();
-    if (name.starts_with(longPrefix)) return path;
+    const std::wstring name = WideOf(utf8);
+    if (name.empty() || name.starts_with(longPrefix)) return name;
     DWORD length = GetFullPathNameW(name.c_str(), 0, nullptr, nullptr);
-    if (name.empty() || length < shortNames) return path;
+    if (length < shortNames) return name;
     std::wstring full(length, L'\0');
     length = GetFullPathNameW(name.c_str(), length, full.data(), nullptr);
     full.resize(length);
@@ -41,8 +58,7 @@ std::string TextOf(const fs::path& path) {
         name = L"\\\\" + name.substr(longShare.size());
     else if (name.size() >= shortNames && name.starts_with(longPrefix))
         name = name.substr(longPrefix.size());
-    const std::u8string text = fs::path(name).u8string();
-    return {text.begin(), text.end()};
+    return Utf8Of(name);
 }
 
 std::string LastReason() {
