@@ -190,16 +190,18 @@ TEST_F(WavehostShow, TellsOfEveryFileWhateverBecomesOfOthers) {
 
 TEST_F(WavehostShow, ScansWhateverCanBePlayedAndListsWhatCannot) {
     const std::string samples = SourceTree() + "/samples";
+    const std::string all = folder.Path("all");
+    fs::create_directory(all);
     size_t audioFiles = 0;
     for (const auto& entry : fs::directory_iterator(samples)) {
         const std::string name = entry.path().filename().string();
         if (!entry.is_regular_file() || name.ends_with(".md") || name.ends_with(".txt")) continue;
-        folder.Write(name, ReadWholeFile(entry.path().string()));
+        folder.Write("all/" + name, ReadWholeFile(entry.path().string()));
         ++audioFiles;
     }
-    folder.Write("broken.wav", ByteWriter().Text("RIFF").Le32(4).Text("WAVE"));
-    folder.Write("notes.doc", {1, 2, 3});
-    const HostRun run = RunWavehost({"scan", folder.Path(""), "--json"});
+    folder.Write("all/broken.wav", ByteWriter().Text("RIFF").Le32(4).Text("WAVE"));
+    folder.Write("all/notes.doc", {1, 2, 3});
+    const HostRun run = RunWavehost({"scan", all, "--json"});
     EXPECT_EQ(run.exitCode, 1);
     std::istringstream lines(run.out);
     size_t read = 0;
@@ -211,7 +213,7 @@ TEST_F(WavehostShow, ScansWhateverCanBePlayedAndListsWhatCannot) {
         ++read;
     }
     EXPECT_EQ(read, audioFiles + 1);
-    EXPECT_THAT(RunWavehost({"scan", folder.Path("")}).out, HasSubstr("broken.wav\tcannot be read: "));
+    EXPECT_THAT(RunWavehost({"scan", all}).out, HasSubstr("broken.wav\tcannot be read: "));
     EXPECT_EQ(ExitCode({"scan", samples}), 0);
 }
 

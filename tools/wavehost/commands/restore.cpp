@@ -40,7 +40,7 @@ HostPtr<PCM_source> Restore(const Module& module, const std::string& stateFile) 
     HostPtr<PCM_source> source(module.sources->CreateByType(first[1].c_str(), projectPriority));
     if (!source) throw Failure("the module has no source of type " + first[1]);
 
-    Host().stateFolder = fs::absolute(PathOf(stateFile)).parent_path();
+    Host().stateFolder = AbsolutePath(PathOf(stateFile)).parent_path();
     const std::string firstLine = lines.front();
     lines.erase(lines.begin());
     ProjectLines context(std::move(lines));

@@ -36,7 +36,7 @@ int RunState(Session& session, const StateOptions& options) {
     return ForFile(options.file, [&] {
         const HostPtr<PCM_source> source = WantedSource(session, options);
         const bool printed = options.output == "-";
-        if (!printed) Host().stateFolder = fs::absolute(PathOf(options.output)).parent_path();
+        if (!printed) Host().stateFolder = AbsolutePath(PathOf(options.output)).parent_path();
         const std::string block = SavedBlock(*source.Get());
         return ForFile(printed ? "standard output" : options.output, [&] {
             WriteOutput(options.output, block);

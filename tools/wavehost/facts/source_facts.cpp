@@ -38,7 +38,7 @@ HostPtr<PCM_source> CreateSource(const Module& module, const std::string& file) 
     const FileStatus status = StatusOf(path);
     if (status.kind == FileKind::other || status.kind == FileKind::folder) throw Failure(WhyUnreadable(path));
     HostPtr<PCM_source> source(
-        module.sources->CreateByFile(TextOf(fs::absolute(path)).c_str(), lastResortPriority));
+        module.sources->CreateByFile(TextOf(AbsolutePath(path)).c_str(), lastResortPriority));
     if (!source || !source->IsOnline()) {
         const std::string reason = WhyUnreadable(path);
         if (!reason.empty()) throw Failure(reason);

@@ -31,7 +31,7 @@ bool IsSameFile(const fs::path& one, const fs::path& other) {
     return fs::equivalent(one, other, failed) && !failed;
 }
 
-OutputFile::OutputFile(const fs::path& target) : target_(FollowLinks(fs::absolute(target))) {
+OutputFile::OutputFile(const fs::path& target) : target_(FollowLinks(AbsolutePath(target))) {
     if (!IsDevice(target_)) written_ = std::make_unique<NewFile>(target_.parent_path());
 }
 

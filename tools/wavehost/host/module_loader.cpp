@@ -29,7 +29,7 @@ void Take(const char* key, T& slot) {
 }
 
 fs::path FindModule(const std::string& path) {
-    if (!path.empty()) return fs::absolute(PathOf(path));
+    if (!path.empty()) return AbsolutePath(PathOf(path));
     const fs::path folder = ExecutableFolder();
     std::error_code failed;
     for (const fs::path& candidate :

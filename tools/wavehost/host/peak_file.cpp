@@ -61,7 +61,7 @@ PeakOrigin OriginOf(const fs::path& audioFile, int32_t sampleRate, int32_t chann
 }
 
 std::vector<fs::path> PeakFileCandidates(const fs::path& audioFile) {
-    const fs::path file = fs::absolute(audioFile).lexically_normal();
+    const fs::path file = PlainPath(audioFile);
     fs::path beside = file;
     beside += ".vwpeaks";
     std::vector<fs::path> candidates{beside};

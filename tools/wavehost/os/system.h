@@ -17,6 +17,10 @@ namespace fs = std::filesystem;
 // characters, and loses it again.
 fs::path PathOf(std::string_view utf8);
 std::string TextOf(const fs::path& path);
+// From the root on; names of shares and prefixed names are that already.
+fs::path AbsolutePath(const fs::path& path);
+// The same without "." and "..", whatever links it leads through.
+fs::path PlainPath(const fs::path& path);
 
 // The arguments after the program's name.
 std::vector<std::string> CommandArguments(int argc, char** argv);

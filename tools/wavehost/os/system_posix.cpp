@@ -25,6 +25,14 @@ std::string TextOf(const fs::path& path) {
     return path.native();
 }
 
+fs::path AbsolutePath(const fs::path& path) {
+    return fs::absolute(path);
+}
+
+fs::path PlainPath(const fs::path& path) {
+    return fs::absolute(path).lexically_normal();
+}
+
 void PrepareConsole() {}
 
 void UseScreenResolution() {}

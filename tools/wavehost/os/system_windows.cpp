@@ -40,16 +40,25 @@ std::string Utf8Of(std::wstring_view wide) {
 
 }  // namespace
 
-fs::path PathOf(std::string_view utf8) {
-    const std::wstring name = WideOf(utf8);
-    if (name.empty() || name.starts_with(longPrefix)) return name;
-    DWORD length = GetFullPathNameW(name.c_str(), 0, nullptr, nullptr);
-    if (length < shortNames) return name;
-    std::wstring full(length, L'\0');
-    length = GetFullPathNameW(name.c_str(), length, full.data(), nullptr);
-    full.resize(length);
+// Not fs::absolute, which takes the double backslash of shares and prefixes for a slip.
+fs::path AbsolutePath(const fs::path& path) {
+    const std::wstring& name = path.native();
+    if (name.empty() || name.starts_with(longPrefix)) return path;
+    std::wstring full(GetFullPathNameW(name.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(name.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    if (full.size() < shortNames) return full;
     const bool share = full.starts_with(L"\\\\");
     return share ? std::wstring(longShare) + full.substr(2) : std::wstring(longPrefix) + full;
+}
+
+fs::path PlainPath(const fs::path& path) {
+    return AbsolutePath(path);
+}
+
+fs::path PathOf(std::string_view utf8) {
+    const std::wstring name = WideOf(utf8);
+    const bool isLong = GetFullPathNameW(name.c_str(), 0, nullptr, nullptr) > shortNames;
+    return isLong ? AbsolutePath(name) : fs::path(name);
 }
 
 std::string TextOf(const fs::path& path) {
