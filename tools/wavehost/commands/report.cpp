@@ -55,7 +55,7 @@ std::string TitleOf(const std::vector<OverviewRow>& overview, const fs::path& fo
 
 int RunReport(Session& session, const ReportOptions& options) {
     return ForFile(options.folder, [&] {
-        const fs::path folder = fs::absolute(PathOf(options.folder)).lexically_normal();
+        const fs::path folder = PlainPath(PathOf(options.folder));
         if (!fs::is_directory(folder)) throw Failure("is not a folder");
         const Module& module = ModuleOf(session);
         std::vector<Take> takes;
