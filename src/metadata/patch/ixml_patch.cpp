@@ -10,6 +10,7 @@
 #include "metadata/patch/patch_chunks.h"
 #include "metadata/patch/xml_patch.h"
 #include "metadata/read/ixml_walk.h"
+#include "metadata/read/read_metadata.h"
 #include "metadata/write/escape_xml.h"
 #include "text/text.h"
 
@@ -247,7 +248,9 @@ Patched PatchIxml(const PatchInput& input) {
     const auto rest = chunk.substr(prolog.size() + text.size());
     body.insert(body.end(), rest.begin(), rest.end());
     KeepParity(body, chunk.size());
-    return body;
+    // A short document of another root is read as long as it is short.
+    MetadataStore scratch;
+    return ReadIxml(body, scratch) ? Patched(std::move(body)) : std::nullopt;
 }
 
 }  // namespace vantor
