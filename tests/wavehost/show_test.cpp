@@ -233,6 +233,32 @@ TEST_F(WavehostShow, TellsThePositionAsTimecode) {
     EXPECT_EQ(facts["timecode"], "01:00:00:03");
 }
 
+TEST_F(WavehostShow, CarriesTagsOverToWhatItRenders) {
+    const std::string file = SourceTree() + "/samples/tagged.wav", out = folder.Path("out.wav");
+    const auto tags = [](const std::string& name) {
+        return Json::parse(RunWavehost({"meta", "list", name, "--json"}).out)[0]["metadata"];
+    };
+    const HostRun run = RunWavehost(
+        {"render", file, "-o", out, "--tags", "--start", "0.25", "--rate", "44100", "--format", "s16"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    Json wanted = tags(file);
+    wanted["BWF:TimeReference"] = std::to_string(2 * 44100 + 11025);  // 2.25 s at the new rate
+    Json found = tags(out);
+    for (const char* timer : {"CART:INT1"}) {
+        EXPECT_TRUE(found.contains(timer));
+        found.erase(timer);
+        wanted.erase(timer);
+    }
+    EXPECT_EQ(found, wanted);
+    EXPECT_EQ(FilesInFolder(), 1u);
+    const std::string aiff = SourceTree() + "/samples/aiff.aif";
+    ASSERT_EQ(ExitCode({"render", aiff, "-o", out, "--tags"}), 0);
+    EXPECT_EQ(RunWavehost({"meta", "get", out, "TITLE"}).out,
+              RunWavehost({"meta", "get", aiff, "TITLE"}).out);
+    EXPECT_EQ(ExitCode({"render", file, "-o", "-", "--tags"}), 2);
+    EXPECT_EQ(ExitCode({"render", file, "-o", out, "--tags", "--raw"}), 2);
+}
+
 // Of an ADPCM file's last block that is cut off nothing can be played.
 TEST_F(WavehostShow, RendersSilenceForWhatDoesNotCome) {
     const Bytes whole = ReadWholeFile(SourceTree() + "/samples/ms-adpcm.wav");

@@ -1,13 +1,11 @@
-#include <algorithm>
-
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/edit_files.h"
 #include "wavehost/commands/meta.h"
+#include "wavehost/edits/carried_tags.h"
 #include "wavehost/edits/position_wishes.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
-#include "wavehost/values/keys.h"
 
 namespace vantor::wavehost {
 
@@ -24,27 +22,11 @@ struct Tags {
     double sampleRate = 0;  // of the file that they come from
 };
 
-// Fields that the file keeps in schemes which WAV files do not carry ("IFF:NAME" is TITLE).
-void AddForeignFields(PCM_source& source, const Metadata& tags, Assignments& values) {
-    for (const std::string& field : CommonFields()) {
-        const auto keys = AllSchemeKeysOf(field);
-        const bool isForeign = std::ranges::none_of(
-            keys, [&](const std::string& key) { return IsCarried(key) && !ValueUnder(tags, key).empty(); });
-        const std::string value = ValueOf(source, field);
-        if (isForeign && !value.empty()) values.push_back({field, value});
-    }
-}
-
 Tags AllTags(PCM_source& source, const std::string& file) {
-    Tags found{{}, source.SampleRate()};
-    const Metadata tags = MetadataOf(source);
-    for (const auto& [key, value] : tags)
-        if (IsDescriptionOnly(key))
-            ReportFailure(file, key + " is not copied; 'meta extract' and 'meta embed' copy pictures");
-        else if (IsCarried(key))
-            found.values.push_back({key, value});
-    AddForeignFields(source, tags, found.values);
-    return found;
+    CarriedTags carried = TagsToCarry(source);
+    for (const std::string& key : carried.leftOut)
+        ReportFailure(file, key + " is not copied; 'meta extract' and 'meta embed' copy pictures");
+    return {std::move(carried.values), source.SampleRate()};
 }
 
 Tags TagsToCopy(const Module& module, const std::string& file, const std::vector<std::string>& keys) {

@@ -3,6 +3,8 @@
 #include <cmath>
 
 #include "wavehost/commands/command_line.h"
+#include "wavehost/edits/carried_tags.h"
+#include "wavehost/edits/tag_edit.h"
 #include "wavehost/facts/adpcm_block.h"
 #include "wavehost/facts/report.h"
 #include "wavehost/facts/source_facts.h"
@@ -29,6 +31,7 @@ struct RenderOptions {
     std::optional<int32_t> blockFrames;
     SampleFormat format = SampleFormat::f64;
     bool raw = false;
+    bool tags = false;
     bool stats = false;
 };
 
@@ -110,6 +113,26 @@ void ReportSpeed(const std::string& file, int64_t frames, double sampleRate, dou
                  static_cast<long long>(frames), seconds, static_cast<double>(frames) / sampleRate / seconds);
 }
 
+// Into the file that has not yet taken its place.
+int CarryTags(Session& session, PCM_source& source, const RenderOptions& options, const Plan& plan,
+              const WavWriter& writer) {
+    const CarriedTags tags = TagsToCarry(source);
+    for (const std::string& key : tags.leftOut)
+        ReportNote(session.quiet, options.file,
+                   key + " is not carried; 'meta extract' and 'meta embed' copy it");
+    const Assignments wishes =
+        TagsOfStretch(source, tags, plan.startSeconds, plan.sampleRate, 8 * BytesPerSample(options.format));
+    if (wishes.empty()) return exitDone;
+    EditWays ways;
+    ways.trustsValues = true;
+    const EditResult result = EditTags(
+        ModuleOf(session), TextOf(writer.WrittenTo()), [&](PCM_source&, const Metadata&) { return wishes; },
+        ways);
+    for (const std::string& shortfall : result.told.shortfalls)
+        ReportFailure(options.file, shortfall);
+    return result.told.shortfalls.empty() ? exitDone : exitFailed;
+}
+
 int Render(Session& session, const RenderOptions& options) {
     Host().readMode = playingReads;
     const HostPtr<PCM_source> source = OpenSource(ModuleOf(session), options.file);
@@ -118,6 +141,7 @@ int Render(Session& session, const RenderOptions& options) {
     const Plan plan = MakePlan(*source.Get(), options);
     const WavLayout layout{options.format, plan.channels, plan.sampleRate, options.raw};
     int64_t came = 0;
+    bool isWritten = false;
     const auto started = std::chrono::steady_clock::now();
     const int status = ForFile(options.output == "-" ? "standard output" : options.output, [&] {
         Block samples(static_cast<size_t>(plan.blockFrames) * static_cast<size_t>(plan.channels));
@@ -130,16 +154,24 @@ int Render(Session& session, const RenderOptions& options) {
             throw Failure(options.file + " ended after 0 of " + std::to_string(plan.totalFrames) + " frames");
         PlaySilence(plan, plan.totalFrames - came, samples, writer);
         writer.Finish();
-        return exitDone;
+        const int carried =
+            options.tags ? CarryTags(session, *source.Get(), options, plan, writer) : exitDone;
+        writer.TakePlace();
+        isWritten = true;
+        return carried;
     });
     if (options.stats) ReportStatistics();
-    if (status != exitDone) return status;
+    if (!isWritten) return status;
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
     if (!session.quiet) ReportSpeed(options.file, came, plan.sampleRate, std::max(taken.count(), 1e-6));
-    return JudgeMissing(*source.Get(), options, plan, plan.totalFrames - came);
+    return std::max(status, JudgeMissing(*source.Get(), options, plan, plan.totalFrames - came));
 }
 
 int RunRender(Session& session, const RenderOptions& options) {
+    if (options.tags && options.output == "-") {
+        ReportFailure("", "--tags needs a file to write: they come behind the sound");
+        return exitUsage;
+    }
     return ForFile(options.file, [&] { return Render(session, options); });
 }
 
@@ -163,7 +195,8 @@ void AddRender(CommandLine& line) {
         ->check(CLI::Range(1, 1 << 24));
     command->add_option("--format", options->format, "Samples: f64 (exact, the default), f32, s24 or s16")
         ->transform(CLI::CheckedTransformer(sampleFormats));
-    command->add_flag("--raw", options->raw, "Samples without a header");
+    CLI::Option* raw = command->add_flag("--raw", options->raw, "Samples without a header");
+    command->add_flag("--tags", options->tags, "Carry the file's tags over")->excludes(raw);
     command->add_flag("--stats", options->stats, "Report what was read from the disk");
 }
 

@@ -2,17 +2,31 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <span>
 
 #include "wavehost/edits/objections.h"
-#include "wavehost/edits/rehearsal.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/host/host_services.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/values/keys.h"
+#include "wavehost/values/numbers.h"
 
 namespace vantor::wavehost {
 
 namespace {
+
+// The module's answer to a write request.
+enum class Outcome : intptr_t { failed = 0, copied = 1, inPlace = 2 };
+
+// Whether the file is of a container into which the module writes: WAV, RF64 or BW64.
+bool TakesMetadata(const fs::path& file) {
+    const Stream stream(OpenStream(file, "rb"));
+    char header[12] = {};
+    if (!stream || std::fread(header, 1, sizeof header, stream.get()) != sizeof header) return false;
+    const std::string_view id(header, 4), form(header + 8, 4);
+    return (id == "RIFF" || id == "RF64" || id == "BW64") && form == "WAVE";
+}
 
 // What must not change while tags are written.
 struct AudioShape {
@@ -190,8 +204,7 @@ class Edit {
         const EditLock lock(path_);
         if (!LookAndPrepare()) return {};
         const bool replaces = ways_.output.empty();
-        if (replaces && !ways_.force && !IsWritable(path_))
-            throw Failure("is write-protected; --force replaces it");
+        CheckWritable();
         OutputFile output(replaces ? path_ : PathOf(ways_.output));
         std::error_code failed;
         const PrivateFiles privately(fs::exists(output.Target(), failed));
@@ -203,6 +216,11 @@ class Edit {
         return Replaced(output, stamp);
     }
 
+    void CheckWritable() const {
+        if (ways_.output.empty() && !ways_.force && !IsWritable(path_))
+            throw Failure("is write-protected; --force replaces it");
+    }
+
     // A document that the module does not read it does not write.
     [[nodiscard]] std::string WhyFailed() const {
         if (!task_.document || Host().writeFailure != 0) return Refusal(path_);
@@ -210,7 +228,7 @@ class Edit {
     }
 
     EditResult Updated(const Stamp& stamp) {
-        SyncFile(path_);
+        if (!SyncFile(path_)) throw Failure("cannot be flushed to the disk");
         const Metadata after = ReadBack(path_);
         const bool isTouched = StampOf(path_) != stamp;
         EditResult result = Result(isTouched ? Fate::updatedInPlace : Fate::unchanged, after);
@@ -235,16 +253,39 @@ class Edit {
         return !failed;
     }
 
-    // The same on a copy, which can be written even when the file cannot. Where it is too large to be written
-    // whole, only whether the new chunks fit is found out, and the values are those asked for.
+    // The module's answer alone. The values are those asked for, each as its field takes it.
     EditResult Rehearse() {
         if (!LookAndPrepare()) return {};
-        const Rehearsal rehearsal(path_);
-        const int32_t flags = Flags() | (IsWritable(path_) ? 0 : writeNeverInPlace);
-        const Outcome outcome = rehearsal.Result(Ask(TextOf(rehearsal.Copy()), rehearsal.Target(), flags));
+        const std::string target = ways_.output.empty() ? file_ + ".vantor" : ways_.output;
+        CheckWritable();
+        const Outcome outcome = Ask(file_, PathOf(target), Flags() | writeAnswerAlone);
         if (outcome == Outcome::failed) throw Failure(WhyFailed());
-        if (outcome == Outcome::inPlace) return Result(Fate::updatedInPlace, ReadBack(rehearsal.Copy()));
-        return Result(Fate::rewritten, rehearsal.IsWhole() ? ReadBack(rehearsal.Target()) : before_.tags);
+        const bool isReplaced = outcome == Outcome::copied && ways_.output.empty();
+        if (isReplaced && !ways_.force) CheckReplaceable(path_);
+        EditResult result =
+            Result(outcome == Outcome::inPlace ? Fate::updatedInPlace : Fate::rewritten, WithWishes());
+        const bool isLossless = (Flags() & writeLossless) != 0 && !task_.document;
+        if (isLossless && outcome == Outcome::inPlace && WithWishes() == before_.tags)
+            result.fate = Fate::unchanged;
+        return result;
+    }
+
+    [[nodiscard]] std::string SamplesOf(const std::string& milliseconds) const {
+        const double seconds = static_cast<double>(UnsignedOf(milliseconds).value_or(0)) / 1000;
+        return std::to_string(static_cast<uint64_t>(seconds * before_.shape.sampleRate));
+    }
+
+    // The tags with what is wished of them.
+    [[nodiscard]] Metadata WithWishes() const {
+        std::map<std::string, std::string> tags;
+        if (!ways_.replaceAll) tags.insert(before_.tags.begin(), before_.tags.end());
+        for (const Assignment& wish : wishes_) {
+            if (wish.key == positionField) tags["BWF:TimeReference"] = SamplesOf(wish.value);
+            for (const std::string& key : SchemeKeysOf(wish.key))
+                if (key != positionField) tags[key] = wish.value;
+        }
+        std::erase_if(tags, [](const auto& pair) { return pair.second.empty(); });
+        return {tags.begin(), tags.end()};
     }
 
     const Module& module_;

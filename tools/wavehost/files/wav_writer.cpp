@@ -156,6 +156,9 @@ void WavWriter::Finish() {
     std::FILE* out = file_ ? stream_.get() : stdout;
     if (std::fflush(out) != 0 || std::ferror(out)) throw Failure("cannot be written: " + LastReason());
     stream_.reset();
+}
+
+void WavWriter::TakePlace() {
     if (file_) file_->TakePlace();
 }
 

@@ -29,8 +29,12 @@ class WavWriter {
 
     // Interleaved samples; integers are rounded and clipped at full scale.
     void Write(const double* samples, int64_t frames);
-    // Completes the header and puts the file in its place.
+    // Completes the header.
     void Finish();
+    // Puts the finished file in its place.
+    void TakePlace();
+    // Where the file stands until then; not for standard output.
+    [[nodiscard]] const fs::path& WrittenTo() const { return file_->WriteTo(); }
 
   private:
     void Put(const void* bytes, size_t count);

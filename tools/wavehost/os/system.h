@@ -50,8 +50,6 @@ bool SeekStream(std::FILE* stream, int64_t position);
 bool FolderIsWritable(const fs::path& folder);
 // Waits until what was written to the file is on the disk.
 bool SyncFile(const fs::path& path);
-// Lets a file have holes, where the system wants to be asked.
-void AllowHoles(const fs::path& path);
 // Gives `from` the owner and permissions of `target`, as far as this user may, and renames it over `target`
 // in one step. On failure both stay as they are and `error` says why.
 bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& error);

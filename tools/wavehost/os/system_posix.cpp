@@ -103,8 +103,6 @@ bool SyncFile(const fs::path& path) {
     return synced;
 }
 
-void AllowHoles(const fs::path&) {}
-
 bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& error) {
     struct stat old {};
     if (stat(target.c_str(), &old) == 0) {

@@ -177,14 +177,6 @@ bool SyncFile(const fs::path& path) {
     return synced;
 }
 
-void AllowHoles(const fs::path& path) {
-    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return;
-    DWORD returned = 0;
-    DeviceIoControl(file, FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &returned, nullptr);
-    CloseHandle(file);
-}
-
 bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& error) {
     // ReplaceFileW keeps attributes and access rights; it wants a target that exists.
     if (ReplaceFileW(target.c_str(), from.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
