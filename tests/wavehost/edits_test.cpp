@@ -30,7 +30,7 @@ auto Wish(const std::string& key, const std::string& value) {
     return ::testing::AllOf(Field(&Assignment::key, key), Field(&Assignment::value, value));
 }
 
-TEST(Edits, TellWhatNobodyAskedFor) {
+TEST(TagEdits, TellWhatNobodyAskedFor) {
     const Metadata before = {{"BWF:Description", "old"},
                              {"BWF:TimeReference", "5"},
                              {"ID3:APIC", "mime:image/png type:3 offset:900 length:5"},
@@ -54,7 +54,7 @@ TEST(Edits, TellWhatNobodyAskedFor) {
                             Changed("IXML:TRACK_LIST_TRACK_NAME_2", "", "Boom")));
 }
 
-TEST(Edits, WhatComesAboutInAnotherFormIsNoFailure) {
+TEST(TagEdits, WhatComesAboutInAnotherFormIsNoFailure) {
     const Metadata before = {{"IXML:USER:My_Field", "old"}};
     const Metadata after = {{"BWF:LoudnessValue", "-23"},
                             {"BWF:Originator", "cut"},
@@ -80,7 +80,7 @@ TEST(Edits, WhatComesAboutInAnotherFormIsNoFailure) {
                 ElementsAre("ID3:COMM was not removed"));
 }
 
-TEST(Edits, APositionIsToldAlikeEverywhere) {
+TEST(TagEdits, APositionIsToldAlikeEverywhere) {
     constexpr uint64_t samples = (uint64_t{1} << 32) + 48000;
     const Metadata tags = {{"ID3:TXXX:TIME_REFERENCE", "1"},
                            {"IXML:BEXT:BWF_TIME_REFERENCE_HIGH", "1"},
@@ -108,7 +108,7 @@ TEST(Edits, APositionIsToldAlikeEverywhere) {
                 ElementsAre(Wish("BWF:TimeReference", "160")));
 }
 
-TEST(Edits, ObjectionsNameEveryReason) {
+TEST(TagEdits, ObjectionsNameEveryReason) {
     const Metadata tags = {{"BWF:OriginationDate", "2024-05-03"}, {"INFO:XOWN", "mine"}};
     const struct {
         Assignments wishes;
