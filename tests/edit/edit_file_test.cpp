@@ -58,6 +58,9 @@ class EditsOfFiles : public testing::Test {
 };
 
 TEST_F(EditsOfFiles, StartAgainWhenTheFileIsReplaced) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "nobody replaces a file that is open";
+#endif
     meanwhile = [&] {
         std::filesystem::rename(folder.Write("c.wav", File(otherAudio, Info("IART", "Others"))), name);
     };

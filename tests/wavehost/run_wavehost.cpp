@@ -19,7 +19,8 @@ int Shell(const std::string& command) {
     return std::system(('"' + command + '"').c_str());
 }
 std::string Quoted(const std::string& argument) {
-    return '"' + argument + '"';
+    const size_t end = argument.find_last_not_of('\\') + 1;  // backslashes before a quote count double
+    return '"' + argument + argument.substr(end) + '"';
 }
 #else
 constexpr const char* executable = "/wavehost";

@@ -9,6 +9,7 @@
 #include "wavehost/care/examine.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/os/new_file.h"
 #include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
@@ -96,7 +97,8 @@ void ReadBack(FileReader& old, const std::string& name, const Step& step) {
 }
 
 // The file with the bytes in between, complete and read back before it takes the file's place.
-void InsertInto(const std::string& name, const platform::FileStatus& status, const Step& step) {
+void InsertInto(const std::string& name, const platform::FileStatus& status, const Step& step,
+                std::unique_ptr<FileLock>& lock) {
     OutputFile output(PathOf(name));
     {
         FileReader old(name, {});
@@ -106,18 +108,21 @@ void InsertInto(const std::string& name, const platform::FileStatus& status, con
         WriteCopy(old, copy, step);
         ReadBack(old, copy, step);
     }
-    const auto now = OpenFile(name, {.shareWrite = true});
+    auto now = OpenFile(name, {.shareWrite = true});
     if (!now) throw Failure(WhyNotOpened(name));
     CheckIdentity(status, now->StatusNow());
+    now.reset();
+    if (!openFilesAreReplaced) lock.reset();
     output.TakePlace(TargetLock::held);
 }
 
 }  // namespace
 
-bool ApplySteps(const std::string& file, const platform::FileStatus& status, std::span<const Step> steps) {
+bool ApplySteps(const std::string& file, const platform::FileStatus& status, std::span<const Step> steps,
+                std::unique_ptr<FileLock>& lock) {
     const bool inserts = !steps.empty() && steps.front().kind == Step::Kind::insert;
     if (inserts)
-        InsertInto(file, status, steps.front());
+        InsertInto(file, status, steps.front(), lock);
     else
         WriteInto(file, status, steps);
     return inserts;

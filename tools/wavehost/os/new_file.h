@@ -6,6 +6,13 @@
 
 namespace vantor::wavehost {
 
+// Whether a file can be replaced while somebody, this program included, has it open.
+#if defined(_WIN32)
+inline constexpr bool openFilesAreReplaced = false;
+#else
+inline constexpr bool openFilesAreReplaced = true;
+#endif
+
 // Whether who calls holds the lock of the file whose place is taken already; a second one would wait for it.
 enum class TargetLock { toBeTaken, held };
 
