@@ -40,7 +40,7 @@ class WavehostMeta : public Wavehost {
 TEST_F(WavehostMeta, SetsTheTagsOfManyFilesAndTellsEachFate) {
     const std::string a = Wav("a.wav"), b = Wav("b.wav", InfoChunk("IGNR", "Rain"));
     fs::create_directory(folder.Path("deep"));
-    const std::string c = Wav("deep/c.wav");
+    const std::string c = fs::path(Wav("deep/c.wav")).make_preferred().string();
     const std::string note = folder.Write("note.txt", {'t', 'w', 'o', '\n', 'l', 'i', 'n', 'e', 's', '\n'});
     const HostRun run =
         RunWavehost({"meta", "set", "-r", folder.Path("none.wav"), folder.Path(""), "--set", "GENRE=Rain",

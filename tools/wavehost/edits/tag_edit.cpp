@@ -230,7 +230,8 @@ class Edit {
     EditResult Updated(const Stamp& stamp) {
         if (!SyncFile(path_)) throw Failure("cannot be flushed to the disk");
         const Metadata after = ReadBack(path_);
-        const bool isTouched = StampOf(path_) != stamp;
+        // Where times count whole seconds an edit may leave the same.
+        const bool isTouched = StampOf(path_) != stamp || after != before_.tags;
         EditResult result = Result(isTouched ? Fate::updatedInPlace : Fate::unchanged, after);
         if (isTouched && !KeepTime(path_, stamp))
             result.told.shortfalls.emplace_back("its time was not kept");
