@@ -73,7 +73,8 @@ Repair RepairFile(const std::string& file, const RepairOptions& options, void (*
         if (!repair.mended.empty() && IsSame(*next, repair.mended.back()))
             throw Failure(std::string("keeps its fault: ") + KindOf(next->id).name);
         between();
-        if (ApplySteps(file, look.status, next->steps, lock)) lock = Lock(file);  // of the file that took its place
+        if (ApplySteps(file, look.status, next->steps, lock))
+            lock = Lock(file);  // of the file that took its place
         repair.mended.push_back(std::move(*next));
     }
     throw Failure("has more faults than one repair mends; run it again");
