@@ -59,7 +59,7 @@ same "exports of the DLL" VantorPluginEntry \
 for file in "$dll" zip/bin/wavehost.exe; do
     imported=$(objdump -p "$file" | sed -n 's/.*DLL Name: //p' | tr '[:upper:]' '[:lower:]' | sort -u)
     [ -n "$imported" ] || fail "$file: no imports were read"
-    foreign=$(grep -vE '^(kernel32|msvcrt|user32|gdi32|comctl32|comdlg32|advapi32|shell32|ole32|oleaut32|uxtheme|ws2_32)\.dll$' \
+    foreign=$(grep -vE '^(kernel32|msvcrt|user32|gdi32|comctl32|comdlg32|advapi32|shell32|ole32|oleaut32|bcrypt|gdiplus|uxtheme|ws2_32)\.dll$' \
         <<<"$imported" || true)
     same "foreign libraries of $file" "" "$foreign"
 done
