@@ -27,7 +27,8 @@ build asan
 VANTOR_WAVEHOST="$PWD/build/native/wavehost" ctest --test-dir build/asan --output-on-failure --progress -j "$(nproc)"
 
 echo "== threads"
-build tsan -DVANTOR_TEST_FOLDERS=source
+cmake --preset tsan -DVANTOR_TEST_FOLDERS=source >/dev/null
+cmake --build --preset tsan --target vantor_tests
 build/tsan/vantor_tests --gtest_brief=1 --gtest_filter='-*Faults*:*Killed*' # those fail one operation after another
 
 echo "== Windows, under Wine"
