@@ -40,11 +40,11 @@ int RunCheck(Session& session, const CheckOptions& options) {
 }  // namespace
 
 void AddCheck(CommandLine& line) {
-    auto [command, options] = AddCommand(line, line.app, "check",
+    auto [command, options] = AddCommand(line, line.program, "check",
                                          "What is wrong with files, and whether repair mends it", &RunCheck);
-    AddFiles(*command, options->files);
-    command->add_flag("--audio", options->audio, "Read the sound too: is it silent, is it clipped?");
-    command->add_flag("--json", options->json, "Print one JSON object a line");
+    AddFiles(command, options->files);
+    AddFlag(command, "--audio", options->audio, "Read the sound too: is it silent, is it clipped?");
+    AddFlag(command, "--json", options->json, "Print one JSON object a line");
 }
 
 }  // namespace vantor::wavehost

@@ -28,13 +28,12 @@ std::string FateText(Fate fate, const EditWays& ways) {
 
 }  // namespace
 
-void AddEditWays(CLI::App& command, EditWays& ways) {
-    command.add_flag("--dry-run", ways.dryRun, "Print what would change; write nothing");
-    command.add_flag("--preserve-time", ways.preserveTime, "Keep the time of the file's last change");
-    command.add_flag(
-        "--force", ways.force,
-        "Write unknown keys and values that their fields cannot hold, and replace files that are\n"
-        "write-protected or have other names (hard links)");
+void AddEditWays(Command& command, EditWays& ways) {
+    AddFlag(command, "--dry-run", ways.dryRun, "Print what would change; write nothing");
+    AddFlag(command, "--preserve-time", ways.preserveTime, "Keep the time of the file's last change");
+    AddFlag(command, "--force", ways.force,
+            "Write unknown keys and values that their fields cannot hold, and replace files that are\n"
+            "write-protected or have other names (hard links)");
 }
 
 int EditFile(const Session& session, const Module& module, const std::string& file, const WishesOf& wishesOf,

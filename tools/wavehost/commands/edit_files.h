@@ -7,7 +7,7 @@
 namespace vantor::wavehost {
 
 // --dry-run, --preserve-time and --force.
-void AddEditWays(CLI::App& command, EditWays& ways);
+void AddEditWays(Command& command, EditWays& ways);
 // Prints what became of the keys, and on standard error what else changed and what fell short. A file that
 // was not touched is left out unless `tellsUnchanged`. Returns the exit status.
 int TellEdit(const Session& session, const std::string& file, const EditResult& result, const EditWays& ways,

@@ -76,13 +76,12 @@ int RunHash(Session& session, const HashOptions& options) {
 }  // namespace
 
 void AddHash(CommandLine& line) {
-    auto [command, options] =
-        AddCommand(line, line.app, "hash", "MD5 of the sound alone, which no edit of tags changes", &RunHash);
-    CLI::Option* files = AddFiles(*command, options->files);
-    command->add_flag("--sha256", options->sha256, "SHA-256 in place of MD5");
-    files->required(false);
-    files->excludes(
-        command->add_option("--verify", options->list, "Compare the files of such a list with it"));
+    auto [command, options] = AddCommand(line, line.program, "hash",
+                                         "MD5 of the sound alone, which no edit of tags changes", &RunHash);
+    AddFiles(command, options->files, filesHelp, {});
+    AddFlag(command, "--sha256", options->sha256, "SHA-256 in place of MD5");
+    AddOption(command, "--verify", &options->list, "Compare the files of such a list with it",
+              {.excludes = "FILE"});
 }
 
 }  // namespace vantor::wavehost

@@ -58,10 +58,10 @@ int RunInfo(Session& session, const InfoOptions& options) {
 
 void AddInfo(CommandLine& line) {
     auto [command, options] =
-        AddCommand(line, line.app, "info", "Format, length, tags, markers and slices", &RunInfo);
-    AddFiles(*command, options->files);
-    command->add_flag("--json", options->json, jsonHelp);
-    command->add_flag("--stats", options->stats, "Report what was read from the disk");
+        AddCommand(line, line.program, "info", "Format, length, tags, markers and slices", &RunInfo);
+    AddFiles(command, options->files);
+    AddFlag(command, "--json", options->json, jsonHelp);
+    AddFlag(command, "--stats", options->stats, "Report what was read from the disk");
 }
 
 }  // namespace vantor::wavehost

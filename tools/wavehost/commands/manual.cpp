@@ -1,5 +1,6 @@
 #include "wavehost/commands/manual.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <map>
 

@@ -1,9 +1,10 @@
 // The manual page and the shells' completions, from what the command line itself knows of its commands.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
+
+#include "wavehost/commands/command_line.h"
 
 namespace vantor::wavehost {
 
@@ -25,7 +26,7 @@ struct CommandFacts {
 };
 
 // Hidden commands and options are left out.
-CommandFacts FactsOf(const CLI::App& app, const std::string& path);
+CommandFacts FactsOf(const Command& app, const std::string& path);
 // The last word of the path.
 std::string NameOf(const CommandFacts& command);
 
@@ -36,6 +37,6 @@ std::string ZshCompletion(const CommandFacts& program);
 std::string FishCompletion(const CommandFacts& program);
 
 // --manual FORM, which stands in no help: prints one of the above and ends the program.
-void AddManual(CLI::App& app);
+void AddManual(Command& app);
 
 }  // namespace vantor::wavehost

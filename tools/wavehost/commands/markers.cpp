@@ -39,10 +39,12 @@ int RunMarkers(Session& session, const MarkersOptions& options) {
 }  // namespace
 
 void AddMarkers(CommandLine& line) {
-    auto [command, options] = AddCommand(line, line.app, "markers", "Cue points and regions", &RunMarkers);
-    AddFiles(*command, options->files);
-    CLI::Option* json = command->add_flag("--json", options->json, jsonHelp);
-    command->add_flag("--csv", options->csv, "Print comma-separated values, a line a marker")->excludes(json);
+    auto [command, options] =
+        AddCommand(line, line.program, "markers", "Cue points and regions", &RunMarkers);
+    AddFiles(command, options->files);
+    AddFlag(command, "--json", options->json, jsonHelp);
+    AddFlag(command, "--csv", options->csv, "Print comma-separated values, a line a marker",
+            {.excludes = "--json"});
 }
 
 }  // namespace vantor::wavehost

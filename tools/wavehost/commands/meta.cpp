@@ -9,16 +9,15 @@ std::string CheckDocumentKind(const std::string& name) {
 }
 
 void AddMeta(CommandLine& line) {
-    CLI::App* meta = line.app.add_subcommand("meta", "Read and write metadata");
-    meta->require_subcommand(1);
-    AddMetaList(line, *meta);
-    AddMetaGet(line, *meta);
-    AddMetaSet(line, *meta);
-    AddMetaCopy(line, *meta);
-    AddMetaExport(line, *meta);
-    AddMetaImport(line, *meta);
-    AddMetaExtract(line, *meta);
-    AddMetaEmbed(line, *meta);
+    Command& meta = AddGroup(line.program, "meta", "Read and write metadata");
+    AddMetaList(line, meta);
+    AddMetaGet(line, meta);
+    AddMetaSet(line, meta);
+    AddMetaCopy(line, meta);
+    AddMetaExport(line, meta);
+    AddMetaImport(line, meta);
+    AddMetaExtract(line, meta);
+    AddMetaEmbed(line, meta);
 }
 
 }  // namespace vantor::wavehost

@@ -12,13 +12,13 @@ inline constexpr const char* chunkHelp = "iXML, axml, XMP or picture";
 // The check of such an option.
 std::string CheckDocumentKind(const std::string& name);
 
-void AddMetaList(CommandLine& line, CLI::App& meta);
-void AddMetaGet(CommandLine& line, CLI::App& meta);
-void AddMetaSet(CommandLine& line, CLI::App& meta);
-void AddMetaCopy(CommandLine& line, CLI::App& meta);
-void AddMetaExport(CommandLine& line, CLI::App& meta);
-void AddMetaImport(CommandLine& line, CLI::App& meta);
-void AddMetaExtract(CommandLine& line, CLI::App& meta);
-void AddMetaEmbed(CommandLine& line, CLI::App& meta);
+void AddMetaList(CommandLine& line, Command& meta);
+void AddMetaGet(CommandLine& line, Command& meta);
+void AddMetaSet(CommandLine& line, Command& meta);
+void AddMetaCopy(CommandLine& line, Command& meta);
+void AddMetaExport(CommandLine& line, Command& meta);
+void AddMetaImport(CommandLine& line, Command& meta);
+void AddMetaExtract(CommandLine& line, Command& meta);
+void AddMetaEmbed(CommandLine& line, Command& meta);
 
 }  // namespace vantor::wavehost

@@ -68,14 +68,13 @@ int RunMetaCopy(Session& session, const MetaCopyOptions& options) {
 
 }  // namespace
 
-void AddMetaCopy(CommandLine& line, CLI::App& meta) {
+void AddMetaCopy(CommandLine& line, Command& meta) {
     auto [command, options] =
         AddCommand(line, meta, "copy", "The tags of one file into others", &RunMetaCopy);
-    AddFiles(*command, options->files)
-        ->description("The file to copy from, then those that take its tags")
-        ->expected(2, CLI::detail::expected_max_vector_size);
-    command->add_option("--keys", options->keys, keysHelp)->delimiter(',')->allow_extra_args(false);
-    AddEditWays(*command, options->ways);
+    AddFiles(command, options->files, "The file to copy from, then those that take its tags",
+             {.required = true, .leastItems = 2});
+    AddOption(command, "--keys", &options->keys, keysHelp, {.delimiter = ','});
+    AddEditWays(command, options->ways);
 }
 
 }  // namespace vantor::wavehost

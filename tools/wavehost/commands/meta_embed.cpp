@@ -29,13 +29,14 @@ int RunMetaEmbed(Session& session, const MetaEmbedOptions& options) {
 
 }  // namespace
 
-void AddMetaEmbed(CommandLine& line, CLI::App& meta) {
+void AddMetaEmbed(CommandLine& line, Command& meta) {
     auto [command, options] =
         AddCommand(line, meta, "embed", "Puts a document into the file as it stands", &RunMetaEmbed);
-    command->add_option("FILE", options->file, fileHelp)->required();
-    command->add_option("CHUNK", options->chunk, chunkHelp)->required()->check(CheckDocumentKind);
-    command->add_option("IN", options->input, "The document; - is standard input")->required();
-    AddEditWays(*command, options->ways);
+    AddOption(command, "FILE", &options->file, fileHelp, {.required = true});
+    AddOption(command, "CHUNK", &options->chunk, chunkHelp,
+              {.required = true, .objection = CheckDocumentKind});
+    AddOption(command, "IN", &options->input, "The document; - is standard input", {.required = true});
+    AddEditWays(command, options->ways);
 }
 
 }  // namespace vantor::wavehost

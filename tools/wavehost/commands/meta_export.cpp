@@ -163,16 +163,16 @@ int RunMetaExport(Session& session, const MetaExportOptions& options) {
 
 }  // namespace
 
-void AddMetaExport(CommandLine& line, CLI::App& meta) {
+void AddMetaExport(CommandLine& line, Command& meta) {
     auto [command, options] =
         AddCommand(line, meta, "export", "A table of files and their tags", &RunMetaExport);
-    AddFiles(*command, options->files);
-    command->add_flag("--csv", options->csv, "Comma-separated values, one row a file (the default)");
-    command->add_flag("--json", options->json, "JSON, one object a file")->excludes("--csv");
-    command->add_option("--keys", options->keys, keysHelp)->delimiter(',')->allow_extra_args(false);
-    command->add_option("-o,--output", options->output, "The table to write; - is standard output");
-    command->add_flag("--bom", options->mark,
-                      "Begin with a byte-order mark, by which some spreadsheets know UTF-8");
+    AddFiles(command, options->files);
+    AddFlag(command, "--csv", options->csv, "Comma-separated values, one row a file (the default)");
+    AddFlag(command, "--json", options->json, "JSON, one object a file", {.excludes = "--csv"});
+    AddOption(command, "--keys", &options->keys, keysHelp, {.delimiter = ','});
+    AddOption(command, "-o,--output", &options->output, "The table to write; - is standard output");
+    AddFlag(command, "--bom", options->mark,
+            "Begin with a byte-order mark, by which some spreadsheets know UTF-8");
 }
 
 }  // namespace vantor::wavehost

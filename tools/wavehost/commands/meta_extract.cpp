@@ -27,13 +27,14 @@ int RunMetaExtract(Session& session, const MetaExtractOptions& options) {
 
 }  // namespace
 
-void AddMetaExtract(CommandLine& line, CLI::App& meta) {
+void AddMetaExtract(CommandLine& line, Command& meta) {
     auto [command, options] =
         AddCommand(line, meta, "extract", "A document or picture as it stands in the file", &RunMetaExtract);
-    command->add_option("FILE", options->file, fileHelp)->required();
-    command->add_option("CHUNK", options->chunk, chunkHelp)->required()->check(CheckDocumentKind);
-    command->add_option("-o,--output", options->output,
-                        "The file to write; - is standard output (the default)");
+    AddOption(command, "FILE", &options->file, fileHelp, {.required = true});
+    AddOption(command, "CHUNK", &options->chunk, chunkHelp,
+              {.required = true, .objection = CheckDocumentKind});
+    AddOption(command, "-o,--output", &options->output,
+              "The file to write; - is standard output (the default)");
 }
 
 }  // namespace vantor::wavehost

@@ -58,15 +58,13 @@ int RunMetaGet(Session& session, const MetaGetOptions& options) {
 
 }  // namespace
 
-void AddMetaGet(CommandLine& line, CLI::App& meta) {
+void AddMetaGet(CommandLine& line, Command& meta) {
     auto [command, options] = AddCommand(line, meta, "get", "The values of some keys", &RunMetaGet);
-    AddFiles(*command, options->files)
-        ->description("With --key, audio files and folders of them; without, a file and a key");
-    command
-        ->add_option("--key", options->keys,
-                     "A common field (TITLE) or a scheme key (INFO:INAM); file, key and value are printed")
-        ->allow_extra_args(false);
-    command->add_flag("--json", options->json, jsonHelp);
+    AddFiles(command, options->files,
+             "With --key, audio files and folders of them; without, a file and a key");
+    AddOption(command, "--key", &options->keys,
+              "A common field (TITLE) or a scheme key (INFO:INAM); file, key and value are printed");
+    AddFlag(command, "--json", options->json, jsonHelp);
 }
 
 }  // namespace vantor::wavehost

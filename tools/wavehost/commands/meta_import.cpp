@@ -56,11 +56,12 @@ int RunMetaImport(Session& session, const MetaImportOptions& options) {
 
 }  // namespace
 
-void AddMetaImport(CommandLine& line, CLI::App& meta) {
+void AddMetaImport(CommandLine& line, Command& meta) {
     auto [command, options] =
         AddCommand(line, meta, "import", "Write a table's cells that differ into its files", &RunMetaImport);
-    command->add_option("TABLE", options->table, "What 'meta export' wrote; - is standard input")->required();
-    AddEditWays(*command, options->ways);
+    AddOption(command, "TABLE", &options->table, "What 'meta export' wrote; - is standard input",
+              {.required = true});
+    AddEditWays(command, options->ways);
 }
 
 }  // namespace vantor::wavehost

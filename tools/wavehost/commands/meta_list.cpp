@@ -35,10 +35,10 @@ int RunMetaList(Session& session, const MetaListOptions& options) {
 
 }  // namespace
 
-void AddMetaList(CommandLine& line, CLI::App& meta) {
+void AddMetaList(CommandLine& line, Command& meta) {
     auto [command, options] = AddCommand(line, meta, "list", "Every key and value", &RunMetaList);
-    AddFiles(*command, options->files);
-    command->add_flag("--json", options->json, jsonHelp);
+    AddFiles(command, options->files);
+    AddFlag(command, "--json", options->json, jsonHelp);
 }
 
 }  // namespace vantor::wavehost

@@ -112,31 +112,26 @@ int RunMetaSet(Session& session, const MetaSetOptions& options) {
 
 }  // namespace
 
-void AddMetaSet(CommandLine& line, CLI::App& meta) {
+void AddMetaSet(CommandLine& line, Command& meta) {
     auto [command, options] = AddCommand(line, meta, "set", "Write metadata into files", &RunMetaSet);
-    AddFiles(*command, options->files)
-        ->description(
-            "Audio files, and folders of them; - reads names from standard input, one a line. Of one\n"
-            "file, KEY=VALUE may follow without --set");
-    command
-        ->add_option(
-            "--set", options->set,
-            "KEY=VALUE; a common field (TITLE, ARTIST, ALBUM, TRACKNUMBER, YEAR, GENRE, COMMENT,\n"
-            "DESC, BPM, KEY) or a scheme key (INFO:INAM, BWF:Description); an empty value removes it")
-        ->allow_extra_args(false);
-    command->add_option("--from-file", options->fromFile, "KEY=PATH: the value is what the file holds")
-        ->allow_extra_args(false);
-    command->add_option("--position", options->position,
-                        "Place on the timeline: samples, SECONDSs, HH:MM:SS.mmm or HH:MM:SS:FF");
-    command->add_option("--fps", options->framesPerSecond,
-                        "Frames a second of HH:MM:SS:FF: 23.976, 24, 25, 29.97, 29.97df, 30, 30df ...; by\n"
-                        "default those that the file's iXML names");
-    command->add_option("--output", options->ways.output,
-                        "Write the complete file to this name and leave FILE alone");
-    command->add_flag("--replace-all", options->ways.replaceAll, "Drop all metadata that is not given here");
-    command->add_flag("--rebuild", options->ways.rebuild,
-                      "Build the chunks anew from their keys; what has no key goes");
-    AddEditWays(*command, options->ways);
+    AddFiles(command, options->files,
+             "Audio files, and folders of them; - reads names from standard input, one a line. Of one\n"
+             "file, KEY=VALUE may follow without --set");
+    AddOption(command, "--set", &options->set,
+              "KEY=VALUE; a common field (TITLE, ARTIST, ALBUM, TRACKNUMBER, YEAR, GENRE, COMMENT,\n"
+              "DESC, BPM, KEY) or a scheme key (INFO:INAM, BWF:Description); an empty value removes it");
+    AddOption(command, "--from-file", &options->fromFile, "KEY=PATH: the value is what the file holds");
+    AddOption(command, "--position", &options->position,
+              "Place on the timeline: samples, SECONDSs, HH:MM:SS.mmm or HH:MM:SS:FF");
+    AddOption(command, "--fps", &options->framesPerSecond,
+              "Frames a second of HH:MM:SS:FF: 23.976, 24, 25, 29.97, 29.97df, 30, 30df ...; by\n"
+              "default those that the file's iXML names");
+    AddOption(command, "--output", &options->ways.output,
+              "Write the complete file to this name and leave FILE alone");
+    AddFlag(command, "--replace-all", options->ways.replaceAll, "Drop all metadata that is not given here");
+    AddFlag(command, "--rebuild", options->ways.rebuild,
+            "Build the chunks anew from their keys; what has no key goes");
+    AddEditWays(command, options->ways);
 }
 
 }  // namespace vantor::wavehost

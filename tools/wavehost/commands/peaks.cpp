@@ -111,17 +111,17 @@ int RunPeaks(Session& session, const PeaksOptions& options) {
 
 void AddPeaks(CommandLine& line) {
     auto [command, options] =
-        AddCommand(line, line.app, "peaks", "Draw the waveform as a PNG picture", &RunPeaks);
-    command->add_option("FILE", options->file, fileHelp)->required();
-    command->add_option("--png", options->png, "The picture to write; - is standard output")->required();
-    command->add_option("--width", options->width, "Pixels")->check(CLI::Range(smallestWidth, largestSide));
-    command
-        ->add_option("--height", options->height, "Pixels; by default as many as every channel and name need")
-        ->check(CLI::Range(smallestHeight, largestSide));
-    command->add_option("--start", options->startSeconds, "Seconds into the file")
-        ->check(Between(0, mostSeconds));
-    command->add_option("--length", options->lengthSeconds, "Seconds to draw")
-        ->check(Between(1e-6, mostSeconds));
+        AddCommand(line, line.program, "peaks", "Draw the waveform as a PNG picture", &RunPeaks);
+    AddOption(command, "FILE", &options->file, fileHelp, {.required = true});
+    AddOption(command, "--png", &options->png, "The picture to write; - is standard output",
+              {.required = true});
+    AddOption(command, "--width", &options->width, "Pixels", {.within = Bounds{smallestWidth, largestSide}});
+    AddOption(command, "--height", &options->height,
+              "Pixels; by default as many as every channel and name need",
+              {.within = Bounds{smallestHeight, largestSide}});
+    AddOption(command, "--start", &options->startSeconds, "Seconds into the file", {.within = anyTime});
+    AddOption(command, "--length", &options->lengthSeconds, "Seconds to draw",
+              {.within = Bounds{1e-6, anyTime.most}});
 }
 
 }  // namespace vantor::wavehost

@@ -26,9 +26,9 @@ int RunProperties(Session& session, const PropertiesOptions& options) {
 
 void AddProperties(CommandLine& line) {
     auto [command, options] =
-        AddCommand(line, line.app, "properties", "Show a window with all that is known of a file (Windows)",
-                   &RunProperties);
-    command->add_option("FILE", options->file, fileHelp)->required();
+        AddCommand(line, line.program, "properties",
+                   "Show a window with all that is known of a file (Windows)", &RunProperties);
+    AddOption(command, "FILE", &options->file, fileHelp, {.required = true});
 }
 
 }  // namespace vantor::wavehost

@@ -113,15 +113,14 @@ std::string CheckPattern(const std::string& text) {
 }  // namespace
 
 void AddRename(CommandLine& line) {
-    auto [command, options] = AddCommand(line, line.app, "rename", "Name files by their tags", &RunRename);
-    AddFiles(*command, options->files);
-    command
-        ->add_option("--pattern", options->pattern,
-                     "The name without its extension: {KEY} stands for a tag (TITLE, IXML:SCENE), {name} for "
-                     "the old name, {position} for the place on the timeline")
-        ->required()
-        ->check(CheckPattern);
-    command->add_flag("--dry-run", options->dryRun, "Print the new names; rename nothing");
+    auto [command, options] =
+        AddCommand(line, line.program, "rename", "Name files by their tags", &RunRename);
+    AddFiles(command, options->files);
+    AddOption(command, "--pattern", &options->pattern,
+              "The name without its extension: {KEY} stands for a tag (TITLE, IXML:SCENE), {name} for "
+              "the old name, {position} for the place on the timeline",
+              {.required = true, .objection = CheckPattern});
+    AddFlag(command, "--dry-run", options->dryRun, "Print the new names; rename nothing");
 }
 
 }  // namespace vantor::wavehost

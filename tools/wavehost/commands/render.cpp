@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <map>
 
 #include "wavehost/commands/command_line.h"
 #include "wavehost/edits/carried_tags.h"
@@ -29,7 +30,7 @@ struct RenderOptions {
     std::optional<double> sampleRate;
     std::optional<int32_t> channels;
     std::optional<int32_t> blockFrames;
-    SampleFormat format = SampleFormat::f64;
+    std::string format = "f64";
     bool raw = false;
     bool tags = false;
     bool stats = false;
@@ -120,8 +121,8 @@ int CarryTags(Session& session, PCM_source& source, const RenderOptions& options
     for (const std::string& key : tags.leftOut)
         ReportNote(session.quiet, options.file,
                    key + " is not carried; 'meta extract' and 'meta embed' copy it");
-    const Assignments wishes =
-        TagsOfStretch(source, tags, plan.startSeconds, plan.sampleRate, 8 * BytesPerSample(options.format));
+    const Assignments wishes = TagsOfStretch(source, tags, plan.startSeconds, plan.sampleRate,
+                                             8 * BytesPerSample(sampleFormats.at(options.format)));
     if (wishes.empty()) return exitDone;
     EditWays ways;
     ways.trustsValues = true;
@@ -139,7 +140,7 @@ int Render(Session& session, const RenderOptions& options) {
     if (options.output != "-" && IsSameFile(PathOf(options.file), PathOf(options.output)))
         throw Failure("cannot be rendered onto itself");
     const Plan plan = MakePlan(*source.Get(), options);
-    const WavLayout layout{options.format, plan.channels, plan.sampleRate, options.raw};
+    const WavLayout layout{sampleFormats.at(options.format), plan.channels, plan.sampleRate, options.raw};
     int64_t came = 0;
     bool isWritten = false;
     const auto started = std::chrono::steady_clock::now();
@@ -178,26 +179,25 @@ int RunRender(Session& session, const RenderOptions& options) {
 }  // namespace
 
 void AddRender(CommandLine& line) {
-    auto [command, options] =
-        AddCommand(line, line.app, "render", "Play a file into a WAV file or into bare samples", &RunRender);
-    command->add_option("FILE", options->file, fileHelp)->required();
-    command->add_option("-o,--output", options->output, "The file to write; - is standard output")
-        ->required();
-    command->add_option("--start", options->startSeconds, "Seconds into the file")
-        ->check(Between(0, mostSeconds));
-    command->add_option("--length", options->lengthSeconds, "Seconds to play; all that is left by default")
-        ->check(Between(0, mostSeconds));
-    command->add_option("--rate", options->sampleRate, "Sample rate in Hz; the file's own by default")
-        ->check(Between(1, 4294967295.0));
-    command->add_option("--channels", options->channels, "Channels; the file's own by default")
-        ->check(CLI::Range(1, 65535));
-    command->add_option("--block", options->blockFrames, "Frames asked for at a time")
-        ->check(CLI::Range(1, 1 << 24));
-    command->add_option("--format", options->format, "Samples: f64 (exact, the default), f32, s24 or s16")
-        ->transform(CLI::CheckedTransformer(sampleFormats));
-    CLI::Option* raw = command->add_flag("--raw", options->raw, "Samples without a header");
-    command->add_flag("--tags", options->tags, "Carry the file's tags over")->excludes(raw);
-    command->add_flag("--stats", options->stats, "Report what was read from the disk");
+    auto [command, options] = AddCommand(line, line.program, "render",
+                                         "Play a file into a WAV file or into bare samples", &RunRender);
+    AddOption(command, "FILE", &options->file, fileHelp, {.required = true});
+    AddOption(command, "-o,--output", &options->output, "The file to write; - is standard output",
+              {.required = true});
+    AddOption(command, "--start", &options->startSeconds, "Seconds into the file", {.within = anyTime});
+    AddOption(command, "--length", &options->lengthSeconds, "Seconds to play; all that is left by default",
+              {.within = anyTime});
+    AddOption(command, "--rate", &options->sampleRate, "Sample rate in Hz; the file's own by default",
+              {.within = Bounds{1, 4294967295.0}});
+    AddOption(command, "--channels", &options->channels, "Channels; the file's own by default",
+              {.within = Bounds{1, 65535}});
+    AddOption(command, "--block", &options->blockFrames, "Frames asked for at a time",
+              {.within = Bounds{1, 1 << 24}});
+    AddOption(command, "--format", &options->format, "Samples: f64 (exact, the default), f32, s24 or s16",
+              {.choices = {"f64", "f32", "s24", "s16"}});
+    AddFlag(command, "--raw", options->raw, "Samples without a header");
+    AddFlag(command, "--tags", options->tags, "Carry the file's tags over", {.excludes = "--raw"});
+    AddFlag(command, "--stats", options->stats, "Report what was read from the disk");
 }
 
 }  // namespace vantor::wavehost

@@ -64,11 +64,11 @@ int RunRepair(Session& session, const RepairCommandOptions& options) {
 
 void AddRepair(CommandLine& line) {
     auto [command, options] = AddCommand(
-        line, line.app, "repair", "Mend what check finds; no byte of the sound is changed", &RunRepair);
-    AddFiles(*command, options->files);
-    command->add_flag("--dry-run", options->dryRun, "Print what would be mended; write nothing");
-    command->add_flag("--force", options->force,
-                      "Mend also what is likely but not told by the file alone, and write-protected files");
+        line, line.program, "repair", "Mend what check finds; no byte of the sound is changed", &RunRepair);
+    AddFiles(command, options->files);
+    AddFlag(command, "--dry-run", options->dryRun, "Print what would be mended; write nothing");
+    AddFlag(command, "--force", options->force,
+            "Mend also what is likely but not told by the file alone, and write-protected files");
 }
 
 }  // namespace vantor::wavehost

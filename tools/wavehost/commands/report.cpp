@@ -78,15 +78,13 @@ int RunReport(Session& session, const ReportOptions& options) {
 
 void AddReport(CommandLine& line) {
     auto [command, options] =
-        AddCommand(line, line.app, "report", "A sound report of a folder as one page", &RunReport);
-    command->add_option("DIR", options->folder, "A folder; all audio files below it")->required();
-    command->add_option("-o,--output", options->output, "The page to write; - is standard output");
-    command
-        ->add_option("--set", options->additions,
-                     "NAME=VALUE for the head of the report: Location, Sound mixer, Notes ...")
-        ->check(CheckAddition)
-        ->allow_extra_args(false);
-    command->add_flag("--csv", options->csv, "The takes as comma-separated values");
+        AddCommand(line, line.program, "report", "A sound report of a folder as one page", &RunReport);
+    AddOption(command, "DIR", &options->folder, "A folder; all audio files below it", {.required = true});
+    AddOption(command, "-o,--output", &options->output, "The page to write; - is standard output");
+    AddOption(command, "--set", &options->additions,
+              "NAME=VALUE for the head of the report: Location, Sound mixer, Notes ...",
+              {.objection = CheckAddition});
+    AddFlag(command, "--csv", options->csv, "The takes as comma-separated values");
 }
 
 }  // namespace vantor::wavehost

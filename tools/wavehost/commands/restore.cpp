@@ -71,9 +71,9 @@ int RunRestore(Session& session, const RestoreOptions& options) {
 
 void AddRestore(CommandLine& line) {
     auto [command, options] =
-        AddCommand(line, line.app, "restore", "Make a source from saved lines and show it", &RunRestore);
-    command->add_option("STATEFILE", options->stateFile, "A file that 'state' wrote")->required();
-    command->add_flag("--json", options->json, jsonHelp);
+        AddCommand(line, line.program, "restore", "Make a source from saved lines and show it", &RunRestore);
+    AddOption(command, "STATEFILE", &options->stateFile, "A file that 'state' wrote", {.required = true});
+    AddFlag(command, "--json", options->json, jsonHelp);
 }
 
 }  // namespace vantor::wavehost

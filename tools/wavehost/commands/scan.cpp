@@ -89,9 +89,9 @@ int RunScan(Session& session, const ScanOptions& options) {
 
 void AddScan(CommandLine& line) {
     auto [command, options] =
-        AddCommand(line, line.app, "scan", "Metadata of every audio file below a folder", &RunScan);
-    command->add_option("DIR", options->folder, "A folder")->required();
-    command->add_flag("--json", options->json, "Print one JSON object a line");
+        AddCommand(line, line.program, "scan", "Metadata of every audio file below a folder", &RunScan);
+    AddOption(command, "DIR", &options->folder, "A folder", {.required = true});
+    AddFlag(command, "--json", options->json, "Print one JSON object a line");
 }
 
 }  // namespace vantor::wavehost

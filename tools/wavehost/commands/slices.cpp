@@ -40,10 +40,11 @@ int RunSlices(Session& session, const SlicesOptions& options) {
 
 void AddSlices(CommandLine& line) {
     auto [command, options] =
-        AddCommand(line, line.app, "slices", "Slice positions in seconds and beats", &RunSlices);
-    AddFiles(*command, options->files);
-    CLI::Option* json = command->add_flag("--json", options->json, jsonHelp);
-    command->add_flag("--csv", options->csv, "Print comma-separated values, a line a slice")->excludes(json);
+        AddCommand(line, line.program, "slices", "Slice positions in seconds and beats", &RunSlices);
+    AddFiles(command, options->files);
+    AddFlag(command, "--json", options->json, jsonHelp);
+    AddFlag(command, "--csv", options->csv, "Print comma-separated values, a line a slice",
+            {.excludes = "--json"});
 }
 
 }  // namespace vantor::wavehost

@@ -49,13 +49,12 @@ int RunState(Session& session, const StateOptions& options) {
 
 void AddState(CommandLine& line) {
     auto [command, options] =
-        AddCommand(line, line.app, "state", "The lines that a project keeps of a source", &RunState);
-    command->add_option("FILE", options->file, fileHelp)->required();
-    command->add_option("--slice", options->slice, "One slice of the file")->check(CLI::NonNegativeNumber);
-    command->add_option(
-        "-o,--output", options->output,
-        "Write them to this file, with names relative to its folder; on standard output (-) names "
-        "are absolute");
+        AddCommand(line, line.program, "state", "The lines that a project keeps of a source", &RunState);
+    AddOption(command, "FILE", &options->file, fileHelp, {.required = true});
+    AddOption(command, "--slice", &options->slice, "One slice of the file", {.within = Bounds{0, INT32_MAX}});
+    AddOption(command, "-o,--output", &options->output,
+              "Write them to this file, with names relative to its folder; on standard output (-) names "
+              "are absolute");
 }
 
 }  // namespace vantor::wavehost
