@@ -104,23 +104,6 @@ struct Signed32Big {
     VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) { return Swap32(Load256(stored)); }
 };
 
-// In units of 1/8192 the values are integers (see ulaw_table.h): 64 less two a place, halved from segment to
-// segment, less 34; the complement of that in the negative half.
-struct Ulaw {
-    static constexpr auto form = StoredForm::ulaw;
-    static constexpr int bytes = 1;
-    static constexpr double scale = 1.0 / 8192;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) {
-        const __m256i codes = _mm256_cvtepi8_epi32(Load64(stored));
-        const __m256i places = _mm256_and_si256(codes, _mm256_set1_epi32(15));
-        const __m256i segments = _mm256_and_si256(_mm256_srli_epi32(codes, 4), _mm256_set1_epi32(7));
-        const __m256i top = _mm256_slli_epi32(_mm256_sub_epi32(_mm256_set1_epi32(32), places), 8);
-        const __m256i magnitude = _mm256_sub_epi32(_mm256_srlv_epi32(top, segments), _mm256_set1_epi32(34));
-        const __m256i isNegative = _mm256_cmpgt_epi32(codes, _mm256_set1_epi32(-1));
-        return _mm256_xor_si256(magnitude, isNegative);
-    }
-};
-
 template <typename Stored>
 VANTOR_AVX2 void ConvertIntegers(const uint8_t* stored, double* samples, int64_t count) {
     const __m256d scale = _mm256_set1_pd(Stored::scale);
@@ -166,6 +149,37 @@ VANTOR_AVX2 void ConvertFloat64Big(const uint8_t* stored, double* samples, int64
     PlainKernels()[StoredForm::float64Big](stored + 8 * i, samples + i, count - i);
 }
 
+// A u-law code is a small float: 34/8192 above a magnitude (see ulaw_table.h) lies the double whose upper two
+// bytes, sign, exponent and the first four digits, are made of the code by the byte; the negative half lies
+// 1/8192 lower.
+VANTOR_AVX2 void ConvertUlaw(const uint8_t* stored, double* samples, int64_t count) {
+    const __m256i codeBits = _mm256_set1_epi8(127);
+    const __m256i firstFour = _mm256_setr_epi8(-1, -1, -1, -1, -1, -1, 0, 1, -1, -1, -1, -1, -1, -1, 2, 3,  //
+                                               -1, -1, -1, -1, -1, -1, 4, 5, -1, -1, -1, -1, -1, -1, 6, 7);
+    const __m256i lastFour =
+        _mm256_setr_epi8(-1, -1, -1, -1, -1, -1, 8, 9, -1, -1, -1, -1, -1, -1, 10, 11,  //
+                         -1, -1, -1, -1, -1, -1, 12, 13, -1, -1, -1, -1, -1, -1, 14, 15);
+    const auto store = [](__m256i words, __m256i order, double* to) VANTOR_AVX2 {
+        const __m256d raised = _mm256_castsi256_pd(_mm256_shuffle_epi8(words, order));
+        const __m256d fall =
+            _mm256_blendv_pd(_mm256_set1_pd(-34.0 / 8192), _mm256_set1_pd(33.0 / 8192), raised);
+        _mm256_storeu_pd(to, _mm256_add_pd(raised, fall));
+    };
+    int64_t i = 0;
+    for (; i + 16 <= count; i += 16) {
+        const __m256i codes = _mm256_broadcastsi128_si256(Load128(stored + i));
+        const __m256i low = _mm256_sub_epi8(_mm256_set1_epi8(-16), _mm256_and_si256(codes, codeBits));
+        const __m256i high = _mm256_xor_si256(_mm256_or_si256(codes, codeBits), _mm256_set1_epi8(-64));
+        const __m256i firstEight = _mm256_unpacklo_epi8(low, high);
+        const __m256i lastEight = _mm256_unpackhi_epi8(low, high);
+        store(firstEight, firstFour, samples + i);
+        store(firstEight, lastFour, samples + i + 4);
+        store(lastEight, firstFour, samples + i + 8);
+        store(lastEight, lastFour, samples + i + 12);
+    }
+    PlainKernels()[StoredForm::ulaw](stored + i, samples + i, count - i);
+}
+
 template <typename... Stored>
 KernelTable TableOf() {
     KernelTable table = PlainKernels();
@@ -173,6 +187,7 @@ KernelTable TableOf() {
     table[StoredForm::float32Little] = WithExactDenormals<ConvertFloat32Little>;
     table[StoredForm::float32Big] = WithExactDenormals<ConvertFloat32Big>;
     table[StoredForm::float64Big] = ConvertFloat64Big;
+    table[StoredForm::ulaw] = ConvertUlaw;
     return table;
 }
 
@@ -180,7 +195,7 @@ KernelTable TableOf() {
 
 const KernelTable& Avx2Kernels() {
     static const KernelTable table = TableOf<Unsigned8, Signed8, Signed16Little, Signed16Big, Signed24Little,
-                                             Signed24Big, Signed32Little, Signed32Big, Ulaw>();
+                                             Signed24Big, Signed32Little, Signed32Big>();
     return table;
 }
 

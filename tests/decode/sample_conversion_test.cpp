@@ -111,10 +111,14 @@ class DenormalsAreZero {
 };
 
 TEST(SampleConversion, EveryInstructionSetAndThreadGivesTheSameBits) {
-    // Noise, and singles among which are signalling NaNs, infinities and denormals of either byte order.
+    // Singles among which are signalling NaNs, infinities and denormals of either byte order; every code;
+    // noise.
     Bytes stored = ByteWriter().Le32(0x7F800001).Le32(0xFFA12345).Be32(0x7F800001).Be32(0x7FC00001);
     stored = ByteWriter().Add(stored).Le32(0x7F800000).Be32(0xFF800000).Le32(1).Be32(1).Le32(0x807FFFFF);
-    stored = ByteWriter().Add(stored).Be32(0x807FFFFF).Le32(0x80000000).Add(Noise(8192));
+    stored = ByteWriter().Add(stored).Be32(0x807FFFFF).Le32(0x80000000);
+    for (int code = 0; code < 256; ++code)
+        stored.push_back(static_cast<uint8_t>(code));
+    stored = ByteWriter().Add(stored).Add(Noise(8192));
     for (size_t i = 0; i < storedForms; ++i)
         for (const int64_t count : {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 1001})
             for (const size_t shift : {0u, 1u, 3u}) {
