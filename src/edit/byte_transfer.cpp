@@ -13,6 +13,7 @@ namespace vantor {
 namespace {
 
 constexpr int64_t copyPieceBytes = 32768;
+constexpr int64_t lastZeros = 8;
 constexpr int64_t zeroPieceBytes = 8192;
 constexpr int64_t longestFiller = 0x40000000;  // a remainder up to here is one chunk
 constexpr int64_t longFillerPiece = 0x3FFFFFE0;
@@ -61,16 +62,25 @@ bool WriteZeros(ByteSink& sink, int64_t count) {
                     [&](int64_t, int64_t piece) { return sink.Put(zeros.data(), piece); });
 }
 
-bool WriteJunkHeader(ByteSink& sink, int64_t offset, int64_t length) {
+std::array<uint8_t, 8> JunkHeader(int64_t length) {
     ChunkHeader header = {'J', 'U', 'N', 'K'};
     WriteLe32(&header[4], static_cast<uint32_t>(length - chunkHeaderBytes));
+    return header;
+}
+
+bool WriteJunkHeader(ByteSink& sink, int64_t offset, int64_t length) {
+    const auto header = JunkHeader(length);
     return WriteAt(sink, offset, header.data(), chunkHeaderBytes);
 }
 
-// From the last chunk to the first, whose header covers all until then.
+// The start of a body comes last: a mark may stand there. From the last chunk to the first, whose header
+// covers all until then.
 bool FillWithJunk(ByteSink& sink, int64_t offset, int64_t length) {
     const auto fill = [&](int64_t start, int64_t piece) {
-        return WriteJunkHeader(sink, start, piece) && WriteZeros(sink, piece - chunkHeaderBytes);
+        const int64_t body = piece - chunkHeaderBytes, last = std::min(body, lastZeros);
+        return WriteJunkHeader(sink, start, piece) && sink.MoveTo(start + chunkHeaderBytes + last) &&
+               WriteZeros(sink, body - last) && sink.MoveTo(start + chunkHeaderBytes) &&
+               WriteZeros(sink, last);
     };
     const int64_t longOnes =
         length <= longestFiller ? 0 : (length - longestFiller + longFillerPiece - 1) / longFillerPiece;

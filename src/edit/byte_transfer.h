@@ -1,6 +1,7 @@
 // Moves bytes into a file under edit: copies of runs, and padding chunks.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -53,6 +54,9 @@ class ComparingSink final : public ByteSink {
 [[nodiscard]] bool CopyBytes(FileReader& reader, ByteSink& sink, int64_t count);
 
 [[nodiscard]] bool WriteZeros(ByteSink& sink, int64_t count);
+
+// The header of a "JUNK" chunk that takes `length` bytes with its header (length >= 8).
+[[nodiscard]] std::array<uint8_t, 8> JunkHeader(int64_t length);
 
 // Writes the header of a "JUNK" chunk that takes `length` bytes with its header (length >= 8), at once.
 [[nodiscard]] bool WriteJunkHeader(ByteSink& sink, int64_t offset, int64_t length);

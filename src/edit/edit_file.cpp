@@ -71,13 +71,12 @@ bool Parse(Attempt& attempt) {
     return TakesTags(attempt.format) && (isWhole || !attempt.Wants(writeMerge));
 }
 
-// What an edit left that was interrupted while old and new tags stood side by side: the old tags.
-std::vector<Stretch> LeftBehind(Attempt& attempt) {
-    const auto shown = FindShownCopy(*attempt.file, attempt.IsRf64());
-    if (!shown) return {};
-    const auto runs = FindRuns(*attempt.file, attempt.IsRf64(), SchemesOf(shown->mark.schemes));
-    if (!runs) return {};
-    return CoversOfTags(*runs, {shown->header, shown->start, shown->End()});
+// Then the file is read anew.
+Answer FinishFirst(Attempt& attempt, const UnfinishedEdit& unfinished) {
+    const auto writer = OpenForWriting(attempt);
+    if (!writer->IsOpen()) return writeFailed;
+    if (IsStillTheFile(attempt, *writer) && !FinishInPlace(*writer, unfinished)) return writeFailed;
+    return std::nullopt;
 }
 
 // A lossless edit that changes nothing has no images and replaces nothing.
@@ -129,12 +128,9 @@ WriteAnswer TryCopy(Attempt& attempt) {
 Answer Try(Attempt& attempt) {
     const bool inPlace = !attempt.Wants(writeNeverInPlace);
     if (!attempt.file->IsOpen() || attempt.file->IsWriteShared() || !Parse(attempt)) return writeFailed;
-    if (const auto covers = LeftBehind(attempt); inPlace && !covers.empty()) {
-        const auto writer = OpenForWriting(attempt);
-        if (!writer->IsOpen()) return writeFailed;
-        if (IsStillTheFile(attempt, *writer) && !HideTags(*writer, covers)) return writeFailed;
-        return std::nullopt;
-    }
+    if (inPlace && !attempt.Wants(writeAnswerAlone))
+        if (const auto unfinished = FindUnfinishedEdit(*attempt.file, attempt.IsRf64()))
+            return FinishFirst(attempt, *unfinished);
     if (!MakeImages(attempt)) return writeFailed;
     const auto answer = inPlace ? TryInPlace(attempt) : writeFailed;
     return answer == writeFailed ? TryCopy(attempt) : answer;

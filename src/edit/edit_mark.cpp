@@ -1,7 +1,6 @@
 #include "edit/edit_mark.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "fileio/byte_order.h"
 
@@ -9,38 +8,41 @@ namespace vantor {
 
 namespace {
 
-constexpr std::string_view magic = "VWEDIT01";
-constexpr int64_t pieceBytes = 32768;
+using EightBytes = std::array<uint8_t, 8>;
 
-// FNV-1a, 64 bits.
-constexpr uint64_t emptySum = 0xCBF29CE484222325;
-uint64_t Summed(uint64_t sum, std::span<const uint8_t> bytes) {
-    for (const uint8_t byte : bytes)
-        sum = (sum ^ byte) * 0x100000001B3;
-    return sum;
+constexpr EightBytes copyMark = {'V', 'W', 'E', 'D', 'I', 'T', '0', '2'};
+constexpr int64_t longestImage = int64_t{1} << 31;
+constexpr int mostMarks = 16;  // of a kind that are looked at; an edit leaves a few
+
+bool IsAt(FileReader& reader, int64_t offset, const EightBytes& mark) {
+    EightBytes there;
+    return reader.Seek(offset) && reader.ReadExactly(there.data(), there.size()) && there == mark;
 }
 
-std::optional<EditMark> ReadMark(FileReader& reader, const RiffChunk& chunk) {
-    uint8_t bytes[editMarkBytes];
-    if (chunk.Id() != "JUNK" || chunk.bodyBytes < editMarkBytes || !reader.Seek(chunk.BodyStart()) ||
-        !reader.ReadExactly(bytes, sizeof bytes) || std::memcmp(bytes, magic.data(), magic.size()) != 0)
-        return std::nullopt;
-    return EditMark{ReadLe32(bytes + 8), ReadLe32(bytes + 12), ReadLe64(bytes + 16)};
+CopyMark MarkFrom(const uint8_t* bytes) {
+    return {ReadLe32(bytes + 8), ReadLe32(bytes + 12), ReadLe64(bytes + 16),
+            static_cast<int64_t>(ReadLe64(bytes + 24))};
 }
 
-bool IsImageAt(FileReader& reader, int64_t offset, const EditMark& mark) {
-    if (mark.imageBytes == 0 || mark.imageBytes > reader.Size() - offset || !reader.Seek(offset))
+// Another program that wrote the file since has changed its size, or the copy.
+bool IsAsLeft(FileReader& reader, ShownCopy& copy) {
+    const auto& mark = copy.mark;
+    if (mark.imageBytes == 0 || mark.imageBytes > std::min(longestImage, reader.Size() - copy.start) ||
+        reader.Size() != std::max(mark.fileBytes, copy.start + mark.imageBytes))
         return false;
-    uint64_t sum = emptySum;
-    std::vector<uint8_t> scratch;
-    for (int64_t left = mark.imageBytes; left > 0;) {
-        const uint8_t* bytes = nullptr;
-        const int64_t piece = std::min(left, pieceBytes);
-        if (reader.Borrow(&bytes, piece, scratch) != piece) return false;
-        sum = Summed(sum, {bytes, static_cast<size_t>(piece)});
-        left -= piece;
-    }
-    return sum == mark.checksum;
+    copy.image.resize(static_cast<size_t>(mark.imageBytes));
+    return reader.Seek(copy.start) && reader.ReadExactly(copy.image.data(), mark.imageBytes) &&
+           ChecksumOf(copy.image) == mark.checksum;
+}
+
+std::optional<ShownCopy> CopyBehind(FileReader& reader, const RiffChunk& chunk, int& left) {
+    uint8_t bytes[copyMarkBytes];
+    const int64_t offset = chunk.End() - copyMarkBytes;
+    if (chunk.bodyBytes < copyMarkBytes || left == 0 || !IsAt(reader, offset, copyMark)) return std::nullopt;
+    --left;
+    if (!reader.Seek(offset) || !reader.ReadExactly(bytes, sizeof bytes)) return std::nullopt;
+    ShownCopy copy{MarkFrom(bytes), chunk.start, chunk.End(), {}};
+    return IsAsLeft(reader, copy) ? std::optional(std::move(copy)) : std::nullopt;
 }
 
 }  // namespace
@@ -61,26 +63,37 @@ std::vector<std::string_view> SchemesOf(uint32_t bits) {
     return schemes;
 }
 
-EditMark MarkOf(std::span<const uint8_t> image, Schemes schemes) {
-    return {SchemeBits(schemes), std::ssize(image), Summed(emptySum, image)};
+// FNV-1a, 64 bits.
+uint64_t ChecksumOf(std::span<const uint8_t> image) {
+    uint64_t sum = 0xCBF29CE484222325;
+    for (const uint8_t byte : image)
+        sum = (sum ^ byte) * 0x100000001B3;
+    return sum;
 }
 
-std::array<uint8_t, editMarkBytes> BytesOf(const EditMark& mark) {
-    std::array<uint8_t, editMarkBytes> bytes{};
-    std::ranges::copy(magic, bytes.begin());
+std::array<uint8_t, copyMarkBytes> BytesOf(const CopyMark& mark) {
+    std::array<uint8_t, copyMarkBytes> bytes{};
+    std::ranges::copy(copyMark, bytes.begin());
     WriteLe32(&bytes[8], mark.schemes);
     WriteLe32(&bytes[12], static_cast<uint32_t>(mark.imageBytes));
     WriteLe64(&bytes[16], mark.checksum);
+    WriteLe64(&bytes[24], static_cast<uint64_t>(mark.fileBytes));
     return bytes;
 }
 
-std::optional<ShownCopy> FindShownCopy(FileReader& reader, bool isRf64) {
+EditMarks FindMarks(FileReader& reader, bool isRf64) {
     RiffChunkWalk walk(reader, isRf64, {});
     RiffChunk chunk;
-    while (walk.Next(chunk) == WalkStep::chunk)
-        if (const auto mark = ReadMark(reader, chunk); mark && IsImageAt(reader, chunk.End(), *mark))
-            return ShownCopy{*mark, chunk.start, chunk.End()};
-    return std::nullopt;
+    EditMarks marks;
+    int left = mostMarks;
+    while (walk.Next(chunk) == WalkStep::chunk) {
+        if (chunk.Id() != "JUNK") continue;
+        if (!marks.copy) marks.copy = CopyBehind(reader, chunk, left);
+        if (std::ssize(marks.toClean) < mostMarks && chunk.bodyBytes >= cleanUpMarkBytes &&
+            IsAt(reader, chunk.BodyStart(), cleanUpMark))
+            marks.toClean.push_back(chunk.start);
+    }
+    return marks;
 }
 
 }  // namespace vantor

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "edit/byte_transfer.h"
+#include "edit/edit_mark.h"
 
 namespace vantor {
 
@@ -45,16 +46,32 @@ bool CoverAll(InPlaceEdit& edit) {
     });
 }
 
+// Padding that waits for the clean-up, and says so where it has room.
+bool WriteMarkedJunk(InPlaceEdit& edit, const Stretch& junk) {
+    std::array<uint8_t, chunkHeaderBytes + cleanUpMarkBytes> bytes{};
+    if (junk.length < std::ssize(bytes) || !FitsOneHeader(junk))
+        return FillWithJunk(edit.file, junk.start, junk.length);
+    std::ranges::copy(cleanUpMark, std::ranges::copy(JunkHeader(junk.length), bytes.begin()).out);
+    return WriteAt(edit.file, junk.start, bytes.data(), std::ssize(bytes));
+}
+
+// The copy in it is shown until its mark stands.
+bool HideCopy(InPlaceEdit& edit, const Stretch& gap) {
+    return WriteAt(edit.file, gap.start + chunkHeaderBytes, cleanUpMark.data(), cleanUpMarkBytes) &&
+           WriteJunkHeader(edit.file, gap.start, gap.length) && edit.Flush();
+}
+
 // Nobody sees the copy yet.
 bool WriteHiddenCopy(InPlaceEdit& edit) {
     const auto& [header, start, end] = edit.plan.copy;
-    const auto mark = BytesOf(MarkOf(edit.plan.image, edit.plan.replaced));
     if (edit.plan.copyGrowsFile && !WritePadByte(edit)) return false;
-    if (!WriteJunkHeader(edit.file, header, end - header) || !edit.file.Put(mark.data(), editMarkBytes))
-        return false;
-    const int64_t room = start - header - chunkHeaderBytes - editMarkBytes;
+    if (!WriteJunkHeader(edit.file, header, end - header)) return false;
+    const int64_t room = start - header - chunkHeaderBytes - copyMarkBytes;
     if (edit.plan.copyGrowsFile && !WriteZeros(edit.file, room)) return false;
-    if (!WriteImage(edit, start)) return false;
+    const auto mark = BytesOf({SchemeBits(edit.plan.replaced), edit.plan.ImageBytes(),
+                               ChecksumOf(edit.plan.image), edit.Runs().fileSize});
+    if (!WriteAt(edit.file, start - copyMarkBytes, mark.data(), copyMarkBytes) || !WriteImage(edit, start))
+        return false;
     return (!edit.plan.copyGrowsFile || WriteContainerSize(edit.file, end, edit.plan.isRf64)) && edit.Flush();
 }
 
@@ -66,14 +83,8 @@ bool SwitchToCopy(InPlaceEdit& edit) {
     return CoverAll(edit) && edit.Flush();
 }
 
-// Before the image shows in another run than the copy does: it would be read twice. The copy's run is "JUNK"
-// from its start to the copy, and has the mark there.
-bool MarkCopyRun(InPlaceEdit& edit) {
-    const Run* holding = &edit.Runs().trailing;
-    for (const auto& gap : edit.Runs().gaps)
-        if (Holds(gap, edit.plan.copy)) holding = &gap;
-    const auto mark = BytesOf(MarkOf(edit.plan.image, edit.plan.replaced));
-    return WriteAt(edit.file, holding->start + chunkHeaderBytes, mark.data(), editMarkBytes);
+bool CoverBehindImage(InPlaceEdit& edit, int64_t end) {
+    return end <= edit.ImageEnd() || WriteMarkedJunk(edit, {edit.ImageEnd(), end - edit.ImageEnd()});
 }
 
 // Under one "JUNK" chunk, from the start of the target to its end or to the copy. Behind the image its rest
@@ -82,13 +93,10 @@ bool MoveToTarget(InPlaceEdit& edit) {
     const auto& target = edit.plan.Target();
     const bool holdsCopy = edit.plan.TargetHoldsCopy();
     const int64_t end = holdsCopy ? std::max(edit.plan.copy.end, target.End()) : target.End();
-    if (!holdsCopy && !MarkCopyRun(edit)) return false;
     const int64_t hidden = (holdsCopy ? edit.plan.copy.start : target.End()) - target.start;
     if (!WriteJunkHeader(edit.file, target.start, hidden) || !WriteImageBehindItsHeader(edit, edit.Place()))
         return false;
-    if (edit.ImageEnd() < end && !WriteJunkHeader(edit.file, edit.ImageEnd(), end - edit.ImageEnd()))
-        return false;
-    return ShowImage(edit, edit.Place());
+    return CoverBehindImage(edit, end) && ShowImage(edit, edit.Place());
 }
 
 // Where the file ends, and where its last chunk does: a pad byte may be missing and stays so.
@@ -104,38 +112,56 @@ FileEnd FinalEnd(const InPlaceEdit& edit) {
     return {runs.fileSize, runs.end};
 }
 
-// Where the file cannot be cut, padding takes the place of what is left.
-bool CutAt(InPlaceEdit& edit, FileEnd& end) {
-    const int64_t left = edit.writer.Size() - end.cut;
-    if (left <= 0 || (edit.file.MoveTo(end.cut) && edit.writer.CutAtPosition())) return true;
-    end.lastChunk = end.cut + left;
-    return left < chunkHeaderBytes || FillWithJunk(edit.file, end.cut, left);
+bool Cut(InPlaceEdit& edit, int64_t offset) {
+    return edit.file.MoveTo(offset) && edit.writer.CutAtPosition();
 }
 
-// Zeros where old tags stood, the end of the file, its size.
+// Where the file cannot be cut, padding takes the place of what is left, and a later edit tries again.
+bool EndFile(InPlaceEdit& edit) {
+    const auto end = FinalEnd(edit);
+    if (!WriteContainerSize(edit.file, end.lastChunk, edit.plan.isRf64)) return false;
+    const int64_t left = edit.writer.Size() - end.cut;
+    if (left <= 0 || Cut(edit, end.cut) || Cut(edit, end.cut)) return true;
+    return left < chunkHeaderBytes ||
+           (FillWithJunk(edit.file, end.cut, left) && WriteMarkedJunk(edit, {end.cut, left}) &&
+            WriteContainerSize(edit.file, end.cut + left, edit.plan.isRf64));
+}
+
+bool IsMarked(const InPlaceEdit& edit, const Stretch& gap) {
+    return std::ranges::find(edit.plan.marked, gap.start) != edit.plan.marked.end();
+}
+
+// The gaps but the target, those with a mark or those without.
+bool BlankGaps(InPlaceEdit& edit, bool marked) {
+    return std::ranges::all_of(edit.Runs().gaps, [&](const Run& gap) {
+        if (&gap == &edit.plan.Target() || IsMarked(edit, gap) != marked) return true;
+        return (!marked || HideCopy(edit, gap)) && FillWithJunk(edit.file, gap.start, gap.length);
+    });
+}
+
+// Zeros where old tags stood, the size of the file, its end. A mark is there until the last.
 bool CleanUp(InPlaceEdit& edit) {
-    for (const auto& gap : edit.Runs().gaps)
-        if (&gap != &edit.plan.Target() && !FillWithJunk(edit.file, gap.start, gap.length)) return false;
-    const auto& target = edit.plan.Target();
-    if (edit.plan.chosen && target.End() > edit.ImageEnd() &&
-        !FillWithJunk(edit.file, edit.ImageEnd(), target.End() - edit.ImageEnd()))
-        return false;
-    auto end = FinalEnd(edit);
-    return CutAt(edit, end) && WriteContainerSize(edit.file, end.lastChunk, edit.plan.isRf64) && edit.Flush();
+    if (!BlankGaps(edit, false) || !EndFile(edit) || !BlankGaps(edit, true)) return false;
+    const int64_t rest = edit.plan.chosen ? edit.plan.Target().End() - edit.ImageEnd() : 0;
+    return (rest <= 0 || FillWithJunk(edit.file, edit.ImageEnd(), rest)) && edit.Flush();
+}
+
+bool MarkAll(InPlaceEdit& edit) {
+    return std::ranges::all_of(edit.plan.covers,
+                               [&](const Stretch& cover) { return WriteMarkedJunk(edit, cover); });
 }
 
 // No old tags stand in the way of the new ones. Until they are whole, their own first header hides them.
 bool WriteDirectly(InPlaceEdit& edit) {
-    if (edit.plan.image.empty()) return CoverAll(edit) && edit.Flush();
-    const int64_t room = edit.plan.Target().length, rest = room - edit.plan.ImageBytes();
+    if (edit.plan.image.empty()) return MarkAll(edit) && edit.Flush();
+    const int64_t room = edit.plan.Target().length;
     const bool grows = room == 0;
     if (grows && !WritePadByte(edit)) return false;
     if (!WriteJunkHeader(edit.file, edit.Place(), grows ? edit.plan.ImageBytes() : room) ||
         !WriteImageBehindItsHeader(edit, edit.Place()))
         return false;
     if (grows && !WriteContainerSize(edit.file, edit.ImageEnd(), edit.plan.isRf64)) return false;
-    if (rest > 0 && !WriteJunkHeader(edit.file, edit.ImageEnd(), rest)) return false;
-    return ShowImage(edit, edit.Place());
+    return CoverBehindImage(edit, edit.Place() + room) && ShowImage(edit, edit.Place());
 }
 
 // A file without any room: the one way in which an interruption can cost tags.
@@ -161,8 +187,9 @@ bool Overwrite(InPlaceEdit& edit) {
 // As far as it can be done: the disk that refused may refuse again.
 void Undo(InPlaceEdit& edit) {
     const auto& plan = edit.plan;
-    for (const auto& saved : plan.saved)
-        static_cast<void>(WriteAt(edit.file, saved.offset, saved.bytes.data(), saved.count));
+    static_cast<void>(std::ranges::all_of(plan.saved, [&](const SavedBytes& saved) {
+        return WriteAt(edit.file, saved.offset, saved.bytes.data(), std::ssize(saved.bytes));
+    }));
     if (plan.way == EditWay::throughCopy && !plan.copyGrowsFile)
         static_cast<void>(WriteJunkHeader(edit.file, plan.copy.header, plan.copy.end - plan.copy.header));
     if (plan.way == EditWay::direct && !plan.image.empty() && plan.Target().length > 0)
@@ -202,12 +229,10 @@ bool UpdateInPlace(FileWriter& writer, const InPlacePlan& plan) {
     return Insist(edit, CleanUp);
 }
 
-bool HideTags(FileWriter& writer, const std::vector<Stretch>& covers) {
-    FileSink file(writer);
-    return std::ranges::all_of(
-               covers,
-               [&](const Stretch& cover) { return WriteJunkHeader(file, cover.start, cover.length); }) &&
-           writer.FlushToDisk();
+bool FinishInPlace(FileWriter& writer, const UnfinishedEdit& unfinished) {
+    InPlaceEdit edit{writer, unfinished.plan};
+    if (!unfinished.isInPlace && !(CoverAll(edit) && edit.Flush() && MoveToTarget(edit))) return false;
+    return CleanUp(edit);
 }
 
 }  // namespace vantor

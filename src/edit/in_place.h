@@ -8,11 +8,11 @@
 // padding that is long enough. One header then hides the old tags and shows the new ones, where the old ones
 // stand in one run in front; else the new ones are shown first and the old runs hidden one after the other.
 // Only then what the old ones left is overwritten: the new chunks go to their final place, hidden until they
-// are whole, and the copy goes.
+// are whole, and the copy goes. From the moment when the new tags show until all is cleaned up, a mark in the
+// padding beside them says so, and the next edit finishes this one first.
 #pragma once
 
-#include "edit/edit_mark.h"
-#include "edit/in_place_plan.h"
+#include "edit/unfinished_edit.h"
 #include "fileio/file_writer.h"
 
 namespace vantor {
@@ -21,7 +21,7 @@ namespace vantor {
 // old tags are gone, the file is what it was, as far as it can still be written.
 [[nodiscard]] bool UpdateInPlace(FileWriter& writer, const InPlacePlan& plan);
 
-// Hides the old tags that an interrupted edit left beside the new ones: `covers` are CoversOfTags.
-[[nodiscard]] bool HideTags(FileWriter& writer, const std::vector<Stretch>& covers);
+// The file becomes what the edit would have left.
+[[nodiscard]] bool FinishInPlace(FileWriter& writer, const UnfinishedEdit& edit);
 
 }  // namespace vantor

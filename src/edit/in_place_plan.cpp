@@ -10,37 +10,11 @@ namespace vantor {
 
 namespace {
 
-constexpr int64_t copyHeaderBytes = chunkHeaderBytes + editMarkBytes;
+// In front of the copy, behind the image in its place too: for the copy's mark, and for that of the clean-up.
+constexpr int64_t copyHeaderBytes = chunkHeaderBytes + cleanUpMarkBytes + copyMarkBytes;
 
 bool Leaves(int64_t room, int64_t bytes) {
     return room == bytes || room >= bytes + chunkHeaderBytes;
-}
-
-void CloseRun(RunList& runs, Run& run) {
-    if (run.length > 0) runs.gaps.push_back(std::move(run));
-    run = {};
-}
-
-void AddToRun(Run& run, const RiffChunk& chunk) {
-    if (run.length == 0) run.start = chunk.start;
-    run.length = chunk.End() - run.start;
-    if (chunk.scheme == paddingScheme) return;
-    if (!run.tags.empty() && run.tags.back().End() == chunk.start) {
-        run.tags.back().length += chunk.End() - chunk.start;
-    } else {
-        run.tags.push_back({chunk.start, chunk.End() - chunk.start});
-    }
-}
-
-void AddChunk(RunList& runs, Run& run, const RiffChunk& chunk) {
-    if (chunk.isReplaceable) {
-        AddToRun(run, chunk);
-        return;
-    }
-    CloseRun(runs, run);
-    if (!chunk.isData) return;
-    runs.audio = {ReadLe32(&chunk.header[4]), chunk.BodyStart(), chunk.bodyBytes};
-    if (chunk.isCutOff) runs.isWholeToTheEnd = false;
 }
 
 // Where the file may grow: behind its last chunk, with its pad byte.
@@ -52,13 +26,6 @@ bool MayGrowTo(const InPlacePlan& plan, int64_t fileSize) {
     const auto& runs = plan.runs;
     return runs.isWholeToTheEnd &&
            !WouldPlayMore(runs.audio, runs.fileSize, runs.audio, fileSize, plan.isRf64);
-}
-
-template <typename Visit>
-void ForEachRun(const RunList& runs, Visit visit) {
-    for (const auto& gap : runs.gaps)
-        visit(gap);
-    visit(runs.trailing);
 }
 
 bool HasTags(const RunList& runs) {
@@ -73,7 +40,7 @@ bool FitsInPadding(const InPlacePlan& plan, const Run& run, const Stretch& paddi
     const Run& target = plan.Target();
     copy = {padding.start, padding.End() - plan.ImageBytes(), padding.End()};
     if (copy.start - copy.header < copyHeaderBytes || copy.end % 2 != 0) return false;
-    return run.start != target.start || copy.start >= target.start + plan.ImageBytes() + chunkHeaderBytes;
+    return run.start != target.start || copy.start >= target.start + plan.ImageBytes() + copyHeaderBytes;
 }
 
 bool FindPadding(InPlacePlan& plan) {
@@ -100,8 +67,7 @@ bool FindPadding(InPlacePlan& plan) {
 bool PlaceCopyAtEnd(InPlacePlan& plan) {
     const int64_t header = GrowthStart(plan.runs);
     int64_t start = header + copyHeaderBytes;
-    if (!plan.chosen)
-        start = std::max(start, plan.runs.trailing.start + plan.ImageBytes() + chunkHeaderBytes);
+    if (!plan.chosen) start = std::max(start, plan.runs.trailing.start + plan.ImageBytes() + copyHeaderBytes);
     plan.copy = {header, start, start + plan.ImageBytes()};
     plan.copyGrowsFile = MayGrowTo(plan, plan.copy.end);
     return plan.copyGrowsFile;
@@ -121,10 +87,8 @@ bool PlanCopy(InPlacePlan& plan) {
     const int64_t room = plan.Target().length, bytes = plan.ImageBytes();
     if (!PlaceCopyAtEnd(plan) && !(Leaves(room, bytes) && FindPadding(plan))) return false;
     plan.way = EditWay::throughCopy;
-    plan.switchesInOne = SwitchesInOne(plan);
-    plan.covers = CoversOfTags(plan.runs, plan.copy);
-    const Stretch hidden{plan.Target().start, plan.copy.end - plan.Target().start};
-    return FitsOneHeader(plan.Target()) && (!plan.TargetHoldsCopy() || FitsOneHeader(hidden));
+    PlanSwitch(plan);
+    return FitHeaders(plan);
 }
 
 bool IsDirect(const InPlacePlan& plan) {
@@ -132,6 +96,15 @@ bool IsDirect(const InPlacePlan& plan) {
     if (plan.image.empty()) return true;
     return !HasTags(plan.runs) && FitsOneHeader(target) &&
            ((!plan.chosen && target.length == 0) || Leaves(target.length, plan.ImageBytes()));
+}
+
+// Of an edit that only removes.
+void PlanCovers(InPlacePlan& plan) {
+    for (const auto& gap : plan.runs.gaps) {
+        if (gap.tags.empty()) continue;
+        plan.covers.push_back(gap);
+        plan.marked.push_back(gap.start);
+    }
 }
 
 // The bytes of the image's first chunks that stand in the target with the same id and size.
@@ -154,70 +127,44 @@ int64_t SameBytes(FileReader& reader, const InPlacePlan& plan) {
 }
 
 bool Save(FileReader& reader, InPlacePlan& plan, int64_t offset, int64_t count) {
-    SavedBytes saved{.offset = offset, .count = count};
+    SavedBytes saved{offset, std::vector<uint8_t>(static_cast<size_t>(count))};
     if (!reader.Seek(offset) || !reader.ReadExactly(saved.bytes.data(), count)) return false;
-    plan.saved.push_back(saved);
+    plan.saved.push_back(std::move(saved));
     return true;
 }
 
+// A body comes back before its header shows it.
 bool SaveAll(FileReader& reader, InPlacePlan& plan) {
-    bool saved = Save(reader, plan, riffSizeOffset, 4);
-    if (plan.isRf64) saved = saved && Save(reader, plan, ds64RiffSizeOffset, 8);
-    for (const auto& cover : plan.covers)
-        saved = saved && Save(reader, plan, cover.start, chunkHeaderBytes);
-    return saved;
+    bool saved = true;
+    const int64_t behindHeader = plan.way == EditWay::direct ? cleanUpMarkBytes : 0;
+    for (const auto& cover : plan.covers) {
+        const int64_t bytes = std::min(cover.length - chunkHeaderBytes, behindHeader);
+        saved = saved && (bytes == 0 || Save(reader, plan, cover.start + chunkHeaderBytes, bytes)) &&
+                Save(reader, plan, cover.start, chunkHeaderBytes);
+    }
+    saved = saved && Save(reader, plan, riffSizeOffset, 4);
+    return saved && (!plan.isRf64 || Save(reader, plan, ds64RiffSizeOffset, 8));
 }
 
 }  // namespace
 
-std::optional<RunList> FindRuns(FileReader& reader, bool isRf64, Schemes replaced) {
-    RiffChunkWalk walk(reader, isRf64, replaced);
-    RunList runs;
-    runs.fileSize = walk.FileSize();
-    Run run;
-    RiffChunk chunk;
-    WalkStep step;
-    while ((step = walk.Next(chunk)) == WalkStep::chunk)
-        AddChunk(runs, run, chunk);
-    if (step == WalkStep::refused) return std::nullopt;
-    if (step == WalkStep::leftover) runs.isWholeToTheEnd = false;
-    // Bytes that are no whole chunk are kept, so the run in front of them is a gap like any other.
-    if (!runs.isWholeToTheEnd) CloseRun(runs, run);
-    runs.end = std::min(walk.Position(), runs.fileSize);
-    runs.isPadMissing = run.length == 0 && walk.Position() > runs.fileSize;
-    runs.trailing = std::move(run);
-    if (runs.trailing.length == 0) runs.trailing.start = walk.Position();
-    runs.trailing.length = std::max<int64_t>(runs.fileSize - runs.trailing.start, 0);
-    if (!runs.isWholeToTheEnd) runs.trailing.length = 0;
-    return runs;
+void ChooseTarget(InPlacePlan& plan) {
+    plan.chosen.reset();
+    for (size_t i = plan.runs.gaps.size(); i-- > 0;)
+        if (Leaves(plan.runs.gaps[i].length, plan.ImageBytes())) plan.chosen = i;
 }
 
-bool FitsOneHeader(const Stretch& stretch) {
-    return stretch.length - chunkHeaderBytes <= int64_t{UINT32_MAX};
+void PlanSwitch(InPlacePlan& plan) {
+    plan.switchesInOne = SwitchesInOne(plan);
+    plan.covers = CoversOfTags(plan.runs, plan.copy);
+    for (const auto& gap : plan.runs.gaps)
+        if (Holds(gap, plan.copy)) plan.marked.push_back(gap.start);
 }
 
-bool Holds(const Run& run, const CopyPlace& copy) {
-    return copy.header >= run.start && copy.header <= run.End() + 1;  // a pad byte may be missing
-}
-
-std::vector<Stretch> CoversOfTags(const RunList& runs, const CopyPlace& copy) {
-    std::vector<Stretch> covers;
-    ForEachRun(runs, [&](const Run& run) {
-        const auto add = [&](int64_t start, int64_t end) {
-            if (end > start) covers.push_back({start, end - start});
-        };
-        const auto isOld = [&](const Stretch& tags) {
-            return tags.start < copy.start || tags.End() > copy.end;
-        };
-        if (!Holds(run, copy)) {
-            if (!run.tags.empty()) add(run.start, run.End());
-            return;
-        }
-        if (run.start < copy.header) add(run.start, copy.start);
-        if (!run.tags.empty() && isOld(run.tags.back()) && run.tags.back().End() > copy.end)
-            add(copy.end, run.End());
-    });
-    return covers;
+bool FitHeaders(const InPlacePlan& plan) {
+    const Stretch hidden{plan.Target().start, plan.copy.end - plan.Target().start};
+    return std::ranges::all_of(plan.covers, FitsOneHeader) && FitsOneHeader(plan.Target()) &&
+           (!plan.TargetHoldsCopy() || FitsOneHeader(hidden));
 }
 
 std::optional<InPlacePlan> PlanInPlace(FileReader& reader, ChunkImage image, bool isRf64, Schemes replaced) {
@@ -228,16 +175,14 @@ std::optional<InPlacePlan> PlanInPlace(FileReader& reader, ChunkImage image, boo
     plan.replaced.assign(replaced.begin(), replaced.end());
     plan.isRf64 = isRf64;
     plan.runs = std::move(*runs);
-    for (size_t i = plan.runs.gaps.size(); i-- > 0;)
-        if (Leaves(plan.runs.gaps[i].length, plan.ImageBytes())) plan.chosen = i;
+    ChooseTarget(plan);
     const Run& target = plan.Target();
     if (!plan.chosen && !plan.image.empty() && !MayGrowTo(plan, target.start + plan.ImageBytes()))
         return std::nullopt;
     if (!plan.chosen && !plan.runs.isWholeToTheEnd) return std::nullopt;
     if (IsDirect(plan)) {
         plan.way = EditWay::direct;
-        for (const auto& gap : plan.runs.gaps)
-            if (!gap.tags.empty()) plan.covers.push_back(gap);
+        PlanCovers(plan);
     } else if (!PlanCopy(plan)) {
         plan.way = EditWay::overwrite;
         plan.covers.clear();

@@ -1,0 +1,57 @@
+#include "edit/unfinished_edit.h"
+
+#include <algorithm>
+
+#include "edit/edit_mark.h"
+
+namespace vantor {
+
+namespace {
+
+// As they were before the file grew.
+void TakeGrowthOff(RunList& runs, int64_t fileBytes) {
+    if (!runs.isWholeToTheEnd || runs.fileSize <= fileBytes) return;
+    runs.fileSize = runs.end = fileBytes;
+    runs.trailing.length = std::max<int64_t>(fileBytes - runs.trailing.start, 0);
+}
+
+// The copy stands among what its edit replaces, and kept chunks end where the file did.
+bool IsPlausible(const RunList& runs, const ShownCopy& copy) {
+    bool isHeld = false;
+    ForEachRun(runs, [&](const Run& run) { isHeld |= copy.header >= run.start && copy.header < run.End(); });
+    return isHeld && copy.mark.fileBytes >= runs.trailing.start - 1;
+}
+
+// The plan of the edit, from where its copy was shown.
+std::optional<InPlacePlan> PlanFrom(FileReader& reader, bool isRf64, ShownCopy copy) {
+    InPlacePlan plan;
+    plan.replaced = SchemesOf(copy.mark.schemes);
+    auto runs = FindRuns(reader, isRf64, plan.replaced);
+    if (!runs || !IsPlausible(*runs, copy)) return std::nullopt;
+    plan.image = std::move(copy.image);
+    plan.isRf64 = isRf64;
+    plan.runs = std::move(*runs);
+    TakeGrowthOff(plan.runs, copy.mark.fileBytes);
+    ChooseTarget(plan);
+    plan.way = EditWay::throughCopy;
+    plan.copy = {copy.header, copy.start, copy.start + plan.ImageBytes()};
+    PlanSwitch(plan);
+    return FitHeaders(plan) ? std::optional(std::move(plan)) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<UnfinishedEdit> FindUnfinishedEdit(FileReader& reader, bool isRf64) {
+    auto marks = FindMarks(reader, isRf64);
+    if (marks.copy)
+        if (auto plan = PlanFrom(reader, isRf64, std::move(*marks.copy)))
+            return UnfinishedEdit{std::move(*plan), false};
+    if (marks.toClean.empty()) return std::nullopt;
+    constexpr std::string_view padding[] = {paddingScheme};
+    auto plan = PlanInPlace(reader, {}, isRf64, padding);
+    if (!plan) return std::nullopt;
+    plan->marked = std::move(marks.toClean);
+    return UnfinishedEdit{std::move(*plan), true};
+}
+
+}  // namespace vantor
