@@ -13,6 +13,7 @@ struct InPlaceEdit {
     FileWriter& writer;
     const InPlacePlan& plan;
     FileSink file{writer};
+    bool hasCovered = false;  // any of the old tags
 
     [[nodiscard]] const RunList& Runs() const { return plan.runs; }
     [[nodiscard]] int64_t Place() const { return plan.Target().start; }
@@ -42,7 +43,9 @@ bool WritePadByte(InPlaceEdit& edit) {
 
 bool CoverAll(InPlaceEdit& edit) {
     return std::ranges::all_of(edit.plan.covers, [&](const Stretch& cover) {
-        return WriteJunkHeader(edit.file, cover.start, cover.length);
+        const bool isCovered = WriteJunkHeader(edit.file, cover.start, cover.length);
+        edit.hasCovered |= isCovered;
+        return isCovered;
     });
 }
 
@@ -184,18 +187,24 @@ bool Overwrite(InPlaceEdit& edit) {
     return edit.Flush() && WriteAt(edit.file, start, image.data() + same, chunkHeaderBytes) && edit.Flush();
 }
 
-// As far as it can be done: the disk that refused may refuse again.
+bool WriteSaved(InPlaceEdit& edit) {
+    return std::ranges::all_of(edit.plan.saved, [&](const SavedBytes& saved) {
+        return WriteAt(edit.file, saved.offset, saved.bytes.data(), std::ssize(saved.bytes));
+    });
+}
+
+// As far as it can be done: the disk that refused may refuse again. New tags stay where old ones were covered
+// and do not come back.
 void Undo(InPlaceEdit& edit) {
     const auto& plan = edit.plan;
-    static_cast<void>(std::ranges::all_of(plan.saved, [&](const SavedBytes& saved) {
-        return WriteAt(edit.file, saved.offset, saved.bytes.data(), std::ssize(saved.bytes));
-    }));
+    const bool isRestored = WriteSaved(edit);
+    if (edit.hasCovered && !isRestored) return;
     if (plan.way == EditWay::throughCopy && !plan.copyGrowsFile)
         static_cast<void>(WriteJunkHeader(edit.file, plan.copy.header, plan.copy.end - plan.copy.header));
     if (plan.way == EditWay::direct && !plan.image.empty() && plan.Target().length > 0)
         static_cast<void>(WriteJunkHeader(edit.file, edit.Place(), plan.Target().length));
     const int64_t size = edit.Runs().fileSize;
-    if (edit.writer.Size() > size && edit.file.MoveTo(size)) static_cast<void>(edit.writer.CutAtPosition());
+    if (edit.writer.Size() > size) static_cast<void>(Cut(edit, size));
     static_cast<void>(edit.Flush());
 }
 

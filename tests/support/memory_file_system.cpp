@@ -98,14 +98,15 @@ void MemoryFileSystem::Change::ApplyTo(Bytes& file) const {
 }
 
 bool MemoryFileSystem::Begin(Change change) {
+    const bool isWrite = change.kind == Change::write;
     if (trace) trace->push_back(std::move(change));
     if (changesLeft < 0) return false;
     if (changesLeft > 0) {
         --changesLeft;
         return false;
     }
-    if (!failsForGood) changesLeft = -1;
-    return true;
+    if (failing == Failing::once) changesLeft = -1;
+    return failing != Failing::writesForGood || isWrite;
 }
 
 void MemoryFileSystem::Put(const std::string& name, Bytes bytes) {

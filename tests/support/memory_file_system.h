@@ -35,9 +35,9 @@ class MemoryFileSystem final : public platform::FileSystem {
     // While set, all changes are noted there.
     std::vector<Change>* trace = nullptr;
     // Counted down by changes; those that find it at 0 fail, half of a write being done: the next one alone,
-    // or with `failsForGood` all that follow.
+    // or all that follow, or all writes that follow.
+    enum class Failing { once, forGood, writesForGood } failing = Failing::once;
     int changesLeft = -1;
-    bool failsForGood = false;
 
     void Put(const std::string& name, Bytes bytes);
     // Null when there is no such file.

@@ -210,7 +210,7 @@ class Edit {
         const PrivateFiles privately(fs::exists(output.Target(), failed));
         const Stamp stamp = StampOf(path_);
         const Outcome outcome = Ask(file_, output.WriteTo(), Flags());
-        if (outcome == Outcome::failed) throw Failure(WhyFailed());
+        if (outcome == Outcome::failed) throw Failure(WhyFailed() + WhatStands());
         if (outcome == Outcome::inPlace) return Updated(stamp);
         if (replaces && !ways_.force) CheckReplaceable(path_);
         return Replaced(output, stamp);
@@ -225,6 +225,17 @@ class Edit {
     [[nodiscard]] std::string WhyFailed() const {
         if (!task_.document || Host().writeFailure != 0) return Refusal(path_);
         return "the document is not read as " + std::string(task_.kind->name) + ", or could not be written";
+    }
+
+    // The disk may refuse when the new tags are there and what they replaced is still to be cleaned up.
+    [[nodiscard]] std::string WhatStands() const {
+        try {
+            const HostPtr<PCM_source> source = OpenSource(module_, file_);
+            if (MetadataOf(*source.Get()) == before_.tags) return {};
+        } catch (const Failure&) {
+            return {};
+        }
+        return "; new tags are in the file nevertheless, and the next edit of it finishes this one";
     }
 
     EditResult Updated(const Stamp& stamp) {
