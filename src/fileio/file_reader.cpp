@@ -101,8 +101,7 @@ std::unique_ptr<ReadStrategy> MakeStrategy(ReadState& state, int32_t mode, Buffe
     if (IsOverlapped(mode)) {
         buffer.blockBytes = std::max(buffer.blockBytes, sectorBytes);
         buffer.blocks = std::max<int64_t>(buffer.blocks, 1);
-        if (state.file->IsCached())
-            return std::make_unique<WindowReader>(state, buffer.blockBytes, buffer.blocks);
+        if (state.file->IsCached()) return std::make_unique<WindowReader>(state);
         return std::make_unique<RingReader>(state, buffer.blockBytes, buffer.blocks, past);
     }
     if (state.size < wholeFileLimit) {

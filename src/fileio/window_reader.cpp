@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <new>
 
 namespace vantor {
 
@@ -26,11 +25,7 @@ int64_t NextPhase() {
 
 }  // namespace
 
-WindowReader::WindowReader(ReadState& state, int64_t blockBytes, int64_t blockCount)
-    : state_(state),
-      blockBytes_(blockBytes),
-      aheadBytes_(blockBytes * blockCount),
-      phaseBytes_(NextPhase()) {}
+WindowReader::WindowReader(ReadState& state) : state_(state), phaseBytes_(NextPhase()) {}
 
 int64_t WindowReader::Read(uint8_t* destination, int64_t count) {
     count = std::min(count, state_.size - state_.position);
@@ -70,7 +65,7 @@ const uint8_t* WindowReader::Advance(int64_t count) {
 // that, so that a reader that goes on in equal requests leaves nothing to be moved. False when they do not
 // come.
 bool WindowReader::Fill(int64_t wanted) {
-    if (!window_) window_.reset(new (std::nothrow) uint8_t[windowBytes]);
+    if (!window_) window_ = NewAlignedBuffer(windowBytes);
     if (!window_) return false;
     const int64_t left = Left();
     if (left > 0) std::memmove(window_.get(), window_.get() + consumed_, static_cast<size_t>(left));
@@ -86,7 +81,10 @@ bool WindowReader::Fill(int64_t wanted) {
 int64_t WindowReader::NextStep() {
     if (step_ == windowBytes) return step_;
     step_ = std::clamp(2 * step_, firstStepBytes, windowBytes);
-    return step_ == windowBytes ? windowBytes - phaseBytes_ : step_;
+    if (step_ < windowBytes) return step_;
+    if (!expectsOrder_) state_.file->ExpectOrder();
+    expectsOrder_ = true;
+    return windowBytes - phaseBytes_;
 }
 
 // Bytes that came. None where the file has some by its size is an error, which stays: it has become shorter,
@@ -100,18 +98,7 @@ int64_t WindowReader::Fetch(uint8_t* destination, int64_t offset, int64_t count)
         state_.hasFailed = true;
         return 0;
     }
-    if (step_ == windowBytes) Announce(offset + got);
     return got;
-}
-
-// One block at a time, so that no request pays for all of them. Small ones are the system's own read-ahead's
-// business.
-void WindowReader::Announce(int64_t from) {
-    if (blockBytes_ < windowBytes) return;
-    const int64_t start = std::max(announced_, from);
-    if (start > from + aheadBytes_ - blockBytes_ || start >= state_.size) return;
-    state_.file->Announce(start, blockBytes_);
-    announced_ = start + blockBytes_;
 }
 
 void WindowReader::MoveTo(int64_t position) {
@@ -121,7 +108,7 @@ void WindowReader::MoveTo(int64_t position) {
         consumed_ = position - start;
     } else {
         Discard();
-        step_ = announced_ = 0;
+        step_ = 0;
     }
 }
 
@@ -131,7 +118,7 @@ void WindowReader::Discard() {
 
 void WindowReader::ReleaseBuffers() {
     Discard();
-    step_ = announced_ = 0;
+    step_ = 0;
     window_.reset();
 }
 

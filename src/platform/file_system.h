@@ -91,8 +91,8 @@ class File {
     // The first byte from `offset` on that is not known to be a zero the file system has no room for (a
     // hole).
     [[nodiscard]] virtual int64_t NextStored(int64_t offset) { return offset; }
-    // These bytes will soon be wanted: the system may fetch them from a slow disk meanwhile.
-    virtual void Announce(int64_t /*offset*/, int64_t /*bytes*/) {}
+    // The file is being read in order: the system may fetch more from a slow disk ahead of it.
+    virtual void ExpectOrder() {}
 
     // At the file pointer. Read, Write and MapForReading are for files opened without `overlapped`.
     [[nodiscard]] virtual bool SetPosition(int64_t position) = 0;

@@ -161,8 +161,8 @@ class PosixFile final : public File {
         return offset;
     }
 
-    void Announce(int64_t offset, int64_t bytes) override {
-        ::posix_fadvise(descriptor_.Number(), offset, bytes, POSIX_FADV_WILLNEED);
+    void ExpectOrder() override {
+        ::posix_fadvise(descriptor_.Number(), 0, 0, POSIX_FADV_SEQUENTIAL);
     }
 
     [[nodiscard]] bool SetPosition(int64_t position) override {
