@@ -4,6 +4,8 @@
 
 #include <immintrin.h>
 
+#include <algorithm>
+
 #include "decode/exact_denormals.h"
 
 // The set is asked for function by function, so that the rest of the module runs on any processor.
@@ -28,94 +30,66 @@ VANTOR_AVX2_INLINE __m256i Swap32(__m256i words) {
     return _mm256_shuffle_epi8(words, _mm256_broadcastsi128_si256(order));
 }
 
-// Each integer form loads eight samples, and no byte more, as 32-bit words; `scale` is the value of a word's
-// least significant bit.
-struct Unsigned8 {
-    static constexpr auto form = StoredForm::unsigned8;
-    static constexpr int bytes = 1;
-    static constexpr double scale = scale8;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) {
-        return _mm256_cvtepi8_epi32(_mm_xor_si128(Load64(stored), _mm_set1_epi8(-128)));
+// How an integer lies in the file.
+struct Integer {
+    StoredForm form;
+    int bytes;
+    bool isBigEndian = false;
+    bool isSigned = true;
+};
+
+// Bytes of a register of four doubles, one index each; -1 a zero.
+using ByteOrder = std::array<int8_t, 32>;
+
+// Brings four integers, the first of them at `place` of a load that both halves of the register hold, to the
+// doubles' digits: the highest byte to their sixth.
+constexpr ByteOrder OrderOf(const Integer& stored, int place) {
+    ByteOrder order;
+    order.fill(-1);
+    for (int i = 0; i < 4 * stored.bytes; ++i) {
+        const int sample = i / stored.bytes, rank = i % stored.bytes;
+        const int byte = stored.isBigEndian ? stored.bytes - 1 - rank : rank;
+        order[static_cast<size_t>(8 * sample + 6 - stored.bytes + rank)] =
+            static_cast<int8_t>(place + sample * stored.bytes + byte);
     }
-};
-
-struct Signed8 {
-    static constexpr auto form = StoredForm::signed8;
-    static constexpr int bytes = 1;
-    static constexpr double scale = scale8;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) { return _mm256_cvtepi8_epi32(Load64(stored)); }
-};
-
-struct Signed16Little {
-    static constexpr auto form = StoredForm::signed16Little;
-    static constexpr int bytes = 2;
-    static constexpr double scale = scale16;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) { return _mm256_cvtepi16_epi32(Load128(stored)); }
-};
-
-struct Signed16Big {
-    static constexpr auto form = StoredForm::signed16Big;
-    static constexpr int bytes = 2;
-    static constexpr double scale = scale16;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) {
-        const __m128i order = _mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14);
-        return _mm256_cvtepi16_epi32(_mm_shuffle_epi8(Load128(stored), order));
-    }
-};
-
-// Samples 0 to 3 from bytes 0 to 15, samples 4 to 7 from bytes 8 to 23, each into the upper end of a word.
-VANTOR_AVX2_INLINE __m256i Spread24(const uint8_t* stored, __m256i order) {
-    const __m256i both =
-        _mm256_inserti128_si256(_mm256_castsi128_si256(Load128(stored)), Load128(stored + 8), 1);
-    return _mm256_shuffle_epi8(both, order);
+    return order;
 }
 
-struct Signed24Little {
-    static constexpr auto form = StoredForm::signed24Little;
-    static constexpr int bytes = 3;
-    static constexpr double scale = scale32;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) {
-        return Spread24(stored, _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11,  //
-                                                 -1, 4, 5, 6, -1, 7, 8, 9, -1, 10, 11, 12, -1, 13, 14, 15));
-    }
-};
+VANTOR_AVX2_INLINE __m256i LoadOrder(const ByteOrder& order) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(order.data()));
+}
 
-struct Signed24Big {
-    static constexpr auto form = StoredForm::signed24Big;
-    static constexpr int bytes = 3;
-    static constexpr double scale = scale32;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) {
-        return Spread24(stored, _mm256_setr_epi8(-1, 2, 1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9,  //
-                                                 -1, 6, 5, 4, -1, 9, 8, 7, -1, 12, 11, 10, -1, 15, 14, 13));
-    }
-};
+// The same bytes in both halves: sixteen, or the eight that eight samples of a byte have.
+template <int bytes>
+VANTOR_AVX2_INLINE __m256i LoadTwice(const uint8_t* stored) {
+    if constexpr (bytes == 1) return _mm256_broadcastq_epi64(Load64(stored));
+    return _mm256_broadcastsi128_si256(Load128(stored));
+}
 
-struct Signed32Little {
-    static constexpr auto form = StoredForm::signed32Little;
-    static constexpr int bytes = 4;
-    static constexpr double scale = scale32;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) { return Load256(stored); }
-};
-
-struct Signed32Big {
-    static constexpr auto form = StoredForm::signed32Big;
-    static constexpr int bytes = 4;
-    static constexpr double scale = scale32;
-    VANTOR_AVX2_INLINE __m256i Eight(const uint8_t* stored) { return Swap32(Load256(stored)); }
-};
-
-template <typename Stored>
+// Under the exponent of 32 an integer's bytes are digits that make 33 and the sample, once a sign bit is
+// turned over: no conversion from integers, no multiplication, and every step exact.
+template <const Integer& integer>
 VANTOR_AVX2 void ConvertIntegers(const uint8_t* stored, double* samples, int64_t count) {
-    const __m256d scale = _mm256_set1_pd(Stored::scale);
+    constexpr int bytes = integer.bytes;
+    constexpr int secondLoad = std::max(0, 8 * bytes - 16);  // from there on it has samples 4 to 7
+    static constexpr ByteOrder firstOrder = OrderOf(integer, 0);
+    static constexpr ByteOrder secondOrder = OrderOf(integer, 4 * bytes - secondLoad);
+    const __m256i firstFour = LoadOrder(firstOrder), lastFour = LoadOrder(secondOrder);
+    const __m256i mark = _mm256_set1_epi64x(integer.isSigned ? 0x4040800000000000 : 0x4040000000000000);
+    const __m256d raise = _mm256_set1_pd(33.0);
+    const auto store = [&](__m256i load, __m256i order, double* to) VANTOR_AVX2 {
+        const __m256i digits = _mm256_xor_si256(_mm256_shuffle_epi8(load, order), mark);
+        _mm256_storeu_pd(to, _mm256_sub_pd(_mm256_castsi256_pd(digits), raise));
+    };
     int64_t i = 0;
-    for (; i + 8 <= count; i += 8) {
-        const __m256i words = Stored::Eight(stored + i * Stored::bytes);
-        const __m256d low = _mm256_cvtepi32_pd(_mm256_castsi256_si128(words));
-        const __m256d high = _mm256_cvtepi32_pd(_mm256_extracti128_si256(words, 1));
-        _mm256_storeu_pd(samples + i, _mm256_mul_pd(low, scale));
-        _mm256_storeu_pd(samples + i + 4, _mm256_mul_pd(high, scale));
+    for (; i + 16 <= count; i += 16) {
+        for (const int64_t at : {i, i + 8}) {
+            const uint8_t* const eight = stored + at * bytes;
+            store(LoadTwice<bytes>(eight), firstFour, samples + at);
+            store(LoadTwice<bytes>(eight + secondLoad), lastFour, samples + at + 4);
+        }
     }
-    PlainKernels()[Stored::form](stored + i * Stored::bytes, samples + i, count - i);
+    PlainKernels()[integer.form](stored + i * bytes, samples + i, count - i);
 }
 
 VANTOR_AVX2_INLINE void StoreWidened(__m256 singles, double* samples) {
@@ -180,10 +154,19 @@ VANTOR_AVX2 void ConvertUlaw(const uint8_t* stored, double* samples, int64_t cou
     PlainKernels()[StoredForm::ulaw](stored + i, samples + i, count - i);
 }
 
-template <typename... Stored>
+constexpr Integer unsigned8{StoredForm::unsigned8, 1, false, false};
+constexpr Integer signed8{StoredForm::signed8, 1};
+constexpr Integer signed16Little{StoredForm::signed16Little, 2};
+constexpr Integer signed16Big{StoredForm::signed16Big, 2, true};
+constexpr Integer signed24Little{StoredForm::signed24Little, 3};
+constexpr Integer signed24Big{StoredForm::signed24Big, 3, true};
+constexpr Integer signed32Little{StoredForm::signed32Little, 4};
+constexpr Integer signed32Big{StoredForm::signed32Big, 4, true};
+
+template <const Integer&... integers>
 KernelTable TableOf() {
     KernelTable table = PlainKernels();
-    ((table[Stored::form] = ConvertIntegers<Stored>), ...);
+    ((table[integers.form] = ConvertIntegers<integers>), ...);
     table[StoredForm::float32Little] = WithExactDenormals<ConvertFloat32Little>;
     table[StoredForm::float32Big] = WithExactDenormals<ConvertFloat32Big>;
     table[StoredForm::float64Big] = ConvertFloat64Big;
@@ -194,8 +177,8 @@ KernelTable TableOf() {
 }  // namespace
 
 const KernelTable& Avx2Kernels() {
-    static const KernelTable table = TableOf<Unsigned8, Signed8, Signed16Little, Signed16Big, Signed24Little,
-                                             Signed24Big, Signed32Little, Signed32Big>();
+    static const KernelTable table = TableOf<unsigned8, signed8, signed16Little, signed16Big, signed24Little,
+                                             signed24Big, signed32Little, signed32Big>();
     return table;
 }
 

@@ -9,7 +9,7 @@ namespace vantor {
 
 namespace {
 
-using IdleReaders = std::vector<std::unique_ptr<ReaderContext>>;
+using IdleReaders = std::vector<std::unique_ptr<SharedReader>>;
 
 // True while the tick has not passed the reservation's end, across the counter's wrap.
 bool IsReserved(uint32_t reservedUntil, uint32_t tick) {
@@ -17,7 +17,7 @@ bool IsReserved(uint32_t reservedUntil, uint32_t tick) {
 }
 
 // The source's own reader, else the first that nobody claims, else the first whose reservation has run out.
-std::unique_ptr<ReaderContext> TakeIdleReader(IdleReaders& idle, const void* source, uint32_t tick) {
+std::unique_ptr<SharedReader> TakeIdleReader(IdleReaders& idle, const void* source, uint32_t tick) {
     auto expired = idle.rend();
     auto unclaimed = idle.rend();
     auto place = idle.rbegin();
@@ -76,7 +76,7 @@ bool TakeFormat(SharedFileState& state, FileReader& reader) {
 }
 
 // Null when the file cannot be opened.
-std::unique_ptr<ReaderContext> OpenReader(SharedFileState& state) {
+std::unique_ptr<SharedReader> OpenReader(SharedFileState& state) {
     constexpr int mostTries = 4;
     std::unique_ptr<FileReader> reader;
     bool isTaken = false;
@@ -87,7 +87,9 @@ std::unique_ptr<ReaderContext> OpenReader(SharedFileState& state) {
         isTaken = TakeFormat(state, *reader);
     }
     state.wasPlayable = IsPlayable(state.format.get());
-    return std::make_unique<ReaderContext>(std::move(reader));
+    auto opened = std::make_unique<SharedReader>(std::move(reader));
+    opened->format = state.format;
+    return opened;
 }
 
 // The next reader to close: without an owner, else (forced) without a reservation, else the list's last.
@@ -104,21 +106,21 @@ IdleReaders::iterator ReaderToClose(IdleReaders& idle, bool forced) {
 
 }  // namespace
 
-LentReader AcquireReader(SharedFileState& state, const void* source) {
+std::unique_ptr<SharedReader> AcquireReader(SharedFileState& state, const void* source) {
     const std::lock_guard guard(state.lock);
-    auto context = TakeIdleReader(state.idle, source, platform::TickMilliseconds());
-    if (!context) context = OpenReader(state);
-    return {std::move(context), state.format};
+    auto idle = TakeIdleReader(state.idle, source, platform::TickMilliseconds());
+    return idle ? std::move(idle) : OpenReader(state);
 }
 
-void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, uint32_t holdMilliseconds) {
+void ReleaseReader(SharedFileState& state, std::unique_ptr<SharedReader> lent, const void* source,
+                   uint32_t holdMilliseconds) {
     const std::lock_guard guard(state.lock);
     // A reader of bytes that have been replaced, that no source will ask for again, or that can read no more,
     // is closed.
-    if (!state.attached || lent.format != state.format || lent.context->reader->HasFailed()) return;
-    lent.context->lastOwner = source;
-    lent.context->reservedUntil = holdMilliseconds == 0 ? 0 : platform::TickMilliseconds() + holdMilliseconds;
-    state.idle.push_back(std::move(lent.context));
+    if (!state.attached || lent->format != state.format || lent->reader->HasFailed()) return;
+    lent->lastOwner = source;
+    lent->reservedUntil = holdMilliseconds == 0 ? 0 : platform::TickMilliseconds() + holdMilliseconds;
+    state.idle.push_back(std::move(lent));
     state.hasReaders = true;
 }
 
@@ -130,7 +132,7 @@ std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* so
         auto context = OpenReader(state);
         if (!context) return nullptr;
         context->reader->ReleaseBuffers();
-        ReleaseReader(state, {std::move(context), state.format}, source, 0);
+        ReleaseReader(state, std::move(context), source, 0);
     }
     return state.format;
 }
@@ -148,7 +150,7 @@ void DisownReaders(SharedFileState& state, const void* source) {
 int32_t CloseIdleReaders(SharedFileState& state, bool forced, int32_t atMost) {
     int32_t closed = 0;
     for (; closed < atMost; ++closed) {
-        std::unique_ptr<ReaderContext> context;  // closed after the lock is released
+        std::unique_ptr<SharedReader> context;  // closed after the lock is released
         const std::lock_guard guard(state.lock);
         const auto place = ReaderToClose(state.idle, forced);
         if (place == state.idle.end()) break;

@@ -16,6 +16,13 @@ namespace vantor {
 
 enum Purpose : int32_t { purposePlayback = 0, purposePeakBuild = 1, purposePeakRead = 2 };
 
+// A reader of a file and the format of the bytes that it reads: idle, or lent to one thread.
+struct SharedReader : ReaderContext {
+    using ReaderContext::ReaderContext;
+
+    std::shared_ptr<AudioFormat> format;
+};
+
 // Lock order: the table of the state's purpose, then the state. A thread may take a state's lock again.
 struct SharedFileState {
     SharedFileState(std::string name, int32_t statePurpose)
@@ -32,24 +39,20 @@ struct SharedFileState {
     bool wasPlayable = false;             // by the last parse
     platform::FileStatus parsed;          // the file that `format` describes, as it was opened
     std::shared_ptr<AudioFormat> format;  // a parse of changed bytes makes a new one: others may read the old
-    std::vector<std::unique_ptr<ReaderContext>> idle;  // the list's head is the last element
+    std::vector<std::unique_ptr<SharedReader>> idle;  // the list's head is the last element
 
     std::atomic<bool> lacksHandle = false;  // the last reader could not be opened for want of one
     PeakObjects peaks;
     std::mutex rewriting;  // held while the file is rewritten; taken before `lock`
 };
 
-// A reader lent to one thread, and the format of the bytes that it reads.
-struct LentReader {
-    std::unique_ptr<ReaderContext> context;  // null: the file cannot be opened
-    std::shared_ptr<AudioFormat> format;
-};
-
 // Takes an idle reader, or opens one; parses the file when no parse of it has succeeded, or when it is not
-// the one that was parsed: replaced, or changed otherwise than by growing under a recorder.
-LentReader AcquireReader(SharedFileState& state, const void* source);
+// the one that was parsed: replaced, or changed otherwise than by growing under a recorder. Null when it
+// cannot be opened.
+std::unique_ptr<SharedReader> AcquireReader(SharedFileState& state, const void* source);
 // Gives it back, reserved for `source` for `holdMilliseconds` (0: not reserved).
-void ReleaseReader(SharedFileState& state, LentReader lent, const void* source, uint32_t holdMilliseconds);
+void ReleaseReader(SharedFileState& state, std::unique_ptr<SharedReader> lent, const void* source,
+                   uint32_t holdMilliseconds);
 // For a source that opens the file: makes sure that it was opened since the first source came, and parsed as
 // it is now. Null when it cannot be, even if its format is known from before.
 std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* source);

@@ -86,7 +86,7 @@ void Revive(SharedFileState& state, const char* fileName) {
 // outside all locks.
 struct Leftovers {
     State state;
-    std::vector<std::unique_ptr<ReaderContext>> readers;
+    std::vector<std::unique_ptr<SharedReader>> readers;
     TakenPeakObjects peaks;
 };
 

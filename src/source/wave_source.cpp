@@ -145,8 +145,8 @@ void PCM_source_wavefile::ReadSamples(TransferBlock* block) {
     if (!block) return;
     block->framesProduced = 0;
     Guarded([&] {
-        const auto [state, format] = Attachment();
-        if (!state || !IsPlayable(format.get())) return;
+        const auto state = PlayableState();
+        if (!state) return;
         // An edit may have cut off bytes that an open reader had asked for: a fresh one does better.
         for (int tries = 0; tries < mostReaders && !ReadWithIdleReader(*block, *state); ++tries)
             ;
@@ -155,12 +155,12 @@ void PCM_source_wavefile::ReadSamples(TransferBlock* block) {
 
 bool PCM_source_wavefile::ReadWithIdleReader(TransferBlock& block, SharedFileState& state) {
     auto lent = AcquireReader(state, this);
-    if (!lent.context && MadeRoom(state)) lent = AcquireReader(state, this);
-    if (!lent.context || !IsPlayable(lent.format.get())) return true;
+    if (!lent && MadeRoom(state)) lent = AcquireReader(state, this);
+    if (!lent || !IsPlayable(lent->format.get())) return true;
     const ReadScope scope{this, sliceIndex_, reinterpret_cast<intptr_t>(hostValue_.load())};
-    ReadFrames(block, *lent.context, *lent.format, scope);
+    ReadFrames(block, *lent, *lent->format, scope);
     // A read-ahead that failed behind what was asked for has served all the same.
-    const bool isServed = block.framesProduced == block.frames || !lent.context->reader->HasFailed();
+    const bool isServed = block.framesProduced == block.frames || !lent->reader->HasFailed();
     ReleaseReader(state, std::move(lent), this,
                   state.purpose == purposePlayback ? playbackHoldMilliseconds : 0);
     return isServed;
@@ -204,6 +204,11 @@ void PCM_source_wavefile::Close(bool newNameFollows) {
 SourceAttachment PCM_source_wavefile::Attachment() const {
     const std::lock_guard guard(lock_);
     return attachment_;
+}
+
+std::shared_ptr<SharedFileState> PCM_source_wavefile::PlayableState() const {
+    const std::lock_guard guard(lock_);
+    return IsPlayable(attachment_.format.get()) ? attachment_.state : nullptr;
 }
 
 bool PCM_source_wavefile::IsForcedOffline() const {

@@ -73,6 +73,8 @@ class PCM_source_wavefile final : public PCM_source {
   private:
     void Close(bool newNameFollows);
     void CreatePeakReader();
+    // Null when there is nothing to play.
+    [[nodiscard]] std::shared_ptr<SharedFileState> PlayableState() const;
     // False when the reader can read no more and has delivered less than was asked for.
     bool ReadWithIdleReader(TransferBlock& block, SharedFileState& state);
     [[nodiscard]] bool IsNamed(std::string_view name) const;

@@ -49,11 +49,11 @@ TEST_F(OpenFiles, ForceTakesTheUnreservedFirstThenTheOldest) {
     const auto sources = Open(1, true);
     auto& state = *sources[0]->Attachment().state;
     CloseIdleReaders(state, true, 1);
-    LentReader lent[3];
+    std::unique_ptr<SharedReader> lent[3];
     const ReaderContext* readers[3];
     for (size_t i = 0; i < 3; ++i) {
         lent[i] = AcquireReader(state, &lent[i]);
-        readers[i] = lent[i].context.get();
+        readers[i] = lent[i].get();
     }
     for (size_t i = 0; i < 3; ++i)
         ReleaseReader(state, std::move(lent[i]), &lent[i], i == 1 ? 0 : 60000);
