@@ -1,11 +1,14 @@
 // The patchers: an old chunk and a change, both from the input. What a patcher gives back is read as the
 // change says, and as before in all that the change does not name.
 #include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "edit/tag_proof.h"
 #include "fuzz/world.h"
+#include "metadata/read/id3_entries.h"
+#include "metadata/write/id3_change.h"
 
 namespace vantor::fuzz {
 
@@ -67,6 +70,47 @@ PlainTags Unnamed(const TagScheme& scheme, const MetadataStore& entries, const M
     return tags;
 }
 
+// What no change is meant for, with the frames that no key stands for.
+struct TagRest {
+    PlainTags tags;
+    std::vector<std::string> frames;
+    bool operator==(const TagRest&) const = default;
+};
+
+// `change` as the tag's version takes it. Frames of an id that it names are left to their keys.
+TagRest RestOf(Input tag, const MetadataStore& change) {
+    std::set<std::string_view> ids;
+    change.ForEach([&](const MetadataEntry& entry) { ids.insert(SplitId3Key(entry.key).frameId); });
+    TagRest rest;
+    MetadataStore own;
+    ReadId3Tag(tag, own, 0);
+    rest.tags = Unnamed(*FindScheme("ID3"), own, change);
+    if (change.Has(id3ChapterKey)) rest.tags.erase(std::string(id3ChapterKey));  // it stands for all
+    for (const auto* scheme : {"IXML", "XMP"})
+        rest.tags.merge(PlainTagsOf(scheme, own));
+    Id3EntryWalk walk(tag, 0);
+    Id3Entry entry;
+    for (Id3Frame frame; walk.Next(frame, entry);) {
+        if (ids.contains(frame.id)) continue;
+        rest.frames.push_back(frame.id + static_cast<char>(frame.status) + static_cast<char>(frame.format));
+        rest.frames.back().append(frame.body.begin(), frame.body.end());
+    }
+    return rest;
+}
+
+void RequireRest(std::string_view name, Input old, Input patched, const MetadataStore& change) {
+    const TagScheme& scheme = *FindScheme(name);
+    MetadataStore own, now;
+    scheme.read(old, own, 1);
+    Require(scheme.read(patched, now, 1), "a patched chunk is accepted");
+    if (name == "ID3") {
+        const auto shaped = Id3ChangeFor(Id3FrameWalk(old).Version(), change, own);
+        Require(RestOf(patched, shaped) == RestOf(old, shaped), "frames that are not named stay");
+    } else if (!change.Has("XMP:dc/language")) {  // languages stand for others
+        Require(Unnamed(scheme, now, change) == Unnamed(scheme, own, change), "what is not named stays");
+    }
+}
+
 void PatchBody(std::string_view name, Input input) {
     Choices choices(input);
     const TagScheme& scheme = *FindScheme(name);
@@ -76,12 +120,7 @@ void PatchBody(std::string_view name, Input input) {
     if (change.Count() == 0) return;
     const auto patched = scheme.patch({input, change});
     if (!patched || patched->empty()) return;
-    MetadataStore now;
-    Require(scheme.read(*patched, now, 1), "a patched chunk is accepted");
-    // Dates and languages stand for others, and 2.2 has ids of its own.
-    const bool isAlone = name != "ID3" && !change.Has("XMP:dc/language");
-    Require(!isAlone || Unnamed(scheme, now, change) == Unnamed(scheme, own, change),
-            "what is not named stays");
+    RequireRest(name, input, *patched, change);
     const auto again = scheme.patch({*patched, change});
     Require(again.has_value(), "a patched chunk is patched again");
 }

@@ -1,7 +1,10 @@
 #include "edit/copy_file.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <span>
+#include <vector>
 
 #include "edit/byte_transfer.h"
 #include "edit/chunk_walk.h"
@@ -17,6 +20,15 @@ using namespace std::string_view_literals;
 
 constexpr ReadParameters targetReading{1, 8192, 4};
 
+using Pieces = std::vector<std::span<const uint8_t>>;
+
+int64_t BytesOf(const Pieces& pieces) {
+    int64_t bytes = 0;
+    for (const auto& piece : pieces)
+        bytes += std::ssize(piece);
+    return bytes;
+}
+
 // What the first walk finds out, before the target is touched.
 struct CopyPlan {
     int64_t keptBytes = 0;
@@ -30,14 +42,17 @@ struct CopyPlan {
     int64_t leftoverStart = 0;  // bytes behind the last whole chunk; kept at the end of the copy
     int64_t leftoverBytes = 0;
     bool isTailBeforeAudio = false;
-    int64_t imageBytes = 0;  // both
-    [[nodiscard]] int64_t LastChunkEnd() const { return riffHeaderBytes + keptBytes + imageBytes; }
+    std::vector<std::string_view> replaced;
+    std::map<int64_t, std::span<const uint8_t>> placed;  // by the starts of the old chunks
+    Pieces main, tail;                                   // what goes to no old chunk's place
+    [[nodiscard]] int64_t LastChunkEnd() const {
+        return riffHeaderBytes + keptBytes + BytesOf(main) + BytesOf(tail);
+    }
 };
 
 struct CopyJob {
     FileReader& reader;
     ByteSink& sink;
-    const ChunkImages& images;
     int32_t fileKind;
     const CopyPlan& plan;
 
@@ -64,23 +79,62 @@ void AddAudio(CopyPlan& plan, const RiffChunk& chunk, bool isRf64) {
     plan.ds64AudioBytes = chunk.bodyBytes;
 }
 
+// What stands where a chunk stood that is replaced; nothing when it goes.
+std::span<const uint8_t> Replacement(const CopyPlan& plan, const RiffChunk& old) {
+    const auto place = plan.placed.find(old.start);
+    return place == plan.placed.end() ? std::span<const uint8_t>() : place->second;
+}
+
+// The parts of an image without a place of their own; those that have one are noted.
+Pieces PlacePieces(CopyPlan& plan, const ChunkImages& images, bool inTail) {
+    const std::span image(inTail ? images.tail : images.main);
+    Pieces pieces;
+    size_t end = 0;
+    for (const ChunkPlace& place : images.places) {
+        if (place.inTail != inTail) continue;
+        pieces.push_back(image.subspan(end, place.begin - end));
+        end = place.end;
+        plan.placed[place.oldStart] = image.subspan(place.begin, end - place.begin);
+    }
+    pieces.push_back(image.subspan(end));
+    return pieces;
+}
+
 void AddChunk(CopyPlan& plan, const RiffChunk& chunk, bool isRf64) {
-    if (chunk.isReplaceable) return;
+    if (chunk.isReplaceable) {
+        plan.keptBytes += std::ssize(Replacement(plan, chunk));
+        return;
+    }
     if (chunk.Id() == "fmt "sv) plan.hasFormat = true;
     if (chunk.isData) AddAudio(plan, chunk, isRf64);
     plan.keptBytes += CopiedBytes(chunk);
 }
 
-bool IsLeftoverReplaceable(FileReader& reader, const CopyPlan& plan, Schemes replaced) {
+bool IsLeftoverReplaceable(FileReader& reader, const CopyPlan& plan) {
     ChunkHeader header{};
     reader.Seek(plan.leftoverStart);
     return reader.ReadExactly(header.data(), chunkHeaderBytes) &&
-           IsReplaceable(SchemeOfChunk(header, reader), replaced);
+           IsReplaceable(SchemeOfChunk(header, reader), plan.replaced);
 }
 
-std::optional<CopyPlan> WalkSource(FileReader& reader, bool isRf64, Schemes replaced) {
-    RiffChunkWalk walk(reader, isRf64, replaced);
+CopyPlan BlankPlan(const ChunkImages& images, bool usesPlaces) {
     CopyPlan plan;
+    plan.replaced = images.replaced;
+    if (images.keepsPlaces) std::erase(plan.replaced, paddingScheme);
+    if (usesPlaces) {
+        plan.main = PlacePieces(plan, images, false);
+        plan.tail = PlacePieces(plan, images, true);
+    } else {
+        plan.main = {images.main};
+        plan.tail = {images.tail};
+    }
+    return plan;
+}
+
+std::optional<CopyPlan> WalkSource(FileReader& reader, const ChunkImages& images, bool isRf64,
+                                   bool usesPlaces) {
+    auto plan = BlankPlan(images, usesPlaces);
+    RiffChunkWalk walk(reader, isRf64, plan.replaced);
     RiffChunk chunk;
     WalkStep step;
     while ((step = walk.Next(chunk)) == WalkStep::chunk)
@@ -89,37 +143,40 @@ std::optional<CopyPlan> WalkSource(FileReader& reader, bool isRf64, Schemes repl
     plan.end = walk.Position();
     if (step == WalkStep::leftover) {
         plan.leftoverStart = walk.Position();
-        if (chunk.lacksPad || !IsLeftoverReplaceable(reader, plan, replaced))
+        if (chunk.lacksPad || !IsLeftoverReplaceable(reader, plan))
             plan.leftoverBytes = walk.FileSize() - walk.Position();
     }
     return plan;
 }
 
 // A `data` chunk of a plain RIFF file says what is there; 32 bits of it.
-AudioPlace AudioInCopy(const CopyPlan& plan, int64_t mainBytes, int64_t tailBytes, bool isRf64) {
+AudioPlace AudioInCopy(const CopyPlan& plan, bool isRf64) {
     int64_t start = riffHeaderBytes + plan.keptBeforeAudio + chunkHeaderBytes;
-    if (plan.isFormatBeforeAudio) start += mainBytes + (plan.isTailBeforeAudio ? tailBytes : 0);
+    if (plan.isFormatBeforeAudio)
+        start += BytesOf(plan.main) + (plan.isTailBeforeAudio ? BytesOf(plan.tail) : 0);
     const bool isEndless = isRf64 && plan.audio.bytes == 0;
     return {isRf64 && !isEndless ? sizeInDs64 : static_cast<uint32_t>(plan.audio.bytes), start};
 }
 
-bool WouldPlayMore(const CopyPlan& plan, int64_t sourceSize, const ChunkImages& images, bool isRf64) {
-    const auto audio = AudioInCopy(plan, std::ssize(images.main), std::ssize(images.tail), isRf64);
-    return WouldPlayMore(plan.audio, sourceSize, audio, plan.LastChunkEnd() + plan.leftoverBytes, isRf64);
+bool WouldPlayMore(const CopyPlan& plan, int64_t sourceSize, bool isRf64) {
+    return WouldPlayMore(plan.audio, sourceSize, AudioInCopy(plan, isRf64),
+                         plan.LastChunkEnd() + plan.leftoverBytes, isRf64);
 }
 
+// Where chunks behind the audio would play, all new ones go in front of it.
 std::optional<CopyPlan> MakePlan(FileReader& reader, const ChunkImages& images, bool isRf64) {
-    auto plan = WalkSource(reader, isRf64, images.replaced);
+    auto plan = WalkSource(reader, images, isRf64, images.keepsPlaces);
+    if (!plan || !WouldPlayMore(*plan, reader.Size(), isRf64)) return plan;
+    plan = WalkSource(reader, images, isRf64, false);
     if (!plan) return plan;
-    plan->imageBytes = std::ssize(images.main) + std::ssize(images.tail);
-    if (!WouldPlayMore(*plan, reader.Size(), images, isRf64)) return plan;
     plan->isTailBeforeAudio = true;
-    if (WouldPlayMore(*plan, reader.Size(), images, isRf64)) return std::nullopt;
+    if (WouldPlayMore(*plan, reader.Size(), isRf64)) return std::nullopt;
     return plan;
 }
 
-bool PutImage(CopyJob& job, const ChunkImage& image) {
-    return job.sink.Put(image.data(), std::ssize(image));
+bool PutPieces(CopyJob& job, const Pieces& pieces) {
+    return std::ranges::all_of(
+        pieces, [&](const auto& piece) { return job.sink.Put(piece.data(), std::ssize(piece)); });
 }
 
 bool PutFileHeader(CopyJob& job) {
@@ -154,19 +211,22 @@ bool CopyChunk(CopyJob& job, const RiffChunk& chunk) {
 }
 
 bool CopyChunks(CopyJob& job) {
-    RiffChunkWalk walk(job.reader, job.IsRf64(), job.images.replaced);
+    RiffChunkWalk walk(job.reader, job.IsRf64(), job.plan.replaced);
     bool isImageWritten = false;
     RiffChunk chunk;
     while (walk.Next(chunk) == WalkStep::chunk) {
-        if (chunk.isReplaceable) continue;
+        if (chunk.isReplaceable) {
+            if (!PutPieces(job, {Replacement(job.plan, chunk)})) return false;
+            continue;
+        }
         if (!CopyChunk(job, chunk)) return false;
         if (isImageWritten || chunk.Id() != "fmt "sv) continue;
         isImageWritten = true;
-        if (!PutImage(job, job.images.main)) return false;
-        if (job.plan.isTailBeforeAudio && !PutImage(job, job.images.tail)) return false;
+        if (!PutPieces(job, job.plan.main)) return false;
+        if (job.plan.isTailBeforeAudio && !PutPieces(job, job.plan.tail)) return false;
     }
     const bool isWhole = walk.Position() == job.plan.end;  // no header was lost on the way
-    return isWhole && isImageWritten && (job.plan.isTailBeforeAudio || PutImage(job, job.images.tail));
+    return isWhole && isImageWritten && (job.plan.isTailBeforeAudio || PutPieces(job, job.plan.tail));
 }
 
 bool CopyAll(CopyJob job) {
@@ -206,7 +266,7 @@ bool WriteCopy(FileReader& source, const std::string& target, const ChunkImages&
     const auto plan = MakePlan(source, images, fileKind != kindWave);
     if (!plan) return false;
     return WriteAndReadBack(target, plan->LastChunkEnd() + plan->leftoverBytes, [&](ByteSink& sink) {
-        return CopyAll({source, sink, images, fileKind, *plan});
+        return CopyAll({source, sink, fileKind, *plan});
     });
 }
 

@@ -8,8 +8,9 @@
 namespace vantor {
 
 // Writes the complete file to `target`, of the same container kind (0 RIFF WAVE, 3 RF64, 5 BW64): the main
-// image after "fmt ", the tail image at the end; where nothing is replaced, the same bytes. True when the
-// disk holds the copy and it read back as it should be; a partly written target stays.
+// image after "fmt ", the tail image at the end, each part that has a place there; where nothing is replaced,
+// the same bytes. True when the disk holds the copy and it read back as it should be; a partly written target
+// stays.
 [[nodiscard]] bool WriteCopy(FileReader& source, const std::string& target, const ChunkImages& images,
                              int32_t fileKind);
 

@@ -1,6 +1,5 @@
 #include "edit/images.h"
 
-#include "edit/chunk_walk.h"
 #include "edit/merge_fields.h"
 #include "metadata/acid_layout.h"
 #include "text/text.h"
@@ -40,6 +39,19 @@ void AddAcidChunk(ChunkImages& images, const AudioFormat& format, const Metadata
 }
 
 }  // namespace
+
+void AddInPlaces(ChunkImages& images, const SchemeImage& image, bool inTail) {
+    ChunkImage& whole = inTail ? images.tail : images.main;
+    size_t count = 0;
+    ForEachChunk(image.bytes, [&](std::span<const uint8_t> chunk) {
+        const size_t begin = whole.size();
+        whole.insert(whole.end(), chunk.begin(), chunk.end());
+        if (count < image.oldStarts.size())
+            images.places.push_back({image.oldStarts[count++], inTail, begin, whole.size()});
+        else if (count > 0)
+            images.places.back().end = whole.size();
+    });
+}
 
 ChunkImages BuildImages(const ImageSources& sources) {
     const auto& [format, changes, old, file, flags] = sources;

@@ -1,55 +1,30 @@
 #include "edit/lossless.h"
 
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <set>
 #include <utility>
 
+#include "edit/carriers.h"
 #include "edit/merge_fields.h"
 #include "edit/tag_proof.h"
 #include "metadata/key_table.h"
-#include "metadata/read/ixml_walk.h"
 #include "metadata/write/id3_change.h"
 
 namespace vantor {
 
 namespace {
 
-// A chunk that its reader takes, with what the store has from it.
-struct Carrier {
-    TagChunk* chunk;
-    MetadataStore before;   // iXML entries of the chunks before it
-    MetadataStore entries;  // its own, as they are numbered in the file
-    MetadataStore change;   // its part of the change
-    ChunkBody body;         // what it becomes; empty: it goes
-};
-
-MetadataStore Filtered(const MetadataStore& store, const std::function<bool(const std::string&)>& takes) {
-    MetadataStore taken;
-    store.ForEach([&](const MetadataEntry& entry) {
-        if (takes(entry.key)) taken.Set(entry.key, entry.value);
-    });
-    return taken;
-}
-
-// The entries of a body that is read behind those before.
-MetadataStore EntriesOf(const TagScheme& scheme, std::span<const uint8_t> body, int64_t bodyStart,
-                        const MetadataStore& before) {
-    MetadataStore all = before;
-    ReadMetadataChunk(body, scheme.name, all, bodyStart);
-    return Filtered(all, [&](const std::string& key) { return !before.Has(key); });
-}
-
 class LosslessEdit {
   public:
     explicit LosslessEdit(const LosslessSources& sources)
-        : sources_(sources), wanted_(MergedTags(sources.format, sources.changes)) {}
+        : sources_(sources),
+          wanted_(MergedTags(sources.format, sources.changes)),
+          carriers_(CarriersIn(sources.old, sources.format)) {}
 
     std::optional<ChunkImages> Done();
 
   private:
-    void FindCarriers();
     void FindChange();
     void Route(const MetadataEntry& entry);
     void TakePosition();
@@ -61,9 +36,12 @@ class LosslessEdit {
     [[nodiscard]] PlainTags Result(const TagScheme& scheme) const;
     [[nodiscard]] ChunkBody BlankLike(const Carrier& carrier) const;
     [[nodiscard]] bool IsChanged(const TagScheme& scheme) const;
-    void Append(const TagScheme& scheme, ChunkImage& image) const;
-    void Rebuild(const TagScheme& scheme, ChunkImage& image) const;
-    [[nodiscard]] ChunkImage ImageOf(const TagScheme& scheme) const;
+    [[nodiscard]] bool IsBuiltRight(const TagScheme& scheme) const;
+    void Restore(const TagScheme& scheme);
+    [[nodiscard]] const Carrier* CarrierOf(const TagChunk& chunk) const;
+    void Append(const TagScheme& scheme, SchemeImage& image) const;
+    void Rebuild(const TagScheme& scheme, SchemeImage& image) const;
+    [[nodiscard]] SchemeImage ImageOf(const TagScheme& scheme) const;
     [[nodiscard]] ChunkImage OldImageOf(const TagScheme& scheme) const;
 
     const LosslessSources& sources_;
@@ -75,22 +53,11 @@ class LosslessEdit {
     std::set<const TagScheme*> rebuilt_;
 };
 
-void LosslessEdit::FindCarriers() {
-    MetadataStore documents;
-    for (auto& chunk : sources_.old.list) {
-        if (chunk.isRefused) continue;
-        auto entries = EntriesOf(*chunk.scheme, chunk.body, chunk.bodyStart, documents);
-        Carrier carrier{&chunk, documents, std::move(entries), {}, chunk.body};
-        documents.AddMissing(Filtered(carrier.entries, IsIxmlKey));
-        carriers_.push_back(std::move(carrier));
-    }
-}
-
 // Loop information is not in the store that a file is opened with.
 void LosslessEdit::FindChange() {
     MetadataStore own = sources_.format.metadata;
     for (const auto& carrier : carriers_)
-        if (carrier.chunk->Is("ACID")) own.AddMissing(carrier.entries);
+        if (carrier.chunk->Is("ACID") && !carrier.isDormant) own.AddMissing(carrier.entries);
     wanted_.AddMissing(Filtered(own, [&](const std::string& key) {
         return key.starts_with("ACID:") && !sources_.format.metadata.Has(key);
     }));
@@ -107,19 +74,23 @@ void LosslessEdit::FindChange() {
 }
 
 // To the last chunk that holds the key, since its value is the one that counts; what goes, goes from all.
+// A file that is no loop does not become one.
 void LosslessEdit::Route(const MetadataEntry& entry) {
     const auto* scheme = SchemeOfKey(entry.key);
-    Carrier *holder = nullptr, *last = nullptr;
+    Carrier *holder = nullptr, *last = nullptr, *dormant = nullptr;
     for (auto& carrier : carriers_) {
-        if (carrier.chunk->scheme == scheme) last = &carrier;
-        if (!carrier.entries.Has(entry.key)) continue;
+        if (carrier.chunk->scheme == scheme) (carrier.isDormant ? dormant : last) = &carrier;
+        if (carrier.isDormant || !carrier.entries.Has(entry.key)) continue;
         holder = &carrier;
         if (entry.value.empty()) carrier.change.Set(entry.key, {});
     }
     if (!scheme->patch) rebuilt_.insert(scheme);
     if (entry.value.empty() || !scheme->patch) return;
-    if (!holder) holder = last;
-    (holder ? holder->change : newChanges_[scheme]).Set(entry.key, entry.value);
+    if (!holder) holder = last ? last : dormant;
+    if (holder)
+        holder->change.Set(entry.key, entry.value);
+    else if (scheme->replaced != Replaced::withItsOwn)
+        newChanges_[scheme].Set(entry.key, entry.value);
 }
 
 // A broadcast chunk always says a position: a new one says that which the file has.
@@ -142,7 +113,6 @@ void LosslessEdit::PatchCarrier(Carrier& carrier) {
 }
 
 void LosslessEdit::PatchNew(const TagScheme& scheme) {
-    if (!scheme.blank) return;
     const auto blank = scheme.blank();
     const auto patched =
         scheme.patch({blank, newChanges_[&scheme], nullptr, &sources_.file, sources_.old.unsynchronised});
@@ -182,7 +152,8 @@ PlainTags LosslessEdit::Expected(const TagScheme& scheme) const {
         });
     };
     for (const auto& carrier : carriers_)
-        carrier.entries.ForEach([&](const MetadataEntry& entry) { entries.Set(entry.key, entry.value); });
+        if (carrier.Counts())
+            carrier.entries.ForEach([&](const MetadataEntry& entry) { entries.Set(entry.key, entry.value); });
     for (const auto& carrier : carriers_) {
         const auto part =
             Filtered(carrier.change, [&](const std::string& key) { return SchemeOfKey(key) == &scheme; });
@@ -197,22 +168,47 @@ PlainTags LosslessEdit::Expected(const TagScheme& scheme) const {
 PlainTags LosslessEdit::Result(const TagScheme& scheme) const {
     MetadataStore store;
     for (const auto& carrier : carriers_)
-        if (!carrier.body.empty())
+        if (!carrier.body.empty() && carrier.Counts())
             ReadMetadataChunk(carrier.body, carrier.chunk->scheme->name, store, carrier.chunk->bodyStart);
     for (const auto& [added, body] : newBodies_)
         ReadMetadataChunk(body, added->name, store, 1);
     return PlainTagsOf(scheme.name, store);
 }
 
-// All schemes: a document in an ID3 tag is another's.
+// Of a scheme without a patcher: the chunks say what one says that is made of the same entries.
+bool LosslessEdit::IsBuiltRight(const TagScheme& scheme) const {
+    ChunkImage alone;
+    scheme.build(alone, {wanted_, &sources_.file, {}});
+    const auto tagsIn = [&](const ChunkImage& image) {
+        MetadataStore store;
+        ForEachChunk(image, [&](std::span<const uint8_t> chunk) {
+            const size_t bytes = ReadLe32(&chunk[4]);
+            scheme.read(chunk.subspan(chunkHeaderBytes, bytes), store, 1);
+        });
+        return PlainTagsOf(scheme.name, store);
+    };
+    return tagsIn(ImageOf(scheme).bytes) == tagsIn(alone);
+}
+
+void LosslessEdit::Restore(const TagScheme& scheme) {
+    rebuilt_.erase(&scheme);
+    for (auto& carrier : carriers_)
+        if (carrier.chunk->scheme == &scheme) carrier.body = carrier.chunk->body;
+}
+
+// All schemes: a document in an ID3 tag is another's. What cannot be built in another way stays as it was.
 void LosslessEdit::Prove() {
     if (change_.Count() == 0) return;
     for (const auto& scheme : tagTable) {
+        if (!scheme.patch && rebuilt_.contains(&scheme) && !IsBuiltRight(scheme)) Restore(scheme);
         if (!scheme.blank || Expected(scheme) == Result(scheme)) continue;
         const bool isOwn = std::ranges::any_of(carriers_, [&](const Carrier& carrier) {
-            return carrier.chunk->scheme == &scheme && carrier.change.Count() > 0;
+            return carrier.chunk->scheme == &scheme && carrier.IsChanged();
         });
-        rebuilt_.insert(isOwn || newChanges_.contains(&scheme) ? &scheme : FindScheme("ID3"));
+        if (!scheme.build)
+            Restore(scheme);
+        else
+            rebuilt_.insert(isOwn || newChanges_.contains(&scheme) ? &scheme : FindScheme("ID3"));
     }
 }
 
@@ -223,36 +219,49 @@ bool LosslessEdit::IsChanged(const TagScheme& scheme) const {
     return isPatched || newBodies_.contains(&scheme) || rebuilt_.contains(&scheme);
 }
 
-// All chunks of a scheme in their order, the refused ones too, then the new one.
-void LosslessEdit::Append(const TagScheme& scheme, ChunkImage& image) const {
-    auto carrier = carriers_.begin();
-    for (const auto& chunk : sources_.old.list) {
-        const ChunkBody* body = &chunk.body;
-        if (!chunk.isRefused) body = &(carrier++)->body;
-        const bool isGone = !chunk.isRefused && body->empty();
-        if (chunk.scheme == &scheme && !isGone) AppendChunk(image, chunk.id, body->data(), body->size());
-    }
-    if (const auto added = newBodies_.find(&scheme); added != newBodies_.end())
-        AppendChunk(image, scheme.ids.substr(0, 4), added->second.data(), added->second.size());
+const Carrier* LosslessEdit::CarrierOf(const TagChunk& chunk) const {
+    const auto found = std::ranges::find(carriers_, &chunk, &Carrier::chunk);
+    return found == carriers_.end() ? nullptr : &*found;
 }
 
-void LosslessEdit::Rebuild(const TagScheme& scheme, ChunkImage& image) const {
-    std::vector<ChunkBody> bodies;
+// All chunks of a scheme in their order, the refused ones too, then the new one.
+void LosslessEdit::Append(const TagScheme& scheme, SchemeImage& image) const {
     for (const auto& chunk : sources_.old.list) {
         if (chunk.scheme != &scheme) continue;
-        if (chunk.isRefused)
-            AppendChunk(image, chunk.id, chunk.body.data(), chunk.body.size());
-        else
-            bodies.push_back(chunk.body);
+        const auto* carrier = CarrierOf(chunk);
+        const ChunkBody& body = carrier ? carrier->body : chunk.body;
+        if (carrier && body.empty()) continue;
+        AppendChunk(image.bytes, chunk.id, body.data(), body.size());
+        image.oldStarts.push_back(chunk.bodyStart - chunkHeaderBytes);
     }
+    if (const auto added = newBodies_.find(&scheme); added != newBodies_.end())
+        AppendChunk(image.bytes, scheme.ids.substr(0, 4), added->second.data(), added->second.size());
+}
+
+void LosslessEdit::Rebuild(const TagScheme& scheme, SchemeImage& image) const {
+    std::vector<ChunkBody> bodies;
+    std::vector<int64_t> starts;
     MetadataStore store = wanted_;
+    for (const auto& chunk : sources_.old.list) {
+        if (chunk.scheme != &scheme) continue;
+        const auto* carrier = CarrierOf(chunk);
+        const bool isTaken = carrier && carrier->Counts();
+        if (isTaken) {
+            bodies.push_back(chunk.body);
+            if (carrier->isDormant) store.AddMissing(carrier->entries);
+        } else {
+            AppendChunk(image.bytes, chunk.id, chunk.body.data(), chunk.body.size());
+        }
+        (isTaken ? starts : image.oldStarts).push_back(chunk.bodyStart - chunkHeaderBytes);
+    }
     RemoveBwfCopies(store);
-    scheme.build(image, {store, &sources_.file, bodies, sources_.old.unsynchronised});
+    scheme.build(image.bytes, {store, &sources_.file, bodies, sources_.old.unsynchronised});
+    image.oldStarts.insert(image.oldStarts.end(), starts.begin(), starts.end());
 }
 
 // The chunks of a scheme as they become, or as they are.
-ChunkImage LosslessEdit::ImageOf(const TagScheme& scheme) const {
-    ChunkImage image;
+SchemeImage LosslessEdit::ImageOf(const TagScheme& scheme) const {
+    SchemeImage image;
     if (rebuilt_.contains(&scheme) && scheme.build)
         Rebuild(scheme, image);
     else
@@ -268,20 +277,19 @@ ChunkImage LosslessEdit::OldImageOf(const TagScheme& scheme) const {
 }
 
 std::optional<ChunkImages> LosslessEdit::Done() {
-    FindCarriers();
     FindChange();
     change_.ForEach([&](const MetadataEntry& entry) { Route(entry); });
     TakePosition();
     Patch();
     Prove();
     ChunkImages images;
+    images.keepsPlaces = true;
     for (const auto& scheme : tagTable) {
         if (!IsChanged(scheme)) continue;
         const auto image = ImageOf(scheme);
-        if (image == OldImageOf(scheme)) continue;
+        if (image.bytes == OldImageOf(scheme)) continue;
         images.replaced.emplace_back(scheme.name);
-        ChunkImage& whole = scheme.inTail ? images.tail : images.main;
-        whole.insert(whole.end(), image.begin(), image.end());
+        AddInPlaces(images, image, scheme.inTail);
     }
     return images.replaced.empty() ? std::nullopt : std::optional(std::move(images));
 }

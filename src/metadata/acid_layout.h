@@ -16,6 +16,7 @@
 namespace vantor::acid {
 
 inline constexpr size_t bodyBytes = 24;
+inline constexpr size_t leastBytes = 16;  // of one that makes a loop: without meter and tempo
 
 inline constexpr uint32_t flagOneShot = 0x01;
 inline constexpr uint32_t flagRootNote = 0x02;

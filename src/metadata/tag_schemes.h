@@ -95,7 +95,7 @@ inline constexpr std::array tagTable = {
               detail::FromOldBodies<MergeCartChunk>},
     TagScheme{"ID3", "id3 ID3 id3xID3xid3_ID3_", Replaced::withTags, ReadId3Chunk, BlankId3, PatchId3,
               detail::BuildTag},
-    TagScheme{"ACID", "acid", Replaced::withItsOwn, detail::Anywhere<ReadAcid>, nullptr, PatchAcid},
+    TagScheme{"ACID", "acid", Replaced::withItsOwn, detail::Anywhere<ReadAcid>, BlankAcid, PatchAcid},
     TagScheme{.name = "CAFINFO", .read = detail::Anywhere<ReadCafInfo>},
     TagScheme{paddingScheme, "JUNKjunkJUNQjunqFILRfilrFLLRfllrPAD_pad_", Replaced::asRoom},
 };

@@ -6,6 +6,7 @@
 #include <string>
 #include <tuple>
 
+#include "metadata/patch/id3_extended_header.h"
 #include "metadata/patch/patch_chunks.h"
 #include "metadata/read/id3_entries.h"
 #include "metadata/read/read_metadata.h"
@@ -22,13 +23,25 @@ constexpr size_t flagsOffset = 5, sizeOffset = 6;
 
 using Bytes = std::span<const uint8_t>;
 
-// A zero behind every 255 that could be taken for the start of something else.
-void AppendUnsynchronised(ChunkBody& to, Bytes frames) {
-    for (size_t i = 0; i < frames.size(); ++i) {
-        to.push_back(frames[i]);
-        if (frames[i] != 0xFF) continue;
-        if (i + 1 == frames.size() || frames[i + 1] == 0 || frames[i + 1] >= 0xE0) to.push_back(0);
-    }
+// One of version 2.4 that is too short to be one: the frames would begin within its size field.
+bool OverlapsExtendedHeader(Bytes tag) {
+    constexpr size_t leastBytes = 6;
+    return tag[3] == 4 && (tag[flagsOffset] & extendedHeaderFlag) &&
+           Id3FrameWalk(tag).Position() < id3HeaderBytes + leastBytes;
+}
+
+bool IsZero(uint8_t byte) {
+    return byte == 0;
+}
+
+// The footer repeats the header (ID3v2.4.0, section 3.4), so it would have to follow every change; no reader
+// of a chunk needs it. It stands behind the frames, or behind padding that should not be there.
+Bytes WithoutFooter(Bytes tag, Bytes rest) {
+    constexpr std::string_view id = "3DI";
+    const auto start = std::ranges::find_if_not(rest, IsZero);
+    const bool isFooter = (tag[flagsOffset] & footerFlag) && tag.size() >= id3HeaderBytes &&
+                          rest.end() - start >= std::ssize(id) && std::equal(id.begin(), id.end(), start);
+    return isFooter ? rest.first(static_cast<size_t>(start - rest.begin())) : rest;
 }
 
 class TagPatch {
@@ -48,7 +61,7 @@ class TagPatch {
     void PutDocument(const Id3Frame& frame, const Id3Entry& entry, Bytes whole);
     void PutNew();
     [[nodiscard]] bool GivesWay(const Id3Frame& frame, const Id3Entry& entry) const;
-    [[nodiscard]] size_t HeadBytes(size_t firstFrame);
+    void PutHead(const Id3TagParts& old, size_t framesEnd);
 
     const PatchInput& input_;
     int version_;
@@ -124,20 +137,20 @@ void TagPatch::PutNew() {
     }
 }
 
-// What stands before the frames. A check sum in the extended header would be wrong: then it goes.
-size_t TagPatch::HeadBytes(size_t firstFrame) {
-    const bool hasExtended =
-        version_ > 2 && (input_.body[flagsOffset] & extendedHeaderFlag) && firstFrame >= 16;
-    const uint8_t flags = input_.body[14 + (version_ == 4 ? 1 : 0)];
-    return hasExtended && (flags & (version_ == 4 ? 0x20 : 0x80)) ? id3HeaderBytes : firstFrame;
+// In front of what is there: the frames, up to `framesEnd`, and the rest.
+void TagPatch::PutHead(const Id3TagParts& old, size_t framesEnd) {
+    const Bytes out = out_;
+    auto head = Id3HeadFor({{}, out.first(framesEnd), out.subspan(framesEnd)}, old);
+    if (old.frames.size() + old.rest.size() + old.head.size() < input_.body.size())
+        head[flagsOffset] &= static_cast<uint8_t>(~footerFlag);
+    out_.insert(out_.begin(), head.begin(), head.end());
+    WriteSyncsafe(&out_[sizeOffset], static_cast<uint32_t>(out_.size() - id3HeaderBytes));
 }
 
 Patched TagPatch::Done() {
     Id3EntryWalk walk(input_.body, 0);
-    size_t position = walk.Frames().Position();
-    const size_t headBytes = input_.body.size() > 16 ? HeadBytes(position) : position;
-    Keep(input_.body.first(headBytes));
-    if (headBytes < position) out_[flagsOffset] &= static_cast<uint8_t>(~extendedHeaderFlag);
+    const size_t first = walk.Frames().Position();
+    size_t position = first;
     Id3Frame frame;
     Id3Entry entry;
     while (walk.Next(frame, entry)) {
@@ -145,12 +158,14 @@ Patched TagPatch::Done() {
         position = walk.Frames().Position();
     }
     PutNew();
-    if (out_.size() == headBytes && headBytes == id3HeaderBytes) return ChunkBody();
+    if (out_.empty()) return ChunkBody();
     const size_t framesEnd = out_.size();
-    Keep(input_.body.subspan(position));
-    KeepParity(out_, input_.body.size(), framesEnd);
-    if (out_.size() - id3HeaderBytes >= syncsafeLimit) return std::nullopt;
-    WriteSyncsafe(&out_[sizeOffset], static_cast<uint32_t>(out_.size() - id3HeaderBytes));
+    const auto rest = WithoutFooter(input_.body, input_.body.subspan(position));
+    Keep(rest);
+    // A frame that is cut off must not become whole.
+    if (std::ranges::all_of(rest, IsZero)) KeepParity(out_, input_.body.size() - first, framesEnd);
+    if (out_.size() + first - id3HeaderBytes >= syncsafeLimit) return std::nullopt;
+    PutHead({input_.body.first(first), input_.body.subspan(first, position - first), rest}, framesEnd);
     return std::move(out_);
 }
 
@@ -162,7 +177,7 @@ ChunkBody BlankId3() {
 
 Patched PatchId3(const PatchInput& input) {
     const int version = Id3FrameWalk(input.body).Version();
-    if (version == 0 || (input.body[flagsOffset] & footerFlag)) return std::nullopt;
+    if (version == 0 || OverlapsExtendedHeader(input.body)) return std::nullopt;
     return TagPatch(input, version).Done();
 }
 

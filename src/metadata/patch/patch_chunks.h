@@ -44,6 +44,7 @@ using Patched = std::optional<ChunkBody>;
 [[nodiscard]] ChunkBody BlankIxml();
 [[nodiscard]] ChunkBody BlankXmp();
 [[nodiscard]] ChunkBody BlankId3();
+[[nodiscard]] ChunkBody BlankAcid();
 
 // Puts a zero to the end or takes one away, so that a chunk stays even, or odd, as it was: some readers
 // forget the pad byte of a chunk that they do not know, and lose the audio behind it. `from`: where zeros
