@@ -43,6 +43,8 @@ inline constexpr FaultOrder faultOrders[] = {
     {"seek fails", Operation::seek, Fault::failure, false},
     {"seeks fail from here", Operation::seek, Fault::failure, true},
     {"cut fails", Operation::cut, Fault::failure, false},
+    {"flush fails", Operation::flush, Fault::failure, false},
+    {"flushes fail from here", Operation::flush, Fault::failure, true},
     {"open fails", Operation::open, Fault::failure, false},
     {"opens fail from here", Operation::open, Fault::failure, true},
     {"file is being written", Operation::open, Fault::sharingViolation, false},

@@ -217,8 +217,9 @@ class Edit {
     }
 
     void CheckWritable() const {
-        if (ways_.output.empty() && !ways_.force && !IsWritable(path_))
-            throw Failure("is write-protected; --force replaces it");
+        if (!ways_.output.empty() || IsWritable(path_)) return;
+        if (IsImmutable(path_)) throw Failure("cannot be changed: it is set to be immutable");
+        if (!ways_.force) throw Failure("is write-protected; --force replaces it");
     }
 
     // A document that the module does not read it does not write.

@@ -19,8 +19,7 @@ std::wstring FinalPath(const fs::path& file) {
         CloseHandle(handle);
         if (length > 0 && length < name.size()) return name.substr(0, length);
     }
-    std::error_code failed;
-    return L"\\\\?\\" + fs::absolute(file, failed).wstring();
+    return AbsolutePath(file).wstring();
 }
 
 // Mutex names are short and hold no backslash: the path's hash (FNV-1a) stands for it. Should two paths share

@@ -45,6 +45,8 @@ bool IsTerminal(std::FILE* stream);
 // Standard output without any translation of line ends.
 void MakeBinary(std::FILE* stream);
 std::FILE* OpenStream(const fs::path& path, const char* mode);
+// Nobody may write the file or take its place, whatever its permissions are.
+bool IsImmutable(const fs::path& path);
 bool SeekStream(std::FILE* stream, int64_t position);
 
 bool FolderIsWritable(const fs::path& folder);

@@ -87,6 +87,13 @@ std::FILE* OpenStream(const fs::path& path, const char* mode) {
     return std::fopen(path.c_str(), mode);
 }
 
+bool IsImmutable(const fs::path& path) {
+    const int file = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (file < 0) return errno == EPERM;
+    close(file);
+    return false;
+}
+
 bool SeekStream(std::FILE* stream, int64_t position) {
     return fseeko(stream, position, SEEK_SET) == 0;
 }

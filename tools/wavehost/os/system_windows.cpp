@@ -154,6 +154,10 @@ std::FILE* OpenStream(const fs::path& path, const char* mode) {
     return _wfopen(path.c_str(), fs::path(mode).c_str());
 }
 
+bool IsImmutable(const fs::path&) {
+    return false;  // what is read-only can be replaced
+}
+
 bool SeekStream(std::FILE* stream, int64_t position) {
     return _fseeki64(stream, position, SEEK_SET) == 0;
 }
