@@ -105,6 +105,7 @@ bool WideFileName(const std::string& name, std::u16string& wide) {
 
 bool WantsWideForm(const std::string& name) {
     if (name.size() >= scannedBytes) return true;
+    if (IsAscii(name)) return false;
     for (size_t i = 0; i < name.size(); ++i)
         if (HasSequenceAt(name, i)) return true;
     return false;
@@ -134,6 +135,22 @@ int CompareFileNames(std::string_view left, std::string_view right) {
         ++place;
     const auto at = [place](std::string_view name) { return place < name.size() ? Folded(name[place]) : 0; };
     return at(left) - at(right);
+}
+
+size_t HashOfFileName(std::string_view name) {
+    constexpr uint64_t letterCase =
+        0x2020202020202020;  // the bit in which a letter differs from its other case
+    constexpr uint64_t multiplier = 0x9E3779B97F4A7C15;
+    uint64_t hash = name.size();
+    while (!name.empty()) {
+        uint64_t word = 0;
+        const size_t bytes = std::min(name.size(), sizeof word);
+        std::memcpy(&word, name.data(), bytes);
+        hash = (hash ^ (word | letterCase)) * multiplier;
+        hash ^= hash >> 32;
+        name.remove_prefix(bytes);
+    }
+    return static_cast<size_t>(hash);
 }
 
 }  // namespace vantor

@@ -28,5 +28,7 @@ bool RemoveFile(const std::string& name);
 // Case-insensitive order of names, ASCII letters folded: how file identity is decided on every system. <0, 0,
 // >0.
 [[nodiscard]] int CompareFileNames(std::string_view left, std::string_view right);
+// The same number for names that compare as equal.
+[[nodiscard]] size_t HashOfFileName(std::string_view name);
 
 }  // namespace vantor

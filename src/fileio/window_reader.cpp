@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <utility>
 
 namespace vantor {
 
@@ -13,6 +14,8 @@ namespace {
 constexpr int64_t windowBytes = 65536;
 // After a jump: a page costs little more than the bytes that were asked for.
 constexpr int64_t firstStepBytes = 4096;
+// Who reads here and there, or a header alone, needs no more.
+constexpr int64_t smallWindowBytes = 8192;
 // So many bytes and more go to where they are wanted without passing through the window.
 constexpr int64_t directBytes = 16384;
 
@@ -65,17 +68,31 @@ const uint8_t* WindowReader::Advance(int64_t count) {
 // that, so that a reader that goes on in equal requests leaves nothing to be moved. False when they do not
 // come.
 bool WindowReader::Fill(int64_t wanted) {
-    if (!window_) window_ = NewAlignedBuffer(windowBytes);
-    if (!window_) return false;
     const int64_t left = Left();
-    if (left > 0) std::memmove(window_.get(), window_.get() + consumed_, static_cast<size_t>(left));
-    consumed_ = 0;
-    held_ = left;
-    const int64_t offset = state_.position + left;
     int64_t bytes = std::min(std::max(NextStep(), wanted - left), windowBytes - left);
     bytes -= (left + bytes) % wanted;
+    if (!MakeRoom(left + bytes)) return false;
+    const int64_t offset = state_.position + left;
     held_ += Fetch(window_.get() + left, offset, std::min(bytes, state_.size - offset));
     return held_ >= wanted;
+}
+
+// Moves the bytes that are left to the start of a window that holds `bytes`.
+bool WindowReader::MakeRoom(int64_t bytes) {
+    const int64_t left = Left();
+    if (bytes > roomBytes_) {
+        const int64_t room = bytes > smallWindowBytes ? windowBytes : smallWindowBytes;
+        AlignedBuffer larger = NewAlignedBuffer(room);
+        if (!larger) return false;
+        if (left > 0) std::memcpy(larger.get(), window_.get() + consumed_, static_cast<size_t>(left));
+        window_ = std::move(larger);
+        roomBytes_ = room;
+    } else if (left > 0) {
+        std::memmove(window_.get(), window_.get() + consumed_, static_cast<size_t>(left));
+    }
+    consumed_ = 0;
+    held_ = left;
+    return true;
 }
 
 int64_t WindowReader::NextStep() {
@@ -118,7 +135,7 @@ void WindowReader::Discard() {
 
 void WindowReader::ReleaseBuffers() {
     Discard();
-    step_ = 0;
+    step_ = roomBytes_ = 0;
     window_.reset();
 }
 

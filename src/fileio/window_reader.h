@@ -18,6 +18,7 @@ class WindowReader final : public ReadStrategy {
 
   private:
     bool Fill(int64_t wanted);
+    bool MakeRoom(int64_t bytes);
     int64_t NextStep();
     int64_t Fetch(uint8_t* destination, int64_t offset, int64_t count);
     void Discard();
@@ -27,6 +28,7 @@ class WindowReader final : public ReadStrategy {
     ReadState& state_;
     int64_t phaseBytes_;         // by which the first whole window is shortened
     AlignedBuffer window_;       // allocated by the first read
+    int64_t roomBytes_ = 0;      // in the window
     int64_t held_ = 0;           // valid bytes in the window
     int64_t consumed_ = 0;       // of these, already delivered
     int64_t step_ = 0;           // bytes fetched at a time; 0 after a jump

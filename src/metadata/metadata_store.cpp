@@ -11,6 +11,7 @@ namespace {
 using Bucket = std::vector<MetadataEntry>;
 
 constexpr size_t bucketLimit = 256;
+constexpr size_t usualEntries = 16;  // room for the tags of most files
 
 size_t KeyBytes(const MetadataEntry& entry) {
     return entry.key.size() + sizeof entry;
@@ -80,6 +81,7 @@ void MetadataStore::Insert(Place place, MetadataEntry entry) {
     const size_t keyBytes = KeyBytes(entry);
     if (buckets_.empty()) {
         Bucket first;
+        first.reserve(usualEntries);
         first.push_back(std::move(entry));
         buckets_.push_back(std::move(first));
     } else {

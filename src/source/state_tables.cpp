@@ -4,7 +4,7 @@
 #include <array>
 #include <iterator>
 #include <list>
-#include <map>
+#include <unordered_map>
 #include <utility>
 
 #include "fileio/file_name.h"
@@ -16,9 +16,12 @@ namespace {
 using State = std::shared_ptr<SharedFileState>;
 using States = std::vector<State>;
 
-struct NameBelow {
+struct NameHash {
+    size_t operator()(std::string_view name) const { return HashOfFileName(name); }
+};
+struct SameName {
     bool operator()(std::string_view left, std::string_view right) const {
-        return CompareFileNames(left, right) < 0;
+        return CompareFileNames(left, right) == 0;
     }
 };
 
@@ -47,7 +50,7 @@ class RememberedStates {
 
   private:
     std::list<State> states_;  // the one whose source went last is the first
-    std::map<std::string_view, std::list<State>::iterator, NameBelow> byName_;
+    std::unordered_map<std::string_view, std::list<State>::iterator, NameHash, SameName> byName_;
 };
 
 struct StateTable {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace vantor {
 
@@ -44,6 +45,18 @@ size_t SequenceBytes(std::string_view text) {
     for (size_t i = 2; i <= range->continuations; ++i)
         if ((byteAt(i) & 0xC0) != 0x80) return 0;
     return range->continuations + 1u;
+}
+
+// ASCII bytes at the start, eight at a time: nearly all text is nothing else.
+size_t AsciiBytes(std::string_view text) {
+    size_t bytes = 0;
+    for (uint64_t word = 0; bytes + sizeof word <= text.size(); bytes += sizeof word) {
+        std::memcpy(&word, text.data() + bytes, sizeof word);
+        if (word & 0x8080808080808080) break;
+    }
+    while (bytes < text.size() && static_cast<uint8_t>(text[bytes]) < 0x80)
+        ++bytes;
+    return bytes;
 }
 
 bool IsHighSurrogate(uint32_t unit) {
@@ -94,12 +107,12 @@ double DecimalNumber(std::string_view text) {
 }
 
 std::string_view UpToNul(std::span<const uint8_t> bytes) {
-    const auto end = std::find(bytes.begin(), bytes.end(), uint8_t{0});
-    return {reinterpret_cast<const char*>(bytes.data()), static_cast<size_t>(end - bytes.begin())};
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    return text.substr(0, text.find('\0'));
 }
 
 bool IsValidUtf8(std::string_view text) {
-    while (!text.empty()) {
+    for (text.remove_prefix(AsciiBytes(text)); !text.empty(); text.remove_prefix(AsciiBytes(text))) {
         const auto length = SequenceBytes(text);
         if (length == 0) return false;
         text.remove_prefix(length);

@@ -40,6 +40,8 @@ TEST(FileName, ComparesWithoutRegardToCase) {
     EXPECT_LT(CompareFileNames("a", "B"), 0);
     EXPECT_GT(CompareFileNames("ab", "A"), 0);
     EXPECT_LT(CompareFileNames("z", "\xC3"), 0);
+    EXPECT_EQ(HashOfFileName("C:/Takes/A 12.wav"), HashOfFileName("c:/takes/a 12.WAV"));
+    EXPECT_NE(HashOfFileName("C:/Takes/A 12.wav"), HashOfFileName("C:/Takes/A 13.wav"));
 }
 
 // Readers ask for the wide form when the name needs it and can be decoded, writers always.
