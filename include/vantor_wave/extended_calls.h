@@ -44,13 +44,14 @@ enum ExtendedCode : int32_t {
     // WriteFlags. Answers a WriteAnswer. The source goes on playing; it shows the new tags once it is opened
     // anew.
     callWriteMetadata = 0x20008,
-    // A document as it stands in a RIFF WAVE, RF64 or BW64 file: the body of its first chunk. a: "IXML",
-    // "AXML" or "XMP"; b: buffer, may be null; c: its size; what has no room is cut. Answers the bytes of the
-    // whole document; 0: none. Asks the disk.
+    // A document as it stands in the file: the body of its first chunk; of pictures the bytes of the one that
+    // "ID3:APIC" describes. a: "IXML", "AXML", "XMP" or "ID3:APIC"; b: buffer, may be null; c: its size; what
+    // has no room is cut. Answers the bytes of the whole document; 0: none. Asks the disk.
     callDocument = 0x10017,
-    // Puts a document in place of those of its scheme; all other chunks stay as they are. a and c as for
-    // callWriteMetadata, bits 1 and 3; b: DocumentRecord. Answers a WriteAnswer; 0 for one that is not read
-    // as the scheme's.
+    // Puts a document in place of those of its scheme; all other chunks stay as they are. A picture takes the
+    // place of the one that "ID3:APIC" describes, or is a new front cover; all other frames stay. a and c as
+    // for callWriteMetadata, bits 1 and 3; b: DocumentRecord. Answers a WriteAnswer; 0 for one that is not
+    // read as the scheme's.
     callWriteDocument = 0x20009,
     // Tempo of a loop. a: out double, beats a minute from 2.0 to 960.0, 0 when unknown; b: out double, the
     // second
@@ -92,7 +93,7 @@ enum ExtendedCode : int32_t {
 
 // What callWriteDocument puts in.
 struct DocumentRecord {
-    const char* scheme;  // "IXML", "AXML" or "XMP"
+    const char* scheme;  // "IXML", "AXML", "XMP" or "ID3:APIC"
     const void* bytes;
     int64_t byteCount;
 };

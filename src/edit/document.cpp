@@ -4,6 +4,8 @@
 #include <array>
 
 #include "edit/chunk_walk.h"
+#include "edit/picture.h"
+#include "formats/document_chunks.h"
 #include "metadata/read/read_metadata.h"
 #include "metadata/write/build_chunks.h"
 
@@ -25,24 +27,33 @@ const DocumentChunk* ChunkOf(std::string_view scheme) {
     return found == documentChunks.end() ? nullptr : found;
 }
 
-}  // namespace
-
-std::vector<uint8_t> ReadDocument(FileReader& file, bool isRf64, std::string_view scheme) {
-    std::vector<uint8_t> document;
-    if (!ChunkOf(scheme)) return document;
-    RiffChunkWalk walk(file, isRf64, {});
+std::vector<DocumentPlace> PlacesOf(FileReader& file, const AudioFormat& format, std::string_view scheme) {
+    if (!TakesTags(format)) return FindDocuments(file, format.fileKind, scheme);
+    std::vector<DocumentPlace> places;
+    RiffChunkWalk walk(file, format.fileKind != kindWave, {});
     RiffChunk chunk{};
-    while (walk.Next(chunk) == WalkStep::chunk) {
-        if (chunk.scheme != scheme || chunk.isCutOff || chunk.bodyBytes > largestDocument) continue;
-        document.resize(static_cast<size_t>(chunk.bodyBytes));
-        file.Seek(chunk.BodyStart());
-        if (!file.ReadExactly(document.data(), document.size())) document.clear();
-        return document;
-    }
-    return document;
+    while (walk.Next(chunk) == WalkStep::chunk)
+        if (chunk.scheme == scheme && !chunk.isCutOff) places.push_back({chunk.BodyStart(), chunk.bodyBytes});
+    return places;
 }
 
-std::optional<ChunkImages> ImagesOf(const Document& document) {
+std::vector<uint8_t> BytesAt(FileReader& file, const DocumentPlace& place) {
+    std::vector<uint8_t> bytes;
+    if (place.bytes > largestDocument) return bytes;
+    bytes.resize(static_cast<size_t>(place.bytes));
+    if (!file.Seek(place.start) || !file.ReadExactly(bytes.data(), place.bytes)) bytes.clear();
+    return bytes;
+}
+
+// Of the last tag that has one: its values are the ones that count.
+std::vector<uint8_t> ReadPictureDocument(FileReader& file, const AudioFormat& format) {
+    std::vector<uint8_t> picture;
+    for (const auto& place : PlacesOf(file, format, "ID3"))
+        if (auto found = FirstPictureIn(BytesAt(file, place))) picture = std::move(*found);
+    return picture;
+}
+
+std::optional<ChunkImages> ImagesOfChunk(const Document& document) {
     const auto* chunk = ChunkOf(document.scheme);
     MetadataStore store;
     if (!chunk || document.bytes.empty() || document.bytes.size() > largestDocument ||
@@ -52,6 +63,25 @@ std::optional<ChunkImages> ImagesOf(const Document& document) {
     AppendChunk(images.main, chunk->id, document.bytes.data(), document.bytes.size());
     images.replaced = {paddingScheme, chunk->scheme};
     return images;
+}
+
+}  // namespace
+
+bool TakesTags(const AudioFormat& format) {
+    return format.fileKind == kindWave || format.fileKind == kindRf64 || format.fileKind == kindBw64;
+}
+
+std::vector<uint8_t> ReadDocument(FileReader& file, const AudioFormat& format, std::string_view scheme) {
+    if (scheme == pictureScheme) return ReadPictureDocument(file, format);
+    if (!ChunkOf(scheme)) return {};
+    const auto places = PlacesOf(file, format, scheme);
+    return places.empty() ? std::vector<uint8_t>() : BytesAt(file, places.front());
+}
+
+std::optional<ChunkImages> ImagesOf(const Document& document, FileReader& file, bool isRf64) {
+    if (document.scheme != pictureScheme) return ImagesOfChunk(document);
+    const auto old = ReadTagChunks(file, isRf64, true);
+    return old ? ImagesWithPicture(*old, document.bytes) : std::nullopt;
 }
 
 }  // namespace vantor

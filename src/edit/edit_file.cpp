@@ -84,7 +84,7 @@ bool MakeImages(Attempt& attempt) {
     const auto& changes = attempt.request.changes;
     auto& [request, file, status, format, images] = attempt;
     if (request.document) {
-        auto document = ImagesOf(*request.document);
+        auto document = ImagesOf(*request.document, *file, attempt.IsRf64());
         if (document) images = std::move(*document);
         return document.has_value();
     }
@@ -137,10 +137,6 @@ Answer Try(Attempt& attempt) {
 }
 
 }  // namespace
-
-bool TakesTags(const AudioFormat& format) {
-    return format.fileKind == kindWave || format.fileKind == kindRf64 || format.fileKind == kindBw64;
-}
 
 WriteAnswer EditFile(const EditRequest& request) {
     for (int i = 0; i < mostAttempts; ++i) {

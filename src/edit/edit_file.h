@@ -23,9 +23,6 @@ struct EditRequest {
     std::function<void(const std::string& fileName)> forget;
 };
 
-// Kinds of files into which tags are written.
-[[nodiscard]] bool TakesTags(const AudioFormat& format);
-
 // The file is read anew, whatever is known of it.
 [[nodiscard]] WriteAnswer EditFile(const EditRequest& request);
 

@@ -8,6 +8,7 @@
 #include "formats/caf_markers.h"
 #include "formats/chunk_cursor.h"
 #include "formats/container_walk.h"
+#include "formats/document_chunks.h"
 #include "metadata/read/read_metadata.h"
 
 namespace vantor {
@@ -19,8 +20,6 @@ constexpr uint32_t flagFloat = 1;
 constexpr uint32_t flagLittleEndian = 2;
 constexpr uint32_t mostChannels = 128;
 constexpr size_t descBytes = 32;
-constexpr uint8_t xmpUuid[] = {0xBE, 0x7A, 0xCF, 0xCB, 0x97, 0xA9, 0x42, 0xE8,
-                               0x9C, 0x71, 0x99, 0x94, 0x91, 0xE3, 0xAF, 0xAC};
 
 int64_t SignedSize(const Chunk& chunk) {
     return static_cast<int64_t>(chunk.sizeField);

@@ -34,7 +34,15 @@ size_t LeadingZeros(std::span<const uint8_t> bytes) {
                                        bytes.subspan(zeros).begin());
 }
 
+// What follows the four characters in the GUID of a Wave64 chunk that RIFF knows too.
+constexpr std::string_view guidTail("\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A", 12);
+
 }  // namespace
+
+bool IsRiffChunk(const Chunk& chunk) {
+    return std::string_view(reinterpret_cast<const char*>(chunk.header.data()) + 4, guidTail.size()) ==
+           guidTail;
+}
 
 bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chunk) {
     const uint64_t headerBytes = framing.idBytes + framing.sizeBytes;

@@ -38,6 +38,9 @@ struct Chunk {
     [[nodiscard]] std::string_view Id() const { return {reinterpret_cast<const char*>(header.data()), 4}; }
 };
 
+// Wave64: the chunk's id is that of a chunk which RIFF knows by its first four characters.
+[[nodiscard]] bool IsRiffChunk(const Chunk& chunk);
+
 // Reads the header at the reader's position. False when the file ends first.
 [[nodiscard]] bool ReadChunkHeader(FileReader& reader, const ChunkFraming& framing, Chunk& chunk);
 

@@ -15,8 +15,6 @@ namespace vantor {
 
 namespace {
 
-using namespace std::string_view_literals;
-
 constexpr FmtRules fmtRules{
     .shortRead = "Error reading w64 fmt chunk",
     .shortExtension = "w64 ex-type is not supported",
@@ -33,14 +31,7 @@ constexpr FmtRules fmtRules{
     .marksMpeg = false,
 };
 
-// What follows the four characters in the GUID of a chunk that RIFF knows too.
-constexpr auto guidTail = "\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A"sv;
 constexpr uint64_t headerBytes = 24;
-
-bool IsRiffChunk(const Chunk& chunk) {
-    return std::string_view(reinterpret_cast<const char*>(chunk.header.data()) + 4, guidTail.size()) ==
-           guidTail;
-}
 
 int64_t SignedBytes(uint64_t bytes) {
     return static_cast<int64_t>(std::min<uint64_t>(bytes, std::numeric_limits<int64_t>::max()));

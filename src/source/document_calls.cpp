@@ -13,10 +13,10 @@ namespace vantor {
 intptr_t DocumentOf(const ExtendedCallArguments& call) {
     constexpr ReadParameters documentReading{1, 8192, 4};
     const auto* scheme = static_cast<const char*>(call.a);
-    if (!scheme || !TakesTags(call.format)) return 0;
+    if (!scheme) return 0;
     FileReader file(call.source.Name(), documentReading);
     if (!file.IsOpen()) return 0;
-    const auto document = ReadDocument(file, call.format.fileKind != kindWave, scheme);
+    const auto document = ReadDocument(file, call.format, scheme);
     const auto room = static_cast<size_t>(std::max(IntegerArgument(call.c), 0));
     if (call.b && room > 0 && !document.empty())
         std::memcpy(call.b, document.data(), std::min(room, document.size()));

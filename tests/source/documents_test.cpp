@@ -1,10 +1,15 @@
 // Documents read and put in as they stand, through a source.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include "tests/metadata/id3_tag_writer.h"
 #include "tests/source/edit_support.h"
 
 namespace vantor::test {
 namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 class Documents : public ::testing::Test {
   protected:
@@ -58,6 +63,92 @@ TEST_F(Documents, ComeBackByteForByte) {
         }
 }
 
+// A picture between two texts.
+Bytes TagWithPicture(const std::string& picture, uint8_t flags) {
+    return Id3TagWriter(3)
+        .Text("TIT2", "Song")
+        .Frame("APIC", ByteWriter().U8(0).Text("image/png").U8(0).U8(4).Text("behind").U8(0).Text(picture))
+        .Frame("TXXX", ByteWriter().U8(0).Text("own").U8(0).Text("\xFF."))
+        .Tag(flags);
+}
+constexpr uint8_t unsynchronised = 0x80;
+
+// A picture keeps its place, type and description when another takes it; a new one is a front cover.
+TEST_F(Documents, APictureComesBackByteForByte) {
+    const std::string jpeg("\xFF\xD8\xFF\xE0\0\xFF\0\xFF\xE2\xFF", 10),
+        old("\x89PNG\r\n\x1A\n\xFF\0\xFF", 11);
+    const Bytes front = TaggedPicture();
+    const struct {
+        Bytes file;
+        std::string read, type, description;
+    } cases[] = {
+        {MonoFile(Ramp(editedFrames), ByteWriter().Chunk("id3 ", TagWithPicture(old, 0))), old, "type:4",
+         "behind"},
+        {MonoFile(Ramp(editedFrames), ByteWriter().Chunk("id3 ", TagWithPicture(old, unsynchronised))), old,
+         "type:4", "behind"},
+        {MonoFile(Ramp(editedFrames), ByteWriter().Chunk("note", {1, 2, 3})), "", "type:3", ""},
+        {TaggedFile(), {front.begin(), front.end()}, "type:3", "Front"},
+    };
+    for (const auto& one : cases)
+        for (const intptr_t flags : {intptr_t{0}, intptr_t{writeNeverInPlace}}) {
+            const auto path = folder.Write("file.wav", one.file);
+            const auto source = OpenSource(path);
+            EXPECT_EQ(Read(*source, "ID3:APIC", 4096), one.read);
+            ASSERT_NE(Write(*source, "ID3:APIC", jpeg, flags), writeFailed) << one.type;
+            const auto written = OpenSource(flags ? target : path);
+            EXPECT_EQ(Read(*written, "ID3:APIC", 4096), jpeg);
+            ExpectOnlyTagsDiffer(one.file, ReadWholeFile(flags ? target : path));
+            auto before = TagsOf(folder.Write("before.wav", one.file)), after = TagsOf(*written);
+            EXPECT_THAT(after["ID3:APIC"], AllOf(StartsWith("mime:image/jpeg "), HasSubstr(one.type),
+                                                 HasSubstr(one.description)));
+            before.erase("ID3:APIC");
+            after.erase("ID3:APIC");
+            EXPECT_EQ(after, before);
+        }
+}
+
+// Containers that edits do not write.
+TEST_F(Documents, AreReadInEveryContainer) {
+    const std::string xmp =
+        "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
+        "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\">"
+        "<rdf:Description xmlns:q=\"urn:q\" q:own=\"1\"/></rdf:RDF></x:xmpmeta>";
+    const std::string picture("\x89PNG\r\n\x1A\n\xFF\0\xFF", 11);
+    const Bytes tag = TagWithPicture(picture, unsynchronised);
+    const Bytes uuid = {0xBE, 0x7A, 0xCF, 0xCB, 0x97, 0xA9, 0x42, 0xE8,
+                        0x9C, 0x71, 0x99, 0x94, 0x91, 0xE3, 0xAF, 0xAC};
+    Bytes aiff = ReadWholeFile(SourceTree() + "/samples/aiff.aif"), wave64, caf;
+    const ByteWriter more = ByteWriter()
+                                .IffChunk("APPL", ByteWriter().Text("stocNone"))
+                                .IffChunk("APPL", ByteWriter().Text("XMP ").Text(xmp))
+                                .IffChunk("ID3 ", tag);
+    aiff.insert(aiff.end(), more.Done().begin(), more.Done().end());
+    wave64 = ReadWholeFile(SourceTree() + "/samples/wave64.w64");
+    wave64.resize((wave64.size() + 7) / 8 * 8);
+    const ByteWriter chunks = ByteWriter()
+                                  .Wave64Chunk("iXML", ByteWriter().Text("<BWFXML><NOTE>x</NOTE></BWFXML>"))
+                                  .Wave64Chunk("_PMX", ByteWriter().Text(xmp))
+                                  .Wave64Chunk("id3 ", tag);
+    wave64.insert(wave64.end(), chunks.Done().begin(), chunks.Done().end());
+    caf = ReadWholeFile(SourceTree() + "/samples/caf-big.caf");
+    const ByteWriter packet = ByteWriter()
+                                  .CafChunk("uuid", ByteWriter().Zeros(16).Text("<x/>"))
+                                  .CafChunk("uuid", ByteWriter().Add(uuid).Text(xmp));
+    caf.insert(caf.end(), packet.Done().begin(), packet.Done().end());
+
+    const auto a = OpenSource(folder.Write("a.aif", aiff));
+    EXPECT_EQ(Read(*a, "XMP", 4096), xmp);
+    EXPECT_EQ(Read(*a, "ID3:APIC", 4096), picture);
+    EXPECT_EQ(Read(*a, "IXML", 4096), "");
+    const auto w = OpenSource(folder.Write("w.w64", wave64));
+    EXPECT_EQ(Read(*w, "IXML", 4096), "<BWFXML><NOTE>x</NOTE></BWFXML>");
+    EXPECT_EQ(Read(*w, "XMP", 4096), xmp);
+    EXPECT_EQ(Read(*w, "ID3:APIC", 4096), picture);
+    EXPECT_EQ(Read(*OpenSource(folder.Write("c.caf", caf)), "XMP", 4096), xmp);
+    caf.pop_back();  // the packet is cut off
+    EXPECT_EQ(Read(*OpenSource(folder.Write("cut.caf", caf)), "XMP", 4096), "");
+}
+
 TEST_F(Documents, ThatAreNoneAreRefused) {
     const Bytes original = TaggedFile();
     const auto path = folder.Write("file.wav", original);
@@ -66,6 +157,7 @@ TEST_F(Documents, ThatAreNoneAreRefused) {
     EXPECT_EQ(Write(*source, "IXML", ""), writeFailed);
     EXPECT_EQ(Write(*source, "XMP", "<html/>"), writeFailed);
     EXPECT_EQ(Write(*source, "BWF", "<BWFXML/>"), writeFailed);
+    EXPECT_EQ(Write(*source, "ID3:APIC", "no picture at all"), writeFailed);
     EXPECT_EQ(Read(*source, "BWF", 4096), "");
     EXPECT_EQ(ReadWholeFile(path), original);
     const auto aiff = OpenSource(SourceTree() + "/samples/aiff.aif");

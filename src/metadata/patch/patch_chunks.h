@@ -25,6 +25,7 @@ struct PatchInput {
     const MetadataStore* entriesBefore = nullptr;
     FileReader* file = nullptr;                      // that picture descriptors point into
     std::span<const FileRange> unsynchronised = {};  // see OldId3Tags
+    std::span<const uint8_t> newPicture = {};        // that a picture descriptor with offset 0 means
 };
 using Patched = std::optional<ChunkBody>;
 

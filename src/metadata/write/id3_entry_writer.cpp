@@ -30,6 +30,8 @@ void Synchronise(std::vector<uint8_t>& bytes) {
 bool AppendPicture(Id3Frames& frames, const Id3EntryWriter& writer, std::string_view value) {
     const auto descriptor = ParseDescriptor(value);
     if (!descriptor) return false;
+    if (descriptor->offset == 0 && !writer.newPicture.empty())
+        return AppendPictureFrame(frames, writer.version, *descriptor, writer.newPicture);
     auto picture = ReadRange(writer.file, descriptor->offset, descriptor->length);
     if (!picture) return false;
     const auto tag = std::ranges::upper_bound(writer.unsynchronised, descriptor->offset, {}, &FileRange::end);

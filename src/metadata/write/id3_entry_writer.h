@@ -14,6 +14,7 @@ struct Id3EntryWriter {
     int version = 4;
     FileReader* file = nullptr;  // that picture descriptors point into; may be null
     std::span<const FileRange> unsynchronised = {};
+    std::span<const uint8_t> newPicture = {};  // that a picture descriptor with offset 0 means
 
     // Appends the frame behind `base`, a key without its running number. A comment that replaces `old` keeps
     // its language and description. False when a value does not make up such a frame.

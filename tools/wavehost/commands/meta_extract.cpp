@@ -17,8 +17,7 @@ int RunMetaExtract(Session& session, const MetaExtractOptions& options) {
     const Module& module = ModuleOf(session);
     return ForFile(options.file, [&] {
         const HostPtr<PCM_source> source = OpenSource(module, options.file);
-        const std::string document =
-            DocumentIn(*source.Get(), options.file, *DocumentKindNamed(options.chunk));
+        const std::string document = DocumentIn(*source.Get(), *DocumentKindNamed(options.chunk));
         if (document.empty()) throw Failure("has no " + options.chunk);
         WriteOutput(options.output, document);
         return exitDone;

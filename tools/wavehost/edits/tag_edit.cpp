@@ -162,7 +162,7 @@ class Edit {
 
     bool PrepareDocument(PCM_source& source) {
         if (!TakesMetadata(path_)) throw Failure(Refusal(path_));
-        return DocumentIn(source, file_, *task_.kind) != *task_.document;
+        return DocumentIn(source, *task_.kind) != *task_.document;
     }
 
     EditResult Result(Fate fate, const Metadata& after) {
