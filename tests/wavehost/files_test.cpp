@@ -7,6 +7,7 @@
 #include "wavehost/files/file_list.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/os/terminal_text.h"
 
 namespace vantor::test {
 namespace {
@@ -84,6 +85,14 @@ TEST(FileList, NamesOfAnyLengthAreFoundAndRead) {
     fs::remove(PathOf(deep + "/take.wav"));
     for (; deep.size() > folder.Path("").size(); deep.resize(deep.rfind('/')))
         fs::remove(PathOf(deep));
+}
+
+TEST(TerminalText, CannotBeSteeredByWhatAFileHolds) {
+    EXPECT_EQ(TerminalText("a\tb\r\nc\rd\x1B[2J\x7F\b\xC2\x9B"
+                           "1m\xC3\x9B\xC2"),
+              "a\tb\r\nc d [2J   1m\xC3\x9B\xC2");
+    EXPECT_EQ(TerminalText(std::string_view("a\0b", 3)), "a b");
+    EXPECT_EQ(TerminalLine("a\r\nb\tc"), "a  b\tc");
 }
 
 TEST(OutputFile, TakesItsPlaceWholeOrNotAtAll) {

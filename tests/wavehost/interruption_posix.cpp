@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstring>
 #include <fstream>
 #include <thread>
 
@@ -65,6 +66,31 @@ TEST_F(Interruption, ARenderThatIsStoppedLeavesNothingBehind) {
         EXPECT_EQ(FilesInFolder(), 2u) << signal;
         EXPECT_EQ(ReadWholeFile(out), Bytes({1, 2, 3}));
     }
+}
+
+// A file that shrinks while it is played: what came is kept, silence stands for the rest, and the status
+// tells.
+TEST_F(Interruption, ASourceThatEndsEarlyIsAFault) {
+    constexpr int frames = 2000000;
+    const std::string file = folder.Write("shrinking.wav", PatternWav(frames, 1)), out = folder.Path("out");
+    const std::string program = BuildTree() + "/wavehost";
+    // The pipe holds the program up until the file is short.
+    const std::string command =
+        "{ '" + program + "' -q render '" + file + "' -o - --raw 2>'" + out + ".err'; echo $? >'" + out +
+        ".status'; } | { head -c 8000; truncate -s 2000044 '" + file + "'; cat; } >'" + out + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(ReadWholeFile(out + ".status"), Bytes({'1', '\n'}));
+    const Bytes err = ReadWholeFile(out + ".err"), played = ReadWholeFile(out);
+    EXPECT_NE(std::string(err.begin(), err.end()).find(" of 2000000 frames; silence stands for the rest"),
+              std::string::npos);
+    ASSERT_EQ(played.size(), frames * sizeof(double));
+    const auto sampleAt = [&](size_t frame) {
+        double sample = 0;
+        std::memcpy(&sample, &played[frame * sizeof sample], sizeof sample);
+        return sample;
+    };
+    EXPECT_EQ(sampleAt(999999), PatternSample(999999, 0) / 32768.0);
+    EXPECT_EQ(sampleAt(frames - 1), 0);
 }
 
 }  // namespace

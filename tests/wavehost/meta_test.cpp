@@ -62,6 +62,8 @@ TEST_F(WavehostMeta, SetsTheTagsOfManyFilesAndTellsEachFate) {
     EXPECT_EQ(values[1], Json({{"file", b}, {"metadata", {{"GENRE", "Rain"}}}}));
     EXPECT_EQ(RunWavehost({"meta", "get", a, "--key", "IXML:SCENE"}).out, a + "\tIXML:SCENE\t12\n");
     EXPECT_EQ(ExitCode({"meta", "get", a}), 2);
+    ASSERT_EQ(ExitCode({"meta", "set", "-q", a, "--force", "COMMENT=red\x1B[31m\nline\xC2\x9B"}), 0);
+    EXPECT_EQ(Value(a, "COMMENT"), "red [31m\nline ");
     EXPECT_THAT(RunWavehost({"meta", "list", a, b}).out,
                 AllOf(StartsWith(a + "\n  "), HasSubstr("\n" + b + "\n  ")));
 }
@@ -195,6 +197,24 @@ TEST_F(WavehostMeta, DocumentsGoOutAndInAsTheyStand) {
                 HasSubstr("is not read as iXML"));
     EXPECT_EQ(ExitCode({"meta", "embed", file, "bext", document}), 2);
     EXPECT_EQ(ReadWholeFile(file), embedded);
+}
+
+TEST_F(WavehostMeta, APictureGoesInAndOut) {
+    const std::string file = Wav("a.wav", InfoChunk("IART", "Me")), out = folder.Path("out");
+    Bytes png = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n', 0xFF, 0, 0xFF, 0, 0};
+    const std::string picture = folder.Write("cover.png", png);
+    EXPECT_THAT(RunWavehost({"meta", "extract", file, "picture"}).err, HasSubstr("has no picture"));
+    const HostRun run = RunWavehost({"meta", "embed", file, "picture", picture});
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("ID3:APIC: (none) -> \"mime:image/png type:3 "));
+    EXPECT_EQ(run.err, "");
+    ASSERT_EQ(ExitCode({"meta", "extract", file, "picture", "-o", out}), 0);
+    EXPECT_EQ(ReadWholeFile(out), png);
+    EXPECT_EQ(Value(file, "ARTIST"), "Me");
+    EXPECT_THAT(RunWavehost({"meta", "embed", file, "picture", picture}).out, HasSubstr("unchanged"));
+    WriteText("text", "no picture");
+    EXPECT_THAT(RunWavehost({"meta", "embed", file, "picture", folder.Path("text")}).err,
+                HasSubstr("is not read as picture"));
 }
 
 TEST_F(WavehostMeta, ATableGoesOutAndComesBack) {

@@ -23,7 +23,8 @@ struct HostRun {
     std::string out;  // standard output, byte for byte
     std::string err;
 };
-HostRun RunWavehost(const std::vector<std::string>& arguments);
+// `before`: words of the shell in front of the program, such as "setpriv --reuid nobody".
+HostRun RunWavehost(const std::vector<std::string>& arguments, const std::string& before = {});
 
 // 16-bit samples that differ in every frame and channel.
 int16_t PatternSample(int64_t frame, int channel);

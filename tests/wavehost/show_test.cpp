@@ -115,6 +115,24 @@ TEST_F(WavehostShow, TellsFailureFromWrongUsageAndLeavesFilesAlone) {
         EXPECT_THAT(RunWavehost({"render", second, "-o", out, "--rate", "100"}).err,
                     HasSubstr("second.wav ended after 0 of 100 frames"));
     }
+    for (const auto& command : {std::vector<std::string>{"info", file},
+                                {"markers", file},
+                                {"slices", file},
+                                {"restore", file},
+                                {"meta", "list", file},
+                                {"meta", "export", file},
+                                {"meta", "get", "--key", "TITLE", file},
+                                {"scan", folder.Path("")}}) {
+        std::vector<std::string> line = {"--module", folder.Path("none.so")};
+        line.insert(line.end(), command.begin(), command.end());
+        line.emplace_back("--json");
+        const HostRun run = RunWavehost(line);
+        EXPECT_EQ(run.exitCode, 1) << command[0];
+        const Json told = Json::parse(run.out);
+        const Json& first = told.is_array() ? told.at(0) : told;
+        EXPECT_THAT(first["error"].get<std::string>(), HasSubstr("the module cannot be loaded"));
+        EXPECT_THAT(run.err, HasSubstr("none.so: the module cannot be loaded"));
+    }
     EXPECT_EQ(ExitCode({"--module", "none.so", "info", file}), 1);
     EXPECT_EQ(ExitCode({"render", file}), 2);
     EXPECT_EQ(ExitCode({"render", file, "-o", out, "--format", "s8"}), 2);

@@ -1,7 +1,7 @@
 // wavehost: a reference host on the command line. It loads the module through its exported entry and works
 // only through what the entry registered.
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/interruption.h"
 #include "wavehost/os/system.h"
 
@@ -36,6 +36,7 @@ int RunWatched(int argc, char** argv) {
         std::fflush(stdout);
         ReportFailure("", "interrupted");
         return interruption.exitStatus;
+    } catch (const ToldFailure&) {
     } catch (const std::exception& failure) {
         ReportFailure("", failure.what());
     }

@@ -2,7 +2,7 @@
 #include "wavehost/care/findings_text.h"
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 
 namespace vantor::wavehost {
 

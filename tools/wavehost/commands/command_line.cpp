@@ -6,6 +6,7 @@
 
 #include "wavehost/commands/manual.h"
 #include "wavehost/commands/version.h"
+#include "wavehost/os/failure.h"
 
 namespace vantor::wavehost {
 
@@ -52,9 +53,16 @@ void Add(Command& command, const char* names, Value& value, const char* help, co
 
 }  // namespace
 
-const Module& ModuleOf(Session& session) {
-    if (!session.module) session.module = LoadModule(session.modulePath);
-    return *session.module;
+const Module& ModuleOf(Session& session, ResultForm form) {
+    if (session.module) return *session.module;
+    const fs::path file = FindModule(session.modulePath);
+    try {
+        return session.module.emplace(LoadModule(file));
+    } catch (const Failure& failure) {
+        if (form == ResultForm::text) throw Failure(TextOf(file) + ": " + failure.what());
+        Results(form).Failed(TextOf(file), failure.what());
+        throw ToldFailure();
+    }
 }
 
 void AddOption(Command& command, const char* names, Target target, const char* help, const Rules& rules) {

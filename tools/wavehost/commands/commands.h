@@ -5,6 +5,7 @@
 #include <string>
 
 #include "wavehost/host/module_loader.h"
+#include "wavehost/tables/results.h"
 
 namespace vantor::wavehost {
 
@@ -18,8 +19,9 @@ struct Session {
     bool quiet = false;            // -q: errors alone on standard error
     std::optional<Module> module;  // loaded when the first command asks
 };
-// Throws Failure when there is no module.
-const Module& ModuleOf(Session& session);
+// Throws Failure when there is no module; when JSON is wanted that is a result, and ToldFailure is thrown.
+const Module& ModuleOf(Session& session, ResultForm form = ResultForm::text);
+struct ToldFailure {};
 
 // Each adds its command to the line.
 struct CommandLine;

@@ -1,6 +1,6 @@
 #include "wavehost/commands/edit_files.h"
 
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 
 namespace vantor::wavehost {
 

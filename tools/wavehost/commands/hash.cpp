@@ -4,7 +4,7 @@
 #include "wavehost/care/audio_hash.h"
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/failure.h"
 
 namespace vantor::wavehost {
@@ -28,8 +28,9 @@ int PrintHashes(Session& session, const HashOptions& options) {
 
 // Lines that are none are told; what there is to verify, by the names in the list.
 int ReadList(const std::string& list, std::vector<HashLine>& lines) {
+    const std::string reason = WhyUnreadable(PathOf(list));
+    if (!reason.empty()) throw Failure(reason);
     std::ifstream stream(PathOf(list), std::ios::binary);
-    if (!stream) throw Failure(LastReason());
     int status = exitDone;
     size_t number = 0;
     for (std::string text; std::getline(stream, text);) {
@@ -44,6 +45,7 @@ int ReadList(const std::string& list, std::vector<HashLine>& lines) {
         ReportFailure(list, "line " + std::to_string(number) + " is no hash, two blanks and a name");
         status = exitFailed;
     }
+    if (number == 0) throw Failure("holds no hashes");
     return status;
 }
 

@@ -1,6 +1,6 @@
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/json_output.h"
 #include "wavehost/tables/text_output.h"
@@ -38,8 +38,9 @@ std::string FirstLine(const std::string& text) {
 }
 
 int RunInfo(Session& session, const InfoOptions& options) {
-    const Module& module = ModuleOf(session);
-    Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
+    const ResultForm form = options.json ? ResultForm::jsonArray : ResultForm::text;
+    const Module& module = ModuleOf(session, form);
+    Results results(form);
     const int status =
         RunBatch(session, "info", ListFiles(options.files), results, [&](const std::string& file) {
             const SourceFacts facts = Look(module, file);

@@ -1,6 +1,6 @@
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/tables/json_output.h"
 #include "wavehost/tables/marker_table.h"
 #include "wavehost/tables/text_output.h"
@@ -16,9 +16,10 @@ struct MarkersOptions {
 };
 
 int RunMarkers(Session& session, const MarkersOptions& options) {
-    const Module& module = ModuleOf(session);
+    const ResultForm form = options.json ? ResultForm::jsonArray : ResultForm::text;
+    const Module& module = ModuleOf(session, form);
     const std::vector<ListedFile> files = ListFiles(options.files);
-    Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
+    Results results(form);
     if (options.csv) PrintRow(MarkerHeadings());
     return RunBatch(session, "markers", files, results, [&](const std::string& file) {
         const HostPtr<PCM_source> source = OpenSource(module, file);

@@ -3,7 +3,7 @@
 #include "wavehost/commands/meta.h"
 #include "wavehost/edits/carried_tags.h"
 #include "wavehost/edits/position_wishes.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
 

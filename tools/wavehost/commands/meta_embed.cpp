@@ -1,7 +1,7 @@
 #include "wavehost/commands/edit_files.h"
 #include "wavehost/commands/meta.h"
 #include "wavehost/edits/documents.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/files/whole_file.h"
 #include "wavehost/os/failure.h"
 

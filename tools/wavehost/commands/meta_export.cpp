@@ -7,6 +7,7 @@
 #include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/temporary_stream.h"
+#include "wavehost/os/terminal_text.h"
 #include "wavehost/tables/json_output.h"
 #include "wavehost/tables/tag_table.h"
 #include "wavehost/values/shown_text.h"
@@ -33,8 +34,9 @@ class TableFile {
     }
 
     void Put(const std::string& text) {
-        if (std::fwrite(text.data(), 1, text.size(), stream_ ? stream_.get() : stdout) != text.size())
-            throw Failure("the table cannot be written");
+        const bool isTaken =
+            stream_ ? std::fwrite(text.data(), 1, text.size(), stream_.get()) == text.size() : PutOut(text);
+        if (!isTaken) throw Failure("the table cannot be written");
     }
 
     void Finish() {
@@ -153,7 +155,9 @@ int ExportJson(const Session& session, const Module& module, const MetaExportOpt
 }
 
 int RunMetaExport(Session& session, const MetaExportOptions& options) {
-    const Module& module = ModuleOf(session);
+    const bool isPrinted = options.output.empty() || options.output == "-";
+    const Module& module =
+        ModuleOf(session, options.json && isPrinted ? ResultForm::jsonArray : ResultForm::text);
     TableFile table(options.output);
     const int status = options.json ? ExportJson(session, module, options, table)
                                     : ExportCsv(session, module, options, table);

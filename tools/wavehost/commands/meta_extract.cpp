@@ -1,6 +1,6 @@
 #include "wavehost/commands/meta.h"
 #include "wavehost/edits/documents.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
 

@@ -1,7 +1,8 @@
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/meta.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/os/terminal_text.h"
 #include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {
@@ -14,12 +15,12 @@ struct MetaGetOptions {
     bool json = false;
 };
 
-// The bare value.
+// The bare value, of all lines that it has.
 int GetOne(const Module& module, const std::string& file, const std::string& key) {
     return ForFile(file, [&] {
         const std::string value = ValueOf(*OpenSource(module, file).Get(), key);
         if (value.empty()) throw Failure("has no " + key);
-        std::puts(value.c_str());
+        std::puts(TerminalText(value).c_str());
         return exitDone;
     });
 }
@@ -39,14 +40,15 @@ Metadata ValuesOf(const Module& module, const std::string& file, const std::vect
 }
 
 int RunMetaGet(Session& session, const MetaGetOptions& options) {
-    const Module& module = ModuleOf(session);
+    const ResultForm form = options.json ? ResultForm::jsonArray : ResultForm::text;
+    const Module& module = ModuleOf(session, form);
     if (options.keys.empty()) {
         if (options.files.names.size() == 2 && !options.json)
             return GetOne(module, options.files.names[0], options.files.names[1]);
         ReportFailure("", "meta get takes FILE KEY, or --key KEY and files");
         return exitUsage;
     }
-    Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
+    Results results(form);
     return RunBatch(session, "meta get", ListFiles(options.files), results, [&](const std::string& file) {
         const Metadata values = ValuesOf(module, file, options.keys);
         if (options.json) results.Add(MetadataJson(file, values));

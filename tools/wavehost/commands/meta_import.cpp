@@ -1,7 +1,7 @@
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/edit_files.h"
 #include "wavehost/commands/meta.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/files/whole_file.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/tag_table.h"
@@ -32,9 +32,9 @@ Assignments Differences(const TagRow& row, PCM_source& source) {
     return wishes;
 }
 
-int Import(Session& session, const MetaImportOptions& options) {
+int Import(Session& session, const MetaImportOptions& options, const std::string& text) {
     const Module& module = ModuleOf(session);
-    const std::vector<TagRow> table = ReadTagTable(ReadWhole(options.table));
+    const std::vector<TagRow> table = ReadTagTable(text);
     if (!options.ways.force) CheckColumns(table);
     std::vector<ListedFile> files;
     for (const TagRow& row : table)
@@ -51,7 +51,8 @@ int Import(Session& session, const MetaImportOptions& options) {
 }
 
 int RunMetaImport(Session& session, const MetaImportOptions& options) {
-    return ForFile(options.table, [&] { return Import(session, options); });
+    const std::string text = ReadWhole(options.table);
+    return ForFile(options.table, [&] { return Import(session, options, text); });
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/meta.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {
@@ -20,8 +20,9 @@ void Print(const std::string& file, const Metadata& metadata, bool isOneOfSevera
 }
 
 int RunMetaList(Session& session, const MetaListOptions& options) {
-    const Module& module = ModuleOf(session);
-    Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
+    const ResultForm form = options.json ? ResultForm::jsonArray : ResultForm::text;
+    const Module& module = ModuleOf(session, form);
+    Results results(form);
     const std::vector<ListedFile> files = ListFiles(options.files);
     return RunBatch(session, "meta list", files, results, [&](const std::string& file) {
         const Metadata metadata = MetadataOf(*OpenSource(module, file).Get());

@@ -5,7 +5,7 @@
 #include "wavehost/commands/meta.h"
 #include "wavehost/edits/objections.h"
 #include "wavehost/edits/position_wishes.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/folder.h"
 #include "wavehost/values/timecode.h"

@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/files/progress.h"
 #include "wavehost/host/host_services.h"

@@ -1,5 +1,5 @@
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/facts/source_facts.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/system.h"

@@ -5,7 +5,7 @@
 
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/interruption.h"
 #include "wavehost/values/name_pattern.h"

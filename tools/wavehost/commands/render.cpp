@@ -7,13 +7,14 @@
 #include "wavehost/edits/carried_tags.h"
 #include "wavehost/edits/tag_edit.h"
 #include "wavehost/facts/adpcm_block.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/facts/source_facts.h"
 #include "wavehost/files/progress.h"
 #include "wavehost/files/wav_writer.h"
 #include "wavehost/host/host_services.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/interruption.h"
+#include "wavehost/os/terminal_text.h"
 
 namespace vantor::wavehost {
 
@@ -110,7 +111,7 @@ int JudgeMissing(PCM_source& source, const RenderOptions& options, const Plan& p
 }
 
 void ReportSpeed(const std::string& file, int64_t frames, double sampleRate, double seconds) {
-    std::fprintf(stderr, "%s: %lld frames in %.3f s, %.0f times real time\n", file.c_str(),
+    std::fprintf(stderr, "%s: %lld frames in %.3f s, %.0f times real time\n", TerminalLine(file).c_str(),
                  static_cast<long long>(frames), seconds, static_cast<double>(frames) / sampleRate / seconds);
 }
 

@@ -6,7 +6,7 @@
 #include "wavehost/care/findings_text.h"
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/interruption.h"
 
 namespace vantor::wavehost {

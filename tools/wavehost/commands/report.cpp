@@ -1,7 +1,6 @@
-#include "wavehost/facts/report.h"
-
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/report/columns.h"
@@ -56,7 +55,8 @@ std::string TitleOf(const std::vector<OverviewRow>& overview, const fs::path& fo
 int RunReport(Session& session, const ReportOptions& options) {
     return ForFile(options.folder, [&] {
         const fs::path folder = PlainPath(PathOf(options.folder));
-        if (!fs::is_directory(folder)) throw Failure("is not a folder");
+        const std::string reason = WhyNoFolder(folder);
+        if (!reason.empty()) throw Failure(reason);
         const Module& module = ModuleOf(session);
         std::vector<Take> takes;
         Results results(ResultForm::text);

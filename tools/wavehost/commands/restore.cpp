@@ -1,7 +1,7 @@
 #include <fstream>
 
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/host/host_services.h"
 #include "wavehost/host/project_text.h"
 #include "wavehost/os/failure.h"
@@ -50,8 +50,9 @@ HostPtr<PCM_source> Restore(const Module& module, const std::string& stateFile) 
 }
 
 int RunRestore(Session& session, const RestoreOptions& options) {
-    const Module& module = ModuleOf(session);
-    Results results(options.json ? ResultForm::jsonArray : ResultForm::text);
+    const ResultForm form = options.json ? ResultForm::jsonArray : ResultForm::text;
+    const Module& module = ModuleOf(session, form);
+    Results results(form);
     try {
         const HostPtr<PCM_source> source = Restore(module, options.stateFile);
         const SourceFacts facts = FactsOf(*source.Get(), source->FileName());

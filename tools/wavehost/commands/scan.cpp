@@ -2,7 +2,7 @@
 
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/json_output.h"
 
@@ -67,15 +67,13 @@ struct Scan {
 };
 
 int RunScan(Session& session, const ScanOptions& options) {
-    const Module& module = ModuleOf(session);
+    const ResultForm form = options.json ? ResultForm::jsonLines : ResultForm::text;
+    const Module& module = ModuleOf(session, form);
     const fs::path folder = PathOf(options.folder);
-    Results results(options.json ? ResultForm::jsonLines : ResultForm::text);
-    const FileStatus status = StatusOf(folder);
-    std::vector<ListedFile> files;
-    if (status.kind == FileKind::folder)
-        files = FilesBelow(folder, true);
-    else
-        files = {{options.folder, status.reason.empty() ? "is not a folder" : status.reason}};
+    Results results(form);
+    const std::string obstacle = WhyNoFolder(folder);
+    const auto files =
+        obstacle.empty() ? FilesBelow(folder, true) : std::vector<ListedFile>{{options.folder, obstacle}};
     Scan scan{module, results};
     const int exitStatus = RunBatch(session, "scan " + options.folder, files, results,
                                     [&](const std::string& file) { return scan.Visit(file); });

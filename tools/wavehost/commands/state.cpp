@@ -1,5 +1,5 @@
 #include "wavehost/commands/command_line.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/host/host_services.h"
 #include "wavehost/host/project_text.h"

@@ -210,7 +210,7 @@ class Edit {
         const PrivateFiles privately(fs::exists(output.Target(), failed));
         const Stamp stamp = StampOf(path_);
         const Outcome outcome = Ask(file_, output.WriteTo(), Flags());
-        if (outcome == Outcome::failed) throw Failure(WhyFailed() + WhatStands());
+        if (outcome == Outcome::failed) throw Failure(WhyFailed(output) + WhatStands());
         if (outcome == Outcome::inPlace) return Updated(stamp);
         if (replaces && !ways_.force) CheckReplaceable(path_);
         return Replaced(output, stamp);
@@ -220,6 +220,12 @@ class Edit {
         if (!ways_.output.empty() || IsWritable(path_)) return;
         if (IsImmutable(path_)) throw Failure("cannot be changed: it is set to be immutable");
         if (!ways_.force) throw Failure("is write-protected; --force replaces it");
+    }
+
+    [[nodiscard]] std::string WhyFailed(const OutputFile& output) const {
+        const fs::path folder = output.Target().parent_path();
+        return FolderIsWritable(folder) ? WhyFailed()
+                                        : "cannot be written: no new file is permitted in " + TextOf(folder);
     }
 
     // A document that the module does not read it does not write.

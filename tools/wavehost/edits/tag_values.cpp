@@ -4,7 +4,7 @@
 #include <cmath>
 #include <set>
 
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/tables/tag_table.h"
 #include "wavehost/values/keys.h"
 #include "wavehost/values/numbers.h"

@@ -86,6 +86,12 @@ std::vector<ListedFile> FilesBelow(const fs::path& folder, bool recursive) {
     return files;
 }
 
+std::string WhyNoFolder(const fs::path& path) {
+    const FileStatus status = StatusOf(path);
+    if (status.kind == FileKind::folder) return {};
+    return status.reason.empty() ? "is not a folder" : status.reason;
+}
+
 bool IsAudioName(const fs::path& name) {
     static constexpr std::array<std::string_view, 15> extensions = {
         ".wav",  ".wave", ".bwf",  ".rf64", ".bw64", ".w64", ".aif", ".aiff",

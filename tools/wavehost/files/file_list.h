@@ -28,6 +28,9 @@ std::vector<ListedFile> ListFiles(const FileArguments& arguments);
 // be read as obstacles. Links to folders are not followed, so that no loop catches the walk.
 std::vector<ListedFile> FilesBelow(const fs::path& folder, bool recursive);
 
+// Why it is no folder: the system's reason, or "is not a folder"; empty when it is one.
+std::string WhyNoFolder(const fs::path& path);
+
 // Whether a name carries an extension that audio files of the module's containers have. What another system
 // keeps beside a file under its name ("._take.wav") is none.
 bool IsAudioName(const fs::path& name);

@@ -1,6 +1,7 @@
 #include "wavehost/files/output_file.h"
 
 #include "wavehost/os/failure.h"
+#include "wavehost/os/terminal_text.h"
 
 namespace vantor::wavehost {
 
@@ -49,9 +50,7 @@ void OutputFile::TakePlace(TargetLock lock) {
 
 void WriteOutput(const std::string& target, std::string_view content) {
     if (target == "-") {
-        if (std::fwrite(content.data(), 1, content.size(), stdout) != content.size() ||
-            std::fflush(stdout) != 0)
-            throw Failure("cannot be written: " + LastReason());
+        if (!PutOut(content) || std::fflush(stdout) != 0) throw Failure("cannot be written: " + LastReason());
         return;
     }
     OutputFile file(PathOf(target));

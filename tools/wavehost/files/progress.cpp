@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "wavehost/os/system.h"
+#include "wavehost/os/terminal_text.h"
 
 namespace vantor::wavehost {
 
@@ -14,8 +15,8 @@ constexpr auto redrawEvery = std::chrono::milliseconds(100);
 
 }  // namespace
 
-Progress::Progress(std::string subject, bool quiet)
-    : subject_(std::move(subject)),
+Progress::Progress(const std::string& subject, bool quiet)
+    : subject_(TerminalLine(subject)),
       terminal_(!quiet && IsTerminal(stderr)),
       next_(std::chrono::steady_clock::now() + redrawEvery) {}
 

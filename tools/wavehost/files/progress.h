@@ -9,7 +9,7 @@ namespace vantor::wavehost {
 class Progress {
   public:
     // `quiet`: never drawn.
-    Progress(std::string subject, bool quiet);
+    Progress(const std::string& subject, bool quiet);
     // Wipes the bar.
     ~Progress();
     Progress(const Progress&) = delete;

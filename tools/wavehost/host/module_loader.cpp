@@ -28,6 +28,8 @@ void Take(const char* key, T& slot) {
     if (found != Registered().end()) slot = reinterpret_cast<T>(found->second);
 }
 
+}  // namespace
+
 fs::path FindModule(const std::string& path) {
     if (!path.empty()) return AbsolutePath(PathOf(path));
     const fs::path folder = ExecutableFolder();
@@ -39,15 +41,12 @@ fs::path FindModule(const std::string& path) {
     return (buildFolder.empty() ? folder : PathOf(buildFolder)) / moduleFileName;
 }
 
-}  // namespace
-
-Module LoadModule(const std::string& path) {
-    const fs::path file = FindModule(path);
+Module LoadModule(const fs::path& file) {
     std::string error;
     void* library = OpenLibrary(file, error);
-    if (!library) throw Failure(TextOf(file) + ": the module cannot be loaded: " + error);
+    if (!library) throw Failure("the module cannot be loaded: " + error);
     const auto entry = reinterpret_cast<EntryFunction>(LibrarySymbol(library, entryName));
-    if (!entry) throw Failure(TextOf(file) + ": no " + entryName + " in this library");
+    if (!entry) throw Failure(std::string("no ") + entryName + " in this library");
 
     HostInfo host{hostInterfaceVersion, nullptr, &RegisterService, &LookupHostService};
     Module module;
@@ -55,7 +54,7 @@ Module LoadModule(const std::string& path) {
     Take(registration::sourceTypes, module.sources);
     Take(registration::createMetadataSource.name, module.createMetadataSource);
     if (accepted != 1 || !module.sources)
-        throw Failure(TextOf(file) + ": the module's entry refused this host: " + RefusalReason(&host));
+        throw Failure(std::string("the module's entry refused this host: ") + RefusalReason(&host));
     return module;
 }
 

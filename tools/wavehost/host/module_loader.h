@@ -4,6 +4,7 @@
 #include <string>
 
 #include "vantor_wave/host_interface.h"
+#include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
 
@@ -13,9 +14,10 @@ struct Module {
     PCM_source* (*createMetadataSource)(const char* fileName) = nullptr;
 };
 
-// Loads the module from `path`; when that is empty, from beside the executable, else from the folder where it
-// is installed (../lib/vantor_wave), else from the build folder.
+// Where the module is: at `path`; when that is empty, beside the executable, else in the folder where it is
+// installed (../lib/vantor_wave), else in the build folder.
+fs::path FindModule(const std::string& path);
 // Throws Failure when there is none or when it refuses.
-Module LoadModule(const std::string& path);
+Module LoadModule(const fs::path& file);
 
 }  // namespace vantor::wavehost

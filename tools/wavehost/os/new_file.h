@@ -13,6 +13,10 @@ inline constexpr bool openFilesAreReplaced = false;
 inline constexpr bool openFilesAreReplaced = true;
 #endif
 
+// Removes what the killed have left in the folder; the second, unless it is the folder that was swept last.
+void SweepUp(const std::filesystem::path& folder);
+void SweepUpOnce(const std::filesystem::path& folder);
+
 // Whether who calls holds the lock of the file whose place is taken already; a second one would wait for it.
 enum class TargetLock { toBeTaken, held };
 

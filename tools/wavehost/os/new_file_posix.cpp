@@ -19,6 +19,7 @@ namespace vantor::wavehost {
 namespace {
 
 constexpr std::string_view prefix = ".vantor-", suffix = ".tmp";
+constexpr size_t nameLength = prefix.size() + 16 + suffix.size();
 
 // A name that nobody can have laid a link under.
 fs::path TemporaryName() {
@@ -60,21 +61,7 @@ int OpenNamed(const fs::path& path) {
 }
 
 bool IsTemporaryName(const std::string& name) {
-    return name.size() == TemporaryName().native().size() && name.starts_with(prefix) &&
-           name.ends_with(suffix);
-}
-
-// Removes what the killed have left.
-void SweepUp(const fs::path& folder) {
-    std::error_code failed;
-    for (const auto& entry : fs::directory_iterator(folder, failed)) {
-        if (!IsTemporaryName(entry.path().filename().native())) continue;
-        const Descriptor left(open(entry.path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-        struct stat status {};
-        if (left.Number() >= 0 && fstat(left.Number(), &status) == 0 && S_ISREG(status.st_mode) &&
-            flock(left.Number(), LOCK_EX | LOCK_NB) == 0)
-            unlink(entry.path().c_str());
-    }
+    return name.size() == nameLength && name.starts_with(prefix) && name.ends_with(suffix);
 }
 
 void CopyAttributes(int from, int to) {
@@ -123,8 +110,20 @@ class OldFile {
 
 }  // namespace
 
+void SweepUp(const fs::path& folder) {
+    std::error_code failed;
+    for (const auto& entry : fs::directory_iterator(folder, failed)) {
+        if (!IsTemporaryName(entry.path().filename().native())) continue;
+        const Descriptor left(open(entry.path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        struct stat status {};
+        if (left.Number() >= 0 && fstat(left.Number(), &status) == 0 && S_ISREG(status.st_mode) &&
+            flock(left.Number(), LOCK_EX | LOCK_NB) == 0)
+            unlink(entry.path().c_str());
+    }
+}
+
 NewFile::NewFile(const fs::path& folder) : folder_(folder.empty() ? fs::path(".") : folder) {
-    SweepUp(folder_);
+    SweepUpOnce(folder_);
     descriptor_ = OpenUnnamed(folder_);
     if (descriptor_ >= 0) {
         path_ = PathOfDescriptor(descriptor_);

@@ -12,6 +12,7 @@ namespace vantor::wavehost {
 namespace {
 
 constexpr std::wstring_view prefix = L".vantor-", suffix = L".tmp";
+constexpr size_t nameLength = prefix.size() + 16 + suffix.size();
 
 // Begins with its owner's number, by which the next one knows whether it still lives.
 fs::path TemporaryName() {
@@ -34,21 +35,20 @@ bool IsOwnerGone(const std::wstring& name) {
     return hasEnded;
 }
 
-// Removes what the killed have left.
+}  // namespace
+
 void SweepUp(const fs::path& folder) {
     std::error_code failed;
     for (const auto& entry : fs::directory_iterator(folder, failed)) {
         const std::wstring name = entry.path().filename().wstring();
-        if (name.size() == TemporaryName().native().size() && name.starts_with(prefix) &&
-            name.ends_with(suffix) && IsOwnerGone(name))
+        if (name.size() == nameLength && name.starts_with(prefix) && name.ends_with(suffix) &&
+            IsOwnerGone(name))
             DeleteFileW(entry.path().c_str());
     }
 }
 
-}  // namespace
-
 NewFile::NewFile(const fs::path& folder) : folder_(folder) {
-    SweepUp(folder_.empty() ? fs::path(L".") : folder_);
+    SweepUpOnce(folder_.empty() ? fs::path(L".") : folder_);
     path_ = name_ = folder_ / TemporaryName();
 }
 

@@ -8,6 +8,7 @@
 
 #include "wavehost/os/failure.h"
 #include "wavehost/os/interruption.h"
+#include "wavehost/os/terminal_text.h"
 
 namespace vantor::wavehost {
 
@@ -24,7 +25,8 @@ void WaitUntil(const std::string& file, IsDone isDone) {
         const auto waited = steady_clock::now() - start;
         if (waited > longest) throw Failure("is being edited by another program; try again later");
         if (waited > silent && !isSaid) {
-            std::fprintf(stderr, "%s: waiting for another program that edits it\n", file.c_str());
+            std::fprintf(stderr, "%s: waiting for another program that edits it\n",
+                         TerminalLine(file).c_str());
             isSaid = true;
         }
         std::this_thread::sleep_for(pause);

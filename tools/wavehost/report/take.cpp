@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "wavehost/care/examine.h"
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/report/slate.h"
 #include "wavehost/values/timecode.h"

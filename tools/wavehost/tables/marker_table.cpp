@@ -1,9 +1,9 @@
 #include "wavehost/tables/marker_table.h"
 
 #include <cmath>
-#include <cstdio>
 
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
+#include "wavehost/os/terminal_text.h"
 #include "wavehost/values/shown_text.h"
 
 namespace vantor::wavehost {
@@ -41,8 +41,7 @@ CsvRow SliceRow(const std::string& file, double sampleRate, const SliceFact& sli
 }
 
 void PrintRow(const CsvRow& row) {
-    const std::string line = CsvLine(row);
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    PutOut(CsvLine(row));
 }
 
 }  // namespace vantor::wavehost

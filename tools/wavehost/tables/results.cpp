@@ -2,7 +2,8 @@
 
 #include <cstdio>
 
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
+#include "wavehost/os/terminal_text.h"
 #include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {
@@ -13,7 +14,7 @@ Results::~Results() {
 
 void Results::Add(const std::string& object) {
     if (form_ == ResultForm::jsonArray) std::fputs(first_ ? "[\n" : ",\n", stdout);
-    std::fwrite(object.data(), 1, object.size(), stdout);
+    PutOut(object);
     if (form_ == ResultForm::jsonLines) std::putchar('\n');
     first_ = false;
 }

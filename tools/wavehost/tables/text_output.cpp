@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/tables/placement.h"
 
 namespace vantor::wavehost {

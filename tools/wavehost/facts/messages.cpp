@@ -1,33 +1,19 @@
-#include "wavehost/facts/report.h"
+#include "wavehost/facts/messages.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cstdio>
 
 #include "wavehost/host/host_services.h"
 #include "wavehost/os/system.h"
+#include "wavehost/os/terminal_text.h"
 
 namespace vantor::wavehost {
-
-namespace {
-
-constexpr char deleteCharacter = 0x7F;
-
-bool SteersTerminal(char c) {
-    return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == deleteCharacter;
-}
-
-std::string Shown(std::string text) {
-    std::replace_if(text.begin(), text.end(), SteersTerminal, ' ');
-    return text;
-}
-
-}  // namespace
 
 void ReportFailure(const std::string& file, const std::string& message) {
     const std::string line = file.empty() ? message : file + ": " + message;
     // A bar may stand on the line.
-    std::fprintf(stderr, "%swavehost: %s\n", IsTerminal(stderr) ? "\r\033[K" : "", Shown(line).c_str());
+    std::fprintf(stderr, "%swavehost: %s\n", IsTerminal(stderr) ? "\r\033[K" : "",
+                 TerminalLine(line).c_str());
 }
 
 void ReportNote(bool quiet, const std::string& file, const std::string& message) {
@@ -54,7 +40,7 @@ std::string NumberText(double number) {
 }
 
 void PrintLine(const std::string& line) {
-    const std::string shown = Shown(line) + "\n";
+    const std::string shown = TerminalLine(line) + "\n";
     std::fwrite(shown.data(), 1, shown.size(), stdout);
 }
 

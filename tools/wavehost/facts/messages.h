@@ -18,8 +18,7 @@ void ReportStatistics();
 std::string TimeText(double seconds);
 // A number in its shortest exact form.
 std::string NumberText(double number);
-// One line on standard output; control characters but for the line end come out as blanks, so that a value
-// from a file cannot steer the terminal.
+// One line on standard output, as a terminal may get it.
 void PrintLine(const std::string& line);
 
 // Runs `work`; a failure is reported for `file`. Returns the exit status.

@@ -1,0 +1,46 @@
+#include "wavehost/os/terminal_text.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "wavehost/os/system.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+constexpr unsigned char deleteCharacter = 0x7F, c1Lead = 0xC2;
+
+// Bytes of the control character at the start of `text`; 0 when there is none.
+size_t ControlBytes(std::string_view text) {
+    const auto at = [&](size_t index) { return static_cast<unsigned char>(text[index]); };
+    if (at(0) == '\n' || at(0) == '\t' || text.starts_with("\r\n")) return 0;
+    if (at(0) < ' ' || at(0) == deleteCharacter) return 1;
+    return text.size() > 1 && at(0) == c1Lead && at(1) >= 0x80 && at(1) < 0xA0 ? 2 : 0;
+}
+
+}  // namespace
+
+std::string TerminalText(std::string_view text) {
+    std::string shown;
+    while (!text.empty()) {
+        const size_t control = ControlBytes(text);
+        shown += control > 0 ? ' ' : text.front();
+        text.remove_prefix(std::max<size_t>(control, 1));
+    }
+    return shown;
+}
+
+std::string TerminalLine(std::string_view text) {
+    std::string line = TerminalText(text);
+    std::ranges::replace_if(
+        line, [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return line;
+}
+
+bool PutOut(std::string_view text) {
+    const std::string shown = IsTerminal(stdout) ? TerminalText(text) : std::string(text);
+    return std::fwrite(shown.data(), 1, shown.size(), stdout) == shown.size();
+}
+
+}  // namespace vantor::wavehost
