@@ -47,7 +47,9 @@ Bytes WithoutFooter(Bytes tag, Bytes rest) {
 class TagPatch {
   public:
     TagPatch(const PatchInput& input, int version)
-        : input_(input), version_(version), writer_{version, input.file, input.unsynchronised, input.newPicture} {
+        : input_(input),
+          version_(version),
+          writer_{version, input.file, input.unsynchronised, input.newPicture} {
         ReadId3Tag(input.body, own_, 0);
         change_ = Id3ChangeFor(version, input.change, own_);
     }
