@@ -12,6 +12,7 @@
 #include "fileio/file_reader.h"
 #include "formats/marker.h"
 #include "metadata/metadata_store.h"
+#include "text/text_pool.h"
 
 namespace vantor {
 
@@ -68,6 +69,7 @@ struct AudioFormat {
     int32_t remainderFrames = 0;
     std::vector<int64_t> slicePoints;  // frames, ascending
     std::vector<Marker> markers;
+    TextPool markerNames;  // their texts
     MetadataStore metadata;
     bool isIncomplete = false;  // the parse ended before the file did: there may be more metadata
     std::optional<std::string> errorMessage;  // why the last parse failed

@@ -131,10 +131,10 @@ bool ReadCafStrings(BodyReader body, CafStrings& strings) {
     return ReadBody(body.reader, body.remaining, strings.text);
 }
 
-void NameCafMarkers(std::vector<Marker>& markers, const CafStrings& strings) {
+void NameCafMarkers(std::vector<Marker>& markers, const CafStrings& strings, TextPool& names) {
     int32_t number = 0;
     for (Marker& marker : markers) {
-        if (const auto name = StringOf(strings, marker.id); !name.empty()) marker.name = name;
+        if (const auto name = StringOf(strings, marker.id); !name.empty()) marker.name = names.Keep(name);
         marker.id = ++number;
     }
 }

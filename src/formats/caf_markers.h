@@ -6,6 +6,7 @@
 
 #include "formats/chunk_cursor.h"
 #include "formats/marker.h"
+#include "text/text_pool.h"
 
 namespace vantor {
 
@@ -25,7 +26,7 @@ struct CafStrings {
 // Reads the body into `strings`, in place of what they held. False when the body ends early.
 [[nodiscard]] bool ReadCafStrings(BodyReader body, CafStrings& strings);
 
-// Gives the markers their names and numbers them from 1.
-void NameCafMarkers(std::vector<Marker>& markers, const CafStrings& strings);
+// Gives the markers their names, kept in the pool, and numbers them from 1.
+void NameCafMarkers(std::vector<Marker>& markers, const CafStrings& strings, TextPool& names);
 
 }  // namespace vantor

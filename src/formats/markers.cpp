@@ -15,10 +15,9 @@ constexpr size_t subChunkHeaderBytes = 8;
 constexpr size_t labelTextOffset = 4;    // in `labl` and `note`
 constexpr size_t regionTextOffset = 20;  // in `ltxt`
 
-void NameMarker(Marker& marker, std::span<const uint8_t> text, NamePriority priority) {
-    if (text.empty() || priority <= marker.namePriority) return;
-    marker.name = MarkerName(UpToNul(text));
-    marker.namePriority = priority;
+void NameMarker(MarkerTable& table, Marker& marker, std::span<const uint8_t> text, NamePriority priority) {
+    if (!text.empty() && priority > marker.namePriority)
+        table.Name(marker, MarkerName(UpToNul(text)), priority);
 }
 
 // | offset | width | field            |
@@ -26,7 +25,8 @@ void NameMarker(Marker& marker, std::span<const uint8_t> text, NamePriority prio
 // |      4 |       | text             |
 void ReadLabel(std::span<const uint8_t> data, NamePriority priority, MarkerTable& table) {
     if (data.size() < labelTextOffset) return;
-    NameMarker(FindOrCreateMarker(table, ReadLe32(data.data())), data.subspan(labelTextOffset), priority);
+    Marker& marker = table.FindOrCreate(ReadLe32(data.data()));
+    NameMarker(table, marker, data.subspan(labelTextOffset), priority);
 }
 
 // | offset | width | field                                                |
@@ -39,12 +39,12 @@ void ReadLabel(std::span<const uint8_t> data, NamePriority priority, MarkerTable
 // 0.
 void ReadLabelledText(std::span<const uint8_t> data, double sampleRate, MarkerTable& table) {
     if (!(sampleRate > 0) || data.size() < regionTextOffset) return;
-    Marker& marker = FindOrCreateMarker(table, ReadLe32(data.data()));
+    Marker& marker = table.FindOrCreate(ReadLe32(data.data()));
     if (const uint32_t frames = ReadLe32(data.data() + 4)) {
         marker.isRegion = true;
         marker.end = frames / sampleRate + marker.start;
     }
-    NameMarker(marker, data.subspan(regionTextOffset), nameFromLtxt);
+    NameMarker(table, marker, data.subspan(regionTextOffset), nameFromLtxt);
 }
 
 void ReadSubChunk(std::string_view id, std::span<const uint8_t> data, double sampleRate, MarkerTable& table) {
@@ -60,15 +60,6 @@ std::string MarkerName(std::string_view text) {
     return std::string(CutAtCharacter(name, longestMarkerName));
 }
 
-Marker& FindOrCreateMarker(MarkerTable& table, uint32_t id) {
-    const auto signedId = static_cast<int32_t>(id);
-    if (table.firstById.size() >= mostCuePoints && !table.firstById.contains(signedId))
-        return table.beyond = Marker();
-    const auto [entry, isNew] = table.firstById.try_emplace(signedId, table.markers.size());
-    if (isNew) table.markers.emplace_back().id = signedId;
-    return table.markers[entry->second];
-}
-
 // | offset | width | field                                                             |
 // |      0 |     4 | number of points n                                                |
 // |      4 |  24 n | id (4), position, chunk id, chunk start, block start: unused (16),|
@@ -77,7 +68,7 @@ void ReadCueList(std::span<const uint8_t> body, double sampleRate, MarkerTable& 
     if (!(sampleRate > 0) || body.size() < cueHeaderBytes) return;
     if (body.size() != cueHeaderBytes + uint64_t{cueEntryBytes} * ReadLe32(body.data())) return;
     for (size_t at = cueHeaderBytes; at < body.size(); at += cueEntryBytes)
-        FindOrCreateMarker(table, ReadLe32(&body[at])).start = ReadLe32(&body[at + 20]) / sampleRate;
+        table.FindOrCreate(ReadLe32(&body[at])).start = ReadLe32(&body[at + 20]) / sampleRate;
 }
 
 bool ReadAssociatedData(std::span<const uint8_t> listBody, double sampleRate, MarkerTable& table) {
@@ -106,7 +97,7 @@ void ReadSamplerLoops(std::span<const uint8_t> body, double sampleRate, MarkerTa
     if (body.size() != samplerHeaderBytes + loopBytes + samplerBytes) return;
     for (auto loops = body.subspan(samplerHeaderBytes, static_cast<size_t>(loopBytes)); !loops.empty();
          loops = loops.subspan(samplerLoopBytes)) {
-        Marker& marker = FindOrCreateMarker(table, ReadLe32(loops.data()));
+        Marker& marker = table.FindOrCreate(ReadLe32(loops.data()));
         marker.isRegion = true;
         marker.start = ReadLe32(loops.data() + 8) / sampleRate;
         marker.end = ReadLe32(loops.data() + 12) / sampleRate;

@@ -3,13 +3,12 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <span>
 #include <string_view>
 #include <vector>
 
 #include "fileio/file_reader.h"
-#include "formats/marker.h"
+#include "formats/marker_table.h"
 
 namespace vantor {
 
@@ -17,19 +16,6 @@ inline constexpr size_t longestMarkerName = 511;  // bytes
 
 // The text as a name: UTF-8, or Windows-1252 where it is none, cut between characters.
 [[nodiscard]] std::string MarkerName(std::string_view text);
-
-// The markers of one walk, found by their ids. While it lives, markers are added through it alone.
-struct MarkerTable {
-    std::vector<Marker>& markers;
-    std::map<int32_t, size_t> firstById{};  // index of the first marker of an id
-    Marker beyond{};                        // takes what is said of markers that are too many
-};
-
-// More cue points than that are not kept: twelve bytes of a file would become a hundred in memory.
-inline constexpr size_t mostCuePoints = 131072;
-
-// The first marker of the id, appended when there is none and room.
-Marker& FindOrCreateMarker(MarkerTable& table, uint32_t id);
 
 // The readers are silent: a body whose sizes do not add up is ignored, or read as far as they do. Without a
 // sample rate (in Hz) positions cannot become seconds and are ignored.
@@ -41,9 +27,11 @@ bool ReadAssociatedData(std::span<const uint8_t> listBody, double sampleRate, Ma
 // A `smpl` body.
 void ReadSamplerLoops(std::span<const uint8_t> body, double sampleRate, MarkerTable& table);
 // An `r64m` body. Moves, names and adds markers; for use after the walk.
-void ReadRf64Markers(std::span<const uint8_t> body, double sampleRate, std::vector<Marker>& markers);
+void ReadRf64Markers(std::span<const uint8_t> body, double sampleRate, std::vector<Marker>& markers,
+                     TextPool& names);
 // A Wave64 `cue ` body of `bodyBytes`, read from the reader's position.
-void ReadWave64Cues(FileReader& reader, uint64_t bodyBytes, double sampleRate, std::vector<Marker>& markers);
+void ReadWave64Cues(FileReader& reader, uint64_t bodyBytes, double sampleRate, std::vector<Marker>& markers,
+                    TextPool& names);
 
 // Removes what is no marker: a negative id or start, or nothing but a position at the file's start.
 void RemoveVoidMarkers(std::vector<Marker>& markers);

@@ -85,7 +85,7 @@ int Reject(AudioFormat& format, const char* message) {
 void CleanUpMarkers(ContainerWalk& walk) {
     auto& markers = walk.format.markers;
     if (!(walk.format.sampleRate > 1.0)) markers.clear();
-    if (walk.format.fileKind == kindCaf) NameCafMarkers(markers, walk.cafStrings);
+    if (walk.format.fileKind == kindCaf) NameCafMarkers(markers, walk.cafStrings, walk.format.markerNames);
     RemoveVoidMarkers(markers);
 }
 

@@ -57,7 +57,7 @@ class MarkersByPlace {
             places_.erase(found);
             Move(markers_[index], position);
         } else {
-            markers_.push_back({id, position, position, false, {}, nameNone});
+            markers_.push_back({.id = id, .start = position, .end = position});
         }
         Insert(index);
         return markers_[index];
@@ -82,15 +82,16 @@ class MarkersByPlace {
 
 }  // namespace
 
-void ReadRf64Markers(std::span<const uint8_t> body, double sampleRate, std::vector<Marker>& markers) {
-    if (!(sampleRate > 0)) return;
+void ReadRf64Markers(std::span<const uint8_t> body, double sampleRate, std::vector<Marker>& markers,
+                     TextPool& names) {
+    if (!(sampleRate > 0) || body.size() < entryBytes) return;
     MarkersByPlace places(markers, sampleRate);
     for (size_t at = 0; body.size() - at >= entryBytes; at += entryBytes) {
         const Entry entry = EntryAt(body, at);
         if (!(entry.flags & flagValid)) continue;
         Marker& marker = places.Place(entry);
         if (!(entry.flags & flagLabelElsewhere) && !entry.label.empty())
-            marker.name = MarkerName(entry.label);
+            marker.name = names.Keep(MarkerName(entry.label));
         if (body.size() - at < 2 * entryBytes) break;
         const Entry next = EntryAt(body, at + entryBytes);
         if (next.flags != 0 || next.id != regionEndId) continue;

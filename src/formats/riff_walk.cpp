@@ -208,9 +208,9 @@ WalkStatus WalkChunks(RiffWalk& riff) {
 }
 
 WalkStatus WalkFile(ContainerWalk& walk, bool is64) {
-    RiffWalk riff{walk, is64, {}, {walk.format.markers, {}}, {}};
+    RiffWalk riff{walk, is64, {}, {walk.format.markers, walk.format.markerNames}, {}};
     const WalkStatus status = WalkChunks(riff);
-    ReadRf64Markers(riff.rf64Markers, walk.format.sampleRate, walk.format.markers);
+    ReadRf64Markers(riff.rf64Markers, walk.format.sampleRate, walk.format.markers, walk.format.markerNames);
     return status;
 }
 

@@ -15,14 +15,14 @@ constexpr uint64_t noLength = ~uint64_t{0};  // a plain marker
 constexpr uint32_t replacementCharacter = 0xFFFD;
 
 // UTF-16 units, little-endian, one code point each: halves of surrogate pairs are not joined.
-void ReadName(std::span<const uint8_t> units, Marker& marker) {
+std::string NameFrom(std::span<const uint8_t> units) {
     std::string name;
     for (; units.size() >= 2 && name.size() < longestMarkerName; units = units.subspan(2)) {
         const uint16_t unit = ReadLe16(units.data());
         if (unit == 0) break;
         if (!AppendUtf8(name, unit)) AppendUtf8(name, replacementCharacter);
     }
-    marker.name = MarkerName(name);
+    return MarkerName(name);
 }
 
 // | offset | width | field                                                   |
@@ -45,7 +45,8 @@ Marker MarkerFromEntry(const uint8_t* entry, double sampleRate) {
 
 }  // namespace
 
-void ReadWave64Cues(FileReader& reader, uint64_t bodyBytes, double sampleRate, std::vector<Marker>& markers) {
+void ReadWave64Cues(FileReader& reader, uint64_t bodyBytes, double sampleRate, std::vector<Marker>& markers,
+                    TextPool& names) {
     if (!(sampleRate > 0)) return;
     BodyReader body(reader, bodyBytes);
     uint8_t entry[entryBytes];
@@ -59,7 +60,7 @@ void ReadWave64Cues(FileReader& reader, uint64_t bodyBytes, double sampleRate, s
         if (nameBytes < 1 || nameBytes > body.remaining) continue;
         if (!ReadBody(reader, nameBytes, name)) return;
         body.remaining -= nameBytes;
-        ReadName(name, marker);
+        marker.name = names.Keep(NameFrom(name));
     }
 }
 

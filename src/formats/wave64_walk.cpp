@@ -55,7 +55,8 @@ WalkStatus ReadFormat(ContainerWalk& walk, const Chunk& chunk) {
 }
 
 WalkStatus ReadCues(ContainerWalk& walk, const Chunk& chunk) {
-    ReadWave64Cues(walk.reader, chunk.bodyBytes, walk.format.sampleRate, walk.format.markers);
+    AudioFormat& format = walk.format;
+    ReadWave64Cues(walk.reader, chunk.bodyBytes, format.sampleRate, format.markers, format.markerNames);
     return walkGoesOn;
 }
 

@@ -99,7 +99,7 @@ std::vector<PropertyRow> MarkerRows(const AudioFormat& format) {
     for (const Marker& marker : format.markers) {
         std::string value = std::to_string(marker.id) + ", " + TimeText(marker.start);
         if (marker.isRegion) value += " - " + TimeText(marker.end);
-        if (marker.name) value += ", " + *marker.name;
+        if (marker.name) value += std::string(", ") + marker.name;
         rows.push_back(
             {Localize("Markers"), Localize(marker.isRegion ? "Region" : "Marker"), std::move(value)});
     }

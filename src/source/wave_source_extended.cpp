@@ -49,13 +49,7 @@ bool CopyMarker(const AudioFormat& format, int32_t index, MarkerRecord* record) 
     if (index < 0 || static_cast<size_t>(index) >= format.markers.size()) return false;
     if (!record) return true;
     const Marker& marker = format.markers[static_cast<size_t>(index)];
-    *record = {marker.id,
-               marker.isRegion,
-               marker.start,
-               marker.end,
-               marker.name ? marker.name->c_str() : nullptr,
-               marker.namePriority,
-               0};
+    *record = {marker.id, marker.isRegion, marker.start, marker.end, marker.name, marker.namePriority, 0};
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "formats/markers.h"
 
 #include "tests/formats/parse_fixture.h"
+#include "tests/support/failing_allocation.h"
 
 namespace vantor::test {
 namespace {
@@ -98,8 +99,11 @@ TEST(Markers, ManyCuesAndLabelsFindEachOther) {
 
     for (uint32_t i = count; i < 2 * count; ++i)
         labels.Add(Text("labl", i, "m"));
-    const auto bounded = ParsePlayable(WaveFile(pcmFmt, ByteWriter().Chunk("LIST", labels)));
+    const Bytes file = WaveFile(pcmFmt, ByteWriter().Chunk("LIST", labels));
+    const size_t before = BytesAllocated();
+    const auto bounded = ParsePlayable(file);
     EXPECT_EQ(bounded->markers.size(), mostCuePoints);
+    EXPECT_LT(BytesAllocated() - before, 6 * file.size()) << "one after the other; never as much at a time";
 }
 
 struct Rf64Entry {
@@ -114,15 +118,15 @@ std::string PlaceRf64(std::vector<Marker> markers, std::initializer_list<Rf64Ent
     ByteWriter body;
     for (const auto& entry : entries)
         body.Le32(entry.flags).Le64(entry.frame).Zeros(16).Field(entry.label, 256).Le32(entry.id).Zeros(32);
-    ReadRf64Markers(body.Zeros(tail).Done(), rate, markers);
+    TextPool names;
+    ReadRf64Markers(body.Zeros(tail).Done(), rate, markers, names);
     return MarkersText(markers);
 }
 
 TEST(Rf64Markers, MoveTheMarkerOfTheirIdAndPlaceOrMakeIt) {
     constexpr uint64_t far = (uint64_t{1} << 32) * rate + rate;  // the same place in 32 bits
-    const Marker cue{1, 1, 0, false, "old", nameFromLabl};
-    const Marker other{2, 1, 0, false, {}, nameNone};
-    const Marker region{1, 1, 3, true, {}, nameNone};
+    const Marker cue{1, false, nameFromLabl, 1, 0, "old"}, other{2, false, nameNone, 1};
+    const Marker region{1, true, nameNone, 1, 3};
     // Of two alike the first moves, then the second.
     EXPECT_EQ(PlaceRf64({other, cue, region}, {{1, far, 1, "new"}, {1 | 8, far, 1, "unread"}}, 319),
               "2@1; 1@4294967297 new; 1@4294967297-4294967299");

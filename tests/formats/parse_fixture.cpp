@@ -70,7 +70,7 @@ std::string MarkersText(const std::vector<Marker>& markers) {
     for (const Marker& marker : markers) {
         text += (text.empty() ? "" : "; ") + Text(marker.id) + "@" + Text(marker.start);
         if (marker.isRegion) text += "-" + Text(marker.end);
-        if (marker.name) text += " " + *marker.name;
+        if (marker.name) text += std::string(" ") + marker.name;
     }
     return text;
 }

@@ -6,6 +6,7 @@
 namespace {
 
 thread_local int allocationsLeft = -1;  // below 0: none fails
+thread_local size_t bytesAllocated = 0;
 
 }  // namespace
 
@@ -13,6 +14,7 @@ thread_local int allocationsLeft = -1;  // below 0: none fails
 // form that stable_sort asks for stands here too.
 void* operator new(size_t bytes) {
     if (allocationsLeft >= 0 && allocationsLeft-- == 0) throw std::bad_alloc();
+    bytesAllocated += bytes;
     if (void* memory = std::malloc(bytes > 0 ? bytes : 1)) return memory;
     throw std::bad_alloc();
 }
@@ -45,6 +47,10 @@ FailingAllocation::~FailingAllocation() {
 
 bool FailingAllocation::HasFailed() const {
     return allocationsLeft < 0;
+}
+
+size_t BytesAllocated() {
+    return bytesAllocated;
 }
 
 }  // namespace vantor::test

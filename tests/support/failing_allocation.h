@@ -1,5 +1,7 @@
-// Lets an allocation of this thread fail on order: what is left behind is then up for inspection.
+// Lets an allocation of this thread fail on order: what is left behind is then up for inspection; and counts.
 #pragma once
+
+#include <cstddef>
 
 namespace vantor::test {
 
@@ -14,5 +16,8 @@ class FailingAllocation {
     // False when there were not as many allocations.
     [[nodiscard]] bool HasFailed() const;
 };
+
+// That this thread has asked for so far, given back or not.
+[[nodiscard]] size_t BytesAllocated();
 
 }  // namespace vantor::test
