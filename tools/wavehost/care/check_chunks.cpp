@@ -144,7 +144,8 @@ std::string MarkerRefusal(const SurveyedChunk& chunk, View body) {
     if (chunk.id == "r64m" && size % 320 != 0) return "no whole number of markers";
     if (chunk.id == "LIST" && TextOf(body).starts_with("adtl")) {
         std::vector<Marker> markers;
-        MarkerTable table{markers, {}};
+        TextPool names;
+        MarkerTable table(markers, names);
         if (!ReadAssociatedData(body, 48000, table)) return "a label ends behind its list";
     }
     return "";
