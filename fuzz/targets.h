@@ -18,6 +18,7 @@ void PlayIff(Input input);
 void PlayCaf(Input input);
 void MetadataSource(Input input);  // whole files, for their metadata alone
 void EditMetadata(Input input);    // whole files: tags changed, then read again
+void CheckAndRepair(Input input);  // whole files, by the tool's own room for it
 
 // The body of one metadata chunk: read; built again and read once more.
 void ReadBextBody(Input input);
@@ -54,6 +55,7 @@ inline constexpr std::array targets = {
     Target{"play_caf", PlayCaf},
     Target{"metadata_source", MetadataSource},
     Target{"edit_metadata", EditMetadata},
+    Target{"check_repair", CheckAndRepair},
     Target{"bext", ReadBextBody},
     Target{"cart", ReadCartBody},
     Target{"info", ReadInfoBody},

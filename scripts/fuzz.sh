@@ -20,6 +20,7 @@ export ASAN_OPTIONS=quarantine_size_mb=16
 run() {
     local target=$1 found=build/fuzz/corpus/$1 seeds=(fuzz/corpus/"$1") longest=4096
     case $target in
+        check_repair) longest=16384 seeds+=(samples samples/broken) ;;
         play_* | metadata_source | edit_metadata) longest=16384 seeds+=(samples) ;;
     esac
     mkdir -p "$found" "fuzz/crashes/$target"

@@ -83,6 +83,39 @@ Bytes Aiff(uint32_t claimedFrames = frames) {
         "AIFF", ByteWriter().IffChunk("COMM", comm).IffChunk("SSND", ByteWriter().Zeros(8).Add(Pcm(true))));
 }
 
+// A chunk of markers that counts two and holds one.
+Bytes MarkedAiff() {
+    const Bytes mark = ByteWriter().Be16(2).Be16(1).Be32(100).U8(4).Text("Here").U8(0);
+    const Bytes comm = ByteWriter().Be16(2).Be32(frames).Be16(16).Add(extendedRate);
+    return IffFile("AIFF", ByteWriter()
+                               .IffChunk("COMM", comm)
+                               .IffChunk("SSND", ByteWriter().Zeros(8).Add(Pcm(true)))
+                               .IffChunk("MARK", mark));
+}
+
+Bytes Voice(uint32_t claimedFrames) {
+    const Bytes vhdr = ByteWriter().Be32(claimedFrames).Zeros(8).Be16(8000).U8(1).U8(0).Be32(65536);
+    ByteWriter body;
+    for (int frame = 0; frame < frames; ++frame)
+        body.U8(static_cast<uint8_t>(Tone(frame, 0) / 256));
+    return IffFile("8SVX", ByteWriter().IffChunk("VHDR", vhdr).IffChunk("BODY", body));
+}
+
+// A text that says of itself that it is UTF-8.
+Bytes Id3(std::string_view text) {
+    const auto size = static_cast<uint8_t>(text.size() + 1);
+    return ByteWriter()
+        .Text("ID3")
+        .U8(4)
+        .Zeros(5)
+        .U8(static_cast<uint8_t>(size + 10))
+        .Text("TIT2")
+        .Be32(size)
+        .Zeros(2)
+        .U8(3)
+        .Text(text);
+}
+
 Bytes Wave64() {
     return Wave64File(ByteWriter().Wave64Chunk("fmt ", fmt).Wave64Chunk("data", Pcm()));
 }
@@ -164,6 +197,8 @@ std::vector<Sample> MakeBrokenSamples() {
         {"data-size.wav", With32(Rf64(), rf64SizeInChunk, dataBytes / 2)},
         {"ds64.wav", With64(Rf64(), rf64RiffSize, 12345)},
         {"frame-count.aif", Aiff(frames / 2)},
+        {"frame-count.8svx", Voice(frames / 2)},
+        {"unfinished.8svx", With32(With32(With32(Voice(0), 4, 0), 44, 0), 20, 0)},
         {"fact.wav", HalvedFact()},
         {"container-size.wav", With32(whole, 4, 4)},
         {"chunk-cut-off.wav", With32(WithoutLast(Wave(list), 2), 4, 36 + dataBytes + 24)},
@@ -174,7 +209,9 @@ std::vector<Sample> MakeBrokenSamples() {
         {"doubled-chunk.wav", WithBext(Bext(), ByteWriter().Chunk("bext", Bext()))},
         {"refused-chunk.wav",
          Wave(ByteWriter().Chunk("iXML", ByteWriter().Text("<BWFXML>\n <SCENE>1</SCEN>\n</BWFXML>")))},
+        {"refused-chunk.mark.aif", MarkedAiff()},
         {"text-encoding.wav", Wave(ByteWriter().Chunk("LIST", Info("T\xF6ne")))},
+        {"text-encoding.id3.wav", Wave(ByteWriter().Chunk("id3 ", Id3("T\xF6ne!")))},
         {"date.wav", WithBext(Bext("2024-02-30"))},
         {"positions.wav", Positions()},
         {"trailing-bytes.wav", ByteWriter().Add(whole).Field("TAGTone", 128)},

@@ -52,6 +52,20 @@ Bytes Caf(const Bytes& samples) {
                        .CafChunk("info", ByteWriter().Be32(1).Text("title").U8(0).Text("Take 1").U8(0)));
 }
 
+Bytes Voice(size_t frames) {
+    ByteWriter samples;
+    for (size_t frame = 0; frame < frames; ++frame)
+        samples.U8(static_cast<uint8_t>(frame * 79 + 1));
+    return IffFile(
+        "8SVX",
+        ByteWriter()
+            .IffChunk(
+                "VHDR",
+                ByteWriter().Be32(static_cast<uint32_t>(frames)).Zeros(8).Be16(8000).U8(1).U8(0).Be32(65536))
+            .IffChunk("BODY", samples)
+            .IffChunk("NAME", ByteWriter().Text("Take 1")));
+}
+
 }  // namespace
 
 std::string Names(const Findings& findings) {
@@ -96,7 +110,8 @@ std::vector<SoundFile16> SoundFiles(size_t frames) {
             {"w64", wave64, 104, frames},
             {"aiff", Aiff("AIFF", "", big), 54, frames},
             {"aifc", Aiff("AIFC", "sowt", little), 60, frames},
-            {"caf", Caf(big), 68, frames}};
+            {"caf", Caf(big), 68, frames},
+            {"8svx", Voice(frames), 48, frames, 1, 8}};
 }
 
 }  // namespace vantor::test

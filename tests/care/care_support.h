@@ -23,14 +23,16 @@ Bytes Repaired(const Bytes& bytes, const wavehost::RepairOptions& options = {},
 // How many frames the module plays of it; -1 when it does not open.
 int64_t PlayedFrames(const Bytes& bytes);
 
-// A sound file of one container: 16-bit stereo in which no two frames are alike.
+// A sound file of one container: 16-bit stereo, in 8SVX 8-bit mono, in which frames near each other differ.
 struct SoundFile16 {
     const char* name;
     Bytes bytes;
     size_t soundStart;
     size_t frames;
+    size_t frameBytes = 4;
+    size_t unplayed = 0;  // of the last frames: the module takes 8 bytes of an 8SVX body for a header
 
-    [[nodiscard]] size_t SoundEnd() const { return soundStart + 4 * frames; }
+    [[nodiscard]] size_t SoundEnd() const { return soundStart + frameBytes * frames; }
 };
 // One of every container, tags behind the sound where the container has them there.
 std::vector<SoundFile16> SoundFiles(size_t frames);

@@ -25,23 +25,24 @@ Bytes Put32(Bytes file, size_t offset, uint32_t value) {
 
 Bytes SoundOf(const Bytes& file, const SoundFile16& original, size_t frames) {
     const auto start = file.begin() + static_cast<std::ptrdiff_t>(original.soundStart);
-    return {start, start + static_cast<std::ptrdiff_t>(4 * frames)};
+    return {start, start + static_cast<std::ptrdiff_t>(original.frameBytes * frames)};
 }
 
 // Wherever a file ends, the frames that are there play, and none that is not.
 TEST(Repair, AFileCutAnywherePlaysToItsLastWholeFrame) {
     std::mt19937 random(15);
     for (const auto& file : SoundFiles(500)) {
-        std::uniform_int_distribution<size_t> places(file.soundStart + 4, file.bytes.size() - 1);
+        std::uniform_int_distribution<size_t> places(file.soundStart + file.frameBytes + file.unplayed,
+                                                     file.bytes.size() - 1);
         for (int i = 0; i < 200; ++i) {
             const size_t place = places(random);
             SCOPED_TRACE(std::string(file.name) + " cut at " + std::to_string(place));
             const Bytes cut(file.bytes.begin(), file.bytes.begin() + static_cast<std::ptrdiff_t>(place));
-            const size_t frames = std::min((place - file.soundStart) / 4, file.frames);
+            const size_t frames = std::min((place - file.soundStart) / file.frameBytes, file.frames);
             EXPECT_FALSE(FindingsOf(cut).empty());
             Findings left;
             const Bytes mended = Repaired(cut, {}, &left);
-            EXPECT_EQ(PlayedFrames(mended), static_cast<int64_t>(frames));
+            EXPECT_EQ(PlayedFrames(mended), static_cast<int64_t>(frames - file.unplayed));
             EXPECT_EQ(SoundOf(mended, file, frames), SoundOf(file.bytes, file, frames));
             EXPECT_TRUE(std::ranges::all_of(left, [](const auto& f) { return f.mending == Mending::none; }))
                 << Names(left);
@@ -76,6 +77,7 @@ TEST(Repair, AnUnfinishedRecordingHasAllItsFrames) {
           {42, ByteWriter().Be32(0x7F000008)}}},
         {"aifc", {{4, zero4}, {22, zero4}, {48, zero4}}},
         {"caf", {{56, ones8}}},
+        {"8svx", {{4, zero4}, {20, zero4}, {44, zero4}}},
         {"caf", {{56, ByteWriter().Be64(4)}}},
     };
     const auto files = SoundFiles(500);
@@ -90,7 +92,7 @@ TEST(Repair, AnUnfinishedRecordingHasAllItsFrames) {
         Findings left;
         const Bytes mended = Repaired(bytes, {}, &left);
         EXPECT_EQ(Names(left), "");
-        EXPECT_EQ(PlayedFrames(mended), 500);
+        EXPECT_EQ(PlayedFrames(mended), static_cast<int64_t>(500 - file.unplayed));
         EXPECT_EQ(mended.size(), bytes.size());
         EXPECT_EQ(SoundOf(mended, file, 500), SoundOf(file.bytes, file, 500));
     }
@@ -144,6 +146,14 @@ TEST(Repair, AMissingPadByteIsPutBetween) {
     EXPECT_EQ(Ids(mended), "fmt LISTdata");
     EXPECT_EQ(PlayedFrames(mended), 240);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path("")), {}), 1);
+
+    // The copy would leave the other name with the old file.
+    WriteWholeFile(path, sample);
+    std::filesystem::create_hard_link(path, folder.Path("other.wav"));
+    EXPECT_THROW((void)RepairFile(path, {}), Failure);
+    EXPECT_EQ(ReadWholeFile(path), sample);
+    EXPECT_FALSE(RepairFile(path, {.force = true}).mended.empty());
+    EXPECT_EQ(ReadWholeFile(folder.Path("other.wav")), sample);
 }
 
 // Of two chunks that differ nothing is taken away unasked.

@@ -78,6 +78,8 @@ TEST_F(WavehostCare, HashesListsAndVerifies) {
     EXPECT_NE(verified.err.find("one.wav"), std::string::npos);
     EXPECT_EQ(RunWavehost({"hash", "--sha256", other}).out.find("  "), 64u);
     EXPECT_EQ(ExitCode({"hash"}), 2);
+    for (const std::string& none : {folder.Path(""), folder.Write("empty.md5", {})})
+        EXPECT_EQ(ExitCode({"hash", "--verify", none}), 1) << none;
 }
 
 TEST_F(WavehostCare, RenamesByTagsAndNeverOverwrites) {
@@ -102,6 +104,14 @@ TEST_F(WavehostCare, RenamesByTagsAndNeverOverwrites) {
     for (const char* name : {"b.WAV", "c.wav", "d.wav", "e.wav", "4-T1.wav"})
         EXPECT_TRUE(Exists(name)) << name;
     EXPECT_EQ(FilesInFolder(), 6u);
+    // The position, whichever tag tells it.
+    const ByteWriter ixml = ByteWriter().Text(
+        "<BWFXML><BEXT><BWF_TIME_REFERENCE_LOW>172800000</BWF_TIME_REFERENCE_LOW>"
+        "<BWF_TIME_REFERENCE_HIGH>0</BWF_TIME_REFERENCE_HIGH></BEXT></BWFXML>");
+    const std::string placed = folder.Write("p.wav", PatternWav(10, 1, ByteWriter().Chunk("iXML", ixml)));
+    EXPECT_EQ(ExitCode({"rename", "--pattern", "at {position}", placed}), 0);
+    EXPECT_TRUE(Exists("at 01-00-00.000.wav"));
+    EXPECT_EQ(ExitCode({"rename", "--pattern", "{position}", files[1]}), 1);
     EXPECT_EQ(ExitCode({"rename", "--pattern", "take {", files[1]}), 2);
     EXPECT_EQ(ExitCode({"rename", "--pattern", "{name} x", files[1]}), 0);
     EXPECT_TRUE(Exists("b x.WAV"));

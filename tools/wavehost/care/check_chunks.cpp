@@ -5,6 +5,7 @@
 #include "formats/markers.h"
 #include "metadata/bext_layout.h"
 #include "metadata/cart_layout.h"
+#include "metadata/read/id3_frames.h"
 #include "metadata/read/read_metadata.h"
 #include "metadata/tag_schemes.h"
 #include "text/text.h"
@@ -151,6 +152,40 @@ std::string MarkerRefusal(const SurveyedChunk& chunk, View body) {
     return "";
 }
 
+// | offset | width | field                                                        |
+// |      0 |     2 | markers: id (2), frame (4), name (a count, text, even in all) |
+std::string IffMarkerRefusal(View body) {
+    if (body.size() < 2) return "shorter than its count";
+    View rest = body.subspan(2);
+    for (int left = ReadBe16(body.data()); left > 0; --left) {
+        const size_t bytes = rest.size() < 7 ? 8 : 6 + (1 + size_t{rest[6]} + 1) / 2 * 2;
+        if (bytes > rest.size() + 1) return "more markers than it has room for";
+        rest = rest.subspan(std::min(bytes, rest.size()));
+    }
+    return "";
+}
+
+std::string InstrumentRefusal(View body) {
+    constexpr size_t wholeBytes = 20;
+    return body.size() < wholeBytes ? "shorter than its 20 bytes" : "";
+}
+
+struct IffDemand {
+    std::string_view id;
+    std::string (*refusal)(View body);
+};
+constexpr IffDemand iffDemands[] = {{"MARK", IffMarkerRefusal}, {"INST", InstrumentRefusal}};
+
+void CheckIffChunks(Examination& e) {
+    if (e.survey.format.fileKind != kindIff) return;
+    for (const SurveyedChunk& chunk : e.survey.chunks) {
+        const auto* demand = std::ranges::find(iffDemands, chunk.id, &IffDemand::id);
+        if (demand == std::end(iffDemands) || chunk.isCutOff) continue;
+        if (const auto refusal = demand->refusal(e.BodyOf(chunk)); !refusal.empty())
+            e.Add({FindingId::refusedChunk, chunk.id, chunk.start, refusal});
+    }
+}
+
 bool IsMarkerChunk(const Examination& e, const SurveyedChunk& chunk) {
     constexpr std::string_view ids[] = {"cue ", "smpl", "r64m", "LIST"};
     const bool isRiff = e.survey.format.fileKind == kindWave || e.survey.Is64();
@@ -179,6 +214,17 @@ std::string FaultInInfo(View body) {
     return "";
 }
 
+// Of the frames that say that theirs is UTF-8 (encoding 3).
+std::string FaultInId3(View tag) {
+    constexpr uint8_t utf8 = 3;
+    Id3FrameWalk walk(tag);
+    for (Id3Frame frame; walk.Next(frame);)
+        if (frame.id.starts_with('T') && !frame.data.empty() && frame.data[0] == utf8 &&
+            !IsValidUtf8(TextOf(frame.data.subspan(1))))
+            return "ID3:" + frame.id;
+    return "";
+}
+
 // The first field whose text is not UTF-8. A document that names another encoding is left to its parser.
 std::string EncodingFault(const Document& document) {
     const View body(document.bytes);
@@ -190,6 +236,7 @@ std::string EncodingFault(const Document& document) {
     }
     if (document.kind == "CART") return FaultIn(body, cart::textFields);
     if (document.kind == "INFO") return FaultInInfo(body);
+    if (document.kind == "ID3") return FaultInId3(body);
     const bool isXml = document.kind == "IXML" || document.kind == "AXML";
     if (isXml && !NamesOtherEncoding(TextOf(body)) && !IsValidUtf8(UpToNul(body))) return "the document";
     return "";
@@ -224,7 +271,7 @@ void CheckIffTexts(Examination& e) {
 }  // namespace
 
 std::vector<Check> ChunkChecks() {
-    return {CheckDoubledChunks, CheckDocuments, CheckIffTexts};
+    return {CheckDoubledChunks, CheckDocuments, CheckIffTexts, CheckIffChunks};
 }
 
 }  // namespace vantor::wavehost

@@ -94,6 +94,30 @@ void CheckCommonFrames(Examination& e) {
            {NumberStep(survey, comm->bodyStart + 2, static_cast<uint64_t>(survey.Frames()), 4)}});
 }
 
+// Samples at the start that are played once, and those behind that repeat.
+// | offset | width | field             |
+// |      0 |     4 | played once       |
+// |      4 |     4 | repeated          |
+// |     14 |     1 | octaves           |
+void CheckVoiceCounts(Examination& e) {
+    const Survey& survey = e.survey;
+    const SurveyedChunk* vhdr = survey.Find("VHDR");
+    if (!vhdr || vhdr->bodyBytes < 20 || !survey.sound || survey.form != "8SVX" || survey.Find("CHAN"))
+        return;
+    const auto body = e.BodyOf(*vhdr, 20);
+    if (body.size() < 20 || body[14] != 1) return;  // octaves and channels share the body
+    const uint64_t once = ReadBe32(body.data()), repeated = ReadBe32(&body[4]);
+    const auto there = static_cast<uint64_t>(survey.sound->Bytes());
+    if (once + repeated == there || once + repeated == 0 || there >= fourGiB) return;
+    Finding finding{FindingId::frameCount, vhdr->id, vhdr->start,
+                    Difference(survey, once + repeated, survey.sound->Bytes())};
+    if (repeated <= there) {
+        finding.mending = HowSure(survey);
+        finding.steps = {NumberStep(survey, vhdr->bodyStart, there - repeated, 4)};
+    }
+    e.Add(std::move(finding));
+}
+
 // | offset | width | field                 |
 // |      4 |     4 | sample rate           |
 // |      8 |     4 | bytes a second        |
@@ -147,7 +171,8 @@ void CheckWholeFrames(Examination& e) {
 }  // namespace
 
 std::vector<Check> FormatChecks() {
-    return {CheckFact, CheckDs64Count, CheckCommonFrames, CheckAlignAndRate, CheckWholeFrames};
+    return {CheckFact,        CheckDs64Count,    CheckCommonFrames,
+            CheckVoiceCounts, CheckAlignAndRate, CheckWholeFrames};
 }
 
 }  // namespace vantor::wavehost

@@ -121,6 +121,7 @@ void CheckSoundSize(Examination& e) {
         finding.text += survey.format.fileKind == kindWave
                             ? "; no padding chunk stands first to make room for 64-bit sizes"
                             : "; the container knows no larger sizes";
+        finding.text += "; 'wavehost render' plays all of it into a new file with such sizes";
     }
     e.Add(std::move(finding));
 }

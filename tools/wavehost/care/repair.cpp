@@ -7,6 +7,7 @@
 #include "fileio/file_lock.h"
 #include "wavehost/care/apply_steps.h"
 #include "wavehost/care/examine.h"
+#include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/system.h"
 
@@ -48,6 +49,11 @@ void RefuseProtected(const std::string& file) {
         throw Failure("is write-protected: --force writes into it");
 }
 
+// By a complete copy that takes the file's place.
+bool Inserts(const Finding& finding) {
+    return !finding.steps.empty() && finding.steps.front().kind == Step::Kind::insert;
+}
+
 bool IsSame(const Finding& one, const Finding& other) {
     return one.id == other.id && one.offset == other.offset && one.text == other.text;
 }
@@ -72,6 +78,7 @@ Repair RepairFile(const std::string& file, const RepairOptions& options, void (*
         if (!options.force) RefuseProtected(file);
         if (!repair.mended.empty() && IsSame(*next, repair.mended.back()))
             throw Failure(std::string("keeps its fault: ") + KindOf(next->id).name);
+        if (!options.force && Inserts(*next)) RefuseOtherNames(PathOf(file));
         between();
         if (ApplySteps(file, look.status, next->steps, lock))
             lock = Lock(file);  // of the file that took its place

@@ -1,6 +1,7 @@
 #include "wavehost/os/rename.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 
 #include "wavehost/commands/batch.h"
@@ -9,7 +10,6 @@
 #include "wavehost/os/failure.h"
 #include "wavehost/os/interruption.h"
 #include "wavehost/values/name_pattern.h"
-#include "wavehost/values/numbers.h"
 #include "wavehost/values/timecode.h"
 
 namespace vantor::wavehost {
@@ -29,9 +29,10 @@ struct Renaming {
 
 // The place on the timeline as HH-MM-SS.mmm.
 std::string PositionText(PCM_source& source) {
-    const auto samples = UnsignedOf(ValueOf(source, "BWF:TimeReference"));
-    if (!samples) return "";
-    std::string text = ClockText(*samples, source.SampleRate());
+    const double position = source.PlacementPosition();
+    if (position < 0) return "";
+    const auto samples = static_cast<uint64_t>(std::llround(position * source.SampleRate()));
+    std::string text = ClockText(samples, source.SampleRate());
     std::ranges::replace(text, ':', '-');
     return text;
 }

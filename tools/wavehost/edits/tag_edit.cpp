@@ -104,15 +104,6 @@ bool IsWritable(const fs::path& file) {
     return Stream(OpenStream(file, "r+b")) != nullptr;
 }
 
-// A copy that takes a file's place leaves the file's other names with the old one, and passes over a lock
-// against writing.
-void CheckReplaceable(const fs::path& file) {
-    std::error_code failed;
-    if (fs::hard_link_count(file, failed) > 1 && !failed)
-        throw Failure(
-            "has other names (hard links), which would keep the old tags; --force replaces this one");
-}
-
 struct Stamp {
     uintmax_t bytes;
     fs::file_time_type time;
@@ -212,7 +203,7 @@ class Edit {
         const Outcome outcome = Ask(file_, output.WriteTo(), Flags());
         if (outcome == Outcome::failed) throw Failure(WhyFailed(output) + WhatStands());
         if (outcome == Outcome::inPlace) return Updated(stamp);
-        if (replaces && !ways_.force) CheckReplaceable(path_);
+        if (replaces && !ways_.force) RefuseOtherNames(path_);
         return Replaced(output, stamp);
     }
 
@@ -280,7 +271,7 @@ class Edit {
         const Outcome outcome = Ask(file_, PathOf(target), Flags() | writeAnswerAlone);
         if (outcome == Outcome::failed) throw Failure(WhyFailed());
         const bool isReplaced = outcome == Outcome::copied && ways_.output.empty();
-        if (isReplaced && !ways_.force) CheckReplaceable(path_);
+        if (isReplaced && !ways_.force) RefuseOtherNames(path_);
         EditResult result =
             Result(outcome == Outcome::inPlace ? Fate::updatedInPlace : Fate::rewritten, WithWishes());
         const bool isLossless = (Flags() & writeLossless) != 0 && !task_.document;

@@ -32,6 +32,13 @@ bool IsSameFile(const fs::path& one, const fs::path& other) {
     return fs::equivalent(one, other, failed) && !failed;
 }
 
+void RefuseOtherNames(const fs::path& file) {
+    std::error_code failed;
+    if (fs::hard_link_count(file, failed) > 1 && !failed)
+        throw Failure(
+            "has other names (hard links), which would keep the old file; --force replaces this one");
+}
+
 OutputFile::OutputFile(const fs::path& target) : target_(FollowLinks(AbsolutePath(target))) {
     if (!IsDevice(target_)) written_ = std::make_unique<NewFile>(target_.parent_path());
 }

@@ -13,6 +13,10 @@ namespace vantor::wavehost {
 fs::path FollowLinks(fs::path path);
 bool IsSameFile(const fs::path& one, const fs::path& other);
 
+// A copy that takes a file's place leaves the file's other names with the old one: throws Failure when it has
+// some.
+void RefuseOtherNames(const fs::path& file);
+
 class OutputFile {
   public:
     // A link stays a link: its target's place is taken. A device is written to as it is.
