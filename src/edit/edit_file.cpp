@@ -1,5 +1,6 @@
 #include "edit/edit_file.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -102,9 +103,16 @@ bool MakeImages(Attempt& attempt) {
 // writeFailed when it cannot be done in place.
 Answer TryInPlace(Attempt& attempt) {
     if (attempt.images.replaced.empty()) return updatedInPlace;
-    ChunkImage image = attempt.images.main;
-    image.insert(image.end(), attempt.images.tail.begin(), attempt.images.tail.end());
-    const auto plan = PlanInPlace(*attempt.file, std::move(image), attempt.IsRf64(), attempt.images.replaced);
+    const auto& [main, tail, replaced, keepsPlaces, places] = attempt.images;
+    ChunkImage image = main;
+    image.insert(image.end(), tail.begin(), tail.end());
+    std::vector<ImagePart> parts;
+    for (const auto& [oldStart, inTail, begin, end] : places) {
+        const size_t start = inTail ? main.size() : 0;
+        parts.push_back({oldStart, start + begin, start + end});
+    }
+    std::ranges::sort(parts, {}, &ImagePart::begin);
+    const auto plan = PlanInPlace(*attempt.file, std::move(image), attempt.IsRf64(), replaced, parts);
     if (!plan) return writeFailed;
     const auto writer = OpenForWriting(attempt);
     if (!writer->IsOpen()) return writeFailed;

@@ -19,9 +19,23 @@ bool IsAt(FileReader& reader, int64_t offset, const EightBytes& mark) {
     return reader.Seek(offset) && reader.ReadExactly(there.data(), there.size()) && there == mark;
 }
 
-CopyMark MarkFrom(const uint8_t* bytes) {
-    return {ReadLe32(bytes + 8), ReadLe32(bytes + 12), ReadLe64(bytes + 16),
-            static_cast<int64_t>(ReadLe64(bytes + 24))};
+// `end` is that of the mark.
+std::optional<CopyMark> ReadCopyMark(FileReader& reader, int64_t end) {
+    uint8_t bytes[copyMarkBytes];
+    if (!reader.Seek(end - copyMarkBytes) || !reader.ReadExactly(bytes, sizeof bytes)) return std::nullopt;
+    CopyMark mark{.schemes = ReadLe32(bytes + 8),
+                  .imageBytes = ReadLe32(bytes + 12),
+                  .checksum = ReadLe64(bytes + 16),
+                  .fileBytes = static_cast<int64_t>(ReadLe64(bytes + 24)),
+                  .target = {static_cast<int64_t>(ReadLe64(bytes + 32)), ReadLe32(bytes + 40)},
+                  .parts = {}};
+    mark.parts.resize(std::min<size_t>(ReadLe32(bytes + 44), mostParts));
+    const bool isThere = reader.Seek(end - mark.Bytes());
+    for (auto& part : mark.parts) {
+        if (!isThere || !reader.ReadExactly(bytes, partMarkBytes)) return std::nullopt;
+        part = {static_cast<int64_t>(ReadLe64(bytes)), ReadLe32(bytes + 8)};
+    }
+    return mark;
 }
 
 // Another program that wrote the file since has changed its size, or the copy.
@@ -36,12 +50,12 @@ bool IsAsLeft(FileReader& reader, ShownCopy& copy) {
 }
 
 std::optional<ShownCopy> CopyBehind(FileReader& reader, const RiffChunk& chunk, int& left) {
-    uint8_t bytes[copyMarkBytes];
-    const int64_t offset = chunk.End() - copyMarkBytes;
-    if (chunk.bodyBytes < copyMarkBytes || left == 0 || !IsAt(reader, offset, copyMark)) return std::nullopt;
+    if (chunk.bodyBytes < copyMarkBytes || left == 0 || !IsAt(reader, chunk.End() - copyMarkBytes, copyMark))
+        return std::nullopt;
     --left;
-    if (!reader.Seek(offset) || !reader.ReadExactly(bytes, sizeof bytes)) return std::nullopt;
-    ShownCopy copy{MarkFrom(bytes), chunk.start, chunk.End(), {}};
+    auto mark = ReadCopyMark(reader, chunk.End());
+    if (!mark) return std::nullopt;
+    ShownCopy copy{std::move(*mark), chunk.start, chunk.End(), {}};
     return IsAsLeft(reader, copy) ? std::optional(std::move(copy)) : std::nullopt;
 }
 
@@ -71,14 +85,23 @@ uint64_t ChecksumOf(std::span<const uint8_t> image) {
     return sum;
 }
 
-std::array<uint8_t, copyMarkBytes> BytesOf(const CopyMark& mark) {
-    std::array<uint8_t, copyMarkBytes> bytes{};
-    std::ranges::copy(copyMark, bytes.begin());
-    WriteLe32(&bytes[8], mark.schemes);
-    WriteLe32(&bytes[12], static_cast<uint32_t>(mark.imageBytes));
-    WriteLe64(&bytes[16], mark.checksum);
-    WriteLe64(&bytes[24], static_cast<uint64_t>(mark.fileBytes));
-    return bytes;
+std::vector<uint8_t> BytesOf(const CopyMark& mark) {
+    std::vector<uint8_t> all(static_cast<size_t>(mark.Bytes()));
+    uint8_t* bytes = all.data();
+    for (const auto& part : mark.parts) {
+        WriteLe64(bytes, static_cast<uint64_t>(part.start));
+        WriteLe32(bytes + 8, static_cast<uint32_t>(part.bytes));
+        bytes += partMarkBytes;
+    }
+    std::ranges::copy(copyMark, bytes);
+    WriteLe32(bytes + 8, mark.schemes);
+    WriteLe32(bytes + 12, static_cast<uint32_t>(mark.imageBytes));
+    WriteLe64(bytes + 16, mark.checksum);
+    WriteLe64(bytes + 24, static_cast<uint64_t>(mark.fileBytes));
+    WriteLe64(bytes + 32, static_cast<uint64_t>(mark.target.start));
+    WriteLe32(bytes + 40, static_cast<uint32_t>(mark.target.bytes));
+    WriteLe32(bytes + 44, static_cast<uint32_t>(mark.parts.size()));
+    return all;
 }
 
 EditMarks FindMarks(FileReader& reader, bool isRf64) {

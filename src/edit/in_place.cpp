@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "edit/byte_transfer.h"
-#include "edit/edit_mark.h"
+#include "edit/placed_parts.h"
 
 namespace vantor {
 
@@ -17,7 +17,7 @@ struct InPlaceEdit {
 
     [[nodiscard]] const RunList& Runs() const { return plan.runs; }
     [[nodiscard]] int64_t Place() const { return plan.Target().start; }
-    [[nodiscard]] int64_t ImageEnd() const { return Place() + plan.ImageBytes(); }
+    [[nodiscard]] int64_t ImageEnd() const { return Place() + plan.targetBytes; }
     [[nodiscard]] bool Flush() const { return writer.FlushToDisk(); }
 };
 
@@ -25,15 +25,30 @@ bool WriteImage(InPlaceEdit& edit, int64_t offset) {
     return WriteAt(edit.file, offset, edit.plan.image.data(), edit.plan.ImageBytes());
 }
 
-bool WriteImageBehindItsHeader(InPlaceEdit& edit, int64_t offset) {
-    return WriteAt(edit.file, offset + chunkHeaderBytes, edit.plan.image.data() + chunkHeaderBytes,
-                   edit.plan.ImageBytes() - chunkHeaderBytes);
+// Chunks on the way to their place.
+struct Piece {
+    int64_t place = 0;
+    int64_t bytes = 0;
+    const uint8_t* from = nullptr;
+    [[nodiscard]] int64_t End() const { return place + bytes; }
+};
+
+Piece TargetPiece(const InPlaceEdit& edit) {
+    return {edit.Place(), edit.plan.targetBytes, edit.plan.image.data()};
+}
+
+bool WriteBehindItsHeader(InPlaceEdit& edit, const Piece& piece) {
+    return WriteAt(edit.file, piece.place + chunkHeaderBytes, piece.from + chunkHeaderBytes,
+                   piece.bytes - chunkHeaderBytes);
+}
+
+bool WriteHeader(InPlaceEdit& edit, const Piece& piece) {
+    return WriteAt(edit.file, piece.place, piece.from, chunkHeaderBytes);
 }
 
 // The header comes last, and with it the whole image is there.
-bool ShowImage(InPlaceEdit& edit, int64_t offset) {
-    return edit.Flush() && WriteAt(edit.file, offset, edit.plan.image.data(), chunkHeaderBytes) &&
-           edit.Flush();
+bool Show(InPlaceEdit& edit, const Piece& piece) {
+    return edit.Flush() && WriteHeader(edit, piece) && edit.Flush();
 }
 
 bool WritePadByte(InPlaceEdit& edit) {
@@ -69,11 +84,11 @@ bool WriteHiddenCopy(InPlaceEdit& edit) {
     const auto& [header, start, end] = edit.plan.copy;
     if (edit.plan.copyGrowsFile && !WritePadByte(edit)) return false;
     if (!WriteJunkHeader(edit.file, header, end - header)) return false;
-    const int64_t room = start - header - chunkHeaderBytes - copyMarkBytes;
+    const auto mark = BytesOf(MarkOf(edit.plan));
+    const int64_t room = start - header - chunkHeaderBytes - std::ssize(mark);
     if (edit.plan.copyGrowsFile && !WriteZeros(edit.file, room)) return false;
-    const auto mark = BytesOf({SchemeBits(edit.plan.replaced), edit.plan.ImageBytes(),
-                               ChecksumOf(edit.plan.image), edit.Runs().fileSize});
-    if (!WriteAt(edit.file, start - copyMarkBytes, mark.data(), copyMarkBytes) || !WriteImage(edit, start))
+    if (!WriteAt(edit.file, start - std::ssize(mark), mark.data(), std::ssize(mark)) ||
+        !WriteImage(edit, start))
         return false;
     return (!edit.plan.copyGrowsFile || WriteContainerSize(edit.file, end, edit.plan.isRf64)) && edit.Flush();
 }
@@ -86,20 +101,46 @@ bool SwitchToCopy(InPlaceEdit& edit) {
     return CoverAll(edit) && edit.Flush();
 }
 
-bool CoverBehindImage(InPlaceEdit& edit, int64_t end) {
-    return end <= edit.ImageEnd() || WriteMarkedJunk(edit, {edit.ImageEnd(), end - edit.ImageEnd()});
+bool CoverBehind(InPlaceEdit& edit, const Piece& piece, int64_t end) {
+    return end <= piece.End() || WriteMarkedJunk(edit, {piece.End(), end - piece.End()});
+}
+
+std::vector<Piece> PlacedPieces(const InPlaceEdit& edit) {
+    std::vector<Piece> pieces;
+    int64_t done = edit.plan.targetBytes;
+    for (const auto& [gap, bytes] : edit.plan.placed) {
+        pieces.push_back({edit.Runs().gaps[gap].start, bytes, edit.plan.image.data() + done});
+        done += bytes;
+    }
+    return pieces;
+}
+
+// Into the gaps that are "JUNK" by now, while the copy is shown.
+bool MoveToPlaces(InPlaceEdit& edit) {
+    if (edit.plan.placed.empty()) return true;
+    const auto pieces = PlacedPieces(edit);
+    for (size_t i = 0; i < pieces.size(); ++i) {
+        const auto& gap = edit.Runs().gaps[edit.plan.placed[i].gap];
+        if (!WriteJunkHeader(edit.file, gap.start, gap.length) || !WriteBehindItsHeader(edit, pieces[i]) ||
+            !CoverBehind(edit, pieces[i], gap.End()))
+            return false;
+    }
+    return edit.Flush() &&
+           std::ranges::all_of(pieces, [&](const Piece& piece) { return WriteHeader(edit, piece); }) &&
+           edit.Flush();
 }
 
 // Under one "JUNK" chunk, from the start of the target to its end or to the copy. Behind the image its rest
 // stays hidden.
 bool MoveToTarget(InPlaceEdit& edit) {
+    if (edit.plan.targetBytes == 0) return true;
+    const auto piece = TargetPiece(edit);
     const auto& target = edit.plan.Target();
     const bool holdsCopy = edit.plan.TargetHoldsCopy();
     const int64_t end = holdsCopy ? std::max(edit.plan.copy.end, target.End()) : target.End();
     const int64_t hidden = (holdsCopy ? edit.plan.copy.start : target.End()) - target.start;
-    if (!WriteJunkHeader(edit.file, target.start, hidden) || !WriteImageBehindItsHeader(edit, edit.Place()))
-        return false;
-    return CoverBehindImage(edit, end) && ShowImage(edit, edit.Place());
+    return WriteJunkHeader(edit.file, target.start, hidden) && WriteBehindItsHeader(edit, piece) &&
+           CoverBehind(edit, piece, end) && Show(edit, piece);
 }
 
 // Where the file ends, and where its last chunk does: a pad byte may be missing and stays so.
@@ -110,7 +151,7 @@ struct FileEnd {
 FileEnd FinalEnd(const InPlaceEdit& edit) {
     const auto& runs = edit.Runs();
     if (!runs.isWholeToTheEnd) return {runs.fileSize, runs.end};
-    if (!edit.plan.chosen && !edit.plan.image.empty()) return {edit.ImageEnd(), edit.ImageEnd()};
+    if (!edit.plan.chosen && edit.plan.targetBytes > 0) return {edit.ImageEnd(), edit.ImageEnd()};
     if (runs.trailing.length > 0) return {runs.trailing.start, runs.trailing.start};
     return {runs.fileSize, runs.end};
 }
@@ -134,10 +175,15 @@ bool IsMarked(const InPlaceEdit& edit, const Stretch& gap) {
     return std::ranges::find(edit.plan.marked, gap.start) != edit.plan.marked.end();
 }
 
-// The gaps but the target, those with a mark or those without.
+bool TakesPiece(const InPlaceEdit& edit, const Run& gap) {
+    return &gap == &edit.plan.Target() ||
+           IsPlaced(edit.plan, static_cast<size_t>(&gap - edit.Runs().gaps.data()));
+}
+
+// The gaps that nothing goes to, those with a mark or those without.
 bool BlankGaps(InPlaceEdit& edit, bool marked) {
     return std::ranges::all_of(edit.Runs().gaps, [&](const Run& gap) {
-        if (&gap == &edit.plan.Target() || IsMarked(edit, gap) != marked) return true;
+        if (TakesPiece(edit, gap) || IsMarked(edit, gap) != marked) return true;
         return (!marked || HideCopy(edit, gap)) && FillWithJunk(edit.file, gap.start, gap.length);
     });
 }
@@ -145,8 +191,14 @@ bool BlankGaps(InPlaceEdit& edit, bool marked) {
 // Zeros where old tags stood, the size of the file, its end. A mark is there until the last.
 bool CleanUp(InPlaceEdit& edit) {
     if (!BlankGaps(edit, false) || !EndFile(edit) || !BlankGaps(edit, true)) return false;
-    const int64_t rest = edit.plan.chosen ? edit.plan.Target().End() - edit.ImageEnd() : 0;
-    return (rest <= 0 || FillWithJunk(edit.file, edit.ImageEnd(), rest)) && edit.Flush();
+    const auto blankBehind = [&](const Piece& piece, const Run& gap) {
+        const int64_t rest = gap.End() - piece.End();
+        return rest <= 0 || FillWithJunk(edit.file, piece.End(), rest);
+    };
+    const auto pieces = PlacedPieces(edit);
+    for (size_t i = 0; i < pieces.size(); ++i)
+        if (!blankBehind(pieces[i], edit.Runs().gaps[edit.plan.placed[i].gap])) return false;
+    return (!edit.plan.chosen || blankBehind(TargetPiece(edit), edit.plan.Target())) && edit.Flush();
 }
 
 bool MarkAll(InPlaceEdit& edit) {
@@ -161,10 +213,11 @@ bool WriteDirectly(InPlaceEdit& edit) {
     const bool grows = room == 0;
     if (grows && !WritePadByte(edit)) return false;
     if (!WriteJunkHeader(edit.file, edit.Place(), grows ? edit.plan.ImageBytes() : room) ||
-        !WriteImageBehindItsHeader(edit, edit.Place()))
+        !WriteBehindItsHeader(edit, TargetPiece(edit)))
         return false;
     if (grows && !WriteContainerSize(edit.file, edit.ImageEnd(), edit.plan.isRf64)) return false;
-    return CoverBehindImage(edit, edit.Place() + room) && ShowImage(edit, edit.Place());
+    const auto piece = TargetPiece(edit);
+    return CoverBehind(edit, piece, edit.Place() + room) && Show(edit, piece);
 }
 
 // A file without any room: the one way in which an interruption can cost tags.
@@ -234,13 +287,16 @@ bool UpdateInPlace(FileWriter& writer, const InPlacePlan& plan) {
         Undo(edit);
         return false;
     }
-    if (plan.way == EditWay::throughCopy && !Insist(edit, MoveToTarget)) return false;
+    if (plan.way == EditWay::throughCopy && !(Insist(edit, MoveToPlaces) && Insist(edit, MoveToTarget)))
+        return false;
     return Insist(edit, CleanUp);
 }
 
 bool FinishInPlace(FileWriter& writer, const UnfinishedEdit& unfinished) {
     InPlaceEdit edit{writer, unfinished.plan};
-    if (!unfinished.isInPlace && !(CoverAll(edit) && edit.Flush() && MoveToTarget(edit))) return false;
+    if (!unfinished.isInPlace &&
+        !(CoverAll(edit) && edit.Flush() && MoveToPlaces(edit) && MoveToTarget(edit)))
+        return false;
     return CleanUp(edit);
 }
 

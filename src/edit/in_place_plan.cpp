@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "edit/edit_mark.h"
+#include "edit/placed_parts.h"
 #include "fileio/byte_order.h"
 
 namespace vantor {
@@ -11,10 +11,8 @@ namespace vantor {
 namespace {
 
 // In front of the copy, behind the image in its place too: for the copy's mark, and for that of the clean-up.
-constexpr int64_t copyHeaderBytes = chunkHeaderBytes + cleanUpMarkBytes + copyMarkBytes;
-
-bool Leaves(int64_t room, int64_t bytes) {
-    return room == bytes || room >= bytes + chunkHeaderBytes;
+int64_t CopyHeaderBytes(const InPlacePlan& plan) {
+    return chunkHeaderBytes + cleanUpMarkBytes + copyMarkBytes + partMarkBytes * std::ssize(plan.placed);
 }
 
 // Where the file may grow: behind its last chunk, with its pad byte.
@@ -39,8 +37,8 @@ bool HasTags(const RunList& runs) {
 bool FitsInPadding(const InPlacePlan& plan, const Run& run, const Stretch& padding, CopyPlace& copy) {
     const Run& target = plan.Target();
     copy = {padding.start, padding.End() - plan.ImageBytes(), padding.End()};
-    if (copy.start - copy.header < copyHeaderBytes || copy.end % 2 != 0) return false;
-    return run.start != target.start || copy.start >= target.start + plan.ImageBytes() + copyHeaderBytes;
+    if (copy.start - copy.header < CopyHeaderBytes(plan) || copy.end % 2 != 0) return false;
+    return run.start != target.start || copy.start >= target.start + plan.targetBytes + CopyHeaderBytes(plan);
 }
 
 bool FindPadding(InPlacePlan& plan) {
@@ -66,8 +64,9 @@ bool FindPadding(InPlacePlan& plan) {
 // At the end of the file, far enough behind its final place when that is there too.
 bool PlaceCopyAtEnd(InPlacePlan& plan) {
     const int64_t header = GrowthStart(plan.runs);
-    int64_t start = header + copyHeaderBytes;
-    if (!plan.chosen) start = std::max(start, plan.runs.trailing.start + plan.ImageBytes() + copyHeaderBytes);
+    int64_t start = header + CopyHeaderBytes(plan);
+    if (!plan.chosen && plan.targetBytes > 0)
+        start = std::max(start, plan.runs.trailing.start + plan.targetBytes + CopyHeaderBytes(plan));
     plan.copy = {header, start, start + plan.ImageBytes()};
     plan.copyGrowsFile = MayGrowTo(plan, plan.copy.end);
     return plan.copyGrowsFile;
@@ -84,8 +83,8 @@ bool SwitchesInOne(const InPlacePlan& plan) {
 }
 
 bool PlanCopy(InPlacePlan& plan) {
-    const int64_t room = plan.Target().length, bytes = plan.ImageBytes();
-    if (!PlaceCopyAtEnd(plan) && !(Leaves(room, bytes) && FindPadding(plan))) return false;
+    const bool mayUsePadding = plan.placed.empty() && Leaves(plan.Target().length, plan.targetBytes);
+    if (!PlaceCopyAtEnd(plan) && !(mayUsePadding && FindPadding(plan))) return false;
     plan.way = EditWay::throughCopy;
     PlanSwitch(plan);
     return FitHeaders(plan);
@@ -95,7 +94,7 @@ bool IsDirect(const InPlacePlan& plan) {
     const auto& target = plan.Target();
     if (plan.image.empty()) return true;
     return !HasTags(plan.runs) && FitsOneHeader(target) &&
-           ((!plan.chosen && target.length == 0) || Leaves(target.length, plan.ImageBytes()));
+           ((!plan.chosen && target.length == 0) || Leaves(target.length, plan.targetBytes));
 }
 
 // Of an edit that only removes.
@@ -146,13 +145,40 @@ bool SaveAll(FileReader& reader, InPlacePlan& plan) {
     return saved && (!plan.isRf64 || Save(reader, plan, ds64RiffSizeOffset, 8));
 }
 
-}  // namespace
-
+// The first gap that takes what has no gap of its own.
 void ChooseTarget(InPlacePlan& plan) {
-    plan.chosen.reset();
     for (size_t i = plan.runs.gaps.size(); i-- > 0;)
-        if (Leaves(plan.runs.gaps[i].length, plan.ImageBytes())) plan.chosen = i;
+        if (Leaves(plan.runs.gaps[i].length, plan.targetBytes) && !IsPlaced(plan, i)) plan.chosen = i;
 }
+
+bool FitsTarget(const InPlacePlan& plan) {
+    return plan.chosen ||
+           (plan.runs.isWholeToTheEnd &&
+            (plan.targetBytes == 0 || MayGrowTo(plan, plan.Target().start + plan.targetBytes)));
+}
+
+// Chunks stay where they are as far as they can, also at the end.
+bool PlanParts(InPlacePlan& plan, std::span<const ImagePart> parts) {
+    const int64_t end = plan.runs.trailing.start;
+    const bool isAtEnd = std::ranges::any_of(parts, [&](const auto& part) { return part.oldStart >= end; });
+    if (!PlaceParts(plan, parts)) return false;
+    if (plan.targetBytes > 0 && !isAtEnd) ChooseTarget(plan);
+    return FitsTarget(plan) && PlanCopy(plan) && plan.copyGrowsFile;
+}
+
+bool PlanWay(FileReader& reader, InPlacePlan& plan) {
+    if (!FitsTarget(plan)) return false;
+    if (IsDirect(plan)) {
+        PlanCovers(plan);
+    } else if (!PlanCopy(plan)) {
+        plan.way = EditWay::overwrite;
+        plan.covers.clear();
+        plan.sameBytes = SameBytes(reader, plan);
+    }
+    return true;
+}
+
+}  // namespace
 
 void PlanSwitch(InPlacePlan& plan) {
     plan.switchesInOne = SwitchesInOne(plan);
@@ -167,26 +193,21 @@ bool FitHeaders(const InPlacePlan& plan) {
            (!plan.TargetHoldsCopy() || FitsOneHeader(hidden));
 }
 
-std::optional<InPlacePlan> PlanInPlace(FileReader& reader, ChunkImage image, bool isRf64, Schemes replaced) {
+std::optional<InPlacePlan> PlanInPlace(FileReader& reader, ChunkImage image, bool isRf64, Schemes replaced,
+                                       std::span<const ImagePart> parts) {
     auto runs = FindRuns(reader, isRf64, replaced);
     if (!runs) return std::nullopt;
     InPlacePlan plan;
+    plan.targetBytes = std::ssize(image);
     plan.image = std::move(image);
     plan.replaced.assign(replaced.begin(), replaced.end());
     plan.isRf64 = isRf64;
     plan.runs = std::move(*runs);
-    ChooseTarget(plan);
-    const Run& target = plan.Target();
-    if (!plan.chosen && !plan.image.empty() && !MayGrowTo(plan, target.start + plan.ImageBytes()))
-        return std::nullopt;
-    if (!plan.chosen && !plan.runs.isWholeToTheEnd) return std::nullopt;
-    if (IsDirect(plan)) {
-        plan.way = EditWay::direct;
-        PlanCovers(plan);
-    } else if (!PlanCopy(plan)) {
-        plan.way = EditWay::overwrite;
-        plan.covers.clear();
-        plan.sameBytes = SameBytes(reader, plan);
+    if (auto inPlaces = plan; PlanParts(inPlaces, parts)) {
+        plan = std::move(inPlaces);
+    } else {
+        ChooseTarget(plan);
+        if (!PlanWay(reader, plan)) return std::nullopt;
     }
     if (!std::ranges::all_of(plan.covers, FitsOneHeader) || !SaveAll(reader, plan)) return std::nullopt;
     return plan;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "edit/runs.h"
@@ -22,12 +23,27 @@ struct SavedBytes {
     std::vector<uint8_t> bytes;
 };
 
+// Chunks of an image that belong where old ones of theirs stand.
+struct ImagePart {
+    int64_t oldStart = 0;
+    size_t begin = 0;
+    size_t end = 0;
+};
+
+// A part that goes to a gap of its own.
+struct PlacedPart {
+    size_t gap = 0;
+    int64_t bytes = 0;
+};
+
 struct InPlacePlan {
-    ChunkImage image;
+    ChunkImage image;         // first what goes to the target, then the placed parts
+    int64_t targetBytes = 0;  // of it
+    std::vector<PlacedPart> placed;
     std::vector<std::string_view> replaced;
     bool isRf64 = false;
     RunList runs;
-    std::optional<size_t> chosen;  // of the gaps; else the image goes to the end
+    std::optional<size_t> chosen;  // of the gaps; else the target is the end
     EditWay way = EditWay::direct;
     CopyPlace copy;                 // throughCopy
     bool copyGrowsFile = false;     // it stands at the end of the file, not in padding
@@ -45,11 +61,10 @@ struct InPlacePlan {
 };
 
 // Nothing when the image cannot go into the file itself.
+// `parts`, in their order in the image, stay in their places if the file may grow meanwhile.
 [[nodiscard]] std::optional<InPlacePlan> PlanInPlace(FileReader& reader, ChunkImage image, bool isRf64,
-                                                     Schemes replaced);
+                                                     Schemes replaced, std::span<const ImagePart> parts = {});
 
-// Sets `chosen`: the first gap that takes the image, with room for no padding or for some.
-void ChooseTarget(InPlacePlan& plan);
 // Sets what the switch to `copy` needs: `switchesInOne`, `covers`, `marked`.
 void PlanSwitch(InPlacePlan& plan);
 // True when everything that must be one chunk on the way can be.

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "edit/edit_mark.h"
+#include "edit/placed_parts.h"
 
 namespace vantor {
 
@@ -32,7 +32,7 @@ std::optional<InPlacePlan> PlanFrom(FileReader& reader, bool isRf64, ShownCopy c
     plan.isRf64 = isRf64;
     plan.runs = std::move(*runs);
     TakeGrowthOff(plan.runs, copy.mark.fileBytes);
-    ChooseTarget(plan);
+    if (!TakePlaces(plan, copy.mark)) return std::nullopt;
     plan.way = EditWay::throughCopy;
     plan.copy = {copy.header, copy.start, copy.start + plan.ImageBytes()};
     PlanSwitch(plan);

@@ -146,6 +146,33 @@ TEST_F(EditsOfFiles, KeepWhatFollowsAMissingPadByte) {
     EXPECT_EQ(Find(copy, "data")->body, Bytes(999, 0x5A));
 }
 
+// A reader that looks for "bext" in front of the audio alone finds it there after a lossless edit.
+TEST_F(EditsOfFiles, LeaveChunksInTheirPlaces) {
+    const auto bext = ByteWriter().Chunk("bext", ByteWriter().Text("Old").Zeros(599));
+    const auto document = ByteWriter().Chunk("iXML", ByteWriter().Text("<BWFXML><NOTE>a</NOTE></BWFXML>"));
+    const auto edit = [&](const Bytes& front, const std::string& key, const std::string& text) {
+        folder.Write("a.wav", RiffFile(ByteWriter().Add(fmt).Add(front).Add(audio).Add(Info("INAM", "Old"))));
+        MetadataStore changes;
+        changes.Set(key, text);
+        changes.Set("INFO:INAM", "Longer than before");
+        EXPECT_EQ(EditFile({.fileName = name,
+                            .target = target,
+                            .changes = changes,
+                            .flags = writeMerge | writeLossless,
+                            .forget = [](const std::string&) {}}),
+                  updatedInPlace);
+        EXPECT_EQ(Tags().Value(key), text);
+        EXPECT_EQ(Tags().Value("INFO:INAM"), "Longer than before");
+        return Ids(ReadWholeFile(name));
+    };
+    EXPECT_EQ(edit(bext, "BWF:Description", "New"), "fmt bextdataLIST");
+    const auto padded = ByteWriter().Chunk("JUNK", Bytes(2000)).Chunk("cue ", Bytes(4)).Add(bext);
+    EXPECT_EQ(edit(padded, "BWF:Description", "New"), "fmt JUNKcue bextdataLIST");
+    // What outgrows its place goes where new chunks go.
+    const auto both = ByteWriter().Add(bext).Chunk("cue ", Bytes(4)).Add(document);
+    EXPECT_EQ(edit(both, "IXML:NOTE", std::string(999, 'n')), "fmt bextcue JUNKdataiXMLLIST");
+}
+
 TEST_F(EditsOfFiles, RefuseWhatNobodyKnowsTheEndOf) {
     const Bytes ds64 = ByteWriter().Chunk("ds64", ByteWriter().Zeros(28));
     const Bytes head = RiffFile(ByteWriter().Add(ds64).Add(fmt).Text("data").Le32(0xFFFFFFFF), "RF64");

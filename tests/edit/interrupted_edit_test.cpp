@@ -158,7 +158,7 @@ const Edit edits[] = {
     {"shrinking", {{"BWF:Description", ""}, {"IXML:NOTE", ""}, {"INFO:IART", "x"}}, writeMerge},
     {"all replaced", {{"TITLE", "Only"}}, 0},
     {"all removed", {{"BWF:Description", ""}}, 0},
-    {"lossless change", {{"INFO:INAM", "Another name"}}, writeMerge | writeLossless},
+    {"lossless, many schemes", {{"TITLE", "New"}}, writeMerge | writeLossless},
     {"lossless growth",
      {{"IXML:NOTE", std::string(3000, 'n')}, {"INFO:IART", "Another artist"}},
      writeMerge | writeLossless},
