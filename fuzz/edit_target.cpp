@@ -117,7 +117,7 @@ void RequireKept(const Bytes& before, const Bytes& after) {
 void EditMetadata(Input input) {
     Choices choices(input);
     World world(input, choices);
-    const int32_t flags = choices.OneOf(4);
+    const int32_t flags = choices.OneOf(8);
     const auto pairs = ChosenPairs(choices);
     const Bytes original(input.begin(), input.end());
     Audio before;

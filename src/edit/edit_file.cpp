@@ -100,27 +100,7 @@ bool MakeImages(Attempt& attempt) {
     return true;
 }
 
-// writeFailed when it cannot be done in place.
-Answer TryInPlace(Attempt& attempt) {
-    if (attempt.images.replaced.empty()) return updatedInPlace;
-    const auto& [main, tail, replaced, keepsPlaces, places] = attempt.images;
-    ChunkImage image = main;
-    image.insert(image.end(), tail.begin(), tail.end());
-    std::vector<ImagePart> parts;
-    for (const auto& [oldStart, inTail, begin, end] : places) {
-        const size_t start = inTail ? main.size() : 0;
-        parts.push_back({oldStart, start + begin, start + end});
-    }
-    std::ranges::sort(parts, {}, &ImagePart::begin);
-    const auto plan = PlanInPlace(*attempt.file, std::move(image), attempt.IsRf64(), replaced, parts);
-    if (!plan) return writeFailed;
-    const auto writer = OpenForWriting(attempt);
-    if (!writer->IsOpen()) return writeFailed;
-    if (!IsStillTheFile(attempt, *writer)) return std::nullopt;
-    return attempt.Wants(writeAnswerAlone) || UpdateInPlace(*writer, *plan) ? updatedInPlace : writeFailed;
-}
-
-WriteAnswer TryCopy(Attempt& attempt) {
+Answer TryCopy(Attempt& attempt) {
     const auto& [fileName, target, changes, document, flags, forget] = attempt.request;
     if (IsSameFile(fileName, target)) return writeFailed;
     if (!attempt.file) attempt.file = std::make_unique<FileReader>(fileName, editReading);
@@ -133,6 +113,29 @@ WriteAnswer TryCopy(Attempt& attempt) {
     return written ? writtenToTarget : writeFailed;
 }
 
+Answer TryInPlace(Attempt& attempt) {
+    if (attempt.images.replaced.empty()) return updatedInPlace;
+    const auto& [main, tail, replaced, keepsPlaces, places] = attempt.images;
+    ChunkImage image = main;
+    image.insert(image.end(), tail.begin(), tail.end());
+    std::vector<ImagePart> parts;
+    for (const auto& [oldStart, inTail, begin, end] : places) {
+        const size_t start = inTail ? main.size() : 0;
+        parts.push_back({oldStart, start + begin, start + end});
+    }
+    std::ranges::sort(parts, {}, &ImagePart::begin);
+    const auto plan = PlanInPlace(*attempt.file, std::move(image), attempt.IsRf64(), replaced, parts);
+    if (!plan) return TryCopy(attempt);
+    auto writer = OpenForWriting(attempt);
+    if (!writer->IsOpen()) return TryCopy(attempt);
+    if (!IsStillTheFile(attempt, *writer)) return std::nullopt;
+    if (attempt.Wants(writeAnswerAlone)) return updatedInPlace;
+    const auto result = UpdateInPlace(*writer, *plan);
+    writer.reset();
+    if (result == InPlaceResult::undone) return TryCopy(attempt);
+    return result == InPlaceResult::done ? updatedInPlace : writeFailed;
+}
+
 Answer Try(Attempt& attempt) {
     const bool inPlace = !attempt.Wants(writeNeverInPlace);
     if (!attempt.file->IsOpen() || attempt.file->IsWriteShared() || !Parse(attempt)) return writeFailed;
@@ -140,8 +143,7 @@ Answer Try(Attempt& attempt) {
         if (const auto unfinished = FindUnfinishedEdit(*attempt.file, attempt.IsRf64()))
             return FinishFirst(attempt, *unfinished);
     if (!MakeImages(attempt)) return writeFailed;
-    const auto answer = inPlace ? TryInPlace(attempt) : writeFailed;
-    return answer == writeFailed ? TryCopy(attempt) : answer;
+    return inPlace ? TryInPlace(attempt) : TryCopy(attempt);
 }
 
 }  // namespace

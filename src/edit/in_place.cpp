@@ -246,19 +246,26 @@ bool WriteSaved(InPlaceEdit& edit) {
     });
 }
 
+// Padding again where the image or its copy was to go.
+bool HideAgain(InPlaceEdit& edit) {
+    const auto& [header, start, end] = edit.plan.copy;
+    if (edit.plan.way == EditWay::throughCopy && !edit.plan.copyGrowsFile)
+        return WriteJunkHeader(edit.file, header, end - header);
+    if (edit.plan.way == EditWay::direct && !edit.plan.image.empty() && edit.plan.Target().length > 0)
+        return WriteJunkHeader(edit.file, edit.Place(), edit.plan.Target().length);
+    return true;
+}
+
 // As far as it can be done: the disk that refused may refuse again. New tags stay where old ones were covered
 // and do not come back.
-void Undo(InPlaceEdit& edit) {
-    const auto& plan = edit.plan;
+InPlaceResult Undo(InPlaceEdit& edit) {
     const bool isRestored = WriteSaved(edit);
-    if (edit.hasCovered && !isRestored) return;
-    if (plan.way == EditWay::throughCopy && !plan.copyGrowsFile)
-        static_cast<void>(WriteJunkHeader(edit.file, plan.copy.header, plan.copy.end - plan.copy.header));
-    if (plan.way == EditWay::direct && !plan.image.empty() && plan.Target().length > 0)
-        static_cast<void>(WriteJunkHeader(edit.file, edit.Place(), plan.Target().length));
+    if (edit.hasCovered && !isRestored) return InPlaceResult::unfinished;
+    const bool isHidden = HideAgain(edit);
     const int64_t size = edit.Runs().fileSize;
-    if (edit.writer.Size() > size) static_cast<void>(Cut(edit, size));
-    static_cast<void>(edit.Flush());
+    const bool isCut = edit.writer.Size() <= size || Cut(edit, size);
+    const bool isFlushed = edit.Flush();
+    return isRestored && isHidden && isCut && isFlushed ? InPlaceResult::undone : InPlaceResult::unfinished;
 }
 
 // What a failure that passes would leave half done is done again from its start.
@@ -281,15 +288,12 @@ bool WriteNewTags(InPlaceEdit& edit) {
 
 }  // namespace
 
-bool UpdateInPlace(FileWriter& writer, const InPlacePlan& plan) {
+InPlaceResult UpdateInPlace(FileWriter& writer, const InPlacePlan& plan) {
     InPlaceEdit edit{writer, plan};
-    if (!WriteNewTags(edit)) {
-        Undo(edit);
-        return false;
-    }
-    if (plan.way == EditWay::throughCopy && !(Insist(edit, MoveToPlaces) && Insist(edit, MoveToTarget)))
-        return false;
-    return Insist(edit, CleanUp);
+    if (!WriteNewTags(edit)) return Undo(edit);
+    const bool isMoved =
+        plan.way != EditWay::throughCopy || (Insist(edit, MoveToPlaces) && Insist(edit, MoveToTarget));
+    return isMoved && Insist(edit, CleanUp) ? InPlaceResult::done : InPlaceResult::unfinished;
 }
 
 bool FinishInPlace(FileWriter& writer, const UnfinishedEdit& unfinished) {

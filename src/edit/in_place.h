@@ -17,9 +17,12 @@
 
 namespace vantor {
 
-// True when the file holds the new chunks in their final place, and the disk has it so. When it fails before
-// old tags are gone, the file is what it was, as far as it can still be written.
-[[nodiscard]] bool UpdateInPlace(FileWriter& writer, const InPlacePlan& plan);
+enum class InPlaceResult {
+    done,        // the file holds the new chunks in their final place, and the disk has it so
+    undone,      // it failed, and the file is what it was
+    unfinished,  // it failed, and not all of that could be undone or done: no tag is lost
+};
+[[nodiscard]] InPlaceResult UpdateInPlace(FileWriter& writer, const InPlacePlan& plan);
 
 // The file becomes what the edit would have left.
 [[nodiscard]] bool FinishInPlace(FileWriter& writer, const UnfinishedEdit& edit);

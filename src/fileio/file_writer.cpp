@@ -122,7 +122,7 @@ bool FileWriter::Flush(bool wait) {
 }
 
 bool FileWriter::FlushToDisk() {
-    return Flush(true) && state_->file->FlushToDisk();
+    return IsOpen() && (!state_->blocks || state_->blocks->Flush(true)) && state_->file->FlushToDisk();
 }
 
 platform::FileStatus FileWriter::Status() {

@@ -42,7 +42,8 @@ class FileWriter {
     [[nodiscard]] int64_t Size();
     // Sends what is waiting; with `wait`, until all of it is written. False when any write so far has failed.
     [[nodiscard]] bool Flush(bool wait);
-    // The same as Flush with `wait`, and until it is on the disk.
+    // Until what was taken is on the disk. A synchronous write that failed before does not matter: it was
+    // told.
     [[nodiscard]] bool FlushToDisk();
     // Of the open file; see platform::FileStatus.
     [[nodiscard]] platform::FileStatus Status();

@@ -25,7 +25,7 @@ inline bool EditInPlace(const std::string& path, const Bytes& image, bool isRf64
     }
     if (!plan) return false;
     FileWriter writer(path.c_str(), {.mode = 0, .openExisting = true, .mustExist = true});
-    return writer.IsOpen() && UpdateInPlace(writer, *plan);
+    return writer.IsOpen() && UpdateInPlace(writer, *plan) == InPlaceResult::done;
 }
 
 }  // namespace vantor::test

@@ -324,8 +324,12 @@ TEST(InterruptedEdit, AFailureIsToldAndLosesNothing) {
                 const auto answer = RunEdit(files, c.edit);
                 const Bytes file = *files.Find(name);
                 ExpectSound(c, file, false);
-                if (answer == updatedInPlace) {
-                    EXPECT_EQ(Look(file).tags, c.changed.tags);
+                if (answer != writeFailed) {
+                    const auto& result = answer == updatedInPlace ? file : *files.Find("target.wav");
+                    EXPECT_EQ(Look(result).tags, c.changed.tags);
+                }
+                if (answer == writtenToTarget) {
+                    EXPECT_EQ(Look(file).tags, c.old.tags);
                 }
                 EXPECT_TRUE(failing != once || answer != writeFailed);
                 EXPECT_TRUE(failing != forGood || answer == writeFailed);

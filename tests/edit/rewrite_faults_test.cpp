@@ -77,8 +77,8 @@ TEST(RewriteFaults, InPlaceUpdatesKeepTheFileWalkable) {
                     EXPECT_TRUE(succeeded) << what;
                     break;
                 }
-                // Where the end cannot be reached or cut, padding takes its place.
-                EXPECT_FALSE(succeeded && order.operation == Operation::write) << what;
+                // What fails once is done again, and where the end cannot be cut padding takes its place.
+                EXPECT_FALSE(succeeded && order.operation == Operation::write && order.andLater) << what;
                 const auto tag = Find(ReadWholeFile(path), "bext");
                 EXPECT_TRUE(!succeeded || (tag && tag->body[0] == 2)) << what;
             }
