@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sndfile.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -15,6 +16,14 @@ namespace vantor::test {
 inline void Generate(const std::string& path, std::string command) {
     command.replace(command.find("%s"), 2, "'" + path + "'");
     EXPECT_EQ(std::system((command + " >/dev/null 2>&1").c_str()), 0) << command;
+}
+
+inline std::string OutputOf(const std::string& command) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+    std::string output;
+    for (int character = 0; pipe && (character = std::fgetc(pipe.get())) != EOF;)
+        output += static_cast<char>(character);
+    return output;
 }
 
 using SoundFile = std::unique_ptr<SNDFILE, decltype(&sf_close)>;

@@ -2,7 +2,6 @@
 // them.
 
 #include <algorithm>
-#include <cstdio>
 #include <sstream>
 
 #include "tests/interop/independent_tools.h"
@@ -21,14 +20,6 @@ void ExpectTags(const Tags& wanted, const Tags& shown, const std::string& what) 
         const auto found = shown.find(key);
         EXPECT_EQ(found == shown.end() ? "nothing" : found->second, value) << what << ": " << key;
     }
-}
-
-std::string OutputOf(const std::string& command) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    std::string output;
-    for (int character = 0; pipe && (character = std::fgetc(pipe.get())) != EOF;)
-        output += static_cast<char>(character);
-    return output;
 }
 
 // The lines "name=value" of a tool's output.

@@ -8,16 +8,13 @@
 #include "edit/tag_proof.h"
 #include "metadata/key_table.h"
 #include "tests/metadata/recorder_chunks.h"
-#include "tests/source/source_support.h"
-#include "tests/support/chunk_list.h"
+#include "tests/source/lossless_support.h"
 #include "text/text.h"
 
 namespace vantor::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr intptr_t lossless = 5;
 
 struct NamedFile {
     std::string name;
@@ -43,15 +40,6 @@ Bytes LongFile(const Bytes& plain, const char* kind) {
     WriteLe32(&file[4], 0xFFFFFFFF);
     WriteLe64(&file[20], file.size() - 8);
     return file;
-}
-
-// Of a file of any kind; the size of the whole, which is checked, is left out of `ds64`.
-std::vector<ListedChunk> Chunks(Bytes file) {
-    if (TextOf(file).starts_with("RIFF")) return ChunkList(file);
-    EXPECT_EQ(ReadLe64(&file[20]), file.size() - 8);
-    WriteLe64(&file[20], 0);
-    WriteLe32(&file[TextOf(file).find("data\xFF\xFF\xFF\xFF") + 4], ReadLe32(&file[28]));
-    return ChunkList(file);
 }
 
 Bytes RecorderFile(int tagVersion) {
@@ -83,18 +71,6 @@ std::vector<NamedFile> Files() {
     const auto tag = Id3TagWriter(3).Text("TIT2", "x").Frame("PRIV", document).Text("TRCK", "1").Tag();
     files.push_back({"document in a tag", MonoFile(Ramp(500), {}, ByteWriter().Chunk("ID3 ", tag))});
     return files;
-}
-
-// The tag chunks of a scheme become one text; all other chunks by their place.
-std::map<std::string, std::string> ChunksByScheme(const Bytes& file) {
-    std::map<std::string, std::string> chunks;
-    for (const auto& chunk : Chunks(file)) {
-        const bool isKeptList = chunk.id == "LIST" && TextOf(chunk.body).substr(0, 4) != "INFO";
-        const auto* scheme = isKeptList ? nullptr : SchemeOfChunkId(chunk.id);
-        if (scheme && scheme->replaced == Replaced::asRoom) continue;
-        chunks[scheme ? scheme->name : "kept"] += chunk.id + TextOf(chunk.body);
-    }
-    return chunks;
 }
 
 // The ids in their order; an empty body for chunks of the scheme, which may differ.

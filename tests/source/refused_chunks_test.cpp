@@ -3,16 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/metadata/id3_tag_writer.h"
-#include "tests/metadata/store_entries.h"
-#include "tests/source/source_support.h"
-#include "tests/support/chunk_list.h"
+#include "tests/source/lossless_support.h"
 
 namespace vantor::test {
 namespace {
 
 using namespace std::string_literals;
-
-constexpr intptr_t lossless = 5;
 
 class RefusedChunks : public ::testing::Test {
   protected:
