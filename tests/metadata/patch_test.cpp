@@ -124,6 +124,15 @@ const std::vector<Case>& Cases() {
          {{"\n </r:Description>",
            "\n \n<xmpDM:album "
            "xmlns:xmpDM=\"http://ns.adobe.com/xmp/1.0/DynamicMedia/\">Sea</xmpDM:album></r:Description>"}}},
+        {"XMP",
+         BytesOf(
+             "<r:RDF xmlns:r=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"><r:Description a=\"b\" "
+             "xmlns:dc=\"http://purl.org/dc/elements/1.1/\"><dc:title><r:Alt><r:li xml:lang=\"de\">T</r:li>"
+             "</r:Alt></dc:title><!-- --></r:Description></r:RDF>"s),
+         "XMP:dc/title=",
+         {{" xmlns:dc=\"http://purl.org/dc/elements/1.1/\">",
+           " xmlns:dc=\"http://purl.org/dc/elements/1.1/\" dc:language=\"de\">"},
+          {"<dc:title><r:Alt><r:li xml:lang=\"de\">T</r:li></r:Alt></dc:title>", ""}}},
         {"XMP", xmp, "XMP:dc/date=2024", {{"&#xE4;'>", "&#xE4;' dc:date=\"2024\">"}}},
         {"XMP",
          xmp,

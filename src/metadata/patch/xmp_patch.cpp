@@ -10,6 +10,7 @@
 #include "metadata/patch/xml_patch.h"
 #include "metadata/patch/xmp_markers_patch.h"
 #include "metadata/patch/xmp_scope.h"
+#include "metadata/read/read_metadata.h"
 #include "metadata/read/xmp_packet.h"
 #include "metadata/write/escape_xml.h"
 #include "metadata/xmp_marker.h"
@@ -49,7 +50,7 @@ class Packet {
   public:
     explicit Packet(std::string text) : text_(std::move(text), WithDecimalReferences) {}
 
-    [[nodiscard]] bool Apply(const MetadataStore& change);
+    [[nodiscard]] bool Apply(const MetadataStore& change, const MetadataStore& own);
     [[nodiscard]] const std::string& Text() const { return text_.Text(); }
     [[nodiscard]] bool IsEmpty();
 
@@ -64,6 +65,7 @@ class Packet {
     void AddTo(const XmpNode& description, const Space& space, std::string_view local,
                std::string_view value);
     void ForgetLanguage();
+    [[nodiscard]] bool KeepLanguage(const MetadataStore& own);
     [[nodiscard]] bool EachDescription(const std::function<void(const XmpNode&)>& visit) const;
 
     XmlPatch text_;
@@ -204,6 +206,16 @@ void Packet::ForgetLanguage() {
         text_.SetAttribute(**mark, xmpDefaultLanguage);
 }
 
+// The language of a text that goes stays that of the file.
+bool Packet::KeepLanguage(const MetadataStore& own) {
+    const auto* language = own.Get(xmpLanguageKey);
+    if (language == nullptr) return true;
+    MetadataStore now;
+    const std::string& text = text_.Text();
+    ReadXmp({reinterpret_cast<const uint8_t*>(text.data()), text.size()}, now);
+    return now.Value(xmpLanguageKey) == *language || Set(xmpLanguageKey, *language);
+}
+
 // A new property of the first description, as an attribute where it can be one.
 bool Packet::Add(std::string_view key, std::string_view value) {
     const Space* space = SpaceOfKey(key);
@@ -240,15 +252,16 @@ void Packet::AddTo(const XmpNode& description, const Space& space, std::string_v
     }
 }
 
-// New values for markers and properties that are there come first, then what goes, then what is new.
-bool Packet::Apply(const MetadataStore& change) {
+// New values for markers and properties that are there come first, then what goes, then what is new. `own` is
+// what the packet says.
+bool Packet::Apply(const MetadataStore& change, const MetadataStore& own) {
     bool done = PatchXmpMarkers(text_, change);
     for (const bool removes : {false, true})
         change.ForEach([&](const MetadataEntry& entry) {
             if (SpaceOfKey(entry.key) == nullptr || entry.value.empty() != removes) return;
             done = done && (removes ? Remove(entry.key) : Set(entry.key, entry.value));
         });
-    return done;
+    return done && (change.Has(xmpLanguageKey) || KeepLanguage(own));
 }
 
 bool IsPropertyAttribute(std::string_view name) {
@@ -300,7 +313,9 @@ Patched PatchXmp(const PatchInput& input) {
         old.size() <= input.body.size() && std::equal(old.begin(), old.end(), input.body.begin());
     if (start == text.npos || !isWhole) return std::nullopt;
     Packet packet(text.substr(start));
-    if (!packet.Apply(input.change)) return std::nullopt;
+    MetadataStore own;
+    ReadXmp(input.body, own);
+    if (!packet.Apply(input.change, own)) return std::nullopt;
     if (packet.IsEmpty()) return ChunkBody();
     ChunkBody body = Encoded(text.substr(0, start) + packet.Text(), encoding);
     body.insert(body.end(), input.body.begin() + static_cast<std::ptrdiff_t>(old.size()), input.body.end());

@@ -18,6 +18,8 @@ class XmpScope {
     [[nodiscard]] std::string Declarations(XmpSpace space) const;
 
   private:
+    [[nodiscard]] std::string_view UsedPrefix(XmpSpace space) const;
+
     const XmpNode& node_;
 };
 
