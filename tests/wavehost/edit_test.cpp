@@ -3,6 +3,7 @@
 #include <fstream>
 #include <thread>
 
+#include "tests/support/chunk_list.h"
 #include "tests/support/tree.h"
 #include "tests/wavehost/run_wavehost.h"
 
@@ -167,6 +168,20 @@ TEST_F(WavehostEdit, KeepsLinksAndPermissions) {
     EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_EQ(fs::status(file).permissions(), odd);
     EXPECT_THAT(Value(file, "TITLE"), HasSubstr("Through a link"));
+}
+
+// UMID and coding history have no keys.
+TEST_F(WavehostEdit, TellsOfChunksThatAreNotWhatTheyWere) {
+    const Bytes bext = ByteWriter().Field("told", 602).Text("A=PCM\r\n");
+    const Bytes tagged = PatternWav(500, 2, ByteWriter().Chunk("bext", bext).Add(InfoChunk("IART", "Me")));
+    const std::string file = folder.Write("a.wav", tagged);
+    EXPECT_EQ(RunWavehost({"meta", "set", file, "INFO:IART=You", "PREFPOS=1000"}).err, "");
+    EXPECT_EQ(Find(ReadWholeFile(file), "bext")->body.size(), bext.size());
+    const auto rebuilt = RunWavehost({"meta", "set", file, "INFO:IART=Them", "--rebuild"});
+    EXPECT_EQ(rebuilt.exitCode, 0);
+    EXPECT_THAT(rebuilt.err, HasSubstr("a.wav: also changed: chunk 'bext' of 609 bytes, now 602 bytes\n"));
+    EXPECT_THAT(RunWavehost({"meta", "set", file, "INFO:IART=Us", "--replace-all"}).err,
+                ::testing::Not(HasSubstr("chunk")));
 }
 
 }  // namespace

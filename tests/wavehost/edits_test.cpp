@@ -1,6 +1,7 @@
 // What an edit's wishes become, worked out without a file.
 #include <gmock/gmock.h>
 
+#include "wavehost/care/chunk_marks.h"
 #include "wavehost/edits/objections.h"
 #include "wavehost/edits/position_wishes.h"
 #include "wavehost/edits/tag_values.h"
@@ -52,6 +53,21 @@ TEST(TagEdits, TellWhatNobodyAskedFor) {
     EXPECT_THAT(Compare({{"DESC", "new"}}, before, after, 48000, true).besides,
                 ElementsAre(Changed("BWF:TimeReference", "5", "0"),
                             Changed("IXML:TRACK_LIST_TRACK_NAME_2", "", "Boom")));
+}
+
+TEST(TagEdits, TellWhichChunksNobodyAskedFor) {
+    const ChunkMark bext{"bext", "BWF", 858, 1}, info{"LIST", "INFO", 40, 2}, cue{"cue ", "", 28, 3},
+        own{"own ", "", 4, 4};
+    const std::vector<ChunkMark> before = {bext, own, cue, info, own};
+    EXPECT_THAT(ChunkChanges(before, before, {}), IsEmpty());
+    EXPECT_THAT(ChunkChanges(before, {cue, own, own, {"LIST", "INFO", 44, 5}, bext}, {"INFO", "BWF"}),
+                ElementsAre("the order of the chunks"));
+    EXPECT_THAT(ChunkChanges(before, {{"bext", "BWF", 602, 9}, own, {"cue ", "", 28, 9}, info}, {"INFO"}),
+                ElementsAre("chunk 'bext' of 858 bytes, now 602 bytes", "chunk 'cue ' of 28 bytes",
+                            "chunk 'own ' of 4 bytes is gone"));
+    EXPECT_THAT(ChunkChanges({bext}, {bext, {"iXML", "IXML", 300, 6}}, {"BWF"}),
+                ElementsAre("chunk 'iXML' of 300 bytes is new"));
+    EXPECT_THAT(ChunkChanges({}, before, {}), IsEmpty());
 }
 
 TEST(TagEdits, WhatComesAboutInAnotherFormIsNoFailure) {

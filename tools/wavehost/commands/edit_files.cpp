@@ -50,6 +50,8 @@ int TellEdit(const Session& session, const std::string& file, const EditResult& 
     }
     for (const KeyChange& change : result.told.besides)
         ReportFailure(file, "also changed: " + Line(change));
+    for (const std::string& chunk : result.told.chunks)
+        ReportFailure(file, "also changed: " + chunk);
     for (const std::string& note : result.told.notes)
         if (!session.quiet) ReportFailure(file, note);
     for (const std::string& shortfall : result.told.shortfalls)

@@ -1,10 +1,13 @@
 #include "wavehost/edits/tag_edit.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <map>
+#include <set>
 #include <span>
 
+#include "wavehost/care/chunk_marks.h"
 #include "wavehost/edits/objections.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/host/host_services.h"
@@ -159,6 +162,7 @@ class Edit {
     EditResult Result(Fate fate, const Metadata& after) {
         EditResult result{fate,
                           Compare(wishes_, before_.tags, after, before_.shape.sampleRate, ways_.replaceAll)};
+        result.told.chunks = chunkChanges_;
         if (!task_.document) return result;
         const auto own = [&](const KeyChange& change) {
             return BeginsWithAny(change.key, task_.kind->prefixes);
@@ -170,6 +174,7 @@ class Edit {
 
     // Reads the tags back. Throws Failure when the file is not what it was but for them.
     Metadata ReadBack(const fs::path& file) {
+        chunkChanges_ = ChunkChanges(chunks_, ChunkMarksOf(TextOf(file)), AskedSchemes());
         const HostPtr<PCM_source> source = OpenSource(module_, TextOf(file));
         const Look after = LookAt(*source.Get());
         if (!(after.shape == before_.shape)) throw Failure("the written file does not hold the same audio");
@@ -186,7 +191,28 @@ class Edit {
                            : WriteTags(*source.Get(), wishes_, name.data(), given));
     }
 
+    // The schemes in whose chunks the wishes go. A document may stand in a tag.
+    [[nodiscard]] std::set<std::string> AskedSchemes() const {
+        std::set<std::string> schemes;
+        const auto add = [&](std::string_view key) {
+            const std::string scheme(key.substr(0, key.find(':')));
+            schemes.insert(scheme == "ASWG" ? "IXML" : scheme);
+            if (scheme == "IXML" || scheme == "ASWG" || scheme == "XMP") schemes.insert("ID3");
+        };
+        for (const Assignment& wish : wishes_)
+            for (const std::string& key : AllSchemeKeysOf(wish.key))
+                add(key);
+        if (task_.document) std::ranges::for_each(task_.kind->prefixes, add);
+        if (std::ranges::find(wishes_, positionField, &Assignment::key) != wishes_.end())
+            std::ranges::for_each(std::array{"BWF:", "IXML:", "XMP:"}, add);
+        if (ways_.replaceAll)
+            std::ranges::for_each(
+                std::array{"BWF:", "INFO:", "IXML:", "XMP:", "AXML:", "CART:", "ID3:", "ACID:"}, add);
+        return schemes;
+    }
+
     bool LookAndPrepare() {
+        chunks_ = ChunkMarksOf(file_);
         const HostPtr<PCM_source> source = OpenSource(module_, file_);
         return Prepare(*source.Get());
     }
@@ -305,6 +331,8 @@ class Edit {
     const EditWays& ways_;
     Assignments wishes_;
     Look before_{};
+    std::vector<ChunkMark> chunks_;          // before
+    std::vector<std::string> chunkChanges_;  // none before the file is read back
 };
 
 }  // namespace

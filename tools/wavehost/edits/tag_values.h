@@ -25,6 +25,7 @@ struct KeyChange {
 struct Comparison {
     std::vector<KeyChange> asked;
     std::vector<KeyChange> besides;       // what nobody named
+    std::vector<std::string> chunks;      // that nobody named a key of, and that are not what they were
     std::vector<std::string> shortfalls;  // what was asked and did not come about
     std::vector<std::string> notes;       // what came about in another form
 };

@@ -1,0 +1,109 @@
+#include "wavehost/care/chunk_marks.h"
+
+#include <algorithm>
+
+#include "metadata/tag_schemes.h"
+#include "wavehost/care/survey.h"
+#include "wavehost/os/failure.h"
+
+namespace vantor::wavehost {
+
+namespace {
+
+using Marks = std::vector<ChunkMark>;
+
+constexpr int64_t hashedBytes = int64_t{64} << 20;
+
+// FNV-1a.
+uint64_t HashOf(FileReader& reader, int64_t start, int64_t bytes) {
+    uint64_t hash = 0xCBF29CE484222325u;
+    std::vector<uint8_t> scratch;
+    reader.Seek(start);
+    for (int64_t left = std::min(bytes, hashedBytes); left > 0;) {
+        const uint8_t* piece = nullptr;
+        const int64_t count = reader.Borrow(&piece, std::min<int64_t>(left, 1 << 16), scratch);
+        if (count < 1) break;
+        for (int64_t i = 0; i < count; ++i)
+            hash = (hash ^ piece[i]) * 0x100000001B3u;
+        left -= count;
+    }
+    return hash;
+}
+
+// A list is one of tags when its type says so.
+std::string SchemeOf(FileReader& reader, const SurveyedChunk& chunk) {
+    const auto* scheme = SchemeOfChunkId(chunk.id);
+    if (!scheme) return {};
+    uint8_t type[4] = {};
+    const bool isList = chunk.id == "LIST" || chunk.id == "list";
+    if (isList && !(reader.Seek(chunk.bodyStart) && reader.ReadExactly(type, sizeof type))) return {};
+    const std::string_view text(reinterpret_cast<const char*>(type), sizeof type);
+    return isList && text != "INFO" && text != "info" ? std::string() : scheme->name;
+}
+
+// Those of `left` that have no equal in `right`, one for one.
+Marks Missing(const Marks& left, Marks right) {
+    Marks missing;
+    for (const ChunkMark& mark : left) {
+        const auto equal = std::ranges::find(right, mark);
+        if (equal == right.end())
+            missing.push_back(mark);
+        else
+            right.erase(equal);
+    }
+    return missing;
+}
+
+std::string Bytes(const ChunkMark& mark) {
+    return std::to_string(mark.bytes) + " bytes";
+}
+
+}  // namespace
+
+std::vector<ChunkMark> ChunkMarksOf(const std::string& file) try {
+    FileReader reader(file, {});
+    if (!reader.IsOpen()) return {};
+    const auto survey = SurveyFile(file, reader);
+    Marks marks;
+    for (size_t i = 0; i < survey->chunks.size(); ++i) {
+        const SurveyedChunk& chunk = survey->chunks[i];
+        const bool isSound = survey->sound && survey->sound->chunk == i;
+        const auto scheme = SchemeOf(reader, chunk);
+        if (scheme == paddingScheme || chunk.id == "ds64") continue;
+        const auto hash = isSound ? 0 : HashOf(reader, chunk.bodyStart, chunk.bodyBytes);
+        marks.push_back({chunk.id, scheme, isSound ? survey->sound->Bytes() : chunk.bodyBytes, hash});
+    }
+    return marks;
+} catch (const Failure&) {
+    return {};
+}
+
+std::vector<std::string> ChunkChanges(const std::vector<ChunkMark>& before,
+                                      const std::vector<ChunkMark>& after,
+                                      const std::set<std::string>& asked) {
+    if (before.empty() || after.empty()) return {};
+    const auto others = [&](Marks marks) {
+        std::erase_if(marks, [&](const ChunkMark& mark) { return asked.contains(mark.scheme); });
+        return marks;
+    };
+    const Marks old = others(before), now = others(after);
+    const Marks gone = Missing(old, now);
+    Marks come = Missing(now, old);
+    std::vector<std::string> changes;
+    for (const ChunkMark& mark : gone) {
+        const auto successor = std::ranges::find(come, mark.id, &ChunkMark::id);
+        if (successor == come.end()) {
+            changes.push_back("chunk '" + mark.id + "' of " + Bytes(mark) + " is gone");
+            continue;
+        }
+        changes.push_back("chunk '" + mark.id + "' of " + Bytes(mark) +
+                          (successor->bytes == mark.bytes ? "" : ", now " + Bytes(*successor)));
+        come.erase(successor);
+    }
+    for (const ChunkMark& mark : come)
+        changes.push_back("chunk '" + mark.id + "' of " + Bytes(mark) + " is new");
+    if (changes.empty() && old != now) changes.emplace_back("the order of the chunks");
+    return changes;
+}
+
+}  // namespace vantor::wavehost
