@@ -102,7 +102,9 @@ std::vector<uint8_t> Id3HeadFor(const Id3TagParts& now, const Id3TagParts& old) 
     const int version = head[versionOffset];
     if (version == 2 || !(head[flagsOffset] & extendedHeaderFlag)) return head;
     const bool isUnsynchronised = IsUnsynchronised(head);
-    const auto before = Plain(head, isUnsynchronised);
+    std::vector<uint8_t> before(head.begin(), head.begin() + id3HeaderBytes);
+    const auto extended = Plain(Bytes(head).subspan(id3HeaderBytes), isUnsynchronised);
+    before.insert(before.end(), extended.begin(), extended.end());
     auto plain = before;
     if (version == 3)
         Renew23(plain, now, old, isUnsynchronised);
@@ -110,11 +112,11 @@ std::vector<uint8_t> Id3HeadFor(const Id3TagParts& now, const Id3TagParts& old) 
         Renew24(plain, now, old);
     if (plain == before) return head;
     head.resize(id3HeaderBytes);
-    const Bytes extended = Bytes(plain).subspan(id3HeaderBytes);
+    const Bytes renewed = Bytes(plain).subspan(id3HeaderBytes);
     if (isUnsynchronised)
-        AppendUnsynchronised(head, extended);
+        AppendUnsynchronised(head, renewed);
     else
-        head.insert(head.end(), extended.begin(), extended.end());
+        head.insert(head.end(), renewed.begin(), renewed.end());
     return head;
 }
 

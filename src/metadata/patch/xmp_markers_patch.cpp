@@ -203,7 +203,8 @@ bool Add(XmlPatch& packet, const XmpMarkerValue& marker) {
     const auto inRdf = [&](const XmpNode& node) {
         if (!node.Is(XmpSpace::Rdf, "RDF")) return;
         node.ForEachChild([&](const XmpNode& description) {
-            if (!isDone) AddTracks(packet, description, marker);
+            if (isDone || !TakesXmpProperties(description)) return;
+            AddTracks(packet, description, marker);
             isDone = true;
         });
     };

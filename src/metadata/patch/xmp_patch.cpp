@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <functional>
 #include <string>
-#include <utility>
 
 #include "metadata/patch/patch_chunks.h"
 #include "metadata/patch/xml_patch.h"
@@ -222,10 +221,13 @@ bool Packet::Add(std::string_view key, std::string_view value) {
     const auto local = space ? key.substr(space->keyPrefix.size()) : std::string_view();
     if (!IsXmlName(local)) return true;  // nothing that a packet could hold
     bool isDone = false;
-    const bool isThere = EachDescription([&](const XmpNode& description) {
-        if (!std::exchange(isDone, true)) AddTo(description, *space, local, value);
-    });
-    return isThere;
+    static_cast<void>(EachDescription([&](const XmpNode& description) {
+        if (!isDone && TakesXmpProperties(description)) {
+            isDone = true;
+            AddTo(description, *space, local, value);
+        }
+    }));
+    return isDone;
 }
 
 void Packet::AddTo(const XmpNode& description, const Space& space, std::string_view local,

@@ -8,6 +8,11 @@
 
 namespace vantor {
 
+// False for an rdf:RDF in another one: its properties would be descriptions.
+[[nodiscard]] inline bool TakesXmpProperties(const XmpNode& description) {
+    return !description.Is(XmpSpace::Rdf, "RDF");
+}
+
 class XmpScope {
   public:
     explicit XmpScope(const XmpNode& node) : node_(node) {}
