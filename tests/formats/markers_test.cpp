@@ -63,6 +63,7 @@ TEST(Markers, AreReadFromChunksThatAddUp) {
         {Adtl({ltxt, Text("labl", 1, "")}), "1@0 y"},
         {Adtl({verse, Text("labl", 1, "again")}), "1@0 Verse"},
         {Adtl({Text("labl", 1, std::string(600, 'a'))}), "1@0 " + std::string(511, 'a')},
+        {Adtl({Text("labl", 1, "caf\xE9 \x80")}), "1@0 caf\u00E9 \u20AC"},  // Windows-1252
         // A region is measured from where its marker stands by then.
         {both(Cues({{1, rate}}), Adtl({Labelled(1, rate)})), "1@1-2"},
         {both(Adtl({Labelled(1, rate)}), Cues({{1, rate}})), "1@1-1"},

@@ -175,6 +175,7 @@ TEST(RiffChunks, OfOtherWritersAreReadAsFarAsTheyAreSound) {
         {"INFO", Info().Text("ICMT").Le32(5).Text("four"), name},
         {"INFO", Info().Text("ICMT").Le32(0), name},
         {"INFO", Info().Text("ICMT").Le32(3).Text("odd"), Listed("INFO:", "ICMT=odd|INAM=name")},
+        {"INFO", Info().Chunk("INAM", {}).Chunk("INAM", Bytes(2)), name},  // empty: it takes nothing away
         {"INFO", Info("adtl"), refused},
         {"ACID", Acid(0x0A, 66, 8, 120), Listed("ACID:", "BEATS=8|BPM=120.000000|KEY=F#")},
         {"ACID", Acid(0x0B, 66, 8, 120), refused},

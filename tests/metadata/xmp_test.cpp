@@ -96,6 +96,7 @@ TEST(XmpReader, ReadsEveryShapeOfAProperty) {
         {"<dc:source>a</dc:source><xmpDM:genre/>", "dc/source=a"},
         {"<dc:source rdf:resource='urn:x'/>", "dc/source=urn:x"},
         {"<dc:source rdf:parseType='Resource'><rdf:value>v</rdf:value><q>w</q></dc:source>", "dc/source=v"},
+        {"<dc:source rdf:value='v' xmpDM:q='w'/>", "dc/source=v"},
         {"<dc:source><rdf:Description><rdf:value>v</rdf:value></rdf:Description></dc:source>", "dc/source=v"},
         {"<xmpDM:logComment>a&#xA;b&#x20AC;\xE9</xmpDM:logComment>",
          "dm/logComment=a\nb\u00E2\u0082\u00AC\u00E9"},

@@ -270,5 +270,23 @@ TEST_F(Lossless, CommonFieldsKeepVersionsPositionsAndLoops) {
     }
 }
 
+// A document in its chunk and in a tag: an edit that builds the chunks anew keeps it once, any number of
+// times.
+TEST_F(Lossless, DocumentsThatStandTwiceDoNotPileUp) {
+    const auto document = BytesOf("<BWFXML><SCENE>7</SCENE><NOTE>n</NOTE></BWFXML>");
+    const auto frame = ByteWriter().Text("IXML\0"s).Add(document);
+    const auto tag = Id3TagWriter(3).Text("TIT2", "x").Frame("PRIV", frame).Tag();
+    const Bytes twice = MonoFile(Ramp(500), ByteWriter().Chunk("iXML", document).Chunk("id3 ", tag));
+    for (const auto& [flags, notes] : {std::pair(mergeTags, 1u), {lossless, 2u}}) {
+        WriteWholeFile(path, twice);
+        for (const std::string field : {"INFO:INAM=1", "IXML:SCENE=8", "BWF:Originator=x"}) {
+            ASSERT_EQ(Edit({field}, flags), 2);
+            const auto tags = TagsOf(path);
+            EXPECT_EQ(tags.count("IXML:NOTE") + tags.count("IXML:NOTE:2"), notes) << field;
+            EXPECT_EQ(tags.count("IXML:NOTE:3"), 0u);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vantor::test
