@@ -1,12 +1,13 @@
 // A batch of edits that is stopped at any moment.
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <random>
+#include <sstream>
 #include <thread>
 
 #include "tests/support/tree.h"
@@ -17,17 +18,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int fileCount = 24;
+constexpr int fileCount = 1000;
+constexpr struct {
+    int signal, status;
+} signals[] = {{SIGINT, 130}, {SIGKILL, 128 + SIGKILL}, {SIGTERM, 143}};
 
 class WavehostBatch : public Wavehost {
   protected:
     // Of every second file the tags do not fit in place: bytes stand behind its last chunk.
     static Bytes Original(int number) {
-        const Bytes whole = PatternWav(300, 2, InfoChunk("IART", "Old artist"));
+        const Bytes whole = PatternWav(20, 2, InfoChunk("IART", "Old artist"));
         return number % 2 == 0 ? whole : ByteWriter().Add(whole).Text("xyz").Done();
     }
     [[nodiscard]] std::string Name(int number) const {
-        return folder.Path("take" + std::to_string(100 + number) + ".wav");
+        return takes + "/take" + std::to_string(1000 + number) + ".wav";
     }
     void WriteAll() const {
         for (int i = 0; i < fileCount; ++i)
@@ -35,7 +39,7 @@ class WavehostBatch : public Wavehost {
     }
 
     [[nodiscard]] pid_t Start() const {
-        const std::string program = BuildTree() + "/wavehost", files = folder.Path("");
+        const std::string program = BuildTree() + "/wavehost", files = takes;
         std::vector<std::string> words = {
             program, "meta", "set", "-q", files, "--set", "ARTIST=New artist", "--set", "IXML:SCENE=1"};
         std::vector<char*> arguments;
@@ -66,49 +70,77 @@ class WavehostBatch : public Wavehost {
         waitpid(child, &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
-    // The files that the batch had come to.
-    int CountNew(const std::vector<Bytes>& finished) const {
+    static int FilesIn(const std::string& path) {
+        return static_cast<int>(std::distance(fs::directory_iterator(path), {}));
+    }
+    // A line a file.
+    [[nodiscard]] std::string Tags() const {
+        return RunWavehost({"meta", "export", takes, "--keys", "ARTIST,IXML:SCENE"}).out;
+    }
+    void ExpectOldOrNew(const std::string& oldTags, const std::string& newTags) const {
+        std::istringstream now(Tags()), old(oldTags), wanted(newTags);
+        for (std::string line, was, will; std::getline(old, was) && std::getline(wanted, will);) {
+            ASSERT_TRUE(std::getline(now, line)) << "after " << was;
+            EXPECT_TRUE(line == was || line == will) << line;
+        }
+    }
+    // The files that the batch had come to; so many may be on their way.
+    int CountNew(const std::vector<Bytes>& finished, int mostBetween) const {
         int changed = 0;
         for (int i = 0; i < fileCount; ++i) {
             const Bytes found = ReadWholeFile(Name(i));
-            if (found == finished[static_cast<size_t>(i)])
-                ++changed;
-            else
-                EXPECT_EQ(found, Original(i)) << Name(i) << " is torn";
+            const bool isNew = found == finished[static_cast<size_t>(i)];
+            changed += isNew;
+            if (!isNew && found != Original(i)) {
+                EXPECT_GE(--mostBetween, 0) << Name(i) << " is torn";
+            }
         }
         return changed;
     }
+
+    void SetUp() override { fs::create_directory(takes); }
+    void TearDown() override { fs::remove_all(takes); }
+
+    // In memory where there is room for it: a disk takes minutes over thousands of flushes.
+    const std::string takes =
+        fs::exists("/dev/shm") ? "/dev/shm/vantor-test-" + std::to_string(getpid()) : folder.Path("takes");
 };
 
-TEST_F(WavehostBatch, EveryFileIsOldOrNewAndNothingLiesAbout) {
+// Killed, the batch may leave one file between old and new. For who reads it it is one of them.
+TEST_F(WavehostBatch, AThousandFilesAreOldOrNewWhateverTheMoment) {
     WriteAll();
+    const std::string oldHashes = RunWavehost({"hash", takes}).out, oldTags = Tags();
     const auto started = std::chrono::steady_clock::now();
     ASSERT_EQ(StatusOf(Start()), 0);
     const auto whole = std::chrono::steady_clock::now() - started;
     std::vector<Bytes> finished;
     for (int i = 0; i < fileCount; ++i)
         finished.push_back(ReadWholeFile(Name(i)));
+    const std::string newTags = Tags();
 
-    const struct { int signal, status; } signals[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
-    constexpr int moments = 18;
-    int stopped = 0, between = 0;
+    constexpr int moments = 3;
+    std::mt19937 random(14);
+    std::uniform_real_distribution<double> fractions(0.02, 0.98);
+    int between = 0;
     for (int moment = 0; moment < moments; ++moment) {
         WriteAll();
-        const auto& [signal, status] = signals[moment % 3];
+        const auto [signal, status] = signals[moment % std::size(signals)];
         const pid_t child = Start();
-        std::this_thread::sleep_for(whole * (moment + 1) / moments);
+        std::this_thread::sleep_for(whole * fractions(random));
         kill(child, signal);
         const int ended = StatusOf(child);
-        const int changed = CountNew(finished);
+        const bool isKilled = signal == SIGKILL;
+        const int changed = CountNew(finished, isKilled ? 1 : 0);
         // Before the program has taken over the signal the system's way of ending it stands.
         EXPECT_TRUE(ended == status || (ended == 0 && changed == fileCount)) << ended << " at " << moment;
-        stopped += ended == status;
         between += changed > 0 && changed < fileCount;
-        EXPECT_EQ(FilesInFolder(), size_t{fileCount}) << "at " << moment;
+        ExpectOldOrNew(oldTags, newTags);
+        EXPECT_TRUE(isKilled || FilesIn(takes) == fileCount) << "at " << moment;
         ASSERT_EQ(StatusOf(Start()), 0);
-        EXPECT_EQ(CountNew(finished), fileCount);
+        EXPECT_EQ(Tags(), newTags);
+        EXPECT_EQ(FilesIn(takes), fileCount) << "at " << moment;
+        EXPECT_EQ(RunWavehost({"hash", takes}).out, oldHashes);
     }
-    EXPECT_GT(stopped, 0);
     EXPECT_GT(between, 0) << "no moment lay within the batch";
 }
 

@@ -46,7 +46,8 @@ std::string TextOfFile(const std::string& path) {
 HostRun RunWavehost(const std::vector<std::string>& arguments, const std::string& before) {
     const TempFolder folder;
     std::filesystem::path program(BuildTree() + executable);
-    std::string command = before + " " + Quoted(program.make_preferred().string());
+    std::string command =
+        (before.empty() ? before : before + " ") + Quoted(program.make_preferred().string());
     for (const std::string& argument : arguments)
         command += " " + Quoted(argument);
     const std::string out = folder.Path("out"), err = folder.Path("err");

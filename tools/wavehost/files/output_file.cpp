@@ -33,8 +33,7 @@ bool IsSameFile(const fs::path& one, const fs::path& other) {
 }
 
 void RefuseOtherNames(const fs::path& file) {
-    std::error_code failed;
-    if (fs::hard_link_count(file, failed) > 1 && !failed)
+    if (HasOtherNames(file))
         throw Failure(
             "has other names (hard links), which would keep the old file; --force replaces this one");
 }

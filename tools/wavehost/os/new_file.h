@@ -17,6 +17,9 @@ inline constexpr bool openFilesAreReplaced = true;
 void SweepUp(const std::filesystem::path& folder);
 void SweepUpOnce(const std::filesystem::path& folder);
 
+// Whether other names lead to the file (hard links). What takes its place leaves those with the old one.
+bool HasOtherNames(const std::filesystem::path& file);
+
 // Whether who calls holds the lock of the file whose place is taken already; a second one would wait for it.
 enum class TargetLock { toBeTaken, held };
 

@@ -110,6 +110,11 @@ class OldFile {
 
 }  // namespace
 
+bool HasOtherNames(const fs::path& file) {
+    std::error_code failed;
+    return fs::hard_link_count(file, failed) > 1 && !failed;
+}
+
 void SweepUp(const fs::path& folder) {
     std::error_code failed;
     for (const auto& entry : fs::directory_iterator(folder, failed)) {

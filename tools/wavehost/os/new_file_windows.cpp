@@ -37,6 +37,18 @@ bool IsOwnerGone(const std::wstring& name) {
 
 }  // namespace
 
+// The library's own count of links is 1 for every file here.
+bool HasOtherNames(const fs::path& file) {
+    constexpr DWORD shared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    HANDLE handle =
+        CreateFileW(file.c_str(), 0, shared, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return false;
+    BY_HANDLE_FILE_INFORMATION facts{};
+    const bool known = GetFileInformationByHandle(handle, &facts) != 0;
+    CloseHandle(handle);
+    return known && facts.nNumberOfLinks > 1;
+}
+
 void SweepUp(const fs::path& folder) {
     std::error_code failed;
     for (const auto& entry : fs::directory_iterator(folder, failed)) {
