@@ -100,13 +100,17 @@ bool HasAll(const std::vector<std::string>& frames, const std::vector<std::strin
 
 void RequireRest(std::string_view name, Input old, Input patched, const MetadataStore& change) {
     const TagScheme& scheme = *FindScheme(name);
+    // Languages stand for others. That of a text that goes becomes a property, which holds no such
+    // characters.
+    constexpr const char* language = "XMP:dc/language";
+    const auto isControl = [](char c) { return c >= 0 && c < 0x20; };
     MetadataStore own, now;
     scheme.read(old, own, 1);
     Require(scheme.read(patched, now, 1), "a patched chunk is accepted");
     if (name == "ID3") {
         const auto shaped = Id3ChangeFor(Id3FrameWalk(old).Version(), change, own);
         Require(HasAll(FramesBut(patched, MetadataStore()), FramesBut(old, shaped)), "other frames stay");
-    } else if (!change.Has("XMP:dc/language")) {  // languages stand for others
+    } else if (!change.Has(language) && std::ranges::none_of(own.Value(language), isControl)) {
         Require(Unnamed(scheme, now, change) == Unnamed(scheme, own, change), "what is not named stays");
     }
 }
