@@ -5,7 +5,9 @@
 #include <charconv>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "metadata/patch/patch_chunks.h"
 #include "metadata/patch/xml_patch.h"
@@ -19,6 +21,7 @@ namespace vantor {
 namespace {
 
 using Path = std::vector<const XmlElement*>;  // the root first
+using Keys = std::set<std::string, std::less<>>;
 
 constexpr std::string_view aswgPrefix = "ASWG:";
 constexpr std::string_view userSection = "IXML:USER";
@@ -72,6 +75,8 @@ class Document {
     Document(std::string text, bool isUtf8, const MetadataStore* before)
         : text_(std::move(text)), isUtf8_(isUtf8), before_(before) {}
 
+    // Gives new texts to those of the changed elements that hold no others. Their keys.
+    Keys ChangeTexts(const MetadataStore& change);
     bool Change(std::string_view key, std::string_view value);
     bool Remove(std::string_view key);
     bool Add(FieldKey key, std::string_view value);
@@ -101,6 +106,28 @@ Path Document::Find(std::string_view key) const {
             return {walk.Elements().begin(), walk.Elements().end()};
     }
     return {};
+}
+
+// All of them with one look at the document; from the last to the first, so that places before stay right.
+Keys Document::ChangeTexts(const MetadataStore& change) {
+    Keys changed;
+    if (!text_.Parse()) return changed;
+    MetadataStore taken;
+    if (before_ != nullptr) taken.AddMissing(*before_);
+    IxmlNumbering numbering(taken);
+    std::vector<std::pair<const XmlElement*, std::string_view>> texts;
+    for (IxmlWalk walk(text_.Root()); walk.Next();) {
+        const auto value = walk.Element().Value();
+        if (value.empty() || walk.Path() == ixmlScheme) continue;
+        const auto key = numbering.Store(IxmlKeyOfPath(walk.Path()), value);
+        const auto wanted = change.Value(key);
+        if (wanted.empty() || walk.Element().firstChild != nullptr) continue;
+        texts.emplace_back(&walk.Element(), wanted);
+        changed.emplace(key);
+    }
+    for (auto text = texts.rbegin(); text != texts.rend(); ++text)
+        text_.SetValue(*text->first, XmlContent(text->second, isUtf8_));
+    return changed;
 }
 
 // True when it is there.
@@ -203,8 +230,9 @@ struct Wish {
 // order: so numbers stand for the same elements all the time.
 bool Apply(const MetadataStore& change, Document& document) {
     std::vector<Wish> removals, additions;
+    const auto changed = document.ChangeTexts(change);
     change.ForEach([&](const MetadataEntry& entry) {
-        if (!IsIxmlKey(entry.key)) return;
+        if (!IsIxmlKey(entry.key) || changed.contains(entry.key)) return;
         if (entry.value.empty())
             removals.push_back({SplitNumber(entry.key), entry.key, {}});
         else if (!document.Change(entry.key, entry.value))
