@@ -82,7 +82,7 @@ bool WindowReader::MakeRoom(int64_t bytes) {
     const int64_t left = Left();
     if (bytes > roomBytes_) {
         const int64_t room = bytes > smallWindowBytes ? windowBytes : smallWindowBytes;
-        AlignedBuffer larger = NewAlignedBuffer(room);
+        auto larger = NewBufferAlignedTo<pageBytes>(room);
         if (!larger) return false;
         if (left > 0) std::memcpy(larger.get(), window_.get() + consumed_, static_cast<size_t>(left));
         window_ = std::move(larger);
