@@ -19,6 +19,10 @@ build() {  # preset, further configure arguments
 echo "== format"
 git ls-files '*.c' '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
 
+echo "== what each lock guards"
+printf '%s\n' src/source/*.cpp | xargs -P "$(nproc)" -n 4 \
+    clang++ -std=c++20 -fsyntax-only -Wthread-safety -Werror=thread-safety -Isrc -Iinclude
+
 echo "== native"
 build native -DVANTOR_TESTS=OFF
 

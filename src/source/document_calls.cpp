@@ -29,7 +29,7 @@ intptr_t WriteDocument(const ExtendedCallArguments& call) {
     if (!call.a || !record || !record->scheme || !record->bytes || record->byteCount < 1) return writeFailed;
     const auto state = call.source.Attachment().state;
     if (!state || !TakesTags(call.format)) return writeFailed;
-    const std::lock_guard rewriting(state->rewriting);
+    const platform::LockGuard rewriting(state->rewriting);
     const auto* bytes = static_cast<const uint8_t*>(record->bytes);
     return EditFile({.fileName = call.source.Name(),
                      .target = static_cast<const char*>(call.a),

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "fileio/file_name.h"
+#include "platform/lock.h"
 
 namespace vantor {
 
@@ -20,8 +20,8 @@ struct FileNameRecord {
 namespace {
 
 struct NameTable {
-    std::mutex lock;                                       // guards the records and all their counts
-    std::vector<std::unique_ptr<FileNameRecord>> records;  // in the order of CompareFileNames
+    platform::Mutex lock;  // of all the records' counts, too
+    std::vector<std::unique_ptr<FileNameRecord>> records VANTOR_GUARDED_BY(lock);  // by CompareFileNames
 };
 
 NameTable& Names() {
@@ -29,7 +29,7 @@ NameTable& Names() {
     return table;
 }
 
-auto PlaceOf(NameTable& table, std::string_view name) {
+auto PlaceOf(NameTable& table, std::string_view name) VANTOR_NEEDS(table.lock) {
     return std::lower_bound(table.records.begin(), table.records.end(), name,
                             [](const auto& record, std::string_view sought) {
                                 return CompareFileNames(record->name, sought) < 0;
@@ -38,7 +38,7 @@ auto PlaceOf(NameTable& table, std::string_view name) {
 
 FileNameRecord* Intern(const char* name) {
     NameTable& table = Names();
-    const std::lock_guard guard(table.lock);
+    const platform::LockGuard guard(table.lock);
     auto place = PlaceOf(table, name);
     if (place == table.records.end() || CompareFileNames((*place)->name, name) != 0) {
         auto record = std::make_unique<FileNameRecord>();
@@ -51,7 +51,7 @@ FileNameRecord* Intern(const char* name) {
 
 void Release(FileNameRecord* record) {
     NameTable& table = Names();
-    const std::lock_guard guard(table.lock);
+    const platform::LockGuard guard(table.lock);
     if (--record->references == 0) table.records.erase(PlaceOf(table, record->name));
 }
 

@@ -23,7 +23,7 @@ intptr_t WriteMetadata(const ExtendedCallArguments& call) {
     const auto state = call.source.Attachment().state;
     // A name that was changed is not that of the file whose tags the host sees.
     if (!state || CompareFileNames(state->fileName, call.source.Name()) != 0) return writeFailed;
-    const std::lock_guard rewriting(state->rewriting);
+    const platform::LockGuard rewriting(state->rewriting);
     return EditFile({.fileName = call.source.Name(),
                      .target = static_cast<const char*>(call.a),
                      .changes = StoreOf(static_cast<const MetadataPair*>(call.b)),

@@ -16,7 +16,7 @@ constexpr uint32_t hiresIdleMilliseconds = 60001;  // a peak source idle that lo
 
 bool CloseHiresSource(PeakObjects& peaks, bool forced, uint32_t tick) {
     SharedHiresSource closing;  // destroyed after the lock is released
-    const std::lock_guard guard(peaks.lock);
+    const platform::LockGuard guard(peaks.lock);
     if (!peaks.hires) return false;
     if (!forced && tick - peaks.hiresLastUsed < hiresIdleMilliseconds) return false;
     closing = std::move(peaks.hires);

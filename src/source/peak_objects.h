@@ -4,9 +4,9 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <thread>
 
+#include "platform/lock.h"
 #include "vantor_wave/host_interface.h"
 
 namespace vantor {
@@ -16,7 +16,7 @@ template <typename T>
 struct SharedHostObject {
     explicit SharedHostObject(T* hostObject) : object(hostObject) {}
     HostPtr<T> object;
-    std::mutex use;
+    platform::Mutex use;
     std::atomic<std::thread::id> user{};  // the thread that holds `use`
 };
 
@@ -56,12 +56,12 @@ struct PeakObjects {
     // Held from "is there one?" to "there is one", and so while the host makes the object; taken before
     // `lock`. Recursive: the host may open or clone a source of the same file meanwhile, which looks for
     // peaks too.
-    std::recursive_mutex creating;
-    std::mutex lock;  // guards the pointers
-    SharedPeakReader reader;
-    SharedPeakBuilder builder;
-    SharedHiresSource hires;                  // a source of the same file, of purpose 2
-    std::atomic<uint32_t> hiresLastUsed = 0;  // tick
+    platform::RecursiveMutex creating;
+    platform::Mutex lock;
+    SharedPeakReader reader VANTOR_GUARDED_BY(lock);
+    SharedPeakBuilder builder VANTOR_GUARDED_BY(lock);
+    SharedHiresSource hires VANTOR_GUARDED_BY(lock);  // a source of the same file, of purpose 2
+    std::atomic<uint32_t> hiresLastUsed = 0;          // tick
 };
 
 // The three pointers, for destruction outside all locks.
@@ -72,7 +72,7 @@ struct TakenPeakObjects {
 };
 
 inline TakenPeakObjects TakeAll(PeakObjects& peaks) {
-    const std::lock_guard guard(peaks.lock);
+    const platform::LockGuard guard(peaks.lock);
     return {std::move(peaks.reader), std::move(peaks.builder), std::move(peaks.hires)};
 }
 

@@ -38,7 +38,7 @@ std::unique_ptr<SharedReader> TakeIdleReader(IdleReaders& idle, const void* sour
 }
 
 // The file is still the one that was parsed, but for what a recorder has added.
-bool StillDescribes(const SharedFileState& state, FileReader& reader) {
+bool StillDescribes(const SharedFileState& state, FileReader& reader) VANTOR_NEEDS(state.lock) {
     const auto& parsed = state.parsed;
     const auto& opened = reader.Status();
     if (opened == parsed) return true;
@@ -48,14 +48,14 @@ bool StillDescribes(const SharedFileState& state, FileReader& reader) {
 }
 
 // A parse from before the first source came is used again for the very same file alone.
-bool MustParse(const SharedFileState& state, FileReader& reader) {
+bool MustParse(const SharedFileState& state, FileReader& reader) VANTOR_NEEDS(state.lock) {
     if (!state.format) return true;
     if (!state.needsParse) return !StillDescribes(state, reader);
     return !IsPlayable(state.format.get()) || state.format->isIncomplete || state.parsed.lastWriteTime < 0 ||
            reader.Status() != state.parsed;
 }
 
-void Parse(SharedFileState& state, FileReader& reader) {
+void Parse(SharedFileState& state, FileReader& reader) VANTOR_NEEDS(state.lock) {
     auto format = std::make_shared<AudioFormat>();
     const bool failed = ParseAudioFormat(*format, reader) != 0;
     state.format = std::move(format);
@@ -66,7 +66,7 @@ void Parse(SharedFileState& state, FileReader& reader) {
 
 // False when a file that could be played cannot be by this parse: it may have been met in the middle of an
 // edit.
-bool TakeFormat(SharedFileState& state, FileReader& reader) {
+bool TakeFormat(SharedFileState& state, FileReader& reader) VANTOR_NEEDS(state.lock) {
     if (MustParse(state, reader)) {
         Parse(state, reader);
     } else {
@@ -76,7 +76,7 @@ bool TakeFormat(SharedFileState& state, FileReader& reader) {
 }
 
 // Null when the file cannot be opened.
-std::unique_ptr<SharedReader> OpenReader(SharedFileState& state) {
+std::unique_ptr<SharedReader> OpenReader(SharedFileState& state) VANTOR_NEEDS(state.lock) {
     constexpr int mostTries = 4;
     std::unique_ptr<FileReader> reader;
     bool isTaken = false;
@@ -107,14 +107,14 @@ IdleReaders::iterator ReaderToClose(IdleReaders& idle, bool forced) {
 }  // namespace
 
 std::unique_ptr<SharedReader> AcquireReader(SharedFileState& state, const void* source) {
-    const std::lock_guard guard(state.lock);
+    const platform::LockGuard guard(state.lock);
     auto idle = TakeIdleReader(state.idle, source, platform::TickMilliseconds());
     return idle ? std::move(idle) : OpenReader(state);
 }
 
 void ReleaseReader(SharedFileState& state, std::unique_ptr<SharedReader> lent, const void* source,
                    uint32_t holdMilliseconds) {
-    const std::lock_guard guard(state.lock);
+    const platform::LockGuard guard(state.lock);
     // A reader of bytes that have been replaced, that no source will ask for again, or that can read no more,
     // is closed.
     if (!state.attached || lent->format != state.format || lent->reader->HasFailed()) return;
@@ -125,7 +125,7 @@ void ReleaseReader(SharedFileState& state, std::unique_ptr<SharedReader> lent, c
 }
 
 std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* source) {
-    const std::lock_guard guard(state.lock);
+    const platform::LockGuard guard(state.lock);
     const bool isChanged = !state.idle.empty() && state.idle.back()->reader->StatusNow() != state.parsed;
     if (!state.hasReaders || isChanged) {
         if (isChanged) state.idle.pop_back();  // the new one takes its place
@@ -138,7 +138,7 @@ std::shared_ptr<AudioFormat> EnsureOpened(SharedFileState& state, const void* so
 }
 
 void DisownReaders(SharedFileState& state, const void* source) {
-    const std::lock_guard guard(state.lock);
+    const platform::LockGuard guard(state.lock);
     for (auto& context : state.idle) {
         if (context->lastOwner != source) continue;
         context->lastOwner = nullptr;
@@ -151,7 +151,7 @@ int32_t CloseIdleReaders(SharedFileState& state, bool forced, int32_t atMost) {
     int32_t closed = 0;
     for (; closed < atMost; ++closed) {
         std::unique_ptr<SharedReader> context;  // closed after the lock is released
-        const std::lock_guard guard(state.lock);
+        const platform::LockGuard guard(state.lock);
         const auto place = ReaderToClose(state.idle, forced);
         if (place == state.idle.end()) break;
         context = std::move(*place);
@@ -161,7 +161,7 @@ int32_t CloseIdleReaders(SharedFileState& state, bool forced, int32_t atMost) {
 }
 
 void ReleaseIdleMemory(SharedFileState& state, uint32_t tick) {
-    const std::lock_guard guard(state.lock);
+    const platform::LockGuard guard(state.lock);
     for (auto& context : state.idle)
         if (!context->lastOwner || context->reservedUntil == 0 || !IsReserved(context->reservedUntil, tick))
             ReleaseMemory(*context);
@@ -169,14 +169,14 @@ void ReleaseIdleMemory(SharedFileState& state, uint32_t tick) {
 
 void ForgetFile(SharedFileState& state) {
     IdleReaders closing;
-    const std::lock_guard guard(state.lock);
+    const platform::LockGuard guard(state.lock);
     closing.swap(state.idle);
     state.hasReaders = false;
     state.format.reset();
 }
 
 void UpdateGrowingLength(SharedFileState& state, AudioFormat& format) {
-    const std::lock_guard guard(state.lock);
+    const platform::LockGuard guard(state.lock);
     if (state.idle.empty()) return;
     format.lengthFrames = FramesPresent(format, state.idle.back()->reader->SizeNow());
 }

@@ -4,12 +4,12 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "decode/reader_context.h"
 #include "formats/audio_format.h"
+#include "platform/lock.h"
 #include "source/peak_objects.h"
 
 namespace vantor {
@@ -32,18 +32,22 @@ struct SharedFileState {
     const int32_t purpose;
     int32_t sources = 0;  // attached; guarded by the table's lock
 
-    std::recursive_mutex lock;            // guards what follows; held while a file is opened and parsed
-    bool attached = true;                 // some source is; readers and peak objects that come later go
-    bool hasReaders = false;              // one was opened since the first source came
-    bool needsParse = true;               // until a parse succeeds
-    bool wasPlayable = false;             // by the last parse
-    platform::FileStatus parsed;          // the file that `format` describes, as it was opened
-    std::shared_ptr<AudioFormat> format;  // a parse of changed bytes makes a new one: others may read the old
-    std::vector<std::unique_ptr<SharedReader>> idle;  // the list's head is the last element
+    platform::RecursiveMutex lock;  // held while a file is opened and parsed
+    // Some source is; readers and peak objects that come later go.
+    bool attached VANTOR_GUARDED_BY(lock) = true;
+    bool hasReaders VANTOR_GUARDED_BY(lock) = false;   // one was opened since the first source came
+    bool needsParse VANTOR_GUARDED_BY(lock) = true;    // until a parse succeeds
+    bool wasPlayable VANTOR_GUARDED_BY(lock) = false;  // by the last parse
+    // The file that `format` describes, as it was opened.
+    platform::FileStatus parsed VANTOR_GUARDED_BY(lock);
+    // A parse of changed bytes makes a new one: others may read the old.
+    std::shared_ptr<AudioFormat> format VANTOR_GUARDED_BY(lock);
+    // The list's head is the last element.
+    std::vector<std::unique_ptr<SharedReader>> idle VANTOR_GUARDED_BY(lock);
 
     std::atomic<bool> lacksHandle = false;  // the last reader could not be opened for want of one
     PeakObjects peaks;
-    std::mutex rewriting;  // held while the file is rewritten; taken before `lock`
+    platform::Mutex rewriting;  // held while the file is rewritten; taken before `lock`
 };
 
 // Takes an idle reader, or opens one; parses the file when no parse of it has succeeded, or when it is not

@@ -54,10 +54,10 @@ class RememberedStates {
 };
 
 struct StateTable {
-    std::mutex lock;
-    States states;                // that have sources, in the order of CompareFileNames
-    RememberedStates remembered;  // that have none
-    uint32_t cursor = 0;          // of the sweep through the playback states
+    platform::Mutex lock;
+    States states VANTOR_GUARDED_BY(lock);  // that have sources, in the order of CompareFileNames
+    RememberedStates remembered VANTOR_GUARDED_BY(lock);  // that have none
+    uint32_t cursor VANTOR_GUARDED_BY(lock) = 0;          // of the sweep through the playback states
 };
 
 // The tables are never destroyed: a host may delete its last sources while the process ends.
@@ -66,20 +66,21 @@ StateTable* TableOf(int32_t purpose) {
     return purpose >= 0 && purpose < 3 ? &tables[static_cast<size_t>(purpose)] : nullptr;
 }
 
-States::iterator PlaceOf(StateTable& table, std::string_view fileName) {
+States::iterator PlaceOf(StateTable& table, std::string_view fileName) VANTOR_NEEDS(table.lock) {
     return std::lower_bound(table.states.begin(), table.states.end(), fileName,
                             [](const auto& state, std::string_view sought) {
                                 return CompareFileNames(state->fileName, sought) < 0;
                             });
 }
 
-bool Names(const StateTable& table, States::iterator place, std::string_view fileName) {
+bool Names(const StateTable& table, States::iterator place, std::string_view fileName)
+    VANTOR_NEEDS(table.lock) {
     return place != table.states.end() && CompareFileNames((*place)->fileName, fileName) == 0;
 }
 
 // A state without sources gets its first one again, perhaps under another spelling of the name.
 void Revive(SharedFileState& state, const char* fileName) {
-    const std::lock_guard guard(state.lock);
+    const platform::LockGuard guard(state.lock);
     state.fileName = fileName;
     state.attached = true;
     state.needsParse = true;  // again: a call that outlived the last source may have parsed since
@@ -95,7 +96,7 @@ struct Leftovers {
 
 void TakeLeftovers(SharedFileState& state, Leftovers& leftovers) {
     {
-        const std::lock_guard guard(state.lock);
+        const platform::LockGuard guard(state.lock);
         leftovers.readers.swap(state.idle);
         state.attached = false;
         state.hasReaders = false;
@@ -109,7 +110,7 @@ void TakeLeftovers(SharedFileState& state, Leftovers& leftovers) {
 State AttachState(const char* fileName, int32_t purpose) {
     StateTable* table = TableOf(purpose);
     if (!table) return std::make_shared<SharedFileState>(fileName, purpose);
-    const std::lock_guard guard(table->lock);
+    const platform::LockGuard guard(table->lock);
     auto place = PlaceOf(*table, fileName);
     if (!Names(*table, place, fileName)) {
         auto state = table->remembered.Take(fileName);
@@ -132,7 +133,7 @@ void DetachState(const State& state, const void* source, LastSource last) {
         TakeLeftovers(*state, leftovers);
         return;
     }
-    const std::lock_guard guard(table->lock);
+    const platform::LockGuard guard(table->lock);
     if (--state->sources > 0) return;
     TakeLeftovers(*state, leftovers);
     const auto place = PlaceOf(*table, state->fileName);
@@ -143,33 +144,33 @@ void DetachState(const State& state, const void* source, LastSource last) {
 
 State FindState(const char* fileName, int32_t purpose) {
     StateTable& table = *TableOf(purpose);
-    const std::lock_guard guard(table.lock);
+    const platform::LockGuard guard(table.lock);
     const auto place = PlaceOf(table, fileName);
     return Names(table, place, fileName) ? *place : nullptr;
 }
 
 size_t RememberedStateCount(int32_t purpose) {
     StateTable& table = *TableOf(purpose);
-    const std::lock_guard guard(table.lock);
+    const platform::LockGuard guard(table.lock);
     return table.remembered.Count();
 }
 
 uint32_t BeginSweep(bool fromStart) {
     StateTable& table = *TableOf(purposePlayback);
-    const std::lock_guard guard(table.lock);
+    const platform::LockGuard guard(table.lock);
     if (fromStart || table.cursor >= table.states.size()) table.cursor = 0;
     return static_cast<uint32_t>(table.states.size());
 }
 
 State StateInSweep() {
     StateTable& table = *TableOf(purposePlayback);
-    const std::lock_guard guard(table.lock);
+    const platform::LockGuard guard(table.lock);
     return table.cursor < table.states.size() ? table.states[table.cursor] : nullptr;
 }
 
 void AdvanceSweep(uint32_t stateCount) {
     StateTable& table = *TableOf(purposePlayback);
-    const std::lock_guard guard(table.lock);
+    const platform::LockGuard guard(table.lock);
     if (++table.cursor >= stateCount) table.cursor = 0;
 }
 
@@ -190,7 +191,7 @@ void ForgetFile(const char* fileName) {
         StateTable& table = *TableOf(purpose);
         State state;  // destroyed outside the lock
         {
-            const std::lock_guard guard(table.lock);
+            const platform::LockGuard guard(table.lock);
             state = table.remembered.Take(fileName);
         }
         if (!state) state = FindState(fileName, purpose);

@@ -52,15 +52,15 @@ PCM_source* PCM_source_wavefile::Clone() {
 }
 
 bool PCM_source_wavefile::IsOnline() {
-    const std::lock_guard guard(lock_);
+    const platform::LockGuard guard(lock_);
     return online_ && IsPlayable(attachment_.format.get());
 }
 
 void PCM_source_wavefile::SetOnline(bool online) {
     Guarded([&] {
-        const std::lock_guard opening(opening_);
+        const platform::LockGuard opening(opening_);
         {
-            const std::lock_guard guard(lock_);
+            const platform::LockGuard guard(lock_);
             forcedOffline_ = !online;
         }
         if (!online) {
@@ -76,17 +76,17 @@ const char* PCM_source_wavefile::TypeName() {
 }
 
 const char* PCM_source_wavefile::FileName() {
-    const std::lock_guard guard(lock_);
+    const platform::LockGuard guard(lock_);
     return NameText();
 }
 
 std::string PCM_source_wavefile::Name() const {
-    const std::lock_guard guard(lock_);
+    const platform::LockGuard guard(lock_);
     return NameText();
 }
 
 bool PCM_source_wavefile::IsNamed(std::string_view name) const {
-    const std::lock_guard guard(lock_);
+    const platform::LockGuard guard(lock_);
     return NameText() == name;
 }
 
@@ -98,7 +98,7 @@ const char* PCM_source_wavefile::NameText() const {
 bool PCM_source_wavefile::ChangeFile(const char* fileName) {
     return Guarded(false, [&] {
         const std::string name = fileName ? fileName : "";  // the old one's text may have been given
-        const std::lock_guard guard(lock_);
+        const platform::LockGuard guard(lock_);
         name_ = SharedFileName();  // first, so that a name that differs in letter case alone is taken over
         if (fileName) name_ = SharedFileName(name.c_str());
         return true;
@@ -167,7 +167,7 @@ bool PCM_source_wavefile::ReadWithIdleReader(TransferBlock& block, SharedFileSta
 }
 
 void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
-    const std::lock_guard opening(opening_);
+    const platform::LockGuard opening(opening_);
     const bool keepsName = !fileName || IsNamed(fileName);
     Close(!keepsName);
     if (!keepsName && !ChangeFile(fileName)) return;
@@ -175,13 +175,13 @@ void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
     if (name.empty()) return;
     const auto state = AttachState(name.c_str(), purpose);
     {
-        const std::lock_guard guard(lock_);
+        const platform::LockGuard guard(lock_);
         attachment_.state = state;  // from here on Close counts the source off again
     }
     auto format = EnsureOpened(*state, this);
     if (!format && MadeRoom(*state)) format = EnsureOpened(*state, this);
     {
-        const std::lock_guard guard(lock_);
+        const platform::LockGuard guard(lock_);
         attachment_.format = format;
         online_ = format != nullptr;
     }
@@ -189,10 +189,10 @@ void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
 }
 
 void PCM_source_wavefile::Close(bool newNameFollows) {
-    const std::lock_guard opening(opening_);
+    const platform::LockGuard opening(opening_);
     SourceAttachment closing;
     {
-        const std::lock_guard guard(lock_);
+        const platform::LockGuard guard(lock_);
         std::swap(closing, attachment_);
         online_ = false;
     }
@@ -202,17 +202,17 @@ void PCM_source_wavefile::Close(bool newNameFollows) {
 }
 
 SourceAttachment PCM_source_wavefile::Attachment() const {
-    const std::lock_guard guard(lock_);
+    const platform::LockGuard guard(lock_);
     return attachment_;
 }
 
 std::shared_ptr<SharedFileState> PCM_source_wavefile::PlayableState() const {
-    const std::lock_guard guard(lock_);
+    const platform::LockGuard guard(lock_);
     return IsPlayable(attachment_.format.get()) ? attachment_.state : nullptr;
 }
 
 bool PCM_source_wavefile::IsForcedOffline() const {
-    const std::lock_guard guard(lock_);
+    const platform::LockGuard guard(lock_);
     return forcedOffline_;
 }
 

@@ -5,12 +5,12 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "formats/audio_format.h"
+#include "platform/lock.h"
 #include "source/file_name_table.h"
 #include "source/shared_state.h"
 #include "vantor_wave/host_interface.h"
@@ -78,14 +78,14 @@ class PCM_source_wavefile final : public PCM_source {
     // False when the reader can read no more and has delivered less than was asked for.
     bool ReadWithIdleReader(TransferBlock& block, SharedFileState& state);
     [[nodiscard]] bool IsNamed(std::string_view name) const;
-    [[nodiscard]] const char* NameText() const;  // `lock_` is held
+    [[nodiscard]] const char* NameText() const VANTOR_NEEDS(lock_);
 
-    std::recursive_mutex opening_;  // held while the source is opened or closed
-    mutable std::mutex lock_;       // guards what follows, for moments only
-    SharedFileName name_;
-    SourceAttachment attachment_;
-    bool online_ = false;
-    bool forcedOffline_ = false;
+    platform::RecursiveMutex opening_;  // held while the source is opened or closed
+    mutable platform::Mutex lock_;      // for moments only
+    SharedFileName name_ VANTOR_GUARDED_BY(lock_);
+    SourceAttachment attachment_ VANTOR_GUARDED_BY(lock_);
+    bool online_ VANTOR_GUARDED_BY(lock_) = false;
+    bool forcedOffline_ VANTOR_GUARDED_BY(lock_) = false;
 
     std::atomic<int32_t> sliceIndex_ = -1;    // negative: the whole file
     std::atomic<double> cachedTempo_ = 0;     // 0 not looked up, negative none

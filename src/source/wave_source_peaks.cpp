@@ -26,14 +26,14 @@ bool HasRateAndChannels(const AudioFormat& format) {
 
 template <typename T>
 T Copy(PeakObjects& peaks, T PeakObjects::*object) {
-    const std::lock_guard guard(peaks.lock);
+    const platform::LockGuard guard(peaks.lock);
     return peaks.*object;
 }
 
 // Puts an object into its place; the one that stood there goes outside the lock.
 template <typename T>
 void Replace(PeakObjects& peaks, T PeakObjects::*object, T replacement) {
-    const std::lock_guard guard(peaks.lock);
+    const platform::LockGuard guard(peaks.lock);
     std::swap(peaks.*object, replacement);
 }
 
@@ -44,7 +44,7 @@ bool Install(SharedFileState& state, T PeakObjects::*object, T made) {
     if (!made) return false;
     Replace(state.peaks, object, std::move(made));
     {
-        const std::lock_guard guard(state.lock);
+        const platform::LockGuard guard(state.lock);
         if (state.attached) return true;
     }
     const TakenPeakObjects unwanted = TakeAll(state.peaks);
@@ -74,7 +74,7 @@ SharedPeakBuilder NewPeakBuilder(const std::string& fileName, const AudioFormat&
 // The file's peak source for requests finer than its stored peaks; made once. Null when it cannot be opened.
 SharedHiresSource HiresSource(SharedFileState& state, const std::string& fileName) {
     PeakObjects& peaks = state.peaks;
-    const std::lock_guard creating(peaks.creating);
+    const platform::LockGuard creating(peaks.creating);
     peaks.hiresLastUsed = platform::TickMilliseconds();
     auto hires = Copy(peaks, &PeakObjects::hires);
     if (hires) return hires;
@@ -124,7 +124,7 @@ void PCM_source_wavefile::CreatePeakReader() {
     const auto [state, format] = Attachment();
     if (!format) return;
     PeakObjects& peaks = state->peaks;
-    const std::lock_guard creating(peaks.creating);
+    const platform::LockGuard creating(peaks.creating);
     if (Copy(peaks, &PeakObjects::reader) || Copy(peaks, &PeakObjects::builder)) return;
     Install(*state, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
 }
@@ -168,7 +168,7 @@ int32_t PCM_source_wavefile::BeginPeakBuild(intptr_t extra) {
         const auto [state, format] = Attachment();
         if (!format) return 0;
         PeakObjects& peaks = state->peaks;
-        const std::lock_guard creating(peaks.creating);
+        const platform::LockGuard creating(peaks.creating);
         if (Copy(peaks, &PeakObjects::builder)) return 1;
         if (Copy(peaks, &PeakObjects::reader)) return 0;
         if (auto reader = NewPeakReader(Name(), *format, extra)) {
@@ -195,7 +195,7 @@ void PCM_source_wavefile::FinishPeakBuild() {
         const auto [state, format] = Attachment();
         if (!format) return;
         PeakObjects& peaks = state->peaks;
-        const std::lock_guard creating(peaks.creating);
+        const platform::LockGuard creating(peaks.creating);
         Replace<SharedPeakBuilder>(peaks, &PeakObjects::builder, nullptr);
         if (Copy(peaks, &PeakObjects::reader)) return;
         Install(*state, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
