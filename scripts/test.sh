@@ -26,6 +26,9 @@ printf '%s\n' src/source/*.cpp | xargs -P "$(nproc)" -n 4 \
 echo "== native"
 build native -DVANTOR_TESTS=OFF
 
+echo "== the guide for those who extend the module"
+scripts/test_guide.py
+
 echo "== address and undefined behaviour"
 build asan
 VANTOR_WAVEHOST="$PWD/build/native/wavehost" ctest --test-dir build/asan --output-on-failure --progress -j "$(nproc)"
