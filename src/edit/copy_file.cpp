@@ -29,6 +29,10 @@ int64_t BytesOf(const Pieces& pieces) {
     return bytes;
 }
 
+// A pad byte that was left out hides the chunks behind it from all readers: they shall not come to light, a
+// frame count among them. Padding of odd length, without a pad byte, hides them again.
+constexpr int64_t oddPaddingBytes = chunkHeaderBytes + 1;
+
 // What the first walk finds out, before the target is touched.
 struct CopyPlan {
     int64_t keptBytes = 0;
@@ -41,6 +45,7 @@ struct CopyPlan {
     int64_t end = 0;            // of the last whole chunk
     int64_t leftoverStart = 0;  // bytes behind the last whole chunk; kept at the end of the copy
     int64_t leftoverBytes = 0;
+    int64_t hiderBytes = 0;  // of padding in front of them
     bool isTailBeforeAudio = false;
     std::vector<std::string_view> replaced;
     std::map<int64_t, std::span<const uint8_t>> placed;  // by the starts of the old chunks
@@ -48,6 +53,7 @@ struct CopyPlan {
     [[nodiscard]] int64_t LastChunkEnd() const {
         return riffHeaderBytes + keptBytes + BytesOf(main) + BytesOf(tail);
     }
+    [[nodiscard]] int64_t FileEnd() const { return LastChunkEnd() + hiderBytes + leftoverBytes; }
 };
 
 struct CopyJob {
@@ -145,6 +151,7 @@ std::optional<CopyPlan> WalkSource(FileReader& reader, const ChunkImages& images
         plan.leftoverStart = walk.Position();
         if (chunk.lacksPad || !IsLeftoverReplaceable(reader, plan))
             plan.leftoverBytes = walk.FileSize() - walk.Position();
+        if (chunk.lacksPad) plan.hiderBytes = oddPaddingBytes;
     }
     return plan;
 }
@@ -159,8 +166,7 @@ AudioPlace AudioInCopy(const CopyPlan& plan, bool isRf64) {
 }
 
 bool WouldPlayMore(const CopyPlan& plan, int64_t sourceSize, bool isRf64) {
-    return WouldPlayMore(plan.audio, sourceSize, AudioInCopy(plan, isRf64),
-                         plan.LastChunkEnd() + plan.leftoverBytes, isRf64);
+    return WouldPlayMore(plan.audio, sourceSize, AudioInCopy(plan, isRf64), plan.FileEnd(), isRf64);
 }
 
 // Where chunks behind the audio would play, all new ones go in front of it.
@@ -231,6 +237,8 @@ bool CopyChunks(CopyJob& job) {
 
 bool CopyAll(CopyJob job) {
     if (!PutFileHeader(job) || !CopyChunks(job)) return false;
+    const int64_t hider = job.plan.hiderBytes;
+    if (hider > 0 && !FillWithJunk(job.sink, job.plan.LastChunkEnd(), hider)) return false;
     job.reader.Seek(job.plan.leftoverStart);
     return CopyBytes(job.reader, job.sink, job.plan.leftoverBytes);
 }
@@ -265,7 +273,7 @@ bool WriteCopy(FileReader& source, const std::string& target, const ChunkImages&
                                 [&](ByteSink& sink) { return CopyAsItIs(source, sink); });
     const auto plan = MakePlan(source, images, fileKind != kindWave);
     if (!plan) return false;
-    return WriteAndReadBack(target, plan->LastChunkEnd() + plan->leftoverBytes, [&](ByteSink& sink) {
+    return WriteAndReadBack(target, plan->FileEnd(), [&](ByteSink& sink) {
         return CopyAll({source, sink, fileKind, *plan});
     });
 }

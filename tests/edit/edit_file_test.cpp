@@ -137,13 +137,15 @@ TEST_F(EditsOfFiles, TellTheHostWhatTheyReadAndWrite) {
 
 // Chunks that nobody finds, since the pad byte in front was left out, stay byte for byte.
 TEST_F(EditsOfFiles, KeepWhatFollowsAMissingPadByte) {
-    const Bytes behind = Info("ICMT", "lost to readers, kept by us");
+    const Bytes behind =
+        ByteWriter().Chunk("cue ", Bytes(4)).Add(Info("ICMT", "lost to readers, kept by us"));
     const Bytes odd = ByteWriter().Text("data").Le32(999).Fill(999, 0x5A);
     folder.Write("a.wav", File(odd, behind));
     EXPECT_EQ(Edit(), writtenToTarget);
     const auto copy = ReadWholeFile(target);
     EXPECT_TRUE(std::equal(behind.rbegin(), behind.rend(), copy.rbegin()));
     EXPECT_EQ(Find(copy, "data")->body, Bytes(999, 0x5A));
+    EXPECT_FALSE(Find(copy, "cue ") && Find(copy, "cue ")->body.size() == 4) << "it came to light";
 }
 
 // A reader that looks for "bext" in front of the audio alone finds it there after a lossless edit.
