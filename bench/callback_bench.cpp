@@ -4,6 +4,7 @@
 #include <ctime>
 #include <vector>
 
+#include "bench/raw_reads.h"
 #include "bench/rows.h"
 
 namespace vantor::bench {
@@ -14,27 +15,31 @@ struct Callbacks {
     int sources;
     int32_t frames;
     int32_t channels;
+    bool isCold = false;  // the files come from the disk; what is timed is what elapses
 };
 
 constexpr Callbacks shapes[] = {
     {1, 32, 2},   {1, 64, 1},   {1, 64, 2},   {1, 64, 8},   {1, 128, 2},   {1, 512, 2},
-    {200, 32, 2}, {200, 64, 1}, {200, 64, 2}, {200, 64, 8}, {200, 512, 2},
+    {200, 32, 2}, {200, 64, 1}, {200, 64, 2}, {200, 64, 8}, {200, 512, 2}, {200, 64, 2, true},
 };
 
-double ThreadSeconds() {
+double Seconds(clockid_t clock) {
     timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    clock_gettime(clock, &now);
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-// The processor time of every callback of a run.
+// The time of every callback of a run.
 class CallbackTimes {
   public:
+    explicit CallbackTimes(const Callbacks& shape)
+        : clock_(shape.isCold ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID) {}
+
     template <typename Callback>
     bool Time(Callback callback) {
-        const double start = ThreadSeconds();
+        const double start = Seconds(clock_);
         const bool goesOn = callback();
-        if (goesOn) seconds_.push_back(ThreadSeconds() - start);
+        if (goesOn) seconds_.push_back(Seconds(clock_) - start);
         return goesOn;
     }
 
@@ -55,6 +60,7 @@ class CallbackTimes {
     }
 
   private:
+    clockid_t clock_;
     std::vector<double> seconds_;
 };
 
@@ -74,6 +80,14 @@ void PlayTogether(benchmark::State& state, std::vector<Track>& tracks, int32_t f
     times.Report(state);
 }
 
+void Prepare(benchmark::State& state, const std::vector<std::string>& names, const Callbacks& shape) {
+    if (!shape.isCold) return;
+    state.PauseTiming();
+    for (const auto& name : names)
+        DropFromCache(name);
+    state.ResumeTiming();
+}
+
 void PlayModule(benchmark::State& state, const std::vector<std::string>& names, const ReadSetting& setting,
                 const Callbacks& shape) {
     SetReadSetting(setting);
@@ -83,8 +97,9 @@ void PlayModule(benchmark::State& state, const std::vector<std::string>& names, 
     block.channels = shape.channels;
     block.frames = shape.frames;
     block.samples = samples.data();
-    CallbackTimes times;
+    CallbackTimes times(shape);
     for (auto _ : state) {
+        Prepare(state, names, shape);
         std::vector<HostPtr<PCM_source>> tracks;
         for (const auto& name : names)
             tracks.push_back(OpenSource(name));
@@ -99,8 +114,9 @@ void PlayModule(benchmark::State& state, const std::vector<std::string>& names, 
 
 void PlaySndfile(benchmark::State& state, const std::vector<std::string>& names, const Callbacks& shape) {
     std::vector<double> samples(static_cast<size_t>(shape.frames * shape.channels));
-    CallbackTimes times;
+    CallbackTimes times(shape);
     for (auto _ : state) {
+        Prepare(state, names, shape);
         std::vector<Sndfile> tracks;
         for (const auto& name : names)
             tracks.push_back(OpenSndfile(name));
@@ -115,13 +131,15 @@ void PlaySndfile(benchmark::State& state, const std::vector<std::string>& names,
 std::string RowName(const Callbacks& shape) {
     const char* const channels = shape.channels == 1 ? "mono" : shape.channels == 2 ? "stereo" : "8 channels";
     return "play " + std::to_string(shape.sources) + " x s24 " + std::to_string(shape.frames) + ", " +
-           channels;
+           channels + (shape.isCold ? ", cold, elapsed" : "");
 }
 
 }  // namespace
 
 void RegisterCallbackRows(const BenchFolder& folder) {
+    const bool canBeCold = DropFromCache(folder.Tracks(1, fileChannels).front());
     for (const Callbacks& shape : shapes) {
+        if (shape.isCold && !canBeCold) continue;
         const std::string row = RowName(shape);
         const auto tracks = [&folder, shape] { return folder.Tracks(shape.sources, shape.channels); };
         Register(row, tuned, [=](auto& state) { PlayModule(state, tracks(), playingReads, shape); });

@@ -3,8 +3,10 @@
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <stdexcept>
 
@@ -25,6 +27,19 @@ int64_t RawFile::ReadAt(int64_t position, void* bytes, int64_t count) const {
 int64_t RawFile::Size() const {
     struct stat status {};
     return ::fstat(descriptor_, &status) == 0 ? status.st_size : 0;
+}
+
+bool DropFromCache(const std::string& fileName) {
+    const int descriptor = ::open(fileName.c_str(), O_RDONLY | O_CLOEXEC);
+    char byte = 0;
+    iovec one{&byte, 1};
+    const bool isGone = ::fsync(descriptor) == 0 &&
+                        ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_DONTNEED) == 0 &&
+                        ::preadv2(descriptor, &one, 1, 0, RWF_NOWAIT) < 0 && errno == EAGAIN;
+    // The question itself may have fetched what it asked for.
+    ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_DONTNEED);
+    ::close(descriptor);
+    return isGone;
 }
 
 void ReadBytes(const RawFile& file, int64_t pieceBytes, double frameBytes, int32_t frames, int32_t channels) {

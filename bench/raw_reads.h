@@ -22,6 +22,9 @@ class RawFile {
     int descriptor_;
 };
 
+// Has the system write the file out and forget what its cache holds of it. False when it keeps its start.
+bool DropFromCache(const std::string& fileName);
+
 // Reads the file from end to end in pieces of `pieceBytes`; for every `frames` frames of `frameBytes` stored
 // bytes it then writes that many frames of doubles, always to the same place (none when `frames` is 0).
 void ReadBytes(const RawFile& file, int64_t pieceBytes, double frameBytes, int32_t frames, int32_t channels);
