@@ -117,5 +117,18 @@ TEST_F(WavehostCare, RenamesByTagsAndNeverOverwrites) {
     EXPECT_TRUE(Exists("b x.WAV"));
 }
 
+// A clap that is one sample in a long take is in the small waveform of its row.
+TEST_F(WavehostCare, TheReportDrawsEverySample) {
+    constexpr int columns = 160, columnFrames = 25000, column = 80;
+    Bytes take = PatternWav(columns * columnFrames, 1);
+    std::fill(take.begin() + 44, take.end(), uint8_t{0});
+    take[44 + 2 * (column * columnFrames + 5000) + 1] = 0x7F;
+    fs::create_directory(folder.Path("day"));
+    folder.Write("day/take.wav", take);
+    const auto report = RunWavehost({"report", folder.Path("day")});
+    EXPECT_EQ(report.exitCode, 0) << report.err;
+    EXPECT_NE(report.out.find("M79 16V17M80 0V16M81 16V17"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace vantor::test

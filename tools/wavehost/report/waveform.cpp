@@ -9,8 +9,7 @@ namespace vantor::wavehost {
 
 namespace {
 
-constexpr int64_t pieceFrames = 2048;
-constexpr int64_t piecesAColumn = 4;
+constexpr int64_t blockFrames = 16384;
 
 // Adds the frames from `start` on to the column.
 void Look(PCM_source& source, int64_t start, int64_t frames, std::vector<double>& samples,
@@ -33,10 +32,10 @@ void Look(PCM_source& source, int64_t start, int64_t frames, std::vector<double>
 
 WaveformColumn ColumnOf(PCM_source& source, int64_t start, int64_t end, std::vector<double>& samples) {
     WaveformColumn column;
-    const int64_t pieces = std::clamp<int64_t>((end - start) / pieceFrames, 1, piecesAColumn);
-    const int64_t frames = std::min(pieceFrames, end - start);
-    for (int64_t piece = 0; piece < pieces; ++piece)
-        Look(source, start + (end - start) * piece / pieces, frames, samples, column);
+    for (int64_t at = start; at < end; at += blockFrames) {
+        CheckInterruption();
+        Look(source, at, std::min(blockFrames, end - at), samples, column);
+    }
     return column;
 }
 
@@ -53,7 +52,6 @@ Waveform WaveformOf(PCM_source& source) {
     if (length < 1 || source.ChannelCount() < 1) return waveform;
     std::vector<double> samples;
     for (int64_t i = 0; i < waveformColumns; ++i) {
-        CheckInterruption();
         const int64_t start = length * i / waveformColumns, end = length * (i + 1) / waveformColumns;
         waveform.push_back(ColumnOf(source, start, std::max(end, start + 1), samples));
     }

@@ -16,8 +16,7 @@ struct WaveformColumn {
 };
 using Waveform = std::vector<WaveformColumn>;  // over all channels; empty: no sound
 
-// Of each column of a long take some pieces spread over it are looked at, so that a day's takes are drawn in
-// seconds.
+// Reads all of the sound: a clap is one block in an hour. Throws Interrupted.
 Waveform WaveformOf(PCM_source& source);
 
 // The path of an SVG image, a stroke a column; empty for no sound.
