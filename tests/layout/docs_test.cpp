@@ -64,7 +64,7 @@ TEST(Docs, LinksLeadSomewhere) {
         for (const auto& entry : fs::directory_iterator(tree / folder)) {
             if (entry.path().extension() != ".md") continue;
             const std::string text = Text(fs::relative(entry.path(), tree));
-            for (const auto& [link, none] : Matches(text, R"(\]\(([^)#:]+)\))"))
+            for (const auto& [link, none] : Matches(text, R"(\]\(([^)#: ]+)\))"))
                 EXPECT_TRUE(fs::exists(tree / folder / link)) << entry.path() << ": " << link;
             for (const auto& [script, none] : Matches(text, R"((scripts/\w+\.sh))"))
                 EXPECT_TRUE(fs::exists(tree / script)) << entry.path() << ": " << script;
