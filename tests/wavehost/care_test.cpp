@@ -82,6 +82,35 @@ TEST_F(WavehostCare, HashesListsAndVerifies) {
         EXPECT_EQ(ExitCode({"hash", "--verify", none}), 1) << none;
 }
 
+// Block-coded sound too, and files that an edit writes anew.
+TEST_F(WavehostCare, NoEditChangesTheHash) {
+    const Bytes ulaw =
+        RiffFile(ByteWriter().Chunk("fmt ", FmtBody(7, 1, 8000, 8)).Chunk("data", Bytes(801, 0x55)));
+    std::vector<std::string> files = {folder.Write("ulaw.wav", ulaw)};
+    for (const char* sample : {"ms-adpcm.wav", "ima-adpcm.wav", "c-adpcm.wav", "rf64.wav", "float32.wav"})
+        files.push_back(folder.Write(sample, ReadWholeFile(SourceTree() + "/samples/" + sample)));
+    std::vector<std::string> line = {"hash"},
+                             edit = {"meta", "set", "--set", "IXML:NOTE=" + std::string(3000, 'x')};
+    line.insert(line.end(), files.begin(), files.end());
+    edit.insert(edit.end(), files.begin(), files.end());
+    const std::string before = RunWavehost(line).out;
+    EXPECT_EQ(std::ranges::count(before, '\n'), 6);
+    EXPECT_EQ(ExitCode(edit), 0);
+    EXPECT_EQ(RunWavehost(line).out, before);
+}
+
+// What a killed repair or edit has left goes with the next one in the folder.
+TEST_F(WavehostCare, ARepairByACopySweepsUp) {
+    const std::string broken =
+        folder.Write("take.wav", ReadWholeFile(SourceTree() + "/samples/broken/pad-byte.wav"));
+    folder.Write(".vantor-fffffff011112222.tmp", {1, 2, 3});
+    folder.Write(".vantor-mine.tmp", {1});
+    EXPECT_EQ(ExitCode({"repair", broken}), 0);
+    EXPECT_FALSE(Exists(".vantor-fffffff011112222.tmp"));
+    EXPECT_TRUE(Exists(".vantor-mine.tmp"));
+    EXPECT_EQ(FilesInFolder(), 2u);
+}
+
 TEST_F(WavehostCare, RenamesByTagsAndNeverOverwrites) {
     const std::string pattern = "{IXML:SCENE}-T{IXML:TAKE}";
     const std::vector<std::string> files = {Take("a.wav", "1/A", "1"), Take("b.WAV", "2", "1"),
