@@ -57,6 +57,7 @@ std::vector<const XmlElement*> XmpNode::Path() const {
 
 XmpSpace XmpNode::SpaceOf(std::string_view prefix) const {
     if (prefix == "xml") return XmpSpace::Xml;
+    if (prefix == "xmlns") return XmpSpace::Other;  // which nothing can be bound to
     for (const XmpNode* node = this; node != nullptr; node = node->outer_)
         if (const auto found = node->declared_.find(prefix); found != node->declared_.end())
             return found->second;
