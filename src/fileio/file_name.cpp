@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "text/text.h"
+
 namespace vantor {
 
 namespace {
@@ -17,44 +19,12 @@ int FollowingBytes(uint8_t lead) {
     return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
 }
 
-bool IsContinuation(uint8_t byte) {
-    return (byte & 0xC0) == 0x80;
-}
-
+// What looks like a character of several bytes, whatever its value.
 bool HasSequenceAt(const std::string& name, size_t start) {
     const int following = FollowingBytes(static_cast<uint8_t>(name[start]));
     if (following < 0 || name.size() - start <= static_cast<size_t>(following)) return false;
-    return std::all_of(name.begin() + static_cast<std::ptrdiff_t>(start) + 1,
-                       name.begin() + static_cast<std::ptrdiff_t>(start) + 1 + following,
-                       [](char c) { return IsContinuation(static_cast<uint8_t>(c)); });
-}
-
-// Strict: no overlong forms, no surrogates, nothing above U+10FFFF.
-bool ToUtf16(const std::string& name, std::u16string& wide) {
-    wide.reserve(name.size());
-    for (size_t i = 0; i < name.size();) {
-        const auto lead = static_cast<uint8_t>(name[i]);
-        if (lead < 0x80) {
-            wide += static_cast<char16_t>(lead);
-            ++i;
-            continue;
-        }
-        if (!HasSequenceAt(name, i)) return false;
-        const int following = FollowingBytes(lead);
-        uint32_t code = lead & (0x3Fu >> following);
-        for (int k = 1; k <= following; ++k)
-            code = code << 6 | (static_cast<uint8_t>(name[i + static_cast<size_t>(k)]) & 0x3Fu);
-        constexpr uint32_t smallest[] = {0, 0x80, 0x800, 0x10000};
-        if (code < smallest[following] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return false;
-        if (code >= 0x10000) {
-            wide += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
-            wide += static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FF));
-        } else {
-            wide += static_cast<char16_t>(code);
-        }
-        i += static_cast<size_t>(following) + 1;
-    }
-    return true;
+    const auto first = name.begin() + static_cast<std::ptrdiff_t>(start) + 1;
+    return std::all_of(first, first + following, IsContinuationByte);
 }
 
 // Lifts the system's limit on long names, for names of the two forms that it knows. Behind the prefix the
@@ -97,8 +67,9 @@ int Folded(char c) {
 }  // namespace
 
 bool WideFileName(const std::string& name, std::u16string& wide) {
-    wide.clear();
-    if (!ToUtf16(name, wide)) return false;
+    auto text = WideText(name);
+    wide = std::move(text).value_or(std::u16string());
+    if (!text) return false;
     if (wide.size() >= longNameUnits) PrefixLongName(wide);
     return true;
 }

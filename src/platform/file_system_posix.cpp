@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platform/file_system.h"
+#include "text/text.h"
 
 namespace vantor::platform {
 
@@ -273,31 +274,12 @@ std::optional<FileStatus> RegularFileStatus(int descriptor) {
     return StatusOf(status);
 }
 
-// False when `wide` holds a surrogate without its partner.
-bool ToUtf8(const std::u16string& wide, std::string& name) {
-    for (size_t i = 0; i < wide.size(); ++i) {
-        uint32_t code = wide[i];
-        if (code >= 0xDC00 && code <= 0xDFFF) return false;
-        if (code >= 0xD800 && code <= 0xDBFF) {
-            const uint32_t low = i + 1 < wide.size() ? wide[++i] : 0u;
-            if (low < 0xDC00 || low > 0xDFFF) return false;
-            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
-        }
-        int following = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-        constexpr uint8_t leads[] = {0x00, 0xC0, 0xE0, 0xF0};
-        name += static_cast<char>(leads[following] | (code >> (6 * following)));
-        while (following-- > 0)
-            name += static_cast<char>(0x80 | ((code >> (6 * following)) & 0x3F));
-    }
-    return true;
-}
-
 class PosixFileSystem final : public FileSystem {
   public:
     [[nodiscard]] OpenResult OpenWide(const std::u16string& name, const OpenOptions& options,
                                       std::unique_ptr<File>& file) override {
-        std::string narrow;
-        return ToUtf8(name, narrow) ? OpenNarrow(narrow, options, file) : OpenResult::failed;
+        const auto narrow = NarrowText(name);
+        return narrow ? OpenNarrow(*narrow, options, file) : OpenResult::failed;
     }
 
     [[nodiscard]] OpenResult OpenNarrow(const std::string& name, const OpenOptions& options,
@@ -311,8 +293,8 @@ class PosixFileSystem final : public FileSystem {
     }
 
     [[nodiscard]] bool RemoveWide(const std::u16string& name) override {
-        std::string narrow;
-        return ToUtf8(name, narrow) && RemoveNarrow(narrow);
+        const auto narrow = NarrowText(name);
+        return narrow && RemoveNarrow(*narrow);
     }
 
     [[nodiscard]] bool RemoveNarrow(const std::string& name) override { return ::unlink(name.c_str()) == 0; }

@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "text/fold_case.h"
+#include "text/text.h"
 
 namespace vantor {
 
@@ -42,10 +43,6 @@ void Sort(std::vector<uint32_t>& shown, const FileProperties& properties, const 
     });
 }
 
-bool IsContinuation(char byte) {
-    return (static_cast<uint8_t>(byte) & 0xC0) == 0x80;
-}
-
 }  // namespace
 
 ListOrder OrderAfterClick(const ListOrder& order, PropertyColumn clicked) {
@@ -71,7 +68,7 @@ const std::string& ColumnText(const PropertyRow& row, PropertyColumn column) {
 
 std::string CellText(std::string_view text) {
     size_t end = std::min(text.size(), mostCellBytes);
-    while (end > 0 && end < text.size() && IsContinuation(text[end]))
+    while (end > 0 && end < text.size() && IsContinuationByte(text[end]))
         --end;
     std::string cell(text.substr(0, end));
     std::ranges::replace_if(

@@ -65,6 +65,23 @@ bool IsHighSurrogate(uint32_t unit) {
 bool IsLowSurrogate(uint32_t unit) {
     return unit >= 0xDC00 && unit < 0xE000;
 }
+uint32_t Joined(uint32_t high, uint32_t low) {
+    return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
+}
+
+// The UTF-16 units of valid UTF-8.
+template <typename Put>
+void PutUnits(std::string_view text, Put put) {
+    while (!text.empty()) {
+        const uint32_t codePoint = TakeCodePoint(text);
+        if (codePoint < 0x10000) {
+            put(codePoint);
+        } else {
+            put(0xD800 + ((codePoint - 0x10000) >> 10));
+            put(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
+        }
+    }
+}
 
 }  // namespace
 
@@ -176,8 +193,7 @@ std::string Utf8OrWindows1252(std::string_view text) {
 
 std::string_view CutAtCharacter(std::string_view text, size_t bytes) {
     if (text.size() <= bytes) return text;
-    const auto continues = [&](size_t place) { return (static_cast<uint8_t>(text[place]) & 0xC0) == 0x80; };
-    while (bytes > 0 && continues(bytes))
+    while (bytes > 0 && IsContinuationByte(text[bytes]))
         --bytes;
     return text.substr(0, bytes);
 }
@@ -194,7 +210,7 @@ std::string Utf16ToUtf8(std::span<const uint8_t> bytes, bool bigEndian) {
     for (size_t i = 0; const uint32_t unit = unitAt(i); ++i) {
         if (IsHighSurrogate(unit) && IsLowSurrogate(unitAt(i + 1))) {
             ++i;
-            AppendUtf8(text, 0x10000 + ((unit - 0xD800) << 10) + (unitAt(i) - 0xDC00));
+            AppendUtf8(text, Joined(unit, unitAt(i)));
         } else if (!AppendUtf8(text, unit)) {
             AppendUtf8(text, replacement);
         }
@@ -204,21 +220,31 @@ std::string Utf16ToUtf8(std::span<const uint8_t> bytes, bool bigEndian) {
 
 std::vector<uint8_t> Utf8ToUtf16(std::string_view text, bool bigEndian) {
     std::vector<uint8_t> units;
-    const auto put = [&](uint32_t unit) {
+    PutUnits(text, [&](uint32_t unit) {
         const auto high = static_cast<uint8_t>(unit >> 8), low = static_cast<uint8_t>(unit);
         units.push_back(bigEndian ? high : low);
         units.push_back(bigEndian ? low : high);
-    };
-    while (!text.empty()) {
-        const uint32_t codePoint = TakeCodePoint(text);
-        if (codePoint < 0x10000) {
-            put(codePoint);
-        } else {
-            put(0xD800 + ((codePoint - 0x10000) >> 10));
-            put(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
-        }
-    }
+    });
     return units;
+}
+
+std::optional<std::u16string> WideText(std::string_view utf8) {
+    if (!IsValidUtf8(utf8)) return std::nullopt;
+    std::u16string wide;
+    wide.reserve(utf8.size());
+    PutUnits(utf8, [&](uint32_t unit) { wide += static_cast<char16_t>(unit); });
+    return wide;
+}
+
+std::optional<std::string> NarrowText(std::u16string_view wide) {
+    std::string text;
+    for (size_t i = 0; i < wide.size(); ++i) {
+        uint32_t code = wide[i];
+        if (IsHighSurrogate(code) && i + 1 < wide.size() && IsLowSurrogate(wide[i + 1]))
+            code = Joined(code, wide[++i]);
+        if (!AppendUtf8(text, code)) return std::nullopt;
+    }
+    return text;
 }
 
 bool EqualIgnoringCase(std::string_view left, std::string_view right) {

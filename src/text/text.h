@@ -41,6 +41,15 @@ uint32_t TakeCodePoint(std::string_view& text);
 // Valid UTF-8 as UTF-16 units, without a byte-order mark of its own.
 [[nodiscard]] std::vector<uint8_t> Utf8ToUtf16(std::string_view text, bool bigEndian);
 
+// Strict, both: nothing for overlong forms, surrogates without a partner, and what is above U+10FFFF.
+[[nodiscard]] std::optional<std::u16string> WideText(std::string_view utf8);
+[[nodiscard]] std::optional<std::string> NarrowText(std::u16string_view wide);
+
+// Of UTF-8: a byte that begins no character.
+[[nodiscard]] constexpr bool IsContinuationByte(char byte) {
+    return (static_cast<uint8_t>(byte) & 0xC0) == 0x80;
+}
+
 // Case-insensitive ASCII comparison.
 [[nodiscard]] bool EqualIgnoringCase(std::string_view left, std::string_view right);
 [[nodiscard]] bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix);

@@ -3,6 +3,8 @@
 #include <array>
 #include <new>
 
+#include "text/text.h"
+
 namespace vantor {
 
 namespace {
@@ -24,13 +26,8 @@ constexpr std::array<NamedReference, 5> namedReferences = {
     {{"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"apos", '\''}, {"quot", '"'}}};
 
 std::string Utf8OrUnderscore(uint32_t codePoint) {
-    const bool surrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
-    if (surrogate || codePoint > largestCodePoint) return "_";
-    const auto tail = [&](int shift) { return static_cast<char>(0x80 | ((codePoint >> shift) & 0x3F)); };
-    if (codePoint < 0x80) return {static_cast<char>(codePoint)};
-    if (codePoint < 0x800) return {static_cast<char>(0xC0 | (codePoint >> 6)), tail(0)};
-    if (codePoint < 0x10000) return {static_cast<char>(0xE0 | (codePoint >> 12)), tail(6), tail(0)};
-    return {static_cast<char>(0xF0 | (codePoint >> 18)), tail(12), tail(6), tail(0)};
+    std::string text;
+    return AppendUtf8(text, codePoint) ? text : "_";
 }
 
 // The number at the start of `digits`, held above the largest code point when it is larger.

@@ -22,7 +22,7 @@ using Includes = std::map<std::string, std::vector<std::string>>;  // file below
 using Floors = std::map<std::string, int>;
 
 const Floors moduleFloors = {
-    {"vantor_wave", 0}, {"platform", 1}, {"xml", 1},     {"text", 1},   {"host", 1},
+    {"vantor_wave", 0}, {"platform", 1}, {"xml", 1},     {"text", 0},   {"host", 1},
     {"fileio", 2},      {"metadata", 3}, {"formats", 4}, {"decode", 5}, {"edit", 5},
     {"properties", 5},  {"source", 6},   {"entry", 7},
 };

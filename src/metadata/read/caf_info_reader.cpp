@@ -30,7 +30,7 @@ bool IsLooseUtf8(std::string_view text) {
     size_t continuations = 0;
     for (const char character : text) {
         const auto byte = static_cast<uint8_t>(character);
-        const bool continues = (byte & 0xC0) == 0x80;
+        const bool continues = IsContinuationByte(character);
         if (continues != (continuations > 0)) return false;
         if (continues)
             --continuations;

@@ -20,11 +20,7 @@ std::string_view FromRoot(std::string_view text) {
 
 // Cuts to the longest path, between characters.
 void CutPath(std::string& path) {
-    if (path.size() <= longestPath) return;
-    size_t end = longestPath;
-    while ((static_cast<uint8_t>(path[end]) & 0xC0) == 0x80)
-        --end;
-    path.resize(end);
+    path.resize(CutAtCharacter(path, longestPath).size());
 }
 
 void AppendName(std::string& path, std::string_view name) {
