@@ -129,7 +129,12 @@ void EditMetadata(Input input) {
         result = Edit(*source, pairs, flags);
     }
     const bool inPlace = result == 2;
-    Require(inPlace || *world.files.Find(fileName) == original, "the source is left alone");
+    const auto isMarked = [&](std::string_view mark) {
+        return std::search(original.begin(), original.end(), mark.begin(), mark.end()) != original.end();
+    };
+    // An interrupted edit is finished, whatever becomes of the request itself.
+    const bool isUnfinished = isMarked("VWEDIT02"sv) || isMarked("VWCLEAN1"sv);
+    Require(inPlace || isUnfinished || *world.files.Find(fileName) == original, "the source is left alone");
     if (result == 0) return;
     const Bytes edited = *world.files.Find(inPlace ? fileName : targetName);
     RequireKept(original, edited);
