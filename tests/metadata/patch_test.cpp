@@ -105,6 +105,10 @@ const std::vector<Case>& Cases() {
          BytesOf("<?xml encoding='ISO-8859-1'?><BWFXML><A>\xE4</A></BWFXML>"s),
          "IXML:A=\u00F6\u20AC.",
          {{"\xE4", "&#246;&#8364;."}}},
+        {"IXML",
+         BytesOf("<BWFXML><A>x<!--> y--></A></BWFXML>"s),
+         "IXML:A=1",
+         {{"x<!--> y-->", "1<!--> y-->"}}},
         // Attributes, elements, items and alternatives are changed where they stand.
         {"XMP", xmp, "XMP:dm/artist=B", {{"d:artist=\"A\"", "d:artist=\"B\""}}},
         {"XMP", xmp, "XMP:dc/format=it's", {{"audio/x-&#xE4;", "it&apos;s"}}},

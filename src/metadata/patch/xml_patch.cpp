@@ -25,11 +25,15 @@ size_t TrailingBlanks(std::string_view text) {
     return count;
 }
 
-// The end of a comment, an instruction or a CDATA section that begins at `begin`.
+// The end of a comment, an instruction or a CDATA section that begins at `begin`. "<!-->" begins a comment
+// and ends none.
 size_t EndOfMarkup(std::string_view text, size_t begin) {
     const auto rest = text.substr(begin);
-    const std::string_view close = rest.starts_with("<!--") ? "-->" : rest.starts_with("<?") ? "?>" : "]]>";
-    return text.find(close, begin) + close.size();
+    const auto behind = [&](std::string_view open, std::string_view close) {
+        return text.find(close, begin + open.size()) + close.size();
+    };
+    if (rest.starts_with("<!--")) return behind("<!--", "-->");
+    return rest.starts_with("<?") ? behind("<?", "?>") : behind(cdataStart, "]]>");
 }
 
 // The character data in [begin, end), which holds no element: comments and instructions are left out.
