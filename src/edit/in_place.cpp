@@ -64,11 +64,16 @@ bool CoverAll(InPlaceEdit& edit) {
     });
 }
 
+constexpr int64_t markedJunkBytes = chunkHeaderBytes + cleanUpMarkBytes;
+
+bool TakesMark(const Stretch& junk) {
+    return junk.length >= markedJunkBytes && FitsOneHeader(junk);
+}
+
 // Padding that waits for the clean-up, and says so where it has room.
 bool WriteMarkedJunk(InPlaceEdit& edit, const Stretch& junk) {
-    std::array<uint8_t, chunkHeaderBytes + cleanUpMarkBytes> bytes{};
-    if (junk.length < std::ssize(bytes) || !FitsOneHeader(junk))
-        return FillWithJunk(edit.file, junk.start, junk.length);
+    std::array<uint8_t, markedJunkBytes> bytes{};
+    if (!TakesMark(junk)) return FillWithJunk(edit.file, junk.start, junk.length);
     std::ranges::copy(cleanUpMark, std::ranges::copy(JunkHeader(junk.length), bytes.begin()).out);
     return WriteAt(edit.file, junk.start, bytes.data(), std::ssize(bytes));
 }
@@ -172,7 +177,7 @@ bool EndFile(InPlaceEdit& edit) {
 }
 
 bool IsMarked(const InPlaceEdit& edit, const Stretch& gap) {
-    return std::ranges::find(edit.plan.marked, gap.start) != edit.plan.marked.end();
+    return TakesMark(gap) && std::ranges::find(edit.plan.marked, gap.start) != edit.plan.marked.end();
 }
 
 bool TakesPiece(const InPlaceEdit& edit, const Run& gap) {

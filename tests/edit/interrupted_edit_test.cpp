@@ -119,6 +119,10 @@ std::vector<Layout> Layouts() {
          .between = Padding(30000),
          .behind = none,
          .garbage = Bytes(8, 'x')},
+        {.what = "empty chunk",
+         .inFront = Bext(),
+         .between = ByteWriter().Chunk("id3 ", {}),
+         .behind = Info()},
     };
     layouts[13].behind = Joined({all, ByteWriter().Text("PAD_").Le32(5).Text("Padd.")});
     for (const auto id : {"RF64", "BW64"})
