@@ -64,6 +64,7 @@ class TagPatch {
     void PutNew();
     [[nodiscard]] bool GivesWay(const Id3Frame& frame, const Id3Entry& entry) const;
     void PutHead(const Id3TagParts& old, size_t framesEnd);
+    [[nodiscard]] size_t EndOfFrame(size_t bodyEnd) const;
 
     const PatchInput& input_;
     int version_;
@@ -149,6 +150,14 @@ void TagPatch::PutHead(const Id3TagParts& old, size_t framesEnd) {
     WriteSyncsafe(&out_[sizeOffset], static_cast<uint32_t>(out_.size() - id3HeaderBytes));
 }
 
+// The zero that keeps a last byte of 0xFF from being taken for a synchronisation goes with its frame.
+size_t TagPatch::EndOfFrame(size_t bodyEnd) const {
+    const auto& body = input_.body;
+    const bool isStuffed = IsUnsynchronised(body) && bodyEnd > 0 && bodyEnd < body.size() &&
+                           body[bodyEnd - 1] == 0xFF && body[bodyEnd] == 0;
+    return bodyEnd + isStuffed;
+}
+
 Patched TagPatch::Done() {
     Id3EntryWalk walk(input_.body, 0);
     const size_t first = walk.Frames().Position();
@@ -156,8 +165,9 @@ Patched TagPatch::Done() {
     Id3Frame frame;
     Id3Entry entry;
     while (walk.Next(frame, entry)) {
-        Visit(frame, entry, input_.body.subspan(position, frame.bodyEnd - position));
-        position = walk.Frames().Position();
+        const size_t end = EndOfFrame(frame.bodyEnd);
+        Visit(frame, entry, input_.body.subspan(position, end - position));
+        position = std::max(walk.Frames().Position(), end);
     }
     PutNew();
     if (out_.empty()) return ChunkBody();
