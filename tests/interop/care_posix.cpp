@@ -1,7 +1,9 @@
 // Files as other programs write them, finished and killed, and what check and repair make of them.
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <random>
+#include <thread>
 
 #include "tests/interop/independent_tools.h"
 #include "wavehost/care/examine.h"
@@ -125,6 +127,9 @@ TEST(CareInterop, WhatFfmpegAndSoxLeaveWhenKilledBecomesWhole) {
         SCOPED_TRACE(command);
         const std::string path = folder.Path(name);
         ASSERT_GT(fs::file_size(path), 4096u);
+        // Who is killed closes its files in its own time.
+        for (int i = 0; i < 250 && NamesOf(path) == "being-written "; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
         EXPECT_NE(NamesOf(path).find("unfinished "), std::string::npos) << NamesOf(path);
         (void)RepairFile(path, {});
         const std::string left = NamesOf(path);
