@@ -17,6 +17,15 @@ else()
     list(APPEND VANTOR_WARNINGS -Wno-sign-conversion)
 endif()
 
+# For tests of what a document costs: a call at every branch of the floors that read it.
+option(VANTOR_COUNT_STEPS "Count the steps of text, xml and metadata, for the tests" OFF)
+if(VANTOR_COUNT_STEPS)
+    add_library(vantor_step_counter STATIC ${CMAKE_SOURCE_DIR}/tests/support/step_counter.cpp)
+    target_include_directories(vantor_step_counter PRIVATE ${CMAKE_SOURCE_DIR})
+    target_link_options(vantor_step_counter INTERFACE
+                        -Wl,--wrap=memchr,--wrap=memcmp,--wrap=memcpy,--wrap=memmove,--wrap=memset)
+endif()
+
 # One object library a floor: src/<name>/ with its sub-folders, linking the floors named after it.
 function(vantor_floor name)
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp
@@ -33,6 +42,10 @@ function(vantor_floor name)
     foreach(lower ${ARGN})
         target_link_libraries(vantor_${name} PUBLIC vantor_${lower})
     endforeach()
+    if(VANTOR_COUNT_STEPS AND name MATCHES "^(text|xml|metadata)$")
+        target_compile_options(vantor_${name} PRIVATE -fsanitize-coverage=trace-pc)
+        target_link_libraries(vantor_${name} PUBLIC vantor_step_counter)
+    endif()
 endfunction()
 
 # The dialogs of a floor's windows go into whatever is linked with it: the linker would leave them in its archive.

@@ -120,7 +120,7 @@ TEST(XmpReader, ReadsEveryShapeOfAProperty) {
         EXPECT_EQ(EntriesIn(Described(properties)), Listed("XMP:", entries)) << properties;
 }
 
-TEST(XmpReader, ReadsHundredThousandsOfNamesAndItemsInLinearTime) {
+TEST(XmpReader, ReadsHundredThousandsOfNamesAndItems) {
     std::string attributes, items, markers;
     for (int i = 0; i < 100'000; ++i) {
         attributes += " xmlns:p" + std::to_string(i) + "='urn:x' p" + std::to_string(i) + ":q='1'";
