@@ -136,8 +136,16 @@ TEST_F(WavehostShow, TellsFailureFromWrongUsageAndLeavesFilesAlone) {
     EXPECT_EQ(ExitCode({"--module", "none.so", "info", file}), 1);
     EXPECT_EQ(ExitCode({"render", file}), 2);
     EXPECT_EQ(ExitCode({"render", file, "-o", out, "--format", "s8"}), 2);
-    EXPECT_EQ(ExitCode({"play", file}), 2);
     EXPECT_EQ(ExitCode({}), 2);
+    // The word that is wrong is told, not what is missing for that.
+    for (const auto& line : {std::vector<std::string>{"play"}, {"info", "--jsn"}, {"meta", "change", file}}) {
+        const HostRun run = RunWavehost(line);
+        EXPECT_EQ(run.exitCode, 2);
+        EXPECT_THAT(run.err, HasSubstr(line.size() > 1 ? line[1] : line[0]));
+    }
+    EXPECT_EQ(ExitCode({"peaks", file, "--png", ""}), 1);
+    EXPECT_THAT(RunWavehost({"render", file, "-o", folder.Path("")}).err,
+                HasSubstr("the output is a folder"));
     EXPECT_EQ(ExitCode({"meta", "set", "--help"}), 0);
     EXPECT_EQ(ReadWholeFile(file), wav);
     EXPECT_EQ(ReadWholeFile(out), Bytes({1, 2, 3}));
@@ -177,26 +185,31 @@ TEST_F(WavehostShow, TellsOfFilesAsJson) {
 
 TEST_F(WavehostShow, TellsOfEveryFileWhateverBecomesOfOthers) {
     fs::create_directories(folder.Path("takes/sub"));
+    fs::create_directories(folder.Path("empty"));
     folder.Write("takes/b.wav", PatternWav(10, 1));
     folder.Write("takes/a.wav", PatternWav(10, 1));
     folder.Write("takes/sub/c.wav", PatternWav(10, 1));
     const std::string takes = folder.Path("takes"), none = folder.Path("none.wav");
     const std::string text = folder.Write("text.wav", Bytes(9, 't'));
     for (const auto& command :
-         {std::vector<std::string>{"info"}, {"markers"}, {"slices"}, {"meta", "list"}}) {
+         {std::vector<std::string>{"info"}, {"markers"}, {"slices"}, {"meta", "list"}, {"meta", "export"}}) {
         std::vector<std::string> line = command;
-        line.insert(line.end(), {none, takes, text, "-r", "--json"});
+        line.insert(line.end(), {none, takes, text, "", folder.Path("empty"), "-r", "--json"});
         const HostRun run = RunWavehost(line);
         EXPECT_EQ(run.exitCode, 1);
         const Json objects = Json::parse(run.out);
-        ASSERT_EQ(objects.size(), 5u) << run.out;
+        ASSERT_EQ(objects.size(), 7u) << run.out;
         EXPECT_EQ(objects[0]["file"], none);
         EXPECT_EQ(objects[0]["error"], "no such file");
         EXPECT_THAT(objects[1]["file"].get<std::string>(), HasSubstr("a.wav"));
         EXPECT_THAT(objects[3]["file"].get<std::string>(), HasSubstr("c.wav"));
         EXPECT_FALSE(objects[3].contains("error"));
         EXPECT_EQ(objects[4]["error"], "Unknown file header");
+        EXPECT_EQ(objects[5]["error"], "an empty name is no file");
+        EXPECT_EQ(objects[6]["error"], "holds no audio files");
     }
+    EXPECT_THAT(RunWavehost({"hash", folder.Path("empty")}).err,
+                HasSubstr("empty: holds no audio files itself; -r looks into its folders"));
     EXPECT_THAT(RunWavehost({"info", takes + "/sub", none, takes + "/none"}).err,
                 HasSubstr("none.wav: no such file"));
     EXPECT_EQ(RunWavehost({"info", folder.Path("takes/sub"), "--json", "-q"}).err, "");
@@ -276,6 +289,17 @@ TEST_F(WavehostShow, CarriesTagsOverToWhatItRenders) {
               RunWavehost({"meta", "get", aiff, "TITLE"}).out);
     EXPECT_EQ(ExitCode({"render", file, "-o", "-", "--tags"}), 2);
     EXPECT_EQ(ExitCode({"render", file, "-o", out, "--tags", "--raw"}), 2);
+}
+
+// A start between two frames: what is left begins with the nearer one, and is no frame short.
+TEST_F(WavehostShow, RendersFromBetweenTwoFrames) {
+    const std::string file = folder.Write("pattern.wav", PatternWav(1001, 1));
+    for (const auto& [start, first] :
+         {std::pair{"0.00002", 1}, {"0.00003125", 2}, {"0.010427084", 501}, {"0.0208416", 1000}}) {
+        const HostRun run = RunWavehost({"render", file, "-o", "-", "--raw", "--start", start});
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_EQ(Doubles(run.out), ExpectedSamples(first, 1001, 1, 1)) << start;
+    }
 }
 
 // Of an ADPCM file's last block that is cut off nothing can be played.

@@ -4,6 +4,7 @@
 #include "wavehost/facts/messages.h"
 #include "wavehost/os/interruption.h"
 #include "wavehost/os/system.h"
+#include "wavehost/os/terminal_text.h"
 
 namespace vantor::wavehost {
 
@@ -30,12 +31,15 @@ void AddCommands(CommandLine& line) {
 int RunWatched(int argc, char** argv) {
     try {
         const int status = RunCommandLine(CommandArguments(argc, argv), AddCommands);
-        if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return status;
-        ReportFailure("standard output", "cannot be written");
+        const std::string reason = WhyNotWritten(stdout);
+        if (reason.empty()) return status;
+        ReportFailure("standard output", reason);
     } catch (const Interrupted& interruption) {
         std::fflush(stdout);
         ReportFailure("", "interrupted");
         return interruption.exitStatus;
+    } catch (const OutputLost& lost) {
+        ReportFailure("standard output", lost.reason);
     } catch (const ToldFailure&) {
     } catch (const std::exception& failure) {
         ReportFailure("", failure.what());

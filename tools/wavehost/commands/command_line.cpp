@@ -51,6 +51,19 @@ void Add(Command& command, const char* names, Value& value, const char* help, co
     Bind(option, rules);
 }
 
+// A word that the parser could make nothing of says more than what it missed for that.
+int Explain(const CLI::App& program, const CLI::ParseError& error) {
+    const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    const std::vector<std::string> unknown = program.remaining(true);
+    const int status = isMissing && !unknown.empty() ? program.exit(CLI::ExtrasError("wavehost", unknown))
+                                                     : program.exit(error);
+    if (std::ranges::any_of(unknown, [](const std::string& word) {
+            return word.starts_with('-') && StatusOf(PathOf(word)).kind != FileKind::missing;
+        }))
+        std::fputs("A name that begins with - goes behind --\n", stderr);
+    return status == 0 ? exitDone : exitUsage;
+}
+
 }  // namespace
 
 const Module& ModuleOf(Session& session, ResultForm form) {
@@ -112,7 +125,7 @@ int RunCommandLine(std::vector<std::string> arguments, void (*addCommands)(Comma
         std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
         program.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? exitDone : exitUsage;
+        return Explain(program, error);
     }
     return line.chosen(session);
 }

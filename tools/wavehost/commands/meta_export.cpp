@@ -3,6 +3,8 @@
 
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/meta.h"
+#include "wavehost/commands/write_result.h"
+#include "wavehost/facts/messages.h"
 #include "wavehost/facts/source_facts.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
@@ -19,7 +21,7 @@ namespace {
 struct MetaExportOptions {
     FileArguments files;
     std::vector<std::string> keys;
-    std::string output;
+    std::string output = "-";
     bool csv = false, json = false, mark = false;
 };
 
@@ -27,27 +29,23 @@ struct MetaExportOptions {
 class TableFile {
   public:
     explicit TableFile(const std::string& name) {
-        if (name.empty() || name == "-") return;
+        if (name == "-") return;
         file_ = std::make_unique<OutputFile>(PathOf(name));
-        stream_.reset(OpenStream(file_->WriteTo(), "wb"));
-        if (!stream_) throw Failure(name + " cannot be created");
+        written_ = file_->Create();
     }
 
-    void Put(const std::string& text) {
-        const bool isTaken =
-            stream_ ? std::fwrite(text.data(), 1, text.size(), stream_.get()) == text.size() : PutOut(text);
-        if (!isTaken) throw Failure("the table cannot be written");
-    }
+    [[nodiscard]] std::FILE* Stream() const { return written_ ? written_.get() : stdout; }
+    void Put(const std::string& text) const { PutAll(Stream(), text); }
 
     void Finish() {
-        if (!stream_) return;
-        if (std::fclose(stream_.release()) != 0) throw Failure("the table cannot be written");
+        if (!written_) return;  // told by the program, as for every result
+        FinishStream(std::move(written_));
         file_->TakePlace();
     }
 
   private:
     std::unique_ptr<OutputFile> file_;
-    Stream stream_;
+    wavehost::Stream written_;
 };
 
 // The tags of a file as a row: those under `keys`, or all.
@@ -92,12 +90,13 @@ class WaitingRows {
     void Add(const TagRow& row) {
         for (const auto& [key, value] : row.cells)
             columns_.insert(key);
-        const std::string line = TagRowJson(row) + "\n";
-        if (std::fwrite(line.data(), 1, line.size(), stream_.get()) != line.size())
-            throw Failure("the temporary folder is full");
+        if (!PutTo(stream_.get(), TagRowJson(row) + "\n"))
+            throw OutputLost{"the temporary file cannot be written: " + LastReason()};
     }
 
-    void PutAll(TableFile& table) {
+    void PutAll(const TableFile& table) {
+        if (const auto reason = WhyNotWritten(stream_.get()); !reason.empty())
+            throw Failure("the temporary file " + reason);
         std::vector<std::string> columns = wanted_;
         if (columns.empty()) columns.assign(columns_.begin(), columns_.end());
         CsvRow header{std::string(fileColumn)};
@@ -111,13 +110,13 @@ class WaitingRows {
     }
 
   private:
-    Stream stream_ = TemporaryStream();
+    wavehost::Stream stream_ = TemporaryStream();
     std::vector<std::string> wanted_;
     std::set<std::string> columns_;
 };
 
 int ExportCsv(const Session& session, const Module& module, const MetaExportOptions& options,
-              TableFile& table) {
+              const TableFile& table) {
     WaitingRows rows(options.keys);
     Results results(ResultForm::text);
     const int status =
@@ -131,38 +130,29 @@ int ExportCsv(const Session& session, const Module& module, const MetaExportOpti
 }
 
 int ExportJson(const Session& session, const Module& module, const MetaExportOptions& options,
-               TableFile& table) {
-    Results failures(ResultForm::text);
-    const char* separator = "[\n";
-    const int status =
-        RunBatch(session, "meta export", ListFiles(options.files), failures, [&](const std::string& file) {
-            const auto put = [&](const std::string& entry) {
-                table.Put(separator + entry);
-                separator = ",\n";
-            };
-            TagRow row;
-            try {
-                row = RowOf(module, file, options.keys);
-            } catch (const Failure& failure) {
-                put(FailureJson(file, failure.what()));
-                throw;
-            }
-            put(TagRowJson(row));
-            return exitDone;
-        });
-    table.Put(*separator == '[' ? "[]\n" : "\n]\n");
-    return status;
+               const TableFile& table) {
+    Results results(ResultForm::jsonArray, table.Stream());
+    return RunBatch(session, "meta export", ListFiles(options.files), results, [&](const std::string& file) {
+        results.Add(TagRowJson(RowOf(module, file, options.keys)));
+        return exitDone;
+    });
 }
 
 int RunMetaExport(Session& session, const MetaExportOptions& options) {
-    const bool isPrinted = options.output.empty() || options.output == "-";
+    const bool isPrinted = options.output == "-";
     const Module& module =
         ModuleOf(session, options.json && isPrinted ? ResultForm::jsonArray : ResultForm::text);
-    TableFile table(options.output);
-    const int status = options.json ? ExportJson(session, module, options, table)
-                                    : ExportCsv(session, module, options, table);
-    table.Finish();
-    return status;
+    return ForFile(OutputName(options.output), [&] {
+        try {
+            TableFile table(options.output);
+            const int status = options.json ? ExportJson(session, module, options, table)
+                                            : ExportCsv(session, module, options, table);
+            table.Finish();
+            return status;
+        } catch (const OutputLost& lost) {
+            throw Failure(lost.reason);
+        }
+    });
 }
 
 }  // namespace
@@ -174,7 +164,8 @@ void AddMetaExport(CommandLine& line, Command& meta) {
     AddFlag(command, "--csv", options->csv, "Comma-separated values, one row a file (the default)");
     AddFlag(command, "--json", options->json, "JSON, one object a file", {.excludes = "--csv"});
     AddOption(command, "--keys", &options->keys, keysHelp, {.delimiter = ','});
-    AddOption(command, "-o,--output", &options->output, "The table to write; - is standard output");
+    AddOption(command, "-o,--output", &options->output,
+              "The table to write; - is standard output (the default)");
     AddFlag(command, "--bom", options->mark,
             "Begin with a byte-order mark, by which some spreadsheets know UTF-8");
 }

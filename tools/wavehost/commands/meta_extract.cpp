@@ -1,7 +1,7 @@
 #include "wavehost/commands/meta.h"
+#include "wavehost/commands/write_result.h"
 #include "wavehost/edits/documents.h"
 #include "wavehost/facts/messages.h"
-#include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
 
 namespace vantor::wavehost {
@@ -19,8 +19,7 @@ int RunMetaExtract(Session& session, const MetaExtractOptions& options) {
         const HostPtr<PCM_source> source = OpenSource(module, options.file);
         const std::string document = DocumentIn(*source.Get(), *DocumentKindNamed(options.chunk));
         if (document.empty()) throw Failure("has no " + options.chunk);
-        WriteOutput(options.output, document);
-        return exitDone;
+        return WriteResult(options.output, document);
     });
 }
 

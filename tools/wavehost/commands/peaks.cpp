@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "wavehost/commands/command_line.h"
+#include "wavehost/commands/write_result.h"
 #include "wavehost/facts/messages.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/files/progress.h"
@@ -97,10 +98,7 @@ int DrawPeaks(Session& session, const PeaksOptions& options) {
     NoteWhatIsLeftOut(session, options, picture, layout);
     BuildPeaks(*source.Get(), options.file, session.quiet);
     const PicturePeaks peaks = ReadPeaks(*source.Get(), picture.time, layout);
-    return ForFile(options.png == "-" ? "standard output" : options.png, [&] {
-        WriteOutput(options.png, DrawPicture(picture, layout, peaks));
-        return exitDone;
-    });
+    return WriteResult(options.png, DrawPicture(picture, layout, peaks));
 }
 
 int RunPeaks(Session& session, const PeaksOptions& options) {

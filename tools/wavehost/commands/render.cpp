@@ -4,6 +4,7 @@
 #include <map>
 
 #include "wavehost/commands/command_line.h"
+#include "wavehost/commands/write_result.h"
 #include "wavehost/edits/carried_tags.h"
 #include "wavehost/edits/tag_edit.h"
 #include "wavehost/facts/adpcm_block.h"
@@ -58,10 +59,15 @@ Plan MakePlan(PCM_source& source, const RenderOptions& options) {
     const int64_t mostFrames = std::max<int64_t>(largestBlockSamples / plan.channels, 1);
     plan.blockFrames =
         static_cast<int32_t>(std::min<int64_t>(options.blockFrames.value_or(defaultBlockFrames), mostFrames));
-    const double whole = source.LengthSeconds(), left = std::max(whole - options.startSeconds, 0.0);
-    if (options.startSeconds > 0 && std::llround(left * source.SampleRate()) < 1)
-        throw Failure("ends at " + TimeText(whole) + ", before the start that was asked for");
-    const double length = std::min(options.lengthSeconds.value_or(left), left);
+    // A source begins with the nearest frame.
+    const double rate = source.SampleRate();
+    const int64_t first = std::llround(options.startSeconds * rate);
+    const int64_t left = std::llround(source.LengthSeconds() * rate) - first;
+    if (first > 0 && left < 1)
+        throw Failure("ends at " + TimeText(source.LengthSeconds()) +
+                      ", before the start that was asked for");
+    const double leftSeconds = static_cast<double>(left) / rate;
+    const double length = std::min(options.lengthSeconds.value_or(leftSeconds), leftSeconds);
     plan.totalFrames = std::llround(length * plan.sampleRate);
     return plan;
 }
@@ -145,7 +151,7 @@ int Render(Session& session, const RenderOptions& options) {
     int64_t came = 0;
     bool isWritten = false;
     const auto started = std::chrono::steady_clock::now();
-    const int status = ForFile(options.output == "-" ? "standard output" : options.output, [&] {
+    const int status = ForFile(OutputName(options.output), [&] {
         Block samples(static_cast<size_t>(plan.blockFrames) * static_cast<size_t>(plan.channels));
         WavWriter writer(options.output, layout, plan.totalFrames);
         {

@@ -1,7 +1,7 @@
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
+#include "wavehost/commands/write_result.h"
 #include "wavehost/facts/messages.h"
-#include "wavehost/files/output_file.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/report/columns.h"
 #include "wavehost/report/page.h"
@@ -68,9 +68,10 @@ int RunReport(Session& session, const ReportOptions& options) {
                 return obstacle.empty() ? exitDone : exitFailed;
             });
         const auto overview = OverviewOf(takes, AdditionsOf(options));
-        WriteOutput(options.output,
-                    options.csv ? ReportCsv(takes) : ReportPage(TitleOf(overview, folder), overview, takes));
-        return status;
+        const int written =
+            WriteResult(options.output, options.csv ? ReportCsv(takes)
+                                                    : ReportPage(TitleOf(overview, folder), overview, takes));
+        return std::max(status, written);
     });
 }
 

@@ -1,6 +1,6 @@
 #include "wavehost/commands/command_line.h"
+#include "wavehost/commands/write_result.h"
 #include "wavehost/facts/messages.h"
-#include "wavehost/files/output_file.h"
 #include "wavehost/host/host_services.h"
 #include "wavehost/host/project_text.h"
 #include "wavehost/os/failure.h"
@@ -35,13 +35,8 @@ std::string SavedBlock(PCM_source& source) {
 int RunState(Session& session, const StateOptions& options) {
     return ForFile(options.file, [&] {
         const HostPtr<PCM_source> source = WantedSource(session, options);
-        const bool printed = options.output == "-";
-        if (!printed) Host().stateFolder = AbsolutePath(PathOf(options.output)).parent_path();
-        const std::string block = SavedBlock(*source.Get());
-        return ForFile(printed ? "standard output" : options.output, [&] {
-            WriteOutput(options.output, block);
-            return exitDone;
-        });
+        if (options.output != "-") Host().stateFolder = AbsolutePath(PathOf(options.output)).parent_path();
+        return WriteResult(options.output, SavedBlock(*source.Get()));
     });
 }
 

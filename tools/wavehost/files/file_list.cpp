@@ -25,6 +25,8 @@ void AppendBelow(const fs::path& folder, bool recursive, std::vector<ListedFile>
         if (entry.kind == FileKind::file) files.push_back({TextOf(entry.path), ""});
         if (entry.kind == FileKind::folder && recursive && !entry.isLink)
             AppendBelow(entry.path, recursive, files);
+        if (entry.kind == FileKind::other && IsAudioName(entry.path))
+            files.push_back({TextOf(entry.path), WhyUnreadable(entry.path)});
     }
     if (!reason.empty()) files.push_back({TextOf(folder), reason});
 }
@@ -35,8 +37,12 @@ void AppendName(const std::string& name, bool recursive, std::vector<ListedFile>
         files.push_back({name, ""});
         return;
     }
+    const size_t before = files.size();
     for (ListedFile& file : FilesBelow(path, recursive))
         if (!file.obstacle.empty() || IsAudioName(PathOf(file.name))) files.push_back(std::move(file));
+    if (files.size() > before) return;
+    files.push_back({name, std::string("holds no audio files") +
+                               (recursive ? "" : " itself; -r looks into its folders")});
 }
 
 void AppendArgument(const std::string& name, bool recursive, std::vector<ListedFile>& files) {
@@ -64,6 +70,7 @@ void AppendStandardInput(const FileArguments& arguments, std::vector<ListedFile>
             name += static_cast<char>(c);
     }
     CheckInterruption();
+    if (std::ferror(stdin)) files.push_back({"standard input", "cannot be read: " + LastReason()});
     take();
 }
 

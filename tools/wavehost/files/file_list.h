@@ -20,12 +20,14 @@ struct ListedFile {
     std::string obstacle;  // why there is nothing to work on; empty: it can be tried
 };
 
-// In the order given; the audio files of a folder, by their extensions, in the order of their names. A name
-// that is no folder is listed whatever it is: opening it says what is wrong.
+// In the order given; the audio files of a folder, by their extensions, in the order of their names; a folder
+// that has none as an obstacle. A name that is no folder is listed whatever it is: opening it says what is
+// wrong.
 std::vector<ListedFile> ListFiles(const FileArguments& arguments);
 
 // Every regular file of a folder in the order of the names, each with what is below it; folders that cannot
-// be read as obstacles. Links to folders are not followed, so that no loop catches the walk.
+// be read as obstacles, and so what has an audio file's name and is none (a link to nothing, a pipe). Links
+// to folders are not followed, so that no loop catches the walk.
 std::vector<ListedFile> FilesBelow(const fs::path& folder, bool recursive);
 
 // Why it is no folder: the system's reason, or "is not a folder"; empty when it is one.

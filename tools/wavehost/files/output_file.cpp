@@ -39,6 +39,9 @@ void RefuseOtherNames(const fs::path& file) {
 }
 
 OutputFile::OutputFile(const fs::path& target) : target_(FollowLinks(AbsolutePath(target))) {
+    std::error_code failed;
+    if (target.empty()) throw Failure("no name is given for the output");
+    if (fs::is_directory(target_, failed)) throw Failure("the output is a folder");
     if (!IsDevice(target_)) written_ = std::make_unique<NewFile>(target_.parent_path());
 }
 
@@ -54,17 +57,26 @@ void OutputFile::TakePlace(TargetLock lock) {
     written_.reset();
 }
 
-void WriteOutput(const std::string& target, std::string_view content) {
+void FinishStream(Stream stream) {
+    const std::string reason = WhyNotWritten(stream.get());
+    if (!reason.empty()) throw Failure(reason);
+    if (std::fclose(stream.release()) != 0) throw Failure("cannot be written: " + LastReason());
+}
+
+void WriteOutput(const std::string& target, std::string_view content) try {
     if (target == "-") {
-        if (!PutOut(content) || std::fflush(stdout) != 0) throw Failure("cannot be written: " + LastReason());
+        PutAll(stdout, content);
+        const std::string reason = WhyNotWritten(stdout);
+        if (!reason.empty()) throw Failure(reason);
         return;
     }
     OutputFile file(PathOf(target));
     Stream stream = file.Create();
-    const bool wrote = std::fwrite(content.data(), 1, content.size(), stream.get()) == content.size();
-    const bool closed = std::fclose(stream.release()) == 0;
-    if (!wrote || !closed) throw Failure("cannot be written: " + LastReason());
+    PutAll(stream.get(), content);
+    FinishStream(std::move(stream));
     file.TakePlace();
+} catch (const OutputLost& lost) {
+    throw Failure(lost.reason);
 }
 
 }  // namespace vantor::wavehost

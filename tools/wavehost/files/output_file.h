@@ -36,6 +36,9 @@ class OutputFile {
     std::unique_ptr<NewFile> written_;  // none for a device
 };
 
+// Closes it. Throws Failure when not all that was written to it is there.
+void FinishStream(Stream stream);
+
 // Writes a whole file that takes its place, or, when `target` is "-", standard output. Throws Failure.
 void WriteOutput(const std::string& target, std::string_view content);
 

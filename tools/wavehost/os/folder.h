@@ -12,6 +12,7 @@ struct FileStatus {
     int64_t bytes = 0;
     int64_t writeTime = 0;  // of the last change, in the system's finest unit: to be compared alone
 };
+inline constexpr const char* emptyName = "an empty name is no file";
 // Follows links.
 FileStatus StatusOf(const fs::path& path);
 

@@ -12,6 +12,7 @@ namespace vantor::wavehost {
 const bool expandsWildcards = false;
 
 FileStatus StatusOf(const fs::path& path) {
+    if (path.empty()) return {FileKind::missing, emptyName, 0, 0};
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return {FileKind::missing, LastReason(), 0, 0};
     const FileKind kind = S_ISREG(status.st_mode)   ? FileKind::file

@@ -18,6 +18,7 @@ FileKind KindOf(DWORD attributes) {
 }  // namespace
 
 FileStatus StatusOf(const fs::path& path) {
+    if (path.empty()) return {FileKind::missing, emptyName, 0, 0};
     WIN32_FILE_ATTRIBUTE_DATA data{};
     if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data))
         return {FileKind::missing, LastReason(), 0, 0};

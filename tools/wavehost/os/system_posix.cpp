@@ -26,14 +26,23 @@ std::string TextOf(const fs::path& path) {
 }
 
 fs::path AbsolutePath(const fs::path& path) {
-    return fs::absolute(path);
+    std::error_code failed;
+    const fs::path absolute = fs::absolute(path, failed);
+    return failed ? path : absolute;
 }
 
 fs::path PlainPath(const fs::path& path) {
-    return fs::absolute(path).lexically_normal();
+    return AbsolutePath(path).lexically_normal();
 }
 
-void PrepareConsole() {}
+// A stream that whoever started us has closed would be the first file that is opened, and what is meant for
+// the stream would be written into that. It fails as before: it is open the wrong way.
+void PrepareConsole() {
+    for (const auto& [descriptor, mode] :
+         {std::pair{STDIN_FILENO, O_WRONLY}, {STDOUT_FILENO, O_RDONLY}, {STDERR_FILENO, O_RDONLY}})
+        if (fcntl(descriptor, F_GETFD) < 0) [[maybe_unused]]
+            const int opened = open("/dev/null", mode);
+}
 
 void UseScreenResolution() {}
 

@@ -1,7 +1,6 @@
 #include "wavehost/os/terminal_text.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "wavehost/os/system.h"
 
@@ -38,9 +37,19 @@ std::string TerminalLine(std::string_view text) {
     return line;
 }
 
-bool PutOut(std::string_view text) {
-    const std::string shown = IsTerminal(stdout) ? TerminalText(text) : std::string(text);
-    return std::fwrite(shown.data(), 1, shown.size(), stdout) == shown.size();
+bool PutTo(std::FILE* stream, std::string_view text) {
+    const std::string shown = IsTerminal(stream) ? TerminalText(text) : std::string(text);
+    return std::fwrite(shown.data(), 1, shown.size(), stream) == shown.size();
+}
+
+void PutAll(std::FILE* stream, std::string_view text) {
+    if (!PutTo(stream, text)) throw OutputLost{"cannot be written: " + LastReason()};
+}
+
+std::string WhyNotWritten(std::FILE* stream) {
+    const bool isFlushed = std::fflush(stream) == 0;
+    if (isFlushed && !std::ferror(stream)) return {};
+    return "cannot be written" + (isFlushed ? "" : ": " + LastReason());
 }
 
 }  // namespace vantor::wavehost

@@ -41,7 +41,7 @@ CsvRow SliceRow(const std::string& file, double sampleRate, const SliceFact& sli
 }
 
 void PrintRow(const CsvRow& row) {
-    PutOut(CsvLine(row));
+    PutTo(stdout, CsvLine(row));
 }
 
 }  // namespace vantor::wavehost

@@ -1,7 +1,5 @@
 #include "wavehost/tables/results.h"
 
-#include <cstdio>
-
 #include "wavehost/facts/messages.h"
 #include "wavehost/os/terminal_text.h"
 #include "wavehost/tables/json_output.h"
@@ -9,13 +7,13 @@
 namespace vantor::wavehost {
 
 Results::~Results() {
-    if (form_ == ResultForm::jsonArray) std::puts(first_ ? "[]" : "\n]");
+    if (form_ == ResultForm::jsonArray) std::fputs(first_ ? "[]\n" : "\n]\n", stream_);
 }
 
 void Results::Add(const std::string& object) {
-    if (form_ == ResultForm::jsonArray) std::fputs(first_ ? "[\n" : ",\n", stdout);
-    PutOut(object);
-    if (form_ == ResultForm::jsonLines) std::putchar('\n');
+    if (form_ == ResultForm::jsonArray) std::fputs(first_ ? "[\n" : ",\n", stream_);
+    PutAll(stream_, object);
+    if (form_ == ResultForm::jsonLines) std::fputc('\n', stream_);
     first_ = false;
 }
 
