@@ -5,6 +5,7 @@
 
 #include "tests/support/tree.h"
 #include "tests/wavehost/run_wavehost.h"
+#include "wavehost/care/audio_hash.h"
 
 namespace vantor::test {
 namespace {
@@ -78,8 +79,31 @@ TEST_F(WavehostCare, HashesListsAndVerifies) {
     EXPECT_NE(verified.err.find("one.wav"), std::string::npos);
     EXPECT_EQ(RunWavehost({"hash", "--sha256", other}).out.find("  "), 64u);
     EXPECT_EQ(ExitCode({"hash"}), 2);
-    for (const std::string& none : {folder.Path(""), folder.Write("empty.md5", {})})
+    for (const std::string& none :
+         {folder.Path(""), folder.Write("empty.md5", {}), folder.Write("blank.md5", {'\n'})})
         EXPECT_EQ(ExitCode({"hash", "--verify", none}), 1) << none;
+}
+
+TEST(HashLists, HoldEveryNameAndAreReadFromOtherTools) {
+    using namespace wavehost;
+    const std::string hash(32, 'a');
+    for (const std::string name : {"take.wav", "two\nlines\r.wav", "back\\slash.wav", "\\n\n", " blank "}) {
+        std::string text = HashLineText(hash, name);
+        EXPECT_EQ(std::ranges::count(text, '\n'), 1);
+        text.pop_back();
+        HashLine line;
+        ASSERT_TRUE(ParseHashLine(text, line)) << text;
+        EXPECT_EQ(line.name, name);
+        EXPECT_EQ(line.hash, hash);
+    }
+    EXPECT_EQ(HashLineText(hash, "C:\\takes\\a.wav"), hash + "  C:\\takes\\a.wav\n");
+    HashLine line;
+    EXPECT_TRUE(ParseHashLine("\\" + std::string(64, 'A') + " *a\\\\b\\nc.wav\r", line));
+    EXPECT_EQ(line.name, "a\\b\nc.wav");
+    EXPECT_EQ(line.hash, std::string(64, 'a'));
+    EXPECT_EQ(line.kind, DigestKind::sha256);
+    for (const std::string& none : {std::string("x"), hash, hash + "  ", hash + "x  a", hash + " a"})
+        EXPECT_FALSE(ParseHashLine(none, line)) << none;
 }
 
 // Block-coded sound too, and files that an edit writes anew.
@@ -144,6 +168,31 @@ TEST_F(WavehostCare, RenamesByTagsAndNeverOverwrites) {
     EXPECT_EQ(ExitCode({"rename", "--pattern", "take {", files[1]}), 2);
     EXPECT_EQ(ExitCode({"rename", "--pattern", "{name} x", files[1]}), 0);
     EXPECT_TRUE(Exists("b x.WAV"));
+}
+
+// A name is free when the file that has it gives it up in the same run.
+TEST_F(WavehostCare, RenamesChainsAndNoFileTwice) {
+    const std::vector<std::string> files = {Take("1.wav", "2", "1"), Take("2.wav", "3", "1"),
+                                            Take("3.wav", "4", "1"), Take("a.wav", "b", "1"),
+                                            Take("b.wav", "a", "1"), Take("x.wav", "n", "1", 10)};
+    const Bytes first = ReadWholeFile(files[0]), swapped = ReadWholeFile(files[3]);
+    std::vector<std::string> line = {"rename", "--pattern", "{IXML:SCENE}", folder.Path("./x.wav")};
+    line.insert(line.end(), files.begin(), files.end());
+    auto dryLine = line;
+    dryLine.push_back("--dry-run");
+    const auto dry = RunWavehost(dryLine), real = RunWavehost(line);
+    EXPECT_EQ(real.out, dry.out);
+    EXPECT_EQ(real.err, dry.err);
+    EXPECT_EQ(real.exitCode, 1);  // two that want each other's names stay
+    EXPECT_EQ(ReadWholeFile(folder.Path("2.wav")), first);
+    EXPECT_EQ(ReadWholeFile(files[3]), swapped);
+    EXPECT_TRUE(Exists("3.wav") && Exists("4.wav") && Exists("n.wav") && !Exists("1.wav"));
+    EXPECT_EQ(FilesInFolder(), 6u);
+    // However the names are written, two files cannot have one.
+    const std::string one = Take("one.wav", "z", "1"), other = Take("other.wav", "z", "1");
+    const auto refused =
+        RunWavehost({"rename", "--pattern", "{IXML:SCENE}", "--dry-run", one, folder.Path("./other.wav")});
+    EXPECT_EQ(refused.out, "");
 }
 
 // A clap that is one sample in a long take is in the small waveform of its row.

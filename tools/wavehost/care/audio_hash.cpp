@@ -8,6 +8,36 @@
 
 namespace vantor::wavehost {
 
+namespace {
+
+constexpr std::pair<char, char> escapes[] = {{'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}};
+
+std::string Escaped(std::string_view name) {
+    std::string text;
+    for (const char c : name) {
+        const auto* escape = std::ranges::find(escapes, c, &std::pair<char, char>::first);
+        const bool isPlain = escape == std::end(escapes);
+        if (!isPlain) text += '\\';
+        text += isPlain ? c : escape->second;
+    }
+    return text;
+}
+
+// What follows a backslash and is none of the escapes stands for itself, with it.
+std::string Unescaped(std::string_view text) {
+    std::string name;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char next = text[i] == '\\' && i + 1 < text.size() ? text[i + 1] : '\0';
+        const auto* escape = std::ranges::find(escapes, next, &std::pair<char, char>::second);
+        const bool isPlain = escape == std::end(escapes);
+        name += isPlain ? text[i] : escape->first;
+        i += isPlain ? 0 : 1;
+    }
+    return name;
+}
+
+}  // namespace
+
 std::string HashAudio(const std::string& file, DigestKind kind) {
     FileReader reader(file, {.blockBytes = 1 << 18});
     if (!reader.IsOpen()) throw Failure(WhyNotOpened(file));
@@ -26,8 +56,15 @@ std::string HashAudio(const std::string& file, DigestKind kind) {
     return digest.Finish();
 }
 
-bool ParseHashLine(const std::string& line, HashLine& parsed) {
+std::string HashLineText(const std::string& hash, const std::string& name) {
+    const bool isEscaped = name.find_first_of("\r\n") != name.npos;
+    return (isEscaped ? "\\" : "") + hash + "  " + (isEscaped ? Escaped(name) : name) + "\n";
+}
+
+bool ParseHashLine(std::string line, HashLine& parsed) {
     constexpr size_t md5Digits = 32, sha256Digits = 64;
+    const bool isEscaped = line.starts_with('\\');
+    if (isEscaped) line.erase(0, 1);
     const size_t digits = line.find_first_not_of("0123456789abcdefABCDEF");
     if (digits != md5Digits && digits != sha256Digits) return false;
     // A blank or, for binary files, an asterisk marks the second place.
@@ -41,6 +78,7 @@ bool ParseHashLine(const std::string& line, HashLine& parsed) {
     parsed.name = line.substr(digits + 2);
     while (parsed.name.ends_with('\r'))
         parsed.name.pop_back();
+    if (isEscaped) parsed.name = Unescaped(parsed.name);
     parsed.kind = digits == md5Digits ? DigestKind::md5 : DigestKind::sha256;
     return !parsed.name.empty();
 }

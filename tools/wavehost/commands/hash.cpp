@@ -1,11 +1,13 @@
 #include <algorithm>
-#include <fstream>
+#include <sstream>
 
 #include "wavehost/care/audio_hash.h"
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
 #include "wavehost/facts/messages.h"
+#include "wavehost/files/whole_file.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/os/terminal_text.h"
 
 namespace vantor::wavehost {
 
@@ -21,16 +23,14 @@ int PrintHashes(Session& session, const HashOptions& options) {
     const auto kind = options.sha256 ? DigestKind::sha256 : DigestKind::md5;
     Results results(ResultForm::text);
     return RunBatch(session, "hash", ListFiles(options.files), results, [&](const std::string& file) {
-        PrintLine(HashAudio(file, kind) + "  " + file);
+        PutTo(stdout, HashLineText(HashAudio(file, kind), file));
         return exitDone;
     });
 }
 
 // Lines that are none are told; what there is to verify, by the names in the list.
-int ReadList(const std::string& list, std::vector<HashLine>& lines) {
-    const std::string reason = WhyUnreadable(PathOf(list));
-    if (!reason.empty()) throw Failure(reason);
-    std::ifstream stream(PathOf(list), std::ios::binary);
+int ReadList(const std::string& list, const std::string& content, std::vector<HashLine>& lines) {
+    std::istringstream stream(content);
     int status = exitDone;
     size_t number = 0;
     for (std::string text; std::getline(stream, text);) {
@@ -45,14 +45,15 @@ int ReadList(const std::string& list, std::vector<HashLine>& lines) {
         ReportFailure(list, "line " + std::to_string(number) + " is no hash, two blanks and a name");
         status = exitFailed;
     }
-    if (number == 0) throw Failure("holds no hashes");
+    if (lines.empty()) throw Failure("holds no hashes");
     return status;
 }
 
 int Verify(Session& session, const std::string& list) {
+    const std::string content = ReadWhole(list);
     std::vector<HashLine> lines;
     int status = exitFailed;
-    if (ForFile(list, [&] { return status = ReadList(list, lines); }) != exitDone && lines.empty())
+    if (ForFile(list, [&] { return status = ReadList(list, content, lines); }) != exitDone && lines.empty())
         return exitFailed;
     std::vector<ListedFile> files;
     for (const HashLine& line : lines)
@@ -82,8 +83,8 @@ void AddHash(CommandLine& line) {
                                          "MD5 of the sound alone, which no edit of tags changes", &RunHash);
     AddFiles(command, options->files, filesHelp, {});
     AddFlag(command, "--sha256", options->sha256, "SHA-256 in place of MD5");
-    AddOption(command, "--verify", &options->list, "Compare the files of such a list with it",
-              {.excludes = "FILE"});
+    AddOption(command, "--verify", &options->list,
+              "Compare the files of such a list with it; - is standard input", {.excludes = "FILE"});
 }
 
 }  // namespace vantor::wavehost
