@@ -83,6 +83,10 @@ TEST_F(WavehostMeta, RefusesSlipsBeforeAnythingIsWritten) {
         {{file, "--position", "01:00:00:00", "--fps", "26"}, 2, "no frame rate"},
         {{file, "--position", "noon"}, 2, "is not a number of samples"},
         {{file, "--position", "01:00:00:00"}, 1, "neither --fps nor"},
+        {{file, "TITLE=x", "--output", ""}, 2, "given without a value"},
+        {{file, "TITLE=x", "--output", "-"}, 2, "needs a name"},
+        {{file, "TITLE=x", "--position", ""}, 2, "given without a value"},
+        {{file, "--set", "TITLE=x", "--set", "TITLE=y"}, 2, "TITLE is given two values"},
         {{file, "TITEL=x"}, 1, "the nearest is TITLE"},
         {{file, "ixml:NOTE=x"}, 1, "the nearest is IXML:NOTE"},
         {{file, "INFO:IANM=x"}, 1, "the nearest is INFO:INAM"},
@@ -128,6 +132,9 @@ TEST_F(WavehostMeta, PlacesAFileOnTheTimeline) {
     ASSERT_EQ(ExitCode({"meta", "set", file, "--set", "IXML:SPEED:TIMECODE_RATE=25/1", "--position", "1.5s"}),
               0);
     EXPECT_EQ(Value(file, "BWF:TimeReference"), "72000");
+    // A number that only the file's own rate reaches.
+    ASSERT_EQ(ExitCode({"meta", "set", file, "--position", "01:00:00:24"}), 0);
+    EXPECT_EQ(Value(file, "BWF:TimeReference"), std::to_string(48000 * 3600 + 24 * 1920));
 }
 
 TEST_F(WavehostMeta, KeepsTheTimeAndWritesElsewhere) {
@@ -256,6 +263,10 @@ TEST_F(WavehostMeta, ATableGoesOutAndComesBack) {
     WriteText("bad.csv", "FileName,TITEL\n" + b + ",x\n");
     EXPECT_THAT(RunWavehost({"meta", "import", folder.Path("bad.csv")}).err,
                 HasSubstr("the nearest is TITLE"));
+    WriteText("twice.csv", "FileName,TITLE\n" + b + ",x\n" + b + ",y\n");
+    EXPECT_THAT(RunWavehost({"meta", "import", folder.Path("twice.csv")}).err,
+                HasSubstr("two rows say different things of " + b));
+    EXPECT_EQ(Value(b, "TITLE"), "  spaced  ");
     EXPECT_EQ(ExitCode({"meta", "import", folder.Path("none.csv")}), 1);
     EXPECT_EQ(RunWavehost({"meta", "export", "--keys", "TITLE,ARTIST", folder.Path("none.wav"), b}).out,
               "FileName,TITLE,ARTIST\r\n" + b + ",\"  spaced  \",\r\n");

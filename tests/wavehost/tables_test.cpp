@@ -3,6 +3,7 @@
 
 #include <random>
 
+#include "text/text.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/tag_table.h"
 #include "wavehost/values/shown_text.h"
@@ -65,6 +66,7 @@ TEST(Tables, TakesEveryFormOfATagTable) {
          {"FileName,INFO:INAM,IXML:NOTE\r\na b.wav,One; two,\r\n",
           "\xEF\xBB\xBF\"FileName\";\"INFO:INAM\";IXML:NOTE\n;;\n\"a b.wav\";\"One; two\";\n",
           "FileName\tINFO:INAM\tIXML:NOTE\na b.wav\tOne; two\t\n",
+          "FileName,INFO:INAM,IXML:NOTE,,\r\na b.wav,One; two,,,\r\n",
           R"([{"file":"gone.wav","error":"no such file"},
               {"file":"a b.wav","metadata":{"INFO:INAM":"One; two","IXML:NOTE":null},"online":true}])",
           "{\"file\":\"a b.wav\",\"metadata\":{\"INFO:INAM\":\"One; two\",\"IXML:NOTE\":\"\"}}\r\n\n"}) {
@@ -72,6 +74,14 @@ TEST(Tables, TakesEveryFormOfATagTable) {
         ASSERT_EQ(table.size(), 1u) << text;
         EXPECT_EQ(table[0].file, "a b.wav");
         EXPECT_THAT(table[0].cells, wanted) << text;
+    }
+    for (const bool isBigEndian : {false, true}) {
+        std::vector<uint8_t> units = {0xFE, 0xFF};
+        if (!isBigEndian) std::swap(units[0], units[1]);
+        for (const uint8_t byte : Utf8ToUtf16("FileName\tINFO:INAM\r\n\xC3\xA4.wav\tx\r\n", isBigEndian))
+            units.push_back(byte);
+        EXPECT_EQ(ReadTagTable({reinterpret_cast<const char*>(units.data()), units.size()}).at(0).file,
+                  "\xC3\xA4.wav");
     }
     const TagRow row{"q\"\\\x01.wav", {{"INFO:INAM", "\xC3\xA4\n"}, {"INFO:IART", ""}}};
     const auto back = ReadTagTable("[" + TagRowJson(row) + "]");
@@ -86,6 +96,8 @@ TEST(Tables, TakesEveryFormOfATagTable) {
         {"FileNames,TITLE\r\n", "first column"},
         {"FileName,TITLE,TITLE\r\n", "two columns are called TITLE"},
         {"FileName,,TITLE\r\n", "no name"},
+        {"FileName,TITLE,\r\na.wav,x,y\r\n", "no name"},
+        {"{\"file\":\"a\",\"metadata\":{}}\n{\"file\"\n", "line 2: parse error"},
         {"FileName,TITLE\r\na.wav\r\n", "row 2 has 1 cells"},
         {"FileName,TITLE\r\na.wav,x,y\r\n", "row 2 has 3 cells"},
         {"FileName,TITLE\r\n,x\r\n", "row 2 names no file"},

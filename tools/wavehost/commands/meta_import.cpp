@@ -1,3 +1,5 @@
+#include <map>
+
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/edit_files.h"
 #include "wavehost/commands/meta.h"
@@ -24,6 +26,15 @@ void CheckColumns(const std::vector<TagRow>& table) {
             throw Failure(KeyObjection(key) + " (--force writes it all the same)");
 }
 
+// Rows that say different things of one file: the last one would win, whichever the person meant.
+void CheckFiles(const std::vector<TagRow>& table) {
+    std::map<std::string_view, const TagRow*> rows;
+    for (const TagRow& row : table)
+        if (const auto [first, isFirst] = rows.emplace(row.file, &row);
+            !isFirst && first->second->cells != row.cells)
+            throw Failure("two rows say different things of " + row.file);
+}
+
 // The cells that say other than the file.
 Assignments Differences(const TagRow& row, PCM_source& source) {
     Assignments wishes;
@@ -36,6 +47,7 @@ int Import(Session& session, const MetaImportOptions& options, const std::string
     const Module& module = ModuleOf(session);
     const std::vector<TagRow> table = ReadTagTable(text);
     if (!options.ways.force) CheckColumns(table);
+    CheckFiles(table);
     std::vector<ListedFile> files;
     for (const TagRow& row : table)
         files.push_back({row.file, ""});

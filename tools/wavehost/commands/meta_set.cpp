@@ -29,6 +29,24 @@ struct Edit {
     const FrameRate* rate = nullptr;  // null: the file's own
 };
 
+std::string CheckGiven(const std::string& text) {
+    return text.empty() ? "is given without a value" : "";
+}
+
+// A shell's empty variable must not make it an edit in place.
+std::string CheckOutput(const std::string& name) {
+    return name == "-" ? "the complete file needs a name; standard output tells what changed"
+                       : CheckGiven(name);
+}
+
+// Which of them would win is nothing to guess at.
+void CheckTwice(const Assignments& assignments) {
+    for (auto one = assignments.begin(); one != assignments.end(); ++one)
+        for (auto other = one + 1; other != assignments.end(); ++other)
+            if (one->key == other->key && one->value != other->value)
+                throw Failure(one->key + " is given two values");
+}
+
 bool IsFile(const std::string& name) {
     return name == "-" || StatusOf(PathOf(name)).kind != FileKind::missing;
 }
@@ -58,13 +76,16 @@ Edit EditOf(const MetaSetOptions& options) {
         edit.assignments.push_back(AssignmentOf(text));
     for (const std::string& text : options.fromFile)
         edit.assignments.push_back(AssignmentFromFile(text));
+    CheckTwice(edit.assignments);
     for (const std::string& name : edit.files.names)
         if (name.find('=') != name.npos && !IsFile(name))
             throw Failure("'" + name + "' is no file; name every value with --set");
     if (!options.framesPerSecond.empty()) edit.rate = FrameRateNamed(options.framesPerSecond);
     if (!options.framesPerSecond.empty() && !edit.rate)
         throw Failure("'" + options.framesPerSecond + "' is no frame rate of timecode");
-    if (!edit.position.empty()) PositionOf(edit.position, 48000, edit.rate ? edit.rate : &FrameRates()[0]);
+    // Timecode without a rate is looked at with that of each file.
+    if (!edit.position.empty() && (edit.rate || !IsTimecode(edit.position)))
+        PositionOf(edit.position, 48000, edit.rate);
     return edit;
 }
 
@@ -122,12 +143,14 @@ void AddMetaSet(CommandLine& line, Command& meta) {
               "DESC, BPM, KEY) or a scheme key (INFO:INAM, BWF:Description); an empty value removes it");
     AddOption(command, "--from-file", &options->fromFile, "KEY=PATH: the value is what the file holds");
     AddOption(command, "--position", &options->position,
-              "Place on the timeline: samples, SECONDSs, HH:MM:SS.mmm or HH:MM:SS:FF");
+              "Place on the timeline: samples, SECONDSs, HH:MM:SS.mmm or HH:MM:SS:FF",
+              {.objection = CheckGiven});
     AddOption(command, "--fps", &options->framesPerSecond,
               "Frames a second of HH:MM:SS:FF: 23.976, 24, 25, 29.97, 29.97df, 30, 30df ...; by\n"
-              "default those that the file's iXML names");
+              "default those that the file's iXML names",
+              {.objection = CheckGiven});
     AddOption(command, "--output", &options->ways.output,
-              "Write the complete file to this name and leave FILE alone");
+              "Write the complete file to this name and leave FILE alone", {.objection = CheckOutput});
     AddFlag(command, "--replace-all", options->ways.replaceAll, "Drop all metadata that is not given here");
     AddFlag(command, "--rebuild", options->ways.rebuild,
             "Build the chunks anew from their keys; what has no key goes");

@@ -14,8 +14,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
 // What stands behind the name of the first column.
 char SeparatorOf(std::string_view text) {
     const std::string_view rest = text.substr(fileColumn.size() + (text.starts_with('"') ? 2 : 0));
@@ -38,8 +36,20 @@ void CheckHeader(const CsvRow& header) {
     }
 }
 
+// A spreadsheet that was wider once keeps columns without a name and without a cell.
+void DropEmptyColumns(std::vector<CsvRow>& rows) {
+    size_t width = 0;
+    for (const CsvRow& row : rows)
+        for (size_t column = width; column < row.size(); ++column)
+            if (!row[column].empty()) width = column + 1;
+    if (rows.empty() || rows.front().size() <= width) return;
+    for (CsvRow& row : rows)
+        row.resize(std::min(row.size(), width));
+}
+
 std::vector<TagRow> ReadCsvTable(std::string_view text) {
-    const std::vector<CsvRow> rows = ReadCsv(text, SeparatorOf(text));
+    std::vector<CsvRow> rows = ReadCsv(text, SeparatorOf(text));
+    DropEmptyColumns(rows);
     CheckHeader(rows.empty() ? CsvRow() : rows.front());
     const CsvRow& header = rows.front();
     std::vector<TagRow> table;
@@ -70,23 +80,36 @@ void AddObject(const Json& object, std::vector<TagRow>& table) {
     }
 }
 
-// An array, or one object after the other.
-std::vector<TagRow> ReadJsonTable(std::string_view text) {
-    std::vector<TagRow> table;
-    try {
-        if (text.starts_with('[')) {
-            const Json entries = Json::parse(text);
-            for (const Json& entry : entries)
-                AddObject(entry, table);
-            return table;
-        }
-        while (!text.empty()) {
+// With the place, but without the number that the library puts in front.
+Failure NoJson(const Json::exception& failure, const std::string& place = {}) {
+    const std::string_view text = failure.what();
+    return Failure(place + std::string(text.substr(text.find("] ") == text.npos ? 0 : text.find("] ") + 2)));
+}
+
+void ReadJsonLines(std::string_view text, std::vector<TagRow>& table) {
+    for (size_t number = 1; !text.empty(); ++number)
+        try {
             const std::string_view line = text.substr(0, text.find('\n'));
             text.remove_prefix(std::min(line.size() + 1, text.size()));
             if (line.find_first_not_of(" \t\r") != line.npos) AddObject(Json::parse(line), table);
+        } catch (const Json::exception& failure) {
+            throw NoJson(failure, "line " + std::to_string(number) + ": ");
         }
+}
+
+// An array, or an object a line.
+std::vector<TagRow> ReadJsonTable(std::string_view text) {
+    std::vector<TagRow> table;
+    if (text[text.find_first_not_of(" \t\r\n")] != '[') {
+        ReadJsonLines(text, table);
+        return table;
+    }
+    try {
+        const Json entries = Json::parse(text);
+        for (const Json& entry : entries)
+            AddObject(entry, table);
     } catch (const Json::exception& failure) {
-        throw Failure(failure.what());
+        throw NoJson(failure);
     }
     return table;
 }
@@ -111,13 +134,13 @@ std::string WithoutPlace(std::string text) {
 
 }  // namespace
 
-std::vector<TagRow> ReadTagTable(std::string_view text) {
-    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
-    if (!IsUtf8(text)) throw Failure("is no UTF-8; save it as such, so that no letter is lost");
+std::vector<TagRow> ReadTagTable(std::string_view bytes) {
+    const auto whole = MarkedText(bytes);
+    if (!whole) throw Failure("is no UTF-8; save it as such, so that no letter is lost");
+    const std::string_view text = *whole;
     if (NamesFiles(text)) return ReadCsvTable(text);
     const size_t start = text.find_first_not_of(" \t\r\n");
-    if (start != text.npos && (text[start] == '[' || text[start] == '{'))
-        return ReadJsonTable(text.substr(start));
+    if (start != text.npos && (text[start] == '[' || text[start] == '{')) return ReadJsonTable(text);
     throw Failure("is neither JSON nor a table whose first column is " + std::string(fileColumn));
 }
 

@@ -18,9 +18,10 @@ struct TagRow {
 };
 
 // A table of comma-separated values whose first column is FileName (also with ";" or tabs, as spreadsheets of
-// some countries write, and with a byte-order mark), or JSON as `meta export`, `meta list`, `info` and `scan`
-// write it: objects with "file" and "metadata". A null stands for an empty value, objects without metadata
-// are left out. Throws Failure with the reason and its place.
+// some countries write, with a byte-order mark, in UTF-16 with one, and with columns behind that hold
+// nothing), or JSON as `meta export`, `meta list`, `info` and `scan` write it: objects with "file" and
+// "metadata". A null stands for an empty value, objects without metadata are left out. Throws Failure with
+// the reason and its place.
 std::vector<TagRow> ReadTagTable(std::string_view text);
 
 // The value as a table can hold it: bytes that are no UTF-8 are taken for Windows-1252.
