@@ -8,6 +8,10 @@
 
 namespace vantor {
 
+bool TakesTags(const AudioFormat& format) {
+    return format.fileKind == kindWave || format.fileKind == kindRf64 || format.fileKind == kindBw64;
+}
+
 bool WouldPlayMore(const AudioPlace& now, int64_t sizeNow, const AudioPlace& then, int64_t sizeThen,
                    bool isRf64) {
     if (isRf64) return then.sizeField == 0 && sizeThen > then.start + now.bytes;

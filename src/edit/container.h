@@ -4,8 +4,12 @@
 #include <cstdint>
 
 #include "edit/byte_transfer.h"
+#include "formats/audio_format.h"
 
 namespace vantor {
+
+// Kinds of files into which tags are written.
+[[nodiscard]] bool TakesTags(const AudioFormat& format);
 
 // The audio of a file, as its `data` chunk has it.
 struct AudioPlace {

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "edit/chunk_walk.h"
+#include "edit/container.h"
 #include "edit/picture.h"
 #include "formats/document_chunks.h"
 #include "metadata/read/read_metadata.h"
@@ -15,16 +16,12 @@ namespace {
 
 constexpr int64_t largestDocument = 1 << 30;
 
-struct DocumentChunk {
-    std::string_view scheme;
-    std::string_view id;
-};
-constexpr std::array documentChunks = {DocumentChunk{"IXML", "iXML"}, DocumentChunk{"AXML", "axml"},
-                                       DocumentChunk{"XMP", "_PMX"}};
+constexpr std::array<std::string_view, 3> documentSchemes = {"IXML", "AXML", "XMP"};
 
-const DocumentChunk* ChunkOf(std::string_view scheme) {
-    const auto* found = std::ranges::find(documentChunks, scheme, &DocumentChunk::scheme);
-    return found == documentChunks.end() ? nullptr : found;
+// Null when it is no scheme of documents.
+const TagScheme* DocumentScheme(std::string_view name) {
+    const bool isDocument = std::ranges::find(documentSchemes, name) != documentSchemes.end();
+    return isDocument ? FindScheme(name) : nullptr;
 }
 
 std::vector<DocumentPlace> PlacesOf(FileReader& file, const AudioFormat& format, std::string_view scheme) {
@@ -54,26 +51,22 @@ std::vector<uint8_t> ReadPictureDocument(FileReader& file, const AudioFormat& fo
 }
 
 std::optional<ChunkImages> ImagesOfChunk(const Document& document) {
-    const auto* chunk = ChunkOf(document.scheme);
+    const auto* scheme = DocumentScheme(document.scheme);
     MetadataStore store;
-    if (!chunk || document.bytes.empty() || document.bytes.size() > largestDocument ||
-        !ReadMetadataChunk(document.bytes, chunk->scheme, store, 0))
+    if (!scheme || document.bytes.empty() || document.bytes.size() > largestDocument ||
+        !ReadMetadataChunk(document.bytes, scheme->name, store, 0))
         return std::nullopt;
     ChunkImages images;
-    AppendChunk(images.main, chunk->id, document.bytes.data(), document.bytes.size());
-    images.replaced = {paddingScheme, chunk->scheme};
+    AppendChunk(images.main, scheme->ids.substr(0, 4), document.bytes.data(), document.bytes.size());
+    images.replaced = {paddingScheme, scheme->name};
     return images;
 }
 
 }  // namespace
 
-bool TakesTags(const AudioFormat& format) {
-    return format.fileKind == kindWave || format.fileKind == kindRf64 || format.fileKind == kindBw64;
-}
-
 std::vector<uint8_t> ReadDocument(FileReader& file, const AudioFormat& format, std::string_view scheme) {
     if (scheme == pictureScheme) return ReadPictureDocument(file, format);
-    if (!ChunkOf(scheme)) return {};
+    if (!DocumentScheme(scheme)) return {};
     const auto places = PlacesOf(file, format, scheme);
     return places.empty() ? std::vector<uint8_t>() : BytesAt(file, places.front());
 }

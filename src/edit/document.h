@@ -14,9 +14,6 @@
 
 namespace vantor {
 
-// Kinds of files into which tags are written.
-[[nodiscard]] bool TakesTags(const AudioFormat& format);
-
 struct Document {
     std::string scheme;  // "IXML", "AXML", "XMP"; "ID3:APIC", a picture
     std::vector<uint8_t> bytes;

@@ -1,6 +1,5 @@
 #include "edit/edit_file.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -115,16 +114,7 @@ Answer TryCopy(Attempt& attempt) {
 
 Answer TryInPlace(Attempt& attempt) {
     if (attempt.images.replaced.empty()) return updatedInPlace;
-    const auto& [main, tail, replaced, keepsPlaces, places] = attempt.images;
-    ChunkImage image = main;
-    image.insert(image.end(), tail.begin(), tail.end());
-    std::vector<ImagePart> parts;
-    for (const auto& [oldStart, inTail, begin, end] : places) {
-        const size_t start = inTail ? main.size() : 0;
-        parts.push_back({oldStart, start + begin, start + end});
-    }
-    std::ranges::sort(parts, {}, &ImagePart::begin);
-    const auto plan = PlanInPlace(*attempt.file, std::move(image), attempt.IsRf64(), replaced, parts);
+    const auto plan = PlanInPlace(*attempt.file, attempt.images, attempt.IsRf64());
     if (!plan) return TryCopy(attempt);
     auto writer = OpenForWriting(attempt);
     if (!writer->IsOpen()) return TryCopy(attempt);

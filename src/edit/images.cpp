@@ -1,5 +1,7 @@
 #include "edit/images.h"
 
+#include <algorithm>
+
 #include "edit/merge_fields.h"
 #include "metadata/acid_layout.h"
 #include "text/text.h"
@@ -51,6 +53,18 @@ void AddInPlaces(ChunkImages& images, const SchemeImage& image, bool inTail) {
         else if (count > 0)
             images.places.back().end = whole.size();
     });
+}
+
+ChunkImages Joined(const ChunkImages& images) {
+    ChunkImages joined = images;
+    joined.main.insert(joined.main.end(), images.tail.begin(), images.tail.end());
+    joined.tail.clear();
+    for (auto& place : joined.places) {
+        const size_t shift = place.inTail ? images.main.size() : 0;
+        place = {place.oldStart, false, place.begin + shift, place.end + shift};
+    }
+    std::ranges::sort(joined.places, {}, &ChunkPlace::begin);
+    return joined;
 }
 
 ChunkImages BuildImages(const ImageSources& sources) {

@@ -14,7 +14,7 @@
 
 namespace vantor {
 
-// Chunks in one of the images that a copy has where an old chunk stood.
+// Chunks in one of the images that belong where an old chunk stands.
 struct ChunkPlace {
     int64_t oldStart = 0;  // of the old chunk's header
     bool inTail = false;   // else in the main image
@@ -39,6 +39,9 @@ struct SchemeImage {
 };
 // Each chunk goes to the place of an old one; those that are more stand behind the last of them.
 void AddInPlaces(ChunkImages& images, const SchemeImage& image, bool inTail);
+
+// All in the main image, that of the tail behind it, with the places in the order of their bytes.
+[[nodiscard]] ChunkImages Joined(const ChunkImages& images);
 
 // With the bytes of each chunk, header and pad byte included.
 template <typename Visit>

@@ -177,7 +177,7 @@ bool EndFile(InPlaceEdit& edit) {
 }
 
 bool IsMarked(const InPlaceEdit& edit, const Stretch& gap) {
-    return TakesMark(gap) && std::ranges::find(edit.plan.marked, gap.start) != edit.plan.marked.end();
+    return TakesMark(gap) && std::ranges::binary_search(edit.plan.marked, gap.start);
 }
 
 bool TakesPiece(const InPlaceEdit& edit, const Run& gap) {
@@ -189,7 +189,8 @@ bool TakesPiece(const InPlaceEdit& edit, const Run& gap) {
 bool BlankGaps(InPlaceEdit& edit, bool marked) {
     return std::ranges::all_of(edit.Runs().gaps, [&](const Run& gap) {
         if (TakesPiece(edit, gap) || IsMarked(edit, gap) != marked) return true;
-        return (!marked || HideCopy(edit, gap)) && FillWithJunk(edit.file, gap.start, gap.length);
+        const bool hidesCopy = marked && Holds(gap, edit.plan.copy);
+        return (!hidesCopy || HideCopy(edit, gap)) && FillWithJunk(edit.file, gap.start, gap.length);
     });
 }
 

@@ -132,9 +132,15 @@ bool Save(FileReader& reader, InPlacePlan& plan, int64_t offset, int64_t count) 
     return true;
 }
 
+// What the image, or the padding behind it, goes over.
+bool SaveOverwritten(FileReader& reader, InPlacePlan& plan) {
+    const Run& target = plan.Target();
+    return Save(reader, plan, target.start, std::min(target.length, plan.ImageBytes() + chunkHeaderBytes));
+}
+
 // A body comes back before its header shows it.
 bool SaveAll(FileReader& reader, InPlacePlan& plan) {
-    bool saved = true;
+    bool saved = plan.way != EditWay::overwrite || SaveOverwritten(reader, plan);
     const int64_t behindHeader = plan.way == EditWay::direct ? cleanUpMarkBytes : 0;
     for (const auto& cover : plan.covers) {
         const int64_t bytes = std::min(cover.length - chunkHeaderBytes, behindHeader);
@@ -158,10 +164,11 @@ bool FitsTarget(const InPlacePlan& plan) {
 }
 
 // Chunks stay where they are as far as they can, also at the end.
-bool PlanParts(InPlacePlan& plan, std::span<const ImagePart> parts) {
+bool PlanPlaces(InPlacePlan& plan, std::span<const ChunkPlace> places) {
     const int64_t end = plan.runs.trailing.start;
-    const bool isAtEnd = std::ranges::any_of(parts, [&](const auto& part) { return part.oldStart >= end; });
-    if (!PlaceParts(plan, parts)) return false;
+    const bool isAtEnd =
+        std::ranges::any_of(places, [&](const auto& place) { return place.oldStart >= end; });
+    if (!PlaceParts(plan, places)) return false;
     if (plan.targetBytes > 0 && !isAtEnd) ChooseTarget(plan);
     return FitsTarget(plan) && PlanCopy(plan) && plan.copyGrowsFile;
 }
@@ -193,18 +200,20 @@ bool FitHeaders(const InPlacePlan& plan) {
            (!plan.TargetHoldsCopy() || FitsOneHeader(hidden));
 }
 
-std::optional<InPlacePlan> PlanInPlace(FileReader& reader, ChunkImage image, bool isRf64, Schemes replaced,
-                                       std::span<const ImagePart> parts) {
-    auto runs = FindRuns(reader, isRf64, replaced);
+std::optional<InPlacePlan> PlanInPlace(FileReader& reader, const ChunkImages& images, bool isRf64) {
+    auto runs = FindRuns(reader, isRf64, images.replaced);
     if (!runs) return std::nullopt;
+    auto [image, tail, replaced, keepsPlaces, places] = Joined(images);
     InPlacePlan plan;
     plan.targetBytes = std::ssize(image);
     plan.image = std::move(image);
-    plan.replaced.assign(replaced.begin(), replaced.end());
+    plan.replaced = std::move(replaced);
     plan.isRf64 = isRf64;
     plan.runs = std::move(*runs);
-    if (auto inPlaces = plan; PlanParts(inPlaces, parts)) {
-        plan = std::move(inPlaces);
+    std::optional<InPlacePlan> inPlaces;
+    if (!places.empty()) inPlaces = plan;
+    if (inPlaces && PlanPlaces(*inPlaces, places)) {
+        plan = std::move(*inPlaces);
     } else {
         ChooseTarget(plan);
         if (!PlanWay(reader, plan)) return std::nullopt;

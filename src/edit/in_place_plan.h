@@ -3,11 +3,11 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
+#include <string_view>
 #include <vector>
 
+#include "edit/images.h"
 #include "edit/runs.h"
-#include "metadata/write/build_chunks.h"
 
 namespace vantor {
 
@@ -21,13 +21,6 @@ enum class EditWay {
 struct SavedBytes {
     int64_t offset = 0;
     std::vector<uint8_t> bytes;
-};
-
-// Chunks of an image that belong where old ones of theirs stand.
-struct ImagePart {
-    int64_t oldStart = 0;
-    size_t begin = 0;
-    size_t end = 0;
 };
 
 // A part that goes to a gap of its own.
@@ -49,7 +42,7 @@ struct InPlacePlan {
     bool copyGrowsFile = false;     // it stands at the end of the file, not in padding
     bool switchesInOne = false;     // the one header in `covers` hides the old tags and shows the new ones
     std::vector<Stretch> covers;    // direct and throughCopy
-    std::vector<int64_t> marked;    // starts of the gaps that have a mark: cleaned last
+    std::vector<int64_t> marked;    // sorted starts of the gaps that have a mark: cleaned last
     std::vector<SavedBytes> saved;  // what to write back when an edit fails before old tags are gone
     int64_t sameBytes = 0;          // overwrite: of the image's first chunks, whose headers stand there
 
@@ -60,10 +53,10 @@ struct InPlacePlan {
     }
 };
 
-// Nothing when the image cannot go into the file itself.
-// `parts`, in their order in the image, stay in their places if the file may grow meanwhile.
-[[nodiscard]] std::optional<InPlacePlan> PlanInPlace(FileReader& reader, ChunkImage image, bool isRf64,
-                                                     Schemes replaced, std::span<const ImagePart> parts = {});
+// Nothing when the images cannot go into the file itself. Chunks that have places stay there if the file may
+// grow meanwhile.
+[[nodiscard]] std::optional<InPlacePlan> PlanInPlace(FileReader& reader, const ChunkImages& images,
+                                                     bool isRf64);
 
 // Sets what the switch to `copy` needs: `switchesInOne`, `covers`, `marked`.
 void PlanSwitch(InPlacePlan& plan);

@@ -1,6 +1,7 @@
 #include "edit/lossless.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
 #include <utility>
@@ -220,8 +221,8 @@ bool LosslessEdit::IsChanged(const TagScheme& scheme) const {
 }
 
 const Carrier* LosslessEdit::CarrierOf(const TagChunk& chunk) const {
-    const auto found = std::ranges::find(carriers_, &chunk, &Carrier::chunk);
-    return found == carriers_.end() ? nullptr : &*found;
+    const auto found = std::ranges::lower_bound(carriers_, &chunk, std::less<>(), &Carrier::chunk);
+    return found == carriers_.end() || found->chunk != &chunk ? nullptr : &*found;
 }
 
 // All chunks of a scheme in their order, the refused ones too, then the new one.

@@ -1,20 +1,17 @@
 #include "edit/placed_parts.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 
 namespace vantor {
 
 namespace {
 
-bool IsIn(const Run& run, const ImagePart& part) {
-    return part.oldStart >= run.start && part.oldStart < run.End();
-}
-
-int64_t BytesIn(const Run& run, std::span<const ImagePart> parts) {
-    int64_t bytes = 0;
-    for (const auto& part : parts)
-        if (IsIn(run, part)) bytes += static_cast<int64_t>(part.end - part.begin);
-    return bytes;
+std::optional<size_t> GapOf(const std::vector<Run>& gaps, int64_t offset) {
+    const auto behind = std::ranges::upper_bound(gaps, offset, {}, &Run::start);
+    if (behind == gaps.begin() || offset >= std::prev(behind)->End()) return std::nullopt;
+    return static_cast<size_t>(behind - gaps.begin()) - 1;
 }
 
 void Append(ChunkImage& image, const ChunkImage& from, size_t begin, size_t end) {
@@ -44,29 +41,29 @@ bool IsPlaced(const InPlacePlan& plan, size_t gap) {
     return std::ranges::find(plan.placed, gap, &PlacedPart::gap) != plan.placed.end();
 }
 
-bool PlaceParts(InPlacePlan& plan, std::span<const ImagePart> parts) {
+bool PlaceParts(InPlacePlan& plan, std::span<const ChunkPlace> places) {
     const auto& gaps = plan.runs.gaps;
-    for (size_t i = 0; i < gaps.size() && std::ssize(plan.placed) < mostParts; ++i)
-        if (const int64_t bytes = BytesIn(gaps[i], parts); bytes > 0 && Leaves(gaps[i].length, bytes))
-            plan.placed.push_back({i, bytes});
+    std::map<size_t, ChunkImage> images;  // of each gap
+    for (const auto& place : places)
+        if (const auto gap = GapOf(gaps, place.oldStart))
+            Append(images[*gap], plan.image, place.begin, place.end);
+    for (const auto& [gap, image] : images)
+        if (std::ssize(plan.placed) < mostParts && Leaves(gaps[gap].length, std::ssize(image)))
+            plan.placed.push_back({gap, std::ssize(image)});
     if (plan.placed.empty()) return false;
-    ChunkImage rest, placed;
+    ChunkImage rest;
     size_t done = 0;
-    const auto isPlaced = [&](const ImagePart& part) {
-        return std::ranges::any_of(plan.placed, [&](const auto& to) { return IsIn(gaps[to.gap], part); });
-    };
-    for (const auto& part : parts) {
-        if (!isPlaced(part)) continue;
-        Append(rest, plan.image, done, part.begin);
-        done = part.end;
+    for (const auto& place : places) {
+        const auto gap = GapOf(gaps, place.oldStart);
+        if (!gap || !IsPlaced(plan, *gap)) continue;
+        Append(rest, plan.image, done, place.begin);
+        done = place.end;
     }
     Append(rest, plan.image, done, plan.image.size());
-    for (const auto& to : plan.placed)
-        for (const auto& part : parts)
-            if (IsIn(gaps[to.gap], part)) Append(placed, plan.image, part.begin, part.end);
     plan.targetBytes = std::ssize(rest);
     plan.image = std::move(rest);
-    plan.image.insert(plan.image.end(), placed.begin(), placed.end());
+    for (const auto& placed : plan.placed)
+        Append(plan.image, images[placed.gap], 0, images[placed.gap].size());
     return true;
 }
 

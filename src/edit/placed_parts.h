@@ -13,8 +13,8 @@ namespace vantor {
 [[nodiscard]] bool Leaves(int64_t room, int64_t bytes);
 [[nodiscard]] bool IsPlaced(const InPlacePlan& plan, size_t gap);
 
-// Puts the parts that have such gaps behind the rest of the image. False when none has one.
-[[nodiscard]] bool PlaceParts(InPlacePlan& plan, std::span<const ImagePart> parts);
+// Puts the chunks whose places are in such gaps behind the rest of the image. False when none are.
+[[nodiscard]] bool PlaceParts(InPlacePlan& plan, std::span<const ChunkPlace> places);
 
 [[nodiscard]] CopyMark MarkOf(const InPlacePlan& plan);
 // Takes target and parts from the mark. False when they do not fit the runs.

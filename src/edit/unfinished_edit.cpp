@@ -47,8 +47,7 @@ std::optional<UnfinishedEdit> FindUnfinishedEdit(FileReader& reader, bool isRf64
         if (auto plan = PlanFrom(reader, isRf64, std::move(*marks.copy)))
             return UnfinishedEdit{std::move(*plan), false};
     if (marks.toClean.empty()) return std::nullopt;
-    constexpr std::string_view padding[] = {paddingScheme};
-    auto plan = PlanInPlace(reader, {}, isRf64, padding);
+    auto plan = PlanInPlace(reader, {{}, {}, {paddingScheme}}, isRf64);
     if (!plan) return std::nullopt;
     plan->marked = std::move(marks.toClean);
     return UnfinishedEdit{std::move(*plan), true};

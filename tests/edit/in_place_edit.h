@@ -21,7 +21,7 @@ inline bool EditInPlace(const std::string& path, const Bytes& image, bool isRf64
     std::optional<InPlacePlan> plan;
     {
         FileReader reader(path, smallReads);
-        plan = PlanInPlace(reader, image, isRf64, Replaced(image));
+        plan = PlanInPlace(reader, {image, {}, Replaced(image)}, isRf64);
     }
     if (!plan) return false;
     FileWriter writer(path.c_str(), {.mode = 0, .openExisting = true, .mustExist = true});

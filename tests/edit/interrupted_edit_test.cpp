@@ -315,31 +315,55 @@ TEST(InterruptedEdit, KilledAnywhereItLosesNothing) {
     });
 }
 
+using Failing = MemoryFileSystem::Failing;
+
+void ExpectFailureIsTold(const Case& c, Failing failing, int change) {
+    SCOPED_TRACE(std::to_string(change) + ", " + std::to_string(static_cast<int>(failing)));
+    MemoryFileSystem files;
+    files.Put(name, c.before);
+    files.changesLeft = change;
+    files.failing = failing;
+    const auto answer = RunEdit(files, c.edit);
+    const Bytes file = *files.Find(name);
+    ExpectSound(c, file, false);
+    if (answer != writeFailed) {
+        const auto& result = answer == updatedInPlace ? file : *files.Find("target.wav");
+        EXPECT_EQ(Look(result).tags, c.changed.tags);
+    }
+    if (answer == writtenToTarget) {
+        EXPECT_EQ(Look(file).tags, c.old.tags);
+    }
+    EXPECT_TRUE(failing != Failing::once || answer != writeFailed);
+    EXPECT_TRUE(failing != Failing::forGood || answer == writeFailed);
+    ExpectSameEditAgain(c, file);
+}
+
 TEST(InterruptedEdit, AFailureIsToldAndLosesNothing) {
     ForEachCase([](const Case& c) {
-        using enum MemoryFileSystem::Failing;
-        for (const auto failing : {once, forGood, writesForGood})
-            for (int i = 0; i < static_cast<int>(c.trace.size()) && !testing::Test::HasFailure(); ++i) {
-                SCOPED_TRACE(std::to_string(i) + ", " + std::to_string(static_cast<int>(failing)));
-                MemoryFileSystem files;
-                files.Put(name, c.before);
-                files.changesLeft = i;
-                files.failing = failing;
-                const auto answer = RunEdit(files, c.edit);
-                const Bytes file = *files.Find(name);
-                ExpectSound(c, file, false);
-                if (answer != writeFailed) {
-                    const auto& result = answer == updatedInPlace ? file : *files.Find("target.wav");
-                    EXPECT_EQ(Look(result).tags, c.changed.tags);
-                }
-                if (answer == writtenToTarget) {
-                    EXPECT_EQ(Look(file).tags, c.old.tags);
-                }
-                EXPECT_TRUE(failing != once || answer != writeFailed);
-                EXPECT_TRUE(failing != forGood || answer == writeFailed);
-                ExpectSameEditAgain(c, file);
-            }
+        for (const auto failing : {Failing::once, Failing::forGood, Failing::writesForGood})
+            for (int i = 0; i < static_cast<int>(c.trace.size()) && !testing::Test::HasFailure(); ++i)
+                ExpectFailureIsTold(c, failing, i);
     });
+}
+
+// There is no other place for the new tags than that of the old ones.
+TEST(InterruptedEdit, WithoutRoomAFailureThatPassesLosesNothing) {
+    const Layout layout{.what = "no room",
+                        .inFront = Joined({Bext(), Info(), Ixml()}),
+                        .between = {},
+                        .behind = {},
+                        .garbage = Bytes(77, 'x')};
+    const Edit shrinking[] = {
+        {"shorter", {{"IXML:NOTE", ""}, {"INFO:INAM", "x"}}, writeMerge},
+        {"lossless, shorter", {{"INFO:INAM", ""}}, writeMerge | writeLossless},
+        {"lossless, two shorter", {{"INFO:INAM", ""}, {"IXML:NOTE", ""}}, writeMerge | writeLossless},
+    };
+    for (const auto& edit : shrinking) {
+        SCOPED_TRACE(edit.what);
+        const auto c = CaseOf(layout, edit);
+        for (int i = 0; i < static_cast<int>(c.trace.size()) && !HasFailure(); ++i)
+            ExpectFailureIsTold(c, Failing::once, i);
+    }
 }
 
 // Of what was written since the last flush any part may be on the disk.
