@@ -39,6 +39,7 @@ struct Attempt {
     platform::FileStatus status = file->Status();
     AudioFormat format{};
     ChunkImages images{};
+    PlannedTags planned{};
 
     [[nodiscard]] bool Wants(WriteFlags flag) const { return (request.flags & flag) != 0; }
     [[nodiscard]] bool IsRf64() const { return format.fileKind != kindWave; }
@@ -82,7 +83,7 @@ Answer FinishFirst(Attempt& attempt, const UnfinishedEdit& unfinished) {
 // A lossless edit that changes nothing has no images and replaces nothing.
 bool MakeImages(Attempt& attempt) {
     const auto& changes = attempt.request.changes;
-    auto& [request, file, status, format, images] = attempt;
+    auto& [request, file, status, format, images, planned] = attempt;
     if (request.document) {
         auto document = ImagesOf(*request.document, *file, attempt.IsRf64());
         if (document) images = std::move(*document);
@@ -133,23 +134,25 @@ Answer Try(Attempt& attempt) {
         if (const auto unfinished = FindUnfinishedEdit(*attempt.file, attempt.IsRf64()))
             return FinishFirst(attempt, *unfinished);
     if (!MakeImages(attempt)) return writeFailed;
+    if (attempt.Wants(writeAnswerAlone))
+        attempt.planned = PlanTags(*attempt.file, attempt.format, attempt.images);
     return inPlace ? TryInPlace(attempt) : TryCopy(attempt);
 }
 
 }  // namespace
 
-WriteAnswer EditFile(const EditRequest& request) {
+EditOutcome EditFile(const EditRequest& request) {
     for (int i = 0; i < mostAttempts; ++i) {
         const FileLock lock(request.fileName, longestWait);
-        if (!lock.IsHeld()) return writeFailed;
+        if (!lock.IsHeld()) return {};
         Attempt attempt{request};
         if (!lock.IsOf(attempt.status)) continue;
         const auto answer = Try(attempt);
         attempt.CloseFile();
         request.forget(request.fileName);  // a reader may have opened it meanwhile
-        if (answer) return *answer;
+        if (answer) return {*answer, attempt.images.rebuilt, std::move(attempt.planned)};
     }
-    return writeFailed;
+    return {};
 }
 
 }  // namespace vantor

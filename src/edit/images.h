@@ -30,6 +30,7 @@ struct ChunkImages {
     // images, in their order there, are left out where they would go and stand in the old chunks' places.
     bool keepsPlaces = false;
     std::vector<ChunkPlace> places = {};
+    std::vector<std::string_view> rebuilt = {};  // schemes whose old chunks could not be patched
 };
 
 // The chunks of one scheme, and where old ones stood whose places the first of them take.

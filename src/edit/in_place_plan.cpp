@@ -203,16 +203,16 @@ bool FitHeaders(const InPlacePlan& plan) {
 std::optional<InPlacePlan> PlanInPlace(FileReader& reader, const ChunkImages& images, bool isRf64) {
     auto runs = FindRuns(reader, isRf64, images.replaced);
     if (!runs) return std::nullopt;
-    auto [image, tail, replaced, keepsPlaces, places] = Joined(images);
+    const auto joined = Joined(images);
     InPlacePlan plan;
-    plan.targetBytes = std::ssize(image);
-    plan.image = std::move(image);
-    plan.replaced = std::move(replaced);
+    plan.targetBytes = std::ssize(joined.main);
+    plan.image = joined.main;
+    plan.replaced = joined.replaced;
     plan.isRf64 = isRf64;
     plan.runs = std::move(*runs);
     std::optional<InPlacePlan> inPlaces;
-    if (!places.empty()) inPlaces = plan;
-    if (inPlaces && PlanPlaces(*inPlaces, places)) {
+    if (!joined.places.empty()) inPlaces = plan;
+    if (inPlaces && PlanPlaces(*inPlaces, joined.places)) {
         plan = std::move(*inPlaces);
     } else {
         ChooseTarget(plan);

@@ -290,6 +290,7 @@ std::optional<ChunkImages> LosslessEdit::Done() {
         const auto image = ImageOf(scheme);
         if (image.bytes == OldImageOf(scheme)) continue;
         images.replaced.emplace_back(scheme.name);
+        if (scheme.patch && rebuilt_.contains(&scheme)) images.rebuilt.emplace_back(scheme.name);
         AddInPlaces(images, image, scheme.inTail);
     }
     return images.replaced.empty() ? std::nullopt : std::optional(std::move(images));

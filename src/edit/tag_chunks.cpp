@@ -2,17 +2,12 @@
 
 #include <utility>
 
-#include "edit/chunk_walk.h"
 #include "formats/chunk_cursor.h"
 #include "metadata/read/id3_frames.h"
 
 namespace vantor {
 
 namespace {
-
-bool ReadChunkBody(FileReader& file, const RiffChunk& chunk, ChunkBody& body) {
-    return file.Seek(chunk.BodyStart()) && ReadBody(file, static_cast<uint64_t>(chunk.bodyBytes), body);
-}
 
 bool NoteUnsynchronised(FileReader& file, const RiffChunk& chunk, std::vector<FileRange>& ranges) {
     uint8_t header[id3HeaderBytes];
@@ -24,6 +19,10 @@ bool NoteUnsynchronised(FileReader& file, const RiffChunk& chunk, std::vector<Fi
 }
 
 }  // namespace
+
+bool ReadChunkBody(FileReader& file, const RiffChunk& chunk, ChunkBody& body) {
+    return file.Seek(chunk.BodyStart()) && ReadBody(file, static_cast<uint64_t>(chunk.bodyBytes), body);
+}
 
 std::optional<TagChunks> ReadTagChunks(FileReader& file, bool isRf64, bool carriesOver) {
     TagChunks chunks;

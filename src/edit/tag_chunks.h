@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "edit/chunk_walk.h"
 #include "fileio/file_reader.h"
 #include "metadata/tag_schemes.h"
 
@@ -24,6 +25,8 @@ struct TagChunks {
     std::vector<TagChunk> list;             // of an edit that carries nothing over: empty
     std::vector<FileRange> unsynchronised;  // see OldId3Tags
 };
+
+[[nodiscard]] bool ReadChunkBody(FileReader& file, const RiffChunk& chunk, ChunkBody& body);
 
 // Loop information is among them, padding is not. Nothing when a chunk cannot be read or is too large to be
 // taken over: an edit would lose it.

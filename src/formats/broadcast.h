@@ -10,7 +10,10 @@ namespace vantor {
 // Any smaller is left to the catalogue, which has it refused.
 inline constexpr uint64_t smallestBroadcast = bext::bodyBytes;
 
-// Reads its entries into the format's metadata. A coding history beyond 64 KiB is not read.
+// A coding history beyond it is not read.
+inline constexpr uint64_t largestBroadcastRead = 65536;
+
+// Reads its entries into the format's metadata.
 WalkStatus ReadBroadcast(ContainerWalk& walk, const Chunk& chunk);
 
 }  // namespace vantor

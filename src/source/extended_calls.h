@@ -32,6 +32,9 @@ intptr_t BeatSlices(const ExtendedCallArguments& call);
 intptr_t WriteMetadata(const ExtendedCallArguments& call);
 intptr_t DocumentOf(const ExtendedCallArguments& call);
 intptr_t WriteDocument(const ExtendedCallArguments& call);
+intptr_t PlannedEntry(const ExtendedCallArguments& call);
+intptr_t PlannedChunk(const ExtendedCallArguments& call);
+intptr_t RebuiltScheme(const ExtendedCallArguments& call);
 
 // The musical key from the loop information ("C", "Db" ...), in the user's language; empty when there is
 // none.

@@ -194,6 +194,7 @@ void PCM_source_wavefile::Close(bool newNameFollows) {
     {
         const platform::LockGuard guard(lock_);
         std::swap(closing, attachment_);
+        outcome_.reset();
         online_ = false;
     }
     cachedTempo_ = 0;
@@ -204,6 +205,16 @@ void PCM_source_wavefile::Close(bool newNameFollows) {
 SourceAttachment PCM_source_wavefile::Attachment() const {
     const platform::LockGuard guard(lock_);
     return attachment_;
+}
+
+std::shared_ptr<const EditOutcome> PCM_source_wavefile::Outcome() const {
+    const platform::LockGuard guard(lock_);
+    return outcome_;
+}
+
+void PCM_source_wavefile::SetOutcome(std::shared_ptr<const EditOutcome> outcome) {
+    const platform::LockGuard guard(lock_);
+    outcome_ = std::move(outcome);
 }
 
 std::shared_ptr<SharedFileState> PCM_source_wavefile::PlayableState() const {

@@ -17,6 +17,8 @@
 
 namespace vantor {
 
+struct EditOutcome;
+
 // What an open source hangs on. A call holds its own copy, so that another thread may close the source
 // meanwhile. The format is the one that the source was opened with: pointers into it that the host was given
 // stay valid until the source is closed.
@@ -69,6 +71,9 @@ class PCM_source_wavefile final : public PCM_source {
     [[nodiscard]] int32_t SliceIndex() const { return sliceIndex_; }
     void SetSliceIndex(int32_t index) { sliceIndex_ = index; }
     [[nodiscard]] std::atomic<double>& CachedTempo() { return cachedTempo_; }
+    // Of its last request to write; null when there was none since it was opened.
+    [[nodiscard]] std::shared_ptr<const EditOutcome> Outcome() const;
+    void SetOutcome(std::shared_ptr<const EditOutcome> outcome);
 
   private:
     void Close(bool newNameFollows);
@@ -84,6 +89,7 @@ class PCM_source_wavefile final : public PCM_source {
     mutable platform::Mutex lock_;      // for moments only
     SharedFileName name_ VANTOR_GUARDED_BY(lock_);
     SourceAttachment attachment_ VANTOR_GUARDED_BY(lock_);
+    std::shared_ptr<const EditOutcome> outcome_ VANTOR_GUARDED_BY(lock_);
     bool online_ VANTOR_GUARDED_BY(lock_) = false;
     bool forcedOffline_ VANTOR_GUARDED_BY(lock_) = false;
 

@@ -91,6 +91,8 @@ constexpr std::array handlers = {
     Handler{callUsableTempo, UsableTempo},     Handler{callAllocatedMarker, AllocatedMarker},
     Handler{callMarker, MarkerByIndex},        Handler{callBeatSlices, BeatSlices},
     Handler{callDocument, DocumentOf},         Handler{callWriteDocument, WriteDocument},
+    Handler{callPlannedEntry, PlannedEntry},   Handler{callPlannedChunk, PlannedChunk},
+    Handler{callRebuiltScheme, RebuiltScheme},
 };
 
 // The call is not answered, but the text buffer tells the user why.

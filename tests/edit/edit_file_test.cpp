@@ -38,9 +38,11 @@ class EditsOfFiles : public testing::Test {
                          .target = target,
                          .changes = changes,
                          .flags = flags,
-                         .forget = [this](const std::string&) {
-                             if (meanwhile) std::exchange(meanwhile, nullptr)();
-                         }});
+                         .forget =
+                             [this](const std::string&) {
+                                 if (meanwhile) std::exchange(meanwhile, nullptr)();
+                             }})
+            .answer;
     }
     [[nodiscard]] MetadataStore Tags() const {
         FileReader reader(name, {});
@@ -161,7 +163,8 @@ TEST_F(EditsOfFiles, LeaveChunksInTheirPlaces) {
                             .target = target,
                             .changes = changes,
                             .flags = writeMerge | writeLossless,
-                            .forget = [](const std::string&) {}}),
+                            .forget = [](const std::string&) {}})
+                      .answer,
                   updatedInPlace);
         EXPECT_EQ(Tags().Value(key), text);
         EXPECT_EQ(Tags().Value("INFO:INAM"), "Longer than before");

@@ -210,7 +210,8 @@ WriteAnswer RunEdit(MemoryFileSystem& files, const Edit& edit) {
                      .target = "target.wav",
                      .changes = StoreOf(edit.pairs),
                      .flags = edit.flags,
-                     .forget = [](const std::string&) {}});
+                     .forget = [](const std::string&) {}})
+        .answer;
 }
 
 Case CaseOf(const Layout& layout, const Edit& edit) {

@@ -101,6 +101,12 @@ const std::vector<Case>& Cases() {
          document,
          "IXML:TRACK_LIST:TRACK:NAME:3=4th",
          {{"\t</TRACK_LIST>", "\t\n<TRACK>\n<NAME>4th</NAME></TRACK></TRACK_LIST>"}}},
+        // A line feed would lengthen the text that their parent has.
+        {"IXML", document, "IXML:MIXED:A:B=1", {{"two<", "two<A >\n<B>1</B></A><"}}},
+        {"IXML",
+         BytesOf("<BWFXML><ASWG>text</ASWG></BWFXML>"s),
+         "ASWG:project=a|ASWG:notes=b",
+         {{"text", "text<notes >b</notes>\n<project>a</project>"}}},
         {"IXML",
          BytesOf("<?xml encoding='ISO-8859-1'?><BWFXML><A>\xE4</A></BWFXML>"s),
          "IXML:A=\u00F6\u20AC.",

@@ -7,7 +7,6 @@
 
 #include "edit/tag_proof.h"
 #include "metadata/key_table.h"
-#include "tests/metadata/recorder_chunks.h"
 #include "tests/source/lossless_support.h"
 #include "text/text.h"
 
@@ -15,63 +14,6 @@ namespace vantor::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct NamedFile {
-    std::string name;
-    Bytes bytes;
-};
-
-Bytes Utf16(const std::string& text) {
-    return ByteWriter().Add({0xFF, 0xFE}).Add(Utf8ToUtf16(text, false));
-}
-
-// With its size in `ds64` alone, as the long recordings have it.
-Bytes LongFile(const Bytes& plain, const char* kind) {
-    const size_t audio = TextOf(plain).find("data\xE8\3\0\0"s);
-    const uint32_t audioBytes = ReadLe32(&plain[audio + 4]);
-    const auto chunks = std::span(plain).subspan(12, audio - 12), rest = std::span(plain).subspan(audio + 8);
-    Bytes file = RiffFile(ByteWriter()
-                              .Chunk("ds64", ByteWriter().Zeros(8).Le64(audioBytes).Zeros(12))
-                              .Add({chunks.begin(), chunks.end()})
-                              .Text("data")
-                              .Le32(0xFFFFFFFF)
-                              .Add({rest.begin(), rest.end()}),
-                          kind);
-    WriteLe32(&file[4], 0xFFFFFFFF);
-    WriteLe64(&file[20], file.size() - 8);
-    return file;
-}
-
-Bytes RecorderFile(int tagVersion) {
-    const Bytes adm = BytesOf("<ebu><coreMetadata><audioFormatExtended/>\xC3\xA9</coreMetadata></ebu>"s);
-    const Bytes front = ByteWriter()
-                            .Chunk("FLLR", BytesOf("not zeros!"))
-                            .Chunk("bext", RecorderBext())
-                            .Chunk("iXML", BytesOf(recordersIxml))
-                            .Chunk("chna", ByteWriter().Le16(1).Le16(1).Zeros(40))
-                            .Chunk("axml", adm);
-    const Bytes behind = ByteWriter()
-                             .Chunk("cart", StationCart())
-                             .Chunk("_PMX", tagVersion == 4 ? Utf16(editorsXmp) : BytesOf(editorsXmp))
-                             .Chunk("LIST", OddInfo())
-                             .Chunk("id3 ", RecorderTag(tagVersion, tagVersion == 3 ? 0x80 : 0))
-                             .Chunk("own ", BytesOf("kept"));
-    return MonoFile(Ramp(500), front, behind);
-}
-
-std::vector<NamedFile> Files() {
-    std::vector<NamedFile> files;
-    for (const std::string name : {"tagged", "pcm16", "markers", "sliced-loop", "extensible-5.1"})
-        files.push_back({name, SampleFile(name + ".wav")});
-    for (const int version : {2, 3, 4})
-        files.push_back({"recorder " + std::to_string(version), RecorderFile(version)});
-    for (const auto* kind : {"RF64", "BW64"})
-        files.push_back({kind, LongFile(RecorderFile(3), kind)});
-    const auto document = BytesOf("IXML\0<BWFXML><SCENE>7</SCENE><NOTE>n</NOTE></BWFXML>"s);
-    const auto tag = Id3TagWriter(3).Text("TIT2", "x").Frame("PRIV", document).Text("TRCK", "1").Tag();
-    files.push_back({"document in a tag", MonoFile(Ramp(500), {}, ByteWriter().Chunk("ID3 ", tag))});
-    return files;
-}
 
 // The ids in their order; an empty body for chunks of the scheme, which may differ.
 std::vector<ListedChunk> ChunksBut(const std::string& scheme, const Bytes& file) {

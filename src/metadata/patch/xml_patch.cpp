@@ -137,8 +137,22 @@ void XmlPatch::Empty(const XmlElement& element) {
     Replace({begin - 1, begin + tagBytes}, kept + "/>");
 }
 
+// True when the last run of its content is a part of its value.
+bool XmlPatch::EndsInText(const XmlElement& element) const {
+    const auto* last = element.firstChild;
+    while (last != nullptr && last->nextSibling != nullptr)
+        last = last->nextSibling;
+    const auto spans = ValueSpans(element);
+    return !spans.empty() && spans.back().begin >= (last != nullptr ? EndOf(*last) : 0);
+}
+
 void XmlPatch::AddChild(const XmlElement& parent, std::string_view markup) {
-    const auto content = std::string("\n").append(markup);
+    std::string content(markup);
+    const size_t nameEnd = markup.find_first_of(" >");
+    if (!EndsInText(parent))
+        content.insert(0, "\n");
+    else if (markup[nameEnd] == '>')
+        content.insert(nameEnd, " ");
     const XmlSpan endTag = PlaceOf(parent).endTag;
     if (endTag.begin == endTag.end)
         Open(parent, content);
@@ -150,16 +164,24 @@ void XmlPatch::AddBehind(const XmlElement& sibling, std::string_view markup) {
     Replace({EndOf(sibling), EndOf(sibling)}, markup);
 }
 
+// How many bytes in front belong to an element that was added; nothing for one that was not.
+std::optional<size_t> XmlPatch::AddedLead(const XmlElement& element, const XmlElement& parent) const {
+    const XmlSpan tag = PlaceOf(element).startTag;
+    if (text_[tag.begin - 1] == '\n') return 1;
+    const bool hasBlank = element.firstAttribute == nullptr && text_[tag.end - 2] == ' ';
+    return hasBlank && !parent.Value().empty() ? std::optional<size_t>(0) : std::nullopt;
+}
+
 bool XmlPatch::WasAdded(const XmlElement& element, const XmlElement& parent) const {
     std::vector<const XmlElement*> children;
     for (const auto* child = parent.firstChild; child != nullptr; child = child->nextSibling)
         children.push_back(child);
     size_t end = PlaceOf(parent).endTag.begin;
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
-        const size_t begin = PlaceOf(**child).startTag.begin;
-        if (EndOf(**child) != end || text_[begin - 1] != '\n') return false;
+        const auto lead = AddedLead(**child, parent);
+        if (EndOf(**child) != end || !lead) return false;
         if (*child == &element) return true;
-        end = begin - 1;
+        end = PlaceOf(**child).startTag.begin - *lead;
     }
     return false;
 }
@@ -170,7 +192,8 @@ void XmlPatch::Remove(std::span<const XmlElement* const> path) {
     const size_t start = PlaceOf(element).startTag.begin;
     const XmlElementPlace* parent = upper.empty() ? nullptr : &PlaceOf(*upper.back());
     const bool isAdded = !upper.empty() && WasAdded(element, *upper.back());
-    const size_t blanks = isAdded ? 1 : TrailingBlanks(std::string_view(text_).substr(0, start));
+    const size_t blanks = isAdded ? *AddedLead(element, *upper.back())
+                                  : TrailingBlanks(std::string_view(text_).substr(0, start));
     const XmlSpan span = {start - blanks, EndOf(element)};
     const bool wasAlone =
         parent != nullptr && parent->startTag.end == span.begin && parent->endTag.begin == span.end;

@@ -3,7 +3,8 @@
 //
 // What was added can be told from what was there, so that it can be taken out again without a trace:
 // * an added element stands behind a line feed of its own, at the end of its parent, without anything between
-//   it and the end tag or the next added element;
+//   it and the end tag or the next added element; where the parent has a text that a line feed would
+//   lengthen, its start tag has a blank in its place, <NOTE >;
 // * an element like <NOTE/> that is given content gets an end tag with a blank in it, </NOTE >, and one more
 //   for each blank before its slash.
 #pragma once
@@ -58,6 +59,8 @@ class XmlPatch {
     }
     [[nodiscard]] size_t EndOf(const XmlElement& element) const { return PlaceOf(element).endTag.end; }
     [[nodiscard]] size_t TagEnd(const XmlElement& element) const;
+    [[nodiscard]] bool EndsInText(const XmlElement& element) const;
+    [[nodiscard]] std::optional<size_t> AddedLead(const XmlElement& element, const XmlElement& parent) const;
     [[nodiscard]] std::vector<XmlSpan> ValueSpans(const XmlElement& element) const;
     void Replace(XmlSpan span, std::string_view with);
     void Open(const XmlElement& element, std::string_view content);

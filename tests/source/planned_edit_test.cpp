@@ -1,0 +1,125 @@
+// What a request to write would make of a file, told before: it is what the same request then makes.
+#include <gtest/gtest.h>
+
+#include "metadata/key_table.h"
+#include "tests/source/lossless_support.h"
+
+namespace vantor::test {
+namespace {
+
+Tags PlannedEntries(PCM_source& source) {
+    Tags tags;
+    const char *key = nullptr, *value = nullptr;
+    for (intptr_t i = 0; source.ExtendedCall(callPlannedEntry, Number(i), &key, &value); ++i)
+        tags[key] = value;
+    return tags;
+}
+
+std::vector<ListedChunk> PlannedChunks(PCM_source& source) {
+    std::vector<ListedChunk> chunks;
+    const char* id = nullptr;
+    DocumentRecord record{};
+    for (intptr_t i = 0; source.ExtendedCall(callPlannedChunk, Number(i), &id, &record); ++i) {
+        const auto* bytes = static_cast<const uint8_t*>(record.bytes);
+        chunks.push_back({id, Bytes(bytes, bytes + record.byteCount)});
+        EXPECT_EQ(SchemeOfChunkId(id)->name, std::string_view(record.scheme));
+    }
+    return chunks;
+}
+
+std::vector<std::string> RebuiltSchemes(PCM_source& source) {
+    std::vector<std::string> schemes;
+    const char* scheme = nullptr;
+    for (intptr_t i = 0; source.ExtendedCall(callRebuiltScheme, Number(i), &scheme, nullptr); ++i)
+        schemes.emplace_back(scheme);
+    return schemes;
+}
+
+std::map<std::string, std::string> TagChunksOf(const Bytes& file) {
+    auto chunks = ChunksByScheme(file);
+    chunks.erase("kept");
+    return chunks;
+}
+
+// A picture may lie anywhere.
+Tags WithoutPictures(Tags tags) {
+    std::erase_if(tags, [](const auto& tag) { return IsPictureKey(tag.first); });
+    return tags;
+}
+
+const Fields edits[] = {
+    {"TITLE=New title", "DATE=2024-05-06T07:08"},
+    {"DESC=" + std::string(300, 'd'), "BWF:TimeReference=77"},
+    {"IXML:NOTE=a <note>", "ASWG:notes=b", "IXML:USER:OWN=tags"},
+    {"XMP:dc/title=", "CART:CutID=42", "INFO:IART=\u0416"},
+    {"ID3:TPE2=band", "ID3:TIT2=", "BPM=99", "KEY=Db", "AXML:ISRC=GBXYZ"},
+    {"TITLE=", "ARTIST=", "DESC=", "IXML:SCENE=", "IXML:PROJECT="},
+    {"INFO:ICMT=", "IXML:TAPE=" + std::string(5000, 't')},
+};
+
+class PlannedEdits : public ::testing::Test {
+  protected:
+    FakeHost host;
+    TempFolder folder;
+    const std::string path = folder.Path("edited.wav"), target = folder.Path("target.wav");
+};
+
+TEST_F(PlannedEdits, AreWhatComesAbout) {
+    for (const auto& file : Files())
+        for (const auto& edit : edits)
+            for (const intptr_t flags : {replaceAll, mergeTags, lossless, lossless | neverInPlace}) {
+                SCOPED_TRACE(file.name + ", " + edit[0] + ", " + std::to_string(flags));
+                WriteWholeFile(path, file.bytes);
+                const auto source = OpenSource(path);
+                EXPECT_TRUE(PlannedEntries(*source).empty() && PlannedChunks(*source).empty());
+                const auto answer = RequestWrite(*source, target, edit, flags | writeAnswerAlone);
+                const auto entries = PlannedEntries(*source);
+                const auto chunks = PlannedChunks(*source);
+                const auto rebuilt = RebuiltSchemes(*source);
+                EXPECT_TRUE(ReadWholeFile(path) == file.bytes);
+                ASSERT_EQ(RequestWrite(*source, target, edit, flags), answer);
+                EXPECT_EQ(RebuiltSchemes(*source), rebuilt);
+                const auto& written = answer == updatedInPlace ? path : target;
+                EXPECT_EQ(WithoutPictures(entries), WithoutPictures(TagsOf(written)));
+                std::map<std::string, std::string> planned;
+                for (const auto& chunk : chunks)
+                    planned[SchemeOfChunkId(chunk.id)->name] += chunk.id + TextOf(chunk.body);
+                EXPECT_TRUE(planned == TagChunksOf(ReadWholeFile(written)));
+            }
+}
+
+// White space alone is a text only as long as it has no elements beside it.
+TEST_F(PlannedEdits, TellWhatCannotBePatched) {
+    const auto document = BytesOf("<BWFXML><A> </A><NOTE>n</NOTE></BWFXML>");
+    WriteWholeFile(path, MonoFile(Ramp(500), ByteWriter().Chunk("iXML", document)));
+    const auto source = OpenSource(path);
+    for (const intptr_t flags : {lossless | writeAnswerAlone, lossless}) {
+        ASSERT_EQ(RequestWrite(*source, target, {"IXML:A:B=1", "INFO:INAM=2"}, flags), updatedInPlace);
+        EXPECT_EQ(RebuiltSchemes(*source), std::vector<std::string>{"IXML"});
+    }
+    ASSERT_EQ(RequestWrite(*source, target, {"IXML:NOTE=2"}, lossless), updatedInPlace);
+    EXPECT_TRUE(RebuiltSchemes(*source).empty());
+}
+
+TEST_F(PlannedEdits, TellWhatADocumentBrings) {
+    WriteWholeFile(path, RecorderFile(3));
+    const auto source = OpenSource(path);
+    const std::string document = "<BWFXML><SCENE>7</SCENE></BWFXML>";
+    DocumentRecord record{"IXML", document.data(), std::ssize(document)};
+    EXPECT_EQ(source->ExtendedCall(callWriteDocument, const_cast<char*>(target.c_str()), &record,
+                                   Number(writeAnswerAlone)),
+              updatedInPlace);
+    const auto entries = PlannedEntries(*source);
+    EXPECT_EQ(entries.at("IXML:SCENE") + entries.at("BWF:Originator"), "7maker");
+    EXPECT_FALSE(entries.contains("IXML:PROJECT"));
+    const char* id = nullptr;
+    EXPECT_EQ(source->ExtendedCall(callPlannedChunk, Number(-1), &id, &record), 0);
+    EXPECT_EQ(source->ExtendedCall(callPlannedChunk, Number(0), nullptr, &record), 0);
+    EXPECT_EQ(source->ExtendedCall(callPlannedEntry, Number(0), &id, nullptr), 0);
+    EXPECT_EQ(source->ExtendedCall(callRebuiltScheme, Number(0), nullptr, nullptr), 0);
+    Reopen(*source);
+    EXPECT_TRUE(PlannedEntries(*source).empty());
+}
+
+}  // namespace
+}  // namespace vantor::test
