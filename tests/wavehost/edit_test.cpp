@@ -55,6 +55,34 @@ TEST_F(WavehostEdit, UpdatesInPlaceMergesAndRemoves) {
     EXPECT_EQ(FilesInFolder(), 1u);
 }
 
+// Values as their fields hold them, keys that are renamed, what goes with a document that cannot be patched.
+TEST_F(WavehostEdit, ADryRunTellsWhatTheEditThenTells) {
+    const auto document =
+        ByteWriter().Text("<BWFXML><A> </A><SPEED a='1'><RATE>25</RATE></SPEED><NOTE>n</NOTE></BWFXML>");
+    const Bytes file = PatternWav(500, 2, ByteWriter().Chunk("iXML", document));
+    const std::vector<std::string> edits[] = {
+        {"--set", "TITLE=x", "--set", "IXML:A:B=1", "--force"},
+        {"--set", "DESC=" + std::string(300, 'd'), "--force"},
+        {"--set", "IXML:USER:My Field=3", "--set", "INFO:ICMT=", "--force"},
+        {"--set", "IXML:NOTE=q", "--rebuild"},
+        {"--set", "TITLE=y", "--replace-all"},
+        {"--set", "IXML:NOTE=n"},
+    };
+    for (const auto& edit : edits) {
+        const std::string path = folder.Write("song.wav", file);
+        std::vector<std::string> line = {"meta", "set", path};
+        line.insert(line.end(), edit.begin(), edit.end());
+        const HostRun run = RunWavehost(line);
+        folder.Write("song.wav", file);
+        line.emplace_back("--dry-run");
+        const HostRun dry = RunWavehost(line);
+        EXPECT_TRUE(ReadWholeFile(path) == file);
+        EXPECT_EQ(dry.out, run.out);
+        EXPECT_EQ(dry.err, run.err + "dry run: nothing was written\n");
+        EXPECT_EQ(dry.exitCode, run.exitCode);
+    }
+}
+
 TEST_F(WavehostEdit, ReplacesAFileThatCannotBeUpdatedInPlace) {
     const std::string file = folder.Write("tail.wav", notInPlace);
     const std::string samples = Samples(file);

@@ -1,6 +1,7 @@
 #include "wavehost/care/chunk_marks.h"
 
 #include <algorithm>
+#include <map>
 
 #include "metadata/tag_schemes.h"
 #include "wavehost/care/survey.h"
@@ -14,17 +15,24 @@ using Marks = std::vector<ChunkMark>;
 
 constexpr int64_t hashedBytes = int64_t{64} << 20;
 
-// FNV-1a.
+constexpr uint64_t noHash = 0xCBF29CE484222325u;
+
+// FNV-1a, of what `hash` is of and the bytes behind it.
+uint64_t HashOf(std::span<const uint8_t> bytes, uint64_t hash = noHash) {
+    for (const uint8_t byte : bytes)
+        hash = (hash ^ byte) * 0x100000001B3u;
+    return hash;
+}
+
 uint64_t HashOf(FileReader& reader, int64_t start, int64_t bytes) {
-    uint64_t hash = 0xCBF29CE484222325u;
+    uint64_t hash = noHash;
     std::vector<uint8_t> scratch;
     reader.Seek(start);
     for (int64_t left = std::min(bytes, hashedBytes); left > 0;) {
         const uint8_t* piece = nullptr;
         const int64_t count = reader.Borrow(&piece, std::min<int64_t>(left, 1 << 16), scratch);
         if (count < 1) break;
-        for (int64_t i = 0; i < count; ++i)
-            hash = (hash ^ piece[i]) * 0x100000001B3u;
+        hash = HashOf({piece, static_cast<size_t>(count)}, hash);
         left -= count;
     }
     return hash;
@@ -76,6 +84,38 @@ std::vector<ChunkMark> ChunkMarksOf(const std::string& file) try {
     return marks;
 } catch (const Failure&) {
     return {};
+}
+
+ChunkMark MarkOfTags(const std::string& id, const std::string& scheme, std::span<const uint8_t> body) {
+    return {id, scheme, std::ssize(body), HashOf(body.first(std::min<size_t>(body.size(), hashedBytes)))};
+}
+
+std::vector<ChunkMark> WithTags(const std::vector<ChunkMark>& marks, const std::vector<ChunkMark>& tags) {
+    std::map<std::string, Marks> left;
+    for (auto tag = tags.rbegin(); tag != tags.rend(); ++tag)
+        left[tag->scheme].push_back(*tag);
+    Marks result;
+    const auto take = [&](Marks& from) {
+        result.push_back(from.back());
+        from.pop_back();
+    };
+    for (const ChunkMark& mark : marks) {
+        if (mark.scheme.empty())
+            result.push_back(mark);
+        else if (Marks& of = left[mark.scheme]; !of.empty())
+            take(of);
+    }
+    for (auto& [scheme, of] : left)
+        while (!of.empty())
+            take(of);
+    return result;
+}
+
+std::set<std::string> SchemesOfTags() {
+    std::set<std::string> schemes;
+    for (const TagScheme& scheme : tagTable)
+        if (scheme.read) schemes.insert(scheme.name);
+    return schemes;
 }
 
 std::vector<std::string> ChunkChanges(const std::vector<ChunkMark>& before,

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,13 @@ struct ChunkMark {
 // In file order, without padding and without `ds64`, which counts the file's bytes. None of a file that
 // cannot be read.
 std::vector<ChunkMark> ChunkMarksOf(const std::string& file);
+
+ChunkMark MarkOfTags(const std::string& id, const std::string& scheme, std::span<const uint8_t> body);
+// The marks of a file whose chunks of tags become `tags`: of each scheme the first takes the place of the
+// first, and so on; those that are more stand behind.
+std::vector<ChunkMark> WithTags(const std::vector<ChunkMark>& marks, const std::vector<ChunkMark>& tags);
+// All that chunks of tags can have.
+std::set<std::string> SchemesOfTags();
 
 // A line for each chunk that went, came or changed, one when they stand in another order: `asked` are the
 // schemes that an edit was to change.

@@ -21,8 +21,7 @@ constexpr DocumentKind kinds[] = {
 
 std::string Asked(PCM_source& source, const char* scheme) {
     const auto ask = [&](char* bytes, intptr_t room) {
-        return source.ExtendedCall(callDocument, const_cast<char*>(scheme), bytes,
-                                   reinterpret_cast<void*>(room));
+        return source.ExtendedCall(callDocument, const_cast<char*>(scheme), bytes, Number(room));
     };
     std::string document(static_cast<size_t>(ask(nullptr, 0)), '\0');
     if (ask(document.data(), std::ssize(document)) != std::ssize(document))

@@ -3,24 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <map>
 #include <set>
 #include <span>
 
-#include "wavehost/care/chunk_marks.h"
 #include "wavehost/edits/objections.h"
+#include "wavehost/edits/same_audio.h"
+#include "wavehost/edits/write_request.h"
 #include "wavehost/files/output_file.h"
 #include "wavehost/host/host_services.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/values/keys.h"
-#include "wavehost/values/numbers.h"
 
 namespace vantor::wavehost {
 
 namespace {
-
-// The module's answer to a write request.
-enum class Outcome : intptr_t { failed = 0, copied = 1, inPlace = 2 };
 
 // Whether the file is of a container into which the module writes: WAV, RF64 or BW64.
 bool TakesMetadata(const fs::path& file) {
@@ -31,18 +27,6 @@ bool TakesMetadata(const fs::path& file) {
     return (id == "RIFF" || id == "RF64" || id == "BW64") && form == "WAVE";
 }
 
-// What must not change while tags are written.
-struct AudioShape {
-    int32_t channels;
-    double sampleRate;
-    double lengthSeconds;
-    bool operator==(const AudioShape&) const = default;
-};
-
-AudioShape ShapeOf(PCM_source& source) {
-    return {source.ChannelCount(), source.SampleRate(), source.LengthSeconds()};
-}
-
 struct Look {
     AudioShape shape;
     Metadata tags;
@@ -50,50 +34,6 @@ struct Look {
 
 Look LookAt(PCM_source& source) {
     return {ShapeOf(source), MetadataOf(source)};
-}
-
-// Ask the module to write. `target` receives a complete copy when the file is not updated in place.
-
-intptr_t WriteTags(PCM_source& source, const Assignments& wishes, char* target, void* flags) {
-    std::vector<MetadataPair> pairs;
-    for (const Assignment& wish : wishes)
-        pairs.push_back({wish.key.c_str(), wish.value.c_str()});
-    pairs.push_back({nullptr, nullptr});
-    return source.ExtendedCall(callWriteMetadata, target, pairs.data(), flags);
-}
-
-intptr_t WriteDocument(PCM_source& source, const DocumentKind& kind, const std::string& document,
-                       char* target, void* flags) {
-    DocumentRecord record{kind.scheme, document.data(), std::ssize(document)};
-    return source.ExtendedCall(callWriteDocument, target, &record, flags);
-}
-
-std::vector<double> NextSamples(PCM_source& source, const AudioShape& shape, int64_t startFrame) {
-    constexpr int32_t samplesARead = 1 << 18;
-    const int32_t blockFrames = std::max(samplesARead / shape.channels, 1);
-    std::vector<double> samples(static_cast<size_t>(blockFrames) * static_cast<size_t>(shape.channels));
-    TransferBlock block{};
-    block.startSeconds = static_cast<double>(startFrame) / shape.sampleRate;
-    block.sampleRate = shape.sampleRate;
-    block.channels = shape.channels;
-    block.frames = blockFrames;
-    block.samples = samples.data();
-    source.ReadSamples(&block);
-    samples.resize(static_cast<size_t>(block.framesProduced) * static_cast<size_t>(shape.channels));
-    return samples;
-}
-
-bool IsSameAudio(const Module& module, const fs::path& left, const fs::path& right) {
-    const HostPtr<PCM_source> leftSource = OpenSource(module, TextOf(left));
-    const HostPtr<PCM_source> rightSource = OpenSource(module, TextOf(right));
-    const auto shape = ShapeOf(*leftSource.Get());
-    if (!(ShapeOf(*rightSource.Get()) == shape)) return false;
-    for (int64_t frame = 0;;) {
-        const auto samples = NextSamples(*leftSource.Get(), shape, frame);
-        if (samples != NextSamples(*rightSource.Get(), shape, frame)) return false;
-        if (samples.empty()) return true;
-        frame += std::ssize(samples) / shape.channels;
-    }
 }
 
 std::string Refusal(const fs::path& file) {
@@ -163,6 +103,9 @@ class Edit {
         EditResult result{fate,
                           Compare(wishes_, before_.tags, after, before_.shape.sampleRate, ways_.replaceAll)};
         result.told.chunks = chunkChanges_;
+        for (const std::string& scheme : rebuilt_)
+            result.told.chunks.push_back(
+                scheme + ", which could not be changed where it stands: it is built anew from its keys");
         if (!task_.document) return result;
         const auto own = [&](const KeyChange& change) {
             return BeginsWithAny(change.key, task_.kind->prefixes);
@@ -182,13 +125,13 @@ class Edit {
     }
 
     // The source is closed on return: a file that is open cannot be replaced everywhere.
-    Outcome Ask(const std::string& file, const fs::path& target, int32_t flags) {
-        const HostPtr<PCM_source> source = OpenSource(module_, file);
-        std::string name = TextOf(target);
-        void* given = reinterpret_cast<void*>(intptr_t{flags});
-        return static_cast<Outcome>(
-            task_.document ? WriteDocument(*source.Get(), *task_.kind, *task_.document, name.data(), given)
-                           : WriteTags(*source.Get(), wishes_, name.data(), given));
+    WriteReport Ask(const fs::path& target, int32_t flags) {
+        const HostPtr<PCM_source> source = OpenSource(module_, file_);
+        auto report = task_.document
+                          ? WriteDocument(*source.Get(), *task_.kind, *task_.document, target, flags)
+                          : WriteTags(*source.Get(), wishes_, target, flags);
+        rebuilt_ = report.rebuilt;
+        return report;
     }
 
     // The schemes in whose chunks the wishes go. A document may stand in a tag.
@@ -205,9 +148,7 @@ class Edit {
         if (task_.document) std::ranges::for_each(task_.kind->prefixes, add);
         if (std::ranges::find(wishes_, positionField, &Assignment::key) != wishes_.end())
             std::ranges::for_each(std::array{"BWF:", "IXML:", "XMP:"}, add);
-        if (ways_.replaceAll)
-            std::ranges::for_each(
-                std::array{"BWF:", "INFO:", "IXML:", "XMP:", "AXML:", "CART:", "ID3:", "ACID:"}, add);
+        if (ways_.replaceAll) schemes.merge(SchemesOfTags());
         return schemes;
     }
 
@@ -226,9 +167,9 @@ class Edit {
         std::error_code failed;
         const PrivateFiles privately(fs::exists(output.Target(), failed));
         const Stamp stamp = StampOf(path_);
-        const Outcome outcome = Ask(file_, output.WriteTo(), Flags());
-        if (outcome == Outcome::failed) throw Failure(WhyFailed(output) + WhatStands());
-        if (outcome == Outcome::inPlace) return Updated(stamp);
+        const WriteAnswer answer = Ask(output.WriteTo(), Flags()).answer;
+        if (answer == writeFailed) throw Failure(WhyFailed(output) + WhatStands());
+        if (answer == updatedInPlace) return Updated(stamp);
         if (replaces && !ways_.force) RefuseOtherNames(path_);
         return Replaced(output, stamp);
     }
@@ -289,39 +230,21 @@ class Edit {
         return !failed;
     }
 
-    // The module's answer alone. The values are those asked for, each as its field takes it.
+    // The module's answer alone, and what it would make of the tags.
     EditResult Rehearse() {
         if (!LookAndPrepare()) return {};
         const std::string target = ways_.output.empty() ? file_ + ".vantor" : ways_.output;
         CheckWritable();
-        const Outcome outcome = Ask(file_, PathOf(target), Flags() | writeAnswerAlone);
-        if (outcome == Outcome::failed) throw Failure(WhyFailed());
-        const bool isReplaced = outcome == Outcome::copied && ways_.output.empty();
-        if (isReplaced && !ways_.force) RefuseOtherNames(path_);
-        EditResult result =
-            Result(outcome == Outcome::inPlace ? Fate::updatedInPlace : Fate::rewritten, WithWishes());
+        const auto planned = Ask(PathOf(target), Flags() | writeAnswerAlone);
+        if (planned.answer == writeFailed) throw Failure(WhyFailed());
+        if (planned.answer == writtenToTarget && ways_.output.empty() && !ways_.force)
+            RefuseOtherNames(path_);
+        chunkChanges_ = ChunkChanges(chunks_, WithTags(chunks_, planned.tagChunks), AskedSchemes());
         const bool isLossless = (Flags() & writeLossless) != 0 && !task_.document;
-        if (isLossless && outcome == Outcome::inPlace && WithWishes() == before_.tags)
-            result.fate = Fate::unchanged;
-        return result;
-    }
-
-    [[nodiscard]] std::string SamplesOf(const std::string& milliseconds) const {
-        const double seconds = static_cast<double>(UnsignedOf(milliseconds).value_or(0)) / 1000;
-        return std::to_string(static_cast<uint64_t>(seconds * before_.shape.sampleRate));
-    }
-
-    // The tags with what is wished of them.
-    [[nodiscard]] Metadata WithWishes() const {
-        std::map<std::string, std::string> tags;
-        if (!ways_.replaceAll) tags.insert(before_.tags.begin(), before_.tags.end());
-        for (const Assignment& wish : wishes_) {
-            if (wish.key == positionField) tags["BWF:TimeReference"] = SamplesOf(wish.value);
-            for (const std::string& key : SchemeKeysOf(wish.key))
-                if (key != positionField) tags[key] = wish.value;
-        }
-        std::erase_if(tags, [](const auto& pair) { return pair.second.empty(); });
-        return {tags.begin(), tags.end()};
+        const bool isInPlace = planned.answer == updatedInPlace;
+        if (isLossless && isInPlace && planned.tags == before_.tags)
+            return Result(Fate::unchanged, planned.tags);
+        return Result(isInPlace ? Fate::updatedInPlace : Fate::rewritten, planned.tags);
     }
 
     const Module& module_;
@@ -333,6 +256,7 @@ class Edit {
     Look before_{};
     std::vector<ChunkMark> chunks_;          // before
     std::vector<std::string> chunkChanges_;  // none before the file is read back
+    std::vector<std::string> rebuilt_;       // schemes
 };
 
 }  // namespace

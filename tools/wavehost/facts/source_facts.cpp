@@ -15,10 +15,6 @@ namespace {
 constexpr intptr_t firstTextBytes = 64 * 1024;
 constexpr intptr_t largestTextBytes = 1 << 30;
 
-void* Number(intptr_t value) {
-    return reinterpret_cast<void*>(value);
-}
-
 // A text that the source copies into a buffer, cut to fit: asked again with more room until it is whole.
 template <typename Ask>
 std::string WholeText(const Ask& ask) {
@@ -28,6 +24,15 @@ std::string WholeText(const Ask& ask) {
         text.resize(std::strlen(text.c_str()));
         if (static_cast<intptr_t>(text.size()) + 1 < bytes || bytes >= largestTextBytes) return text;
     }
+}
+
+Metadata EntriesOf(PCM_source& source, ExtendedCode call) {
+    Metadata metadata;
+    const char* key = nullptr;
+    const char* value = nullptr;
+    for (intptr_t i = 0; source.ExtendedCall(call, Number(i), &key, &value) == 1; ++i)
+        metadata.emplace_back(key ? key : "", value ? value : "");
+    return metadata;
 }
 
 }  // namespace
@@ -60,12 +65,11 @@ std::string ValueOf(PCM_source& source, const std::string& key) {
 }
 
 Metadata MetadataOf(PCM_source& source) {
-    Metadata metadata;
-    const char* key = nullptr;
-    const char* value = nullptr;
-    for (intptr_t i = 0; source.ExtendedCall(callEntryByIndex, Number(i), &key, &value) == 1; ++i)
-        metadata.emplace_back(key ? key : "", value ? value : "");
-    return metadata;
+    return EntriesOf(source, callEntryByIndex);
+}
+
+Metadata PlannedMetadataOf(PCM_source& source) {
+    return EntriesOf(source, callPlannedEntry);
 }
 
 std::vector<MarkerFact> MarkersOf(PCM_source& source) {

@@ -49,9 +49,16 @@ HostPtr<PCM_source> CreateSource(const Module& module, const std::string& file);
 // An online source. Throws Failure with the reason.
 HostPtr<PCM_source> OpenSource(const Module& module, const std::string& file);
 
+// A number as the extended calls take it.
+inline void* Number(intptr_t value) {
+    return reinterpret_cast<void*>(value);
+}
+
 // Empty when the source has no value for the key. A common field ("TITLE") or a scheme key ("INFO:INAM").
 std::string ValueOf(PCM_source& source, const std::string& key);
 Metadata MetadataOf(PCM_source& source);
+// What the source's last request to write, for the answer alone, would make of it.
+Metadata PlannedMetadataOf(PCM_source& source);
 std::vector<MarkerFact> MarkersOf(PCM_source& source);
 std::vector<SliceFact> SlicesOf(PCM_source& source);
 // The source of one slice; null when there is no such slice.
