@@ -129,6 +129,10 @@ TEST(EditFaults, AFileThatIsNotOpenYetDoesNotGetTheTagsOfAnother) {
     const auto other = folder.Write("other.wav", bare);
     source->ChangeFile(other.c_str());
     EXPECT_EQ(RequestWrite(*source, folder.Path("target.wav"), {"TITLE=x"}, mergeTags), 0);
+    const DocumentRecord record{"IXML", "<BWFXML><NOTE>of the first</NOTE></BWFXML>", 42};
+    EXPECT_EQ(source->ExtendedCall(callWriteDocument, folder.Path("target.wav").data(),
+                                   const_cast<DocumentRecord*>(&record), Number(0)),
+              0);
     EXPECT_EQ(ReadWholeFile(other), bare);
 }
 
