@@ -7,7 +7,7 @@ nothing anybody can observe stand, with the reason, in scripts/mutation/equivale
 
 Usage: mutate.py TREE_FOLDER [--sample N] [--seed N] [--jobs N] [FOLDER_OR_FILE ...]   (below src/; all by default)
 """
-import argparse, collections, os, random, re, shutil, subprocess, sys, time
+import argparse, collections, json, os, random, re, shutil, subprocess, sys, time
 from concurrent.futures import ThreadPoolExecutor
 import clang.cindex as ci
 from clang.cindex import CursorKind as Kind, TypeKind
@@ -178,15 +178,17 @@ def build(tree, files, dropped):
 
 
 def reached_by(tree, log):
-    if os.path.exists(log):
-        os.remove(log)
-    run([os.path.join(tree, 'build/vantor_tests'), '--gtest_brief=1', '--gtest_filter=-' + SKIPPED_TESTS],
-        cwd=os.path.join(tree, 'build'), env={**os.environ, 'VANTOR_REACHED': log})
-    tests = collections.defaultdict(list)  # mutant: (milliseconds, test)
+    binary = os.path.join(tree, 'build/vantor_tests')
+    if not os.path.exists(log) or os.path.getmtime(log) < os.path.getmtime(binary):
+        if os.path.exists(log):
+            os.remove(log)
+        run([binary, '--gtest_brief=1', '--gtest_filter=-' + SKIPPED_TESTS], cwd=os.path.join(tree, 'build'),
+            env={**os.environ, 'VANTOR_REACHED': log})
+    tests = collections.defaultdict(list)  # mutant: (milliseconds, mutants that the test reaches, test)
     for line in open(log):
         name, milliseconds, *ids = line.split()
         for mutant in ids:
-            tests[int(mutant)].append((int(milliseconds), name))
+            tests[int(mutant)].append((int(milliseconds), len(ids), name))
     return tests
 
 
@@ -194,7 +196,7 @@ def passes(tree, mutant, tests):
     limit = 10 + 4 * sum(t[0] for t in tests) / 1000
     try:
         result = run([os.path.join(tree, 'build/vantor_tests'), '--gtest_brief=1', '--gtest_fail_fast',
-                      '--gtest_filter=' + ':'.join(t[1] for t in tests)], timeout=limit,
+                      '--gtest_filter=' + ':'.join(t[2] for t in tests)], timeout=limit,
                      cwd=os.path.join(tree, 'build'), env={**os.environ, 'VANTOR_MUTANT': str(mutant)})
         return result.returncode == 0
     except subprocess.TimeoutExpired:
@@ -202,10 +204,11 @@ def passes(tree, mutant, tests):
 
 
 def survives(tree, mutant, tests):
-    """The quick tests first: they notice most."""
-    quick = [t for t in tests if t[0] <= 50]
-    slow = [t for t in tests if t[0] > 50]
-    lives = all(passes(tree, mutant['id'], group) for group in (quick, slow) if group)
+    """The quick tests that look at little else first: they notice most."""
+    tests = sorted(tests, key=lambda t: 20 * t[0] + t[1])
+    quick = sum(t[0] <= 50 for t in tests)
+    groups = tests[:8], tests[8:40], tests[40:max(40, quick)], tests[max(40, quick):]
+    lives = all(passes(tree, mutant['id'], group) for group in groups if group)
     if lives:
         print('lives:', described(mutant, tests), file=sys.stderr, flush=True)
     return lives
@@ -258,8 +261,11 @@ def main():
                       '-DCMAKE_CXX_FLAGS=-O1 -w -Wno-error'])
     if configured.returncode:
         sys.exit(configured.stdout)
-    dropped = set()
+    known = os.path.join(tree, 'dropped.json')  # from the last time
+    before = {tuple(m) for m in json.load(open(known))} if os.path.exists(known) else set()
+    dropped = {m['id'] for m in mutants if (m['file'], m['line'], m['text'], m['what']) in before}
     build(tree, files, dropped)
+    json.dump([[m['file'], m['line'], m['text'], m['what']] for m in mutants if m['id'] in dropped], open(known, 'w'))
     print(f'{len(dropped)} do not compile', file=sys.stderr)
     tests = reached_by(tree, os.path.join(tree, 'reached'))
 

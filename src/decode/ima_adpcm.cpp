@@ -42,8 +42,8 @@ constexpr auto transitions = [] {
         for (int32_t code = 0; code < 16; ++code) {
             const int32_t next =
                 std::clamp(index + indexChanges[static_cast<size_t>(code & 7)], 0, lastIndex);
-            table[static_cast<size_t>(index * 16 + code)] = {Change(steps[static_cast<size_t>(index)], code),
-                                                             static_cast<uint32_t>(next * 16)};
+            table[static_cast<size_t>(index) * 16 + static_cast<size_t>(code)] = {
+                Change(steps[static_cast<size_t>(index)], code), static_cast<uint32_t>(next * 16)};
         }
     return table;
 }();

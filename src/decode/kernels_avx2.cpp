@@ -49,8 +49,8 @@ constexpr ByteOrder OrderOf(const Integer& stored, int place) {
     for (int i = 0; i < 4 * stored.bytes; ++i) {
         const int sample = i / stored.bytes, rank = i % stored.bytes;
         const int byte = stored.isBigEndian ? stored.bytes - 1 - rank : rank;
-        order[static_cast<size_t>(8 * sample + 6 - stored.bytes + rank)] =
-            static_cast<int8_t>(place + sample * stored.bytes + byte);
+        const int to = 8 * sample + 6 - stored.bytes + rank;
+        order[static_cast<size_t>(to)] = static_cast<int8_t>(place + sample * stored.bytes + byte);
     }
     return order;
 }

@@ -38,7 +38,8 @@ NumberedField SplitField(std::string_view key) {
 std::string CommentBase(std::string base) {
     constexpr std::string_view comment = "ID3:COMM:";
     const bool isPlain = base.starts_with(comment) && base.size() == comment.size() + 3;
-    return isPlain ? std::string(id3CommentKey) : base;
+    if (isPlain) return std::string(id3CommentKey);
+    return base;
 }
 
 std::string BaseOf(std::string_view key) {

@@ -68,8 +68,9 @@ int Folded(char c) {
 
 bool WideFileName(const std::string& name, std::u16string& wide) {
     auto text = WideText(name);
-    wide = std::move(text).value_or(std::u16string());
+    wide.clear();
     if (!text) return false;
+    wide = std::move(*text);
     if (wide.size() >= longNameUnits) PrefixLongName(wide);
     return true;
 }

@@ -27,7 +27,7 @@ void* PCM_source_wav_metadata::DeletingDestructor(unsigned flags) {
     } else {
         this->~PCM_source_wav_metadata();
     }
-    return this;
+    return this;  // NOLINT(clang-analyzer-cplusplus.NewDelete): the address alone, as compilers' own do
 }
 
 intptr_t PCM_source_wav_metadata::ExtendedCall(int32_t code, void* a, void* b, void* c) {

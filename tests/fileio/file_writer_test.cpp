@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
 #include <random>
 
 #include "host/host_services.h"
+#include "tests/support/failing_allocation.h"
 #include "tests/support/scripted_file_system.h"
 #include "tests/support/temp_file.h"
 
@@ -114,6 +116,50 @@ TEST_F(WriteFile, DoesNotLoseALateFailure) {
     EXPECT_EQ(writer.Seek(0), 1);
     EXPECT_FALSE(writer.Flush(true));
     EXPECT_EQ(reportedFailures, std::vector{0xF9FAB541u});
+}
+
+// A sector around new bytes is the file's own: without it, or behind a write that failed, nothing is taken.
+TEST_F(WriteFile, TakesNothingIntoASectorThatCannotBeRead) {
+    const std::vector<uint8_t> sector = [&] {
+        std::vector<uint8_t> written(4096);
+        std::fill_n(written.begin(), 100, uint8_t{0x5A});
+        return written;
+    }();
+    for (const bool isLate : {false, true}) {
+        files.Reset();
+        FileWriter writer(name.c_str(), {.mode = 3});
+        EXPECT_EQ(writer.Write(bytes.data(), 100), 100);
+        if (isLate) files.FailAt(Operation::write, 0, Fault::diskFull);
+        files.HoldRequests(isLate);
+        EXPECT_TRUE(writer.Flush(!isLate));
+        if (!isLate) files.FailAt(Operation::read, 0, Fault::failure);
+        EXPECT_EQ(writer.Write("abc", 3), 0);
+        EXPECT_EQ(writer.Tell(), 100);
+        EXPECT_EQ(writer.Write("abc", 3), 0) << "for good";
+        const size_t writes = files.Writes().size();
+        EXPECT_FALSE(writer.Flush(true));
+        EXPECT_EQ(files.Writes().size(), writes);
+        if (!isLate) {
+            EXPECT_EQ(ReadWholeFile(name), sector);
+        }
+    }
+}
+
+TEST_F(WriteFile, TellsThatItHadNoMemory) {
+    for (const int32_t mode : {1, 3})
+        for (int allowed = 0;; ++allowed) {
+            const FailingAllocation failing(allowed);
+            try {
+                FileWriter writer(name.c_str(), {.mode = mode, .minBlocks = 1, .maxBlocks = 1});
+                const int32_t taken = writer.Write(bytes.data(), 30000);
+                if (writer.Flush(true)) {
+                    ASSERT_EQ(taken, 30000) << mode << " " << allowed;
+                    ASSERT_GE(ReadWholeFile(name).size(), 30000u);
+                }
+                if (!failing.HasFailed()) break;
+            } catch (const std::bad_alloc&) {
+            }
+        }
 }
 
 TEST_F(WriteFile, ModesChooseTheOpenFlags) {

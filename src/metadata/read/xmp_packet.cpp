@@ -115,7 +115,7 @@ XmpValue ReadXmpValue(const XmpNode& property) {
 }
 
 std::string XmpTimestamp(const XmpNode& property) {
-    const std::string value = property.Field("value").text;
+    std::string value = property.Field("value").text;
     const std::string scale = property.Field("scale").text;
     if (value.empty()) return ReadXmpValue(property).text;
     if (scale.empty() || scale == "1/1000") return value;
