@@ -60,7 +60,7 @@ enum ExtendedCode : int32_t {
     // A scheme whose chunks the last callWriteMetadata of this source with writeLossless built anew from
     // their keys, because the old ones could not be patched. a: index from 0; b: out const char*, the scheme.
     // Answers 1; 0 behind the last one.
-    callRebuiltScheme = 0x1001A,
+    callRebuiltScheme = 0x1001a,
     // Tempo of a loop. a: out double, beats a minute from 2.0 to 960.0, 0 when unknown; b: out double, the
     // second beat count divided by 1,000,000. Either may be null. Answers 1; 0 for files without loop
     // information and for slices.

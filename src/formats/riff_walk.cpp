@@ -14,6 +14,7 @@
 #include "formats/markers.h"
 #include "formats/riff_data_size.h"
 #include "formats/slice_points.h"
+#include "metadata/acid_layout.h"
 #include "metadata/read/read_metadata.h"
 
 namespace vantor {
@@ -60,29 +61,25 @@ WalkStatus ReadFact(RiffWalk& riff, const Chunk&) {
     return walkGoesOn;
 }
 
-// | offset | width | field                                                                            |
-// |      0 |     4 | flags: 1 one-shot, 2 root note set, 8 tempo valid, 16 beats of the other kind    |
-// |      4 |     2 | root note, low byte                                                              |
-// |     12 |     4 | beats                                                                            |
-// |     16 |     2 | meter denominator                                                                |
-// |     18 |     2 | meter numerator                                                                  |
-// |     20 |     4 | tempo, float                                                                     |
 void TakeAcid(const uint8_t* body, uint64_t bodyBytes, AudioFormat& format) {
-    const uint8_t flags = body[0];
-    if (flags & 1) return;
+    const auto flags = body[acid::flagsOffset];
+    if (flags & acid::flagOneShot) return;
     format.loopKind = 1;
-    if (flags & 2) {
+    if (flags & acid::flagRootNote) {
         format.hasRootNote = 1;
-        format.rootNoteOffset = body[4] - 60;
+        format.rootNoteOffset = body[acid::rootNoteOffset] - acid::middleC;
     }
-    (flags & 16 ? format.beatCountAlt : format.beatCount) = ReadLittle<int32_t>(body + 12);
+    (flags & acid::flagNoBeatCount ? format.beatCountAlt : format.beatCount) =
+        ReadLittle<int32_t>(body + acid::beatCountOffset);
     // A tempo is believed in 4/4 loops only.
-    if ((flags & 8) && bodyBytes >= 24 && ReadLe16(body + 16) == 4 && ReadLe16(body + 18) == 4)
-        format.tempo = ReadLeFloat(body + 20);
+    const bool isFourFour = ReadLe16(body + acid::meterDenominatorOffset) == 4 &&
+                            ReadLe16(body + acid::meterNumeratorOffset) == 4;
+    if ((flags & acid::flagTempo) && bodyBytes >= acid::bodyBytes && isFourFour)
+        format.tempo = ReadLeFloat(body + acid::tempoOffset);
 }
 
 WalkStatus ReadAcidLoop(RiffWalk& riff, const Chunk& chunk) {
-    uint8_t body[24] = {};
+    uint8_t body[acid::bodyBytes] = {};
     const uint64_t bodyBytes = std::min<uint64_t>(chunk.bodyBytes, sizeof body);
     if (!riff.walk.reader.ReadExactly(body, static_cast<int64_t>(bodyBytes)))
         return "Error reading WAV acid chunk";
@@ -137,7 +134,7 @@ WalkStatus ReadList(RiffWalk& riff, const Chunk& chunk) {
 constexpr ChunkHandler<RiffWalk> handlers[] = {
     {"fmt ", smallestFmtBody, ReadFormat},
     {"fact", 4, ReadFact},
-    {"acid", 16, ReadAcidLoop},
+    {"acid", acid::leastBytes, ReadAcidLoop},
     {"strc", 60, ReadSlices},
     {"bext", smallestBroadcast,
      [](RiffWalk& riff, const Chunk& chunk) { return ReadBroadcast(riff.walk, chunk); }},

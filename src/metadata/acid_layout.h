@@ -35,6 +35,8 @@ inline constexpr size_t tempoOffset = 20;
     return beats >= 2.0 && beats <= 960.0;
 }
 
+inline constexpr uint32_t mostBeats = 1023;  // of a loop that has a count of them
+
 inline constexpr int middleC = 60;  // the MIDI note that pitch classes are counted from
 
 }  // namespace vantor::acid

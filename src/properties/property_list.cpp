@@ -67,10 +67,7 @@ const std::string& ColumnText(const PropertyRow& row, PropertyColumn column) {
 }
 
 std::string CellText(std::string_view text) {
-    size_t end = std::min(text.size(), mostCellBytes);
-    while (end > 0 && end < text.size() && IsContinuationByte(text[end]))
-        --end;
-    std::string cell(text.substr(0, end));
+    std::string cell(CutAtCharacter(text, mostCellBytes));
     std::ranges::replace_if(
         cell, [](char c) { return static_cast<uint8_t>(c) < 0x20 || c == 0x7F; }, ' ');
     return cell;

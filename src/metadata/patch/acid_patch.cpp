@@ -29,9 +29,6 @@ Patched WholeBody(std::span<const uint8_t> stored) {
     return body;
 }
 
-// The longest loop that readers take for one.
-constexpr uint64_t mostBeats = 1023;
-
 }  // namespace
 
 ChunkBody BlankAcid() {
@@ -56,7 +53,7 @@ Patched PatchAcid(const PatchInput& input) {
     }
     if (const auto* beats = input.change.Get("ACID:BEATS")) {
         const uint64_t count = UnsignedDecimal(*beats);
-        if (!beats->empty() && (count == 0 || count > mostBeats)) return whole;
+        if (!beats->empty() && (count == 0 || count > acid::mostBeats)) return whole;
         if (count > 0) SetFlag(body, acid::flagNoBeatCount, false);
         WriteLe32(&body[acid::beatCountOffset], static_cast<uint32_t>(count));
     }

@@ -23,7 +23,7 @@ bool ReadAcid(std::span<const uint8_t> chunk, MetadataStore& store) {
     const auto tempo = ReadLeFloat(&chunk[acid::tempoOffset]);
     if ((flags & acid::flagTempo) && tempo > 2 && tempo < 960) store.Set("ACID:BPM", FixedText(tempo, 6));
     const auto beats = ReadLe32(&chunk[acid::beatCountOffset]);
-    if (!(flags & acid::flagNoBeatCount) && beats >= 1 && beats <= 1023)
+    if (!(flags & acid::flagNoBeatCount) && beats >= 1 && beats <= acid::mostBeats)
         store.Set("ACID:BEATS", std::to_string(beats));
     return true;
 }
