@@ -1,5 +1,6 @@
 // A batch of edits that is stopped at any moment.
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,7 +8,6 @@
 #include <chrono>
 #include <csignal>
 #include <random>
-#include <sstream>
 #include <thread>
 
 #include "tests/support/tree.h"
@@ -17,8 +17,10 @@ namespace vantor::test {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::AnyOf;
+using ::testing::EndsWith;
 
-constexpr int fileCount = 1000;
+constexpr int fileCount = 40;
 constexpr struct {
     int signal, status;
 } signals[] = {{SIGINT, 130}, {SIGKILL, 128 + SIGKILL}, {SIGTERM, 143}};
@@ -73,27 +75,18 @@ class WavehostBatch : public Wavehost {
     static int FilesIn(const std::string& path) {
         return static_cast<int>(std::distance(fs::directory_iterator(path), {}));
     }
-    // A line a file.
-    [[nodiscard]] std::string Tags() const {
-        return RunWavehost({"meta", "export", takes, "--keys", "ARTIST,IXML:SCENE"}).out;
-    }
-    void ExpectOldOrNew(const std::string& oldTags, const std::string& newTags) const {
-        std::istringstream now(Tags()), old(oldTags), wanted(newTags);
-        for (std::string line, was, will; std::getline(old, was) && std::getline(wanted, will);) {
-            ASSERT_TRUE(std::getline(now, line)) << "after " << was;
-            EXPECT_TRUE(line == was || line == will) << line;
-        }
-    }
-    // The files that the batch had come to; so many may be on their way.
+    // The files that the batch had come to; so many may be on their way, with the tags of one side or the
+    // other.
     int CountNew(const std::vector<Bytes>& finished, int mostBetween) const {
         int changed = 0;
         for (int i = 0; i < fileCount; ++i) {
             const Bytes found = ReadWholeFile(Name(i));
             const bool isNew = found == finished[static_cast<size_t>(i)];
             changed += isNew;
-            if (!isNew && found != Original(i)) {
-                EXPECT_GE(--mostBetween, 0) << Name(i) << " is torn";
-            }
+            if (isNew || found == Original(i)) continue;
+            EXPECT_GE(--mostBetween, 0) << Name(i) << " is torn";
+            EXPECT_THAT(RunWavehost({"meta", "export", Name(i), "--keys", "ARTIST,IXML:SCENE"}).out,
+                        AnyOf(EndsWith(",Old artist,\r\n"), EndsWith(",New artist,1\r\n")));
         }
         return changed;
     }
@@ -107,22 +100,24 @@ class WavehostBatch : public Wavehost {
 };
 
 // Killed, the batch may leave one file between old and new. For who reads it it is one of them.
-TEST_F(WavehostBatch, AThousandFilesAreOldOrNewWhateverTheMoment) {
+TEST_F(WavehostBatch, EveryFileIsOldOrNewWhateverTheMoment) {
     WriteAll();
-    const std::string oldHashes = RunWavehost({"hash", takes}).out, oldTags = Tags();
+    const std::string oldHashes = RunWavehost({"hash", takes}).out;
     const auto started = std::chrono::steady_clock::now();
     ASSERT_EQ(StatusOf(Start()), 0);
     const auto whole = std::chrono::steady_clock::now() - started;
     std::vector<Bytes> finished;
     for (int i = 0; i < fileCount; ++i)
         finished.push_back(ReadWholeFile(Name(i)));
-    const std::string newTags = Tags();
 
-    constexpr int moments = 3;
-    std::mt19937 random(14);
+    constexpr int moments = 12 * std::size(signals);
+    const unsigned seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
     std::uniform_real_distribution<double> fractions(0.02, 0.98);
     int between = 0;
     for (int moment = 0; moment < moments; ++moment) {
+        SCOPED_TRACE("moment " + std::to_string(moment));
         WriteAll();
         const auto [signal, status] = signals[moment % std::size(signals)];
         const pid_t child = Start();
@@ -132,15 +127,14 @@ TEST_F(WavehostBatch, AThousandFilesAreOldOrNewWhateverTheMoment) {
         const bool isKilled = signal == SIGKILL;
         const int changed = CountNew(finished, isKilled ? 1 : 0);
         // Before the program has taken over the signal the system's way of ending it stands.
-        EXPECT_TRUE(ended == status || (ended == 0 && changed == fileCount)) << ended << " at " << moment;
+        EXPECT_TRUE(ended == status || (ended == 0 && changed == fileCount)) << ended;
         between += changed > 0 && changed < fileCount;
-        ExpectOldOrNew(oldTags, newTags);
-        EXPECT_TRUE(isKilled || FilesIn(takes) == fileCount) << "at " << moment;
+        EXPECT_TRUE(isKilled || FilesIn(takes) == fileCount);
         ASSERT_EQ(StatusOf(Start()), 0);
-        EXPECT_EQ(Tags(), newTags);
-        EXPECT_EQ(FilesIn(takes), fileCount) << "at " << moment;
-        EXPECT_EQ(RunWavehost({"hash", takes}).out, oldHashes);
+        EXPECT_EQ(CountNew(finished, 0), fileCount);
+        EXPECT_EQ(FilesIn(takes), fileCount);
     }
+    EXPECT_EQ(RunWavehost({"hash", takes}).out, oldHashes);
     EXPECT_GT(between, 0) << "no moment lay within the batch";
 }
 
