@@ -60,6 +60,17 @@ TEST(Check, HasNothingToSayOfSoundFiles) {
         EXPECT_EQ(Names(FindingsOf(file.bytes)), "") << file.name;
 }
 
+// What is left behind the sound is sound that a size hides when it can be: a frame at least.
+TEST(Check, TakesLessThanAFrameForNoSound) {
+    const Bytes file = WaveFile(pcmFmt);
+    const auto frameBytes = pcmFmt[12];  // block alignment
+    for (size_t more = 1; more <= frameBytes; ++more) {
+        const auto found = Names(FindingsOf(ByteWriter().Add(file).Add(Bytes(more, 'x'))));
+        EXPECT_EQ(found.starts_with("hidden-sound "), more == frameBytes) << found;
+        EXPECT_EQ(found == "trailing-bytes ", more < frameBytes) << found;
+    }
+}
+
 TEST(Check, TellsLineAndColumnOfWhatTheXmlParserRefuses) {
     const Bytes ixml = ByteWriter().Text("<?xml version=\"1.0\"?>\n<BWFXML>\n  <SCENE>1</SCEN>\n</BWFXML>");
     const auto findings = FindingsOf(WaveFile(pcmFmt, ByteWriter().Chunk("iXML", ixml)));

@@ -121,6 +121,12 @@ void SearchEnd(const Survey& survey, FileReader& reader, int64_t from, ChunkProb
         sound.isCertain = AgreesWithCount(survey, reader, sound);
 }
 
+// What is left behind the sound is too short to hold any.
+bool IsLessThanAFrame(const Survey& survey, int64_t paddedEnd) {
+    const int64_t unit = survey.FrameBytes() > 0 ? survey.FrameBytes() : survey.format.blockAlign;
+    return survey.formatAccepted && paddedEnd <= survey.fileBytes && survey.fileBytes - paddedEnd < unit;
+}
+
 }  // namespace
 
 Sound LocateSound(const Survey& survey, const Chunk& chunk, FileReader& reader, ChunkProbe& probe) {
@@ -142,6 +148,10 @@ Sound LocateSound(const Survey& survey, const Chunk& chunk, FileReader& reader, 
         sound.end = std::max(chunk.bodyStart + claims[i], sound.start);
         const bool isInDs64 = survey.ds64 && i == 1;
         sound.claim = i == 0 ? SoundClaim::fits : isInDs64 ? SoundClaim::elsewhere : SoundClaim::wrapped;
+        return sound;
+    }
+    if (IsLessThanAFrame(survey, Padded(chunk.bodyStart, claims.front(), *survey.rules))) {
+        sound.end = std::max(sound.claimedEnd, sound.start);
         return sound;
     }
     sound.claim = sound.claimedEnd > survey.fileBytes ? SoundClaim::tooLong : SoundClaim::tooShort;
