@@ -16,7 +16,7 @@ const char* const moduleFileName = "vantor_wave.dll";
 
 namespace {
 
-constexpr std::wstring_view longPrefix = L"\\\\?\\", longShare = L"\\\\?\\UNC\\";
+constexpr std::wstring_view longPrefix = L"\\\\?\\", longShare = L"\\\\?\\UNC\\", devicePrefix = L"\\\\.\\";
 // Names shorter than this are passed as they are: with what a temporary file beside them adds, and the twelve
 // characters that folders may have fewer than files, they stay below 260.
 constexpr size_t shortNames = 215;
@@ -46,7 +46,7 @@ fs::path AbsolutePath(const fs::path& path) {
     if (name.empty() || name.starts_with(longPrefix)) return path;
     std::wstring full(GetFullPathNameW(name.c_str(), 0, nullptr, nullptr), L'\0');
     full.resize(GetFullPathNameW(name.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
-    if (full.size() < shortNames) return full;
+    if (full.size() < shortNames || full.starts_with(devicePrefix)) return full;
     const bool share = full.starts_with(L"\\\\");
     return share ? std::wstring(longShare) + full.substr(2) : std::wstring(longPrefix) + full;
 }
