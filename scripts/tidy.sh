@@ -1,13 +1,36 @@
 #!/usr/bin/env bash
 # Runs clang-tidy (.clang-tidy says which checks) over src/ and tools/, or over the files given, and clang's analysis of
 # what each lock guards. Usage: scripts/tidy.sh [FILE...]
+#   --seconds N          clang-tidy alone, over the files that were changed last, until so long has passed
+#   --includes [FILE...] instead: what is included and not used, and the other way round (include-what-you-use)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/setup.sh
 vantor_setup tidy
-
 cmake --preset tidy >/dev/null
-cmake --build --preset tidy
-files=("$@")
-[ ${#files[@]} -gt 0 ] || mapfile -t files < <(git ls-files 'src/*.cpp' 'tools/*.cpp' | grep -v '_windows\.cpp$\|_sinc\.cpp$')
-printf '%s\n' "${files[@]}" | xargs -P "$(nproc)" -n 4 clang-tidy -p build/tidy --quiet
+
+files() {  # of the files named, those that this system compiles; a header stands for the file it belongs to
+    sed 's/\.h$/.cpp/' | awk '!seen[$0]++' | grep '\.cpp$' | grep -v '_windows\.cpp$\|_sinc\.cpp$' |
+        while read -r file; do [ ! -f "$file" ] || echo "$file"; done
+}
+
+tidy() {
+    xargs -P "$(nproc)" -n "$1" bash -c '
+        [ "$(date +%s)" -lt "$0" ] || exit 0
+        printf "%s\n" "$@"
+        clang-tidy -p build/tidy --quiet "$@" 2> >(grep -v "warnings generated" >&2)' "${2:-9999999999}"
+}
+
+case "${1:-}" in
+    --seconds)
+        git log --format= --name-only -- src tools | files | tidy 1 $(($(date +%s) + $2))
+        ;;
+    --includes)
+        shift
+        printf '%s\n' "${@:-$(git ls-files src tools)}" | files | scripts/includes.sh
+        ;;
+    *)
+        cmake --build --preset tidy
+        printf '%s\n' "${@:-$(git ls-files src tools)}" | files | tidy 4
+        ;;
+esac

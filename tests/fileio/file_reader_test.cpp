@@ -5,10 +5,12 @@
 #include <climits>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <random>
 #include <set>
 
 #include "host/host_services.h"
+#include "tests/support/failing_allocation.h"
 #include "tests/support/scripted_file_system.h"
 #include "tests/support/temp_file.h"
 
@@ -197,14 +199,18 @@ TEST_F(ReadFile, AnErrorStaysInReadAheadAlone) {
     EXPECT_EQ(Deliver(window, 100), 0);
     EXPECT_TRUE(window.HasFailed());
     files.ServeFromCache(false);
-    FileReader ring(name, {.mode = 2, .blockBytes = 8192, .blockCount = 2});
-    files.FailAt(Operation::read, 1, Fault::failure);
-    EXPECT_EQ(Deliver(ring, 100), 100);
-    EXPECT_EQ(Deliver(ring, 20000), 8092);  // what is buffered
-    EXPECT_EQ(Deliver(ring, 100), 0);
-    ASSERT_TRUE(ring.Seek(50000));
-    EXPECT_EQ(Deliver(ring, 100), 0);
-    EXPECT_TRUE(ring.HasFailed());
+    for (const bool isLate : {false, true}) {
+        files.HoldRequests(isLate);
+        FileReader ring(name, {.mode = 2, .blockBytes = 8192, .blockCount = 2});
+        files.FailAt(Operation::read, 1, Fault::failure);
+        EXPECT_EQ(Deliver(ring, 100), 100);
+        EXPECT_EQ(Deliver(ring, 20000), 8092);  // what is buffered
+        EXPECT_EQ(Deliver(ring, 100), 0);
+        ASSERT_TRUE(ring.Seek(50000));
+        EXPECT_EQ(Deliver(ring, 100), 0);
+        EXPECT_TRUE(ring.HasFailed());
+    }
+    files.HoldRequests(false);
     for (const int32_t mode : {-1, 0}) {
         FileReader staged(name, {.mode = mode, .blockBytes = 8192});
         files.FailAt(Operation::read, 1, Fault::failure);
@@ -267,6 +273,41 @@ TEST_F(ReadFile, IsHeldInMemoryWhenSmall) {
     FileReader empty(folder.Write("empty", {}), {}, 0, 1);
     EXPECT_TRUE(empty.IsOpen());
     EXPECT_EQ(Deliver(empty, 1), 0);
+}
+
+TEST_F(ReadFile, IsReadPieceByPieceWhenItCannotBeHeldInMemory) {
+    const auto name = Write(50000);
+    files.FailAt(Operation::read, 0, Fault::partial);
+    FileReader reader(name, {.mode = 0, .blockBytes = 8192}, 50001, 50001);
+    EXPECT_EQ(Deliver(reader, 60000), 50000);
+    EXPECT_FALSE(reader.HasFailed());
+}
+
+// Reads end early at most, with the right bytes, however few buffers can be had.
+TEST_F(ReadFile, WithoutMemoryEndsTheRead) {
+    const auto name = Write(50000);
+    for (const int32_t mode : {-1, 0, 1, 2})
+        for (const bool cached : {false, true}) {
+            files.ServeFromCache(cached);
+            bool hasFailed = true;
+            for (int allowed = 0; hasFailed; ++allowed) {
+                std::vector<uint8_t> scratch(50000);
+                int64_t delivered = 0;
+                const FailingAllocation failing(allowed);
+                try {
+                    FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 2}, 50001,
+                                      mode == 0 ? 50001 : 0);
+                    const int64_t start = reader.Read(scratch.data(), 100);
+                    const uint8_t* got = nullptr;
+                    const int64_t borrowed = reader.Borrow(&got, 20000, scratch);
+                    ASSERT_TRUE(borrowed == 0 || std::equal(got, got + borrowed, bytes.begin() + start));
+                    delivered = start + borrowed;
+                } catch (const std::bad_alloc&) {
+                }
+                hasFailed = failing.HasFailed();
+                ASSERT_TRUE(hasFailed || delivered == 20100) << mode;
+            }
+        }
 }
 
 TEST_F(ReadFile, ClosedOrBeyondItsEndsDeliversNothing) {

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <new>
 #include <set>
 
 #include "source/source_entry.h"
+#include "source/wav_metadata_source.h"
 #include "tests/source/source_support.h"
 #include "tests/support/failing_allocation.h"
 
@@ -33,6 +37,28 @@ TEST_F(LifeCycle, NewObjectAnswersWithoutAFile) {
     EXPECT_EQ(source->PlacementPosition(), -1.0);
     EXPECT_TRUE(ReadInts(*source.Get(), 0, 4).empty());
     EXPECT_EQ(source->ExtendedCall(0x90007, nullptr, nullptr, nullptr), 1);
+}
+
+// A host that keeps objects in memory of its own.
+template <typename Source>
+void DestroyInPlace(const std::function<Source*(void*)>& make) {
+    alignas(Source) std::array<std::byte, sizeof(Source)> memory;
+    Source* const source = make(memory.data());
+    EXPECT_EQ(source->DeletingDestructor(0), source);
+}
+
+TEST_F(LifeCycle, AnObjectIsDestroyedWithoutItsMemory) {
+    const auto path = Write("in place.wav");
+    DestroyInPlace<PCM_source_wavefile>([&](void* memory) {
+        auto* const source = new (memory) PCM_source_wavefile;
+        source->Open(path.c_str(), purposePlayback);
+        EXPECT_NE(FindState(path.c_str(), purposePlayback), nullptr);
+        return source;
+    });
+    EXPECT_EQ(FindState(path.c_str(), purposePlayback), nullptr);
+    // What it does not give back, the leak checker finds.
+    DestroyInPlace<PCM_source_wav_metadata>(
+        [&](void* memory) { return new (memory) PCM_source_wav_metadata(path.c_str()); });
 }
 
 TEST_F(LifeCycle, BitDepthPrefersValidBitsAndShowsAdpcmAs16) {

@@ -127,7 +127,7 @@ std::string Refusal(const Document& document) {
     const bool isRead = ReadMetadataChunk(document.bytes, document.kind, store, 0);
     if (isRead && document.kind != "AXML") return "";
     if (isXml) {
-        const std::string fault = XmlFault(TextOf(document.bytes));
+        std::string fault = XmlFault(TextOf(document.bytes));
         if (!fault.empty() || isRead) return fault;
     }
     const auto* demand = std::ranges::find(demands, document.kind, &Demand::kind);
@@ -230,7 +230,7 @@ std::string EncodingFault(const Document& document) {
     const View body(document.bytes);
     if (document.kind == "BWF") {
         constexpr TextField fields[] = {bext::description, bext::originator, bext::originatorReference};
-        if (const auto field = FaultIn(body, fields); !field.empty()) return field;
+        if (auto field = FaultIn(body, fields); !field.empty()) return field;
         const View history = body.subspan(std::min(body.size(), bext::bodyBytes));
         return IsValidUtf8(UpToNul(history)) ? "" : "the coding history";
     }

@@ -38,7 +38,7 @@ constexpr DatedKey datedKeys[] = {
 void CheckDates(Examination& e) {
     for (const DatedKey& dated : datedKeys) {
         const std::string_view text = e.survey.format.metadata.Value(dated.key);
-        if (text.find_first_not_of(" ") == text.npos || dated.isRight(Trimmed(text))) continue;
+        if (text.find_first_not_of(' ') == text.npos || dated.isRight(Trimmed(text))) continue;
         e.Add({FindingId::dateForm, "", 0,
                std::string(dated.key) + " \"" + Utf8OrLatin1(text) + "\" is not " + dated.form});
     }

@@ -14,7 +14,7 @@
 #include "wavehost/commands/commands.h"
 #include "wavehost/files/file_list.h"
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming): the parser's own
 class App;
 }
 

@@ -56,6 +56,7 @@ int Verify(Session& session, const std::string& list) {
     if (ForFile(list, [&] { return status = ReadList(list, content, lines); }) != exitDone && lines.empty())
         return exitFailed;
     std::vector<ListedFile> files;
+    files.reserve(lines.size());
     for (const HashLine& line : lines)
         files.push_back({line.name, ""});
     Results results(ResultForm::text);

@@ -49,6 +49,7 @@ int Import(Session& session, const MetaImportOptions& options, const std::string
     if (!options.ways.force) CheckColumns(table);
     CheckFiles(table);
     std::vector<ListedFile> files;
+    files.reserve(table.size());
     for (const TagRow& row : table)
         files.push_back({row.file, ""});
     size_t next = 0;

@@ -134,8 +134,8 @@ int CarryTags(Session& session, PCM_source& source, const RenderOptions& options
     EditWays ways;
     ways.trustsValues = true;
     const EditResult result = EditTags(
-        ModuleOf(session), TextOf(writer.WrittenTo()), [&](PCM_source&, const Metadata&) { return wishes; },
-        ways);
+        ModuleOf(session), TextOf(writer.WrittenTo()),
+        [&](PCM_source&, const Metadata&) { return Assignments(wishes); }, ways);
     for (const std::string& shortfall : result.told.shortfalls)
         ReportFailure(options.file, shortfall);
     return result.told.shortfalls.empty() ? exitDone : exitFailed;
