@@ -96,6 +96,16 @@ TEST(TagEdits, WhatComesAboutInAnotherFormIsNoFailure) {
                 ElementsAre("ID3:COMM was not removed"));
 }
 
+TEST(TagEdits, ADateOfThreeFramesIsOneDate) {
+    const Metadata before = {{"ID3:TYER", "2020"}};
+    const Metadata after = {{"ID3:TDAT", "0403"}, {"ID3:TIME", "1011"}, {"ID3:TYER", "2021"}};
+    for (const std::string key : {"DATE", "ID3:TDRC"}) {
+        const auto told = Compare({{key, "2021-03-04T10:11"}}, before, after, 48000, false);
+        EXPECT_THAT(told.besides, IsEmpty());
+        EXPECT_THAT(told.shortfalls, IsEmpty());
+    }
+}
+
 TEST(TagEdits, APositionIsToldAlikeEverywhere) {
     constexpr uint64_t samples = (uint64_t{1} << 32) + 48000;
     const Metadata tags = {{"ID3:TXXX:TIME_REFERENCE", "1"},

@@ -1,6 +1,7 @@
 #include "wavehost/edits/tag_values.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <set>
 
@@ -26,9 +27,15 @@ std::string Letters(std::string_view key) {
     return letters;
 }
 
+// Before its version 2.4 a tag has three frames for a date.
+constexpr const char* dateKey = "ID3:TDRC";
+constexpr std::array dateParts = {"ID3:TYER", "ID3:TDAT", "ID3:TIME"};
+
 // The key under which a value was stored in place of the one that was asked for: "IXML:USER:My_Field" for
 // "IXML:USER:My Field", "ID3:COMM" for "ID3:COMM:eng". Empty when there is none.
 std::string RenamedKey(const Assignment& wish, const Metadata& after) {
+    const auto* year = dateParts.front();
+    if (wish.key == dateKey && ValueUnder(after, year) == wish.value.substr(0, 4)) return year;
     const std::string wanted = Letters(wish.key);
     const auto found = std::ranges::find_if(after, [&](const auto& pair) {
         const std::string letters = Letters(pair.first);
@@ -50,8 +57,9 @@ class Comparing {
         : before_(before), after_(after), sampleRate_(sampleRate) {}
 
     void Answer(const Assignment& wish) {
-        for (const std::string& key : SchemeKeysOf(wish.key))
-            named_.insert(key);
+        const auto keys = SchemeKeysOf(wish.key);
+        named_.insert(keys.begin(), keys.end());
+        if (std::ranges::find(keys, dateKey) != keys.end()) named_.insert(dateParts.begin(), dateParts.end());
         if (wish.key == positionField)
             named_.insert({timeReferenceKey, "ID3:TXXX:TIME_REFERENCE", "XMP:dm/relativeTimestamp",
                            "IXML:BEXT:BWF_TIME_REFERENCE_HIGH", "IXML:BEXT:BWF_TIME_REFERENCE_LOW"});
