@@ -11,21 +11,7 @@ namespace vantor {
 namespace {
 
 constexpr size_t longNameUnits = 256;
-constexpr size_t scannedBytes = 256;
-
-// Continuation bytes that a lead byte asks for; -1 when it leads nothing.
-int FollowingBytes(uint8_t lead) {
-    if (lead < 0xC2 || lead > 0xF4) return -1;
-    return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-}
-
-// What looks like a character of several bytes, whatever its value.
-bool HasSequenceAt(const std::string& name, size_t start) {
-    const int following = FollowingBytes(static_cast<uint8_t>(name[start]));
-    if (following < 0 || name.size() - start <= static_cast<size_t>(following)) return false;
-    const auto first = name.begin() + static_cast<std::ptrdiff_t>(start) + 1;
-    return std::all_of(first, first + following, IsContinuationByte);
-}
+constexpr size_t longNameBytes = 256;
 
 // Lifts the system's limit on long names, for names of the two forms that it knows. Behind the prefix the
 // system no longer takes "/" for "\".
@@ -68,7 +54,6 @@ int Folded(char c) {
 
 bool WideFileName(const std::string& name, std::u16string& wide) {
     auto text = WideText(name);
-    wide.clear();
     if (!text) return false;
     wide = std::move(*text);
     if (wide.size() >= longNameUnits) PrefixLongName(wide);
@@ -76,11 +61,7 @@ bool WideFileName(const std::string& name, std::u16string& wide) {
 }
 
 bool WantsWideForm(const std::string& name) {
-    if (name.size() >= scannedBytes) return true;
-    if (IsAscii(name)) return false;
-    for (size_t i = 0; i < name.size(); ++i)
-        if (HasSequenceAt(name, i)) return true;
-    return false;
+    return name.size() >= longNameBytes || !IsAscii(name);
 }
 
 std::unique_ptr<platform::File> OpenFile(const std::string& name, const platform::OpenOptions& options) {

@@ -13,8 +13,8 @@ namespace vantor {
 // `name` is not valid UTF-8.
 [[nodiscard]] bool WideFileName(const std::string& name, std::u16string& wide);
 
-// True when a reader asks for the wide form: some byte of the first 256 belongs to a well-formed multi-byte
-// sequence, or the name has 256 bytes or more.
+// True when a reader asks for the wide form, where there is one: the name is not ASCII, or has 256 bytes or
+// more.
 [[nodiscard]] bool WantsWideForm(const std::string& name);
 
 // Opens the file by its wide form, else by the narrow one, as those ask who do not read. Null when it cannot

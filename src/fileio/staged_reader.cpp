@@ -75,7 +75,7 @@ int64_t StagedReader::RefillBytes() {
 void StagedReader::MoveTo(int64_t position) {
     const int64_t stagedStart = state_.position - consumed_;
     state_.position = position;
-    if (buffer_ && position >= stagedStart && position - stagedStart <= staged_) {
+    if (position >= stagedStart && position - stagedStart <= staged_) {
         consumed_ = position - stagedStart;
     } else {
         Discard();

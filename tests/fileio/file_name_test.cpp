@@ -22,6 +22,8 @@ TEST(FileName, LongNamesGetThePrefixOfTheirForm) {
     EXPECT_EQ(Wide("C:/b" + a), u"C:/b" + wideA);  // 255 units
     EXPECT_EQ(Wide("C:/bc" + a), u"\\\\?\\C:\\bc" + wideA);
     EXPECT_EQ(Wide("\\\\s/c" + a), u"\\\\?\\UNC\\s\\c" + wideA);
+    EXPECT_EQ(Wide("/:" + a + "bcd"), u"\\\\?\\\\:" + wideA + u"bcd");
+    EXPECT_EQ(Wide("\\\\/c" + a + "b"), u"\\\\?\\UNC\\\\c" + wideA + u"b");
     EXPECT_EQ(Wide("//s/c" + a), u"//s/c" + wideA);
     EXPECT_EQ(Wide("/home" + a), u"/home" + wideA);
     EXPECT_EQ(Wide("C:/" + std::string(2000, 'x')), u"\\\\?\\C:\\" + std::u16string(2000, u'x'));
@@ -40,6 +42,12 @@ TEST(FileName, ComparesWithoutRegardToCase) {
     EXPECT_LT(CompareFileNames("a", "B"), 0);
     EXPECT_GT(CompareFileNames("ab", "A"), 0);
     EXPECT_LT(CompareFileNames("z", "\xC3"), 0);
+    EXPECT_EQ(CompareFileNames("Z", "z"), 0);
+    EXPECT_GT(CompareFileNames("b:/takes/one", "A:/takes/one"), 0) << "within the first eight bytes";
+    EXPECT_LT(CompareFileNames("a:/takes/one", "a:/takes/two"), 0);
+    const std::string_view whole = "abz";
+    EXPECT_LT(CompareFileNames(whole.substr(0, 2), whole), 0);
+    EXPECT_GT(CompareFileNames(whole, whole.substr(0, 2)), 0);
     EXPECT_EQ(HashOfFileName("C:/Takes/A 12.wav"), HashOfFileName("c:/takes/a 12.WAV"));
     EXPECT_NE(HashOfFileName("C:/Takes/A 12.wav"), HashOfFileName("C:/Takes/A 13.wav"));
 }
@@ -71,6 +79,11 @@ TEST(FileName, FormsAreTriedInOrder) {
     }
     EXPECT_FALSE(FileWriter((folder + "a").c_str(), {}).IsOpen());
     EXPECT_EQ(formsTried(), "wide narrow ");
+    for (const auto& [name, form] :
+         {std::pair{"a\x7F", "narrow"}, {"latin\xE4", "narrow"}, {"\xC3\xA4", "wide"}}) {
+        EXPECT_FALSE(RemoveFile(folder + name));
+        EXPECT_EQ(files.RemovedBy(), form) << name;
+    }
 }
 
 TEST(FileName, EveryNameReachesItsFile) {

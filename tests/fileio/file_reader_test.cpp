@@ -67,7 +67,9 @@ TEST_F(ReadFile, DeliversItsBytes) {
             const int64_t count = upTo(upTo(1) == 0 ? 200 : 100000);
             const int64_t expected = std::min(count, size - reader.Tell());
             ASSERT_EQ(Deliver(reader, count, upTo(1) == 0), expected);
+            ASSERT_EQ(reader.Remaining(), size - reader.Tell());
         }
+        EXPECT_FALSE(reader.HasMissedBytes() || reader.HasFailed());
         if (!files.Opens()[0].options.unbuffered || round % 5 < 2) continue;
         for (const auto& read : files.Reads())
             ASSERT_EQ(read.offset % 8192 + read.count % 8192, 0);
@@ -102,7 +104,25 @@ TEST_F(ReadFile, GrowsWhenItIsWriteShared) {
         std::ofstream(name, std::ios::binary | std::ios::app).write("\1\2\3", 3);
         EXPECT_EQ(reader.Size(), 13);  // read-ahead learns the new size here
         EXPECT_EQ(Deliver(reader, 100), 3) << mode;
+        // Every way to ask finds what has come since.
+        const auto grow = [&] {
+            bytes.push_back(static_cast<uint8_t>(bytes.size()));
+            std::ofstream(name, std::ios::binary | std::ios::app)
+                .write(reinterpret_cast<char*>(&bytes.back()), 1);
+        };
+        grow();
+        EXPECT_EQ(Deliver(reader, 100), 1) << mode;
+        grow();
+        EXPECT_EQ(Deliver(reader, 100, true), 1) << mode;
+        grow();
+        EXPECT_TRUE(reader.Seek(16));
+        EXPECT_EQ(reader.Tell(), 16);
+        grow();
+        EXPECT_EQ(reader.SizeNow(), 17);
+        EXPECT_EQ(reader.Remaining(), 1);
     }
+    files.FailAt(Operation::open, 0, Fault::sharingViolation, true);
+    EXPECT_FALSE(FileReader(folder.Path("file.bin"), {}).IsWriteShared()) << "not open";
 }
 
 TEST_F(ReadFile, FirstReadsAreShortenedInTurn) {
@@ -126,6 +146,8 @@ TEST_F(ReadFile, IsAskedForWhatIsNeeded) {
         std::vector<int64_t> requests;                   // of 8192 bytes, from where
     } cases[] = {
         {0, 1, {{0, 100}, {8000, 100}, {4999, 100}, {8193, 100}}, {0, 8193}},  // a seek in what is there
+        {0, 1, {{9000, 100}, {9050, 100}, {9000, 100}, {17192, 1}}, {9000, 17192}},
+        {0, 1, {{9000, 100}, {8999, 100}}, {9000, 8999}},
         // Read-ahead starts at the sector or at the position.
         {1, 2, {{10000, 100}}, {8192, 16384}},
         {2, 2, {{10000, 100}}, {10000, 18192}},
@@ -134,21 +156,22 @@ TEST_F(ReadFile, IsAskedForWhatIsNeeded) {
         {2, 3, {{0, 8192}, {8192, 1}}, {0, 8192, 16384, 24576}},
         {2, 2, {{0, 30000}, {30000, 1}}, {0, 8192, 16384, 24576}},  // every byte is asked for once
     };
-    for (const auto& c : cases) {
-        files.Reset();
-        files.HoldRequests(true);
-        FileReader reader(name, {.mode = c.mode, .blockBytes = 8192, .blockCount = c.blockCount});
-        for (const auto& [position, count] : c.reads) {
-            ASSERT_TRUE(reader.Seek(position));
-            EXPECT_EQ(Deliver(reader, count), std::min(count, 30000 - position));
+    for (const bool isBorrowed : {false, true})
+        for (const auto& c : cases) {
+            files.Reset();
+            files.HoldRequests(true);
+            FileReader reader(name, {.mode = c.mode, .blockBytes = 8192, .blockCount = c.blockCount});
+            for (const auto& [position, count] : c.reads) {
+                ASSERT_TRUE(reader.Seek(position));
+                EXPECT_EQ(Deliver(reader, count, isBorrowed), std::min(count, 30000 - position));
+            }
+            std::vector<int64_t> requests;
+            for (const auto& read : files.Reads()) {
+                requests.push_back(read.offset);
+                EXPECT_EQ(read.count, 8192u);
+            }
+            EXPECT_EQ(requests, c.requests) << "case " << &c - cases;
         }
-        std::vector<int64_t> requests;
-        for (const auto& read : files.Reads()) {
-            requests.push_back(read.offset);
-            EXPECT_EQ(read.count, 8192u);
-        }
-        EXPECT_EQ(requests, c.requests) << "case " << &c - cases;
-    }
 }
 
 // Little after a jump, more and more while reading goes on in order; what is there is not asked for again.
@@ -170,6 +193,73 @@ TEST_F(ReadFile, IsAskedForLittleWhereTheSystemHasACache) {
     ASSERT_TRUE(reader.Seek(1000) && reader.Seek(2000));
     EXPECT_EQ(Deliver(reader, 100), 100);
     EXPECT_EQ(files.Reads().back(), (RequestRecord{2000, 4096}));
+}
+
+// What each of some reads, or loans, asks a cached file for.
+TEST_F(ReadFile, WindowsGrowInSteps) {
+    const auto name = Write(300000);
+    files.ServeFromCache(true);
+    using Requests = std::vector<RequestRecord>;
+    const struct {
+        std::vector<std::pair<int64_t, int64_t>> reads;  // from where, how many bytes
+        bool isBorrowed;
+        Requests requests;
+    } cases[] = {
+        {{{0, 1}, {1, 4095}, {4096, 1}, {4097, 8191}, {12288, 1}, {12289, 16383}},
+         false,
+         {{0, 4096}, {4096, 8192}, {12288, 16384}}},
+        {{{100, 16384}}, false, {{100, 16384}}},
+        {{{100, 16383}}, false, {{100, 4096}, {4196, 8192}, {12388, 16384}}},
+        {{{0, 600}, {600, 600}, {1200, 600}, {1800, 600}, {2400, 600}, {3000, 600}}, true, {{0, 3600}}},
+        {{{0, 100000}}, true, {{0, 100000}}},
+        {{{0, 65536}}, true, {{0, 65536}}},
+        {{{0, 100}, {100, 10000}}, true, {{0, 4000}, {4000, 6100}}},
+        {{{50, 100}, {50, 100}, {49, 100}}, false, {{50, 4096}, {49, 4096}}},
+        {{{50, 100}, {4100, 46}, {4146, 1}}, false, {{50, 4096}, {4146, 8192}}},
+        {{{299999, 1}}, false, {{299999, 1}}},
+    };
+    for (const auto& c : cases) {
+        files.Reset();
+        files.ServeFromCache(true);
+        FileReader reader(name, {.mode = 1, .blockBytes = 8192, .blockCount = 2});
+        for (const auto& [position, count] : c.reads) {
+            ASSERT_TRUE(reader.Seek(position));
+            ASSERT_EQ(Deliver(reader, count, c.isBorrowed), count);
+        }
+        EXPECT_EQ(files.Reads(), c.requests) << &c - cases;
+        EXPECT_EQ(files.OrdersExpected(), 0);
+    }
+    // Whole windows come due at different times; the system is told once.
+    std::set<uint32_t> wholeWindows;
+    for (int stream = 0; stream < 16; ++stream) {
+        files.Reset();
+        files.ServeFromCache(true);
+        FileReader reader(name, {.mode = 1, .blockBytes = 8192, .blockCount = 2});
+        for (int i = 0; i < 1000; ++i)
+            ASSERT_EQ(Deliver(reader, 200), 200);
+        wholeWindows.insert(files.Reads()[4].count);
+        EXPECT_EQ(files.OrdersExpected(), 1);
+        EXPECT_EQ(Deliver(reader, 33000, true), 33000);
+        EXPECT_LE(files.Reads().back().offset + files.Reads().back().count, 200000 + 65536);
+    }
+    EXPECT_EQ(wholeWindows.size(), 16u);
+    EXPECT_EQ(*wholeWindows.rbegin(), 65536u);
+}
+
+TEST_F(ReadFile, GivesBuffersBack) {
+    const auto name = Write(50000);
+    for (const int32_t mode : {-1, 0, 1, 2})
+        for (const bool cached : {false, true}) {
+            files.ServeFromCache(cached);
+            FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 1});
+            for (int round = 0; round < 2; ++round) {
+                uint8_t bytes[100];
+                const size_t before = BytesAllocated();
+                EXPECT_EQ(reader.Read(bytes, 100), 100);
+                EXPECT_GE(BytesAllocated() - before, 8192u) << mode;
+                reader.ReleaseBuffers();
+            }
+        }
 }
 
 TEST_F(ReadFile, ThatBecomesShorterEndsTheRead) {
@@ -219,6 +309,11 @@ TEST_F(ReadFile, AnErrorStaysInReadAheadAlone) {
         files.FailAt(Operation::seek, 0, Fault::failure);
         ASSERT_TRUE(staged.Seek(65536));
         EXPECT_EQ(Deliver(staged, 20000), 20000);
+        files.FailAt(Operation::seek, 0, Fault::failure, true);
+        ASSERT_TRUE(staged.Seek(0));
+        EXPECT_EQ(Deliver(staged, 100), 0);
+        files.Reset();
+        EXPECT_EQ(Deliver(staged, 100), 100);
     }
     FileReader direct(name, {.mode = 0, .blockBytes = 0});
     files.FailAt(Operation::seek, 0, Fault::failure, true);
@@ -253,23 +348,32 @@ TEST_F(ReadFile, IsBorrowedFromTheBuffersWhereItCan) {
         const uint8_t *first = nullptr, *second = nullptr, *third = nullptr;
         ASSERT_EQ(reader.Borrow(&first, 1000, scratch) + reader.Borrow(&second, 7000, scratch), 8000);
         EXPECT_EQ(second, first + 1000);
+        ASSERT_EQ(reader.Borrow(&third, 192, scratch), 192);
+        EXPECT_EQ(third, second + 7000);
         EXPECT_TRUE(scratch.empty());
-        ASSERT_EQ(reader.Borrow(&third, INT64_MAX, scratch), 92000);  // beyond the block
+        ASSERT_EQ(reader.Borrow(&third, INT64_MAX, scratch), 91808);  // beyond the block
         EXPECT_EQ(third, scratch.data());
     }
 }
 
 TEST_F(ReadFile, IsHeldInMemoryWhenSmall) {
     const auto name = Write(50000);
-    for (const auto& [mapThreshold, reads] : {std::pair{0u, 0}, {50001u, 1}}) {
+    for (const auto& [mapThreshold, reads] : {std::pair{0u, 0}, {50000u, 0}, {50001u, 1}}) {
         files.Reset();
         FileReader reader(name, {.mode = 0, .blockBytes = 8192}, mapThreshold, 50001);
         for (const int64_t position : {0, 40000, 0}) {
             ASSERT_TRUE(reader.Seek(position));
-            EXPECT_EQ(Deliver(reader, 60000, position > 0), 50000 - position);
+            EXPECT_EQ(Deliver(reader, 60000, true), 50000 - position);
+            ASSERT_TRUE(reader.Seek(position));
+            EXPECT_EQ(Deliver(reader, 60000), 50000 - position);
         }
+        EXPECT_EQ(reader.Read(nullptr, -5), 0);
         EXPECT_EQ(files.Count(Operation::read), reads);
     }
+    files.Reset();
+    FileReader larger(name, {.mode = 0, .blockBytes = 8192}, 0, 50000);
+    EXPECT_EQ(Deliver(larger, 100), 100);
+    EXPECT_EQ(files.Count(Operation::read), 1) << "not below the limit";
     FileReader empty(folder.Write("empty", {}), {}, 0, 1);
     EXPECT_TRUE(empty.IsOpen());
     EXPECT_EQ(Deliver(empty, 1), 0);
@@ -313,7 +417,10 @@ TEST_F(ReadFile, WithoutMemoryEndsTheRead) {
 TEST_F(ReadFile, ClosedOrBeyondItsEndsDeliversNothing) {
     FileReader closed(folder.Path("missing"), {});
     EXPECT_FALSE(closed.Seek(0));
-    EXPECT_EQ(closed.Size() + closed.Remaining() + Deliver(closed, 5, true), 0);
+    EXPECT_EQ(closed.Size() + closed.SizeNow() + closed.Remaining(), 0);
+    EXPECT_EQ(Deliver(closed, 5, true) + Deliver(closed, 5), 0);
+    EXPECT_FALSE(closed.IsWriteShared());
+    closed.ReleaseBuffers();
     FileReader reader(Write(10), {});
     EXPECT_EQ(reader.Read(nullptr, 0) + reader.Read(nullptr, -5), 0);
     for (const auto& [position, reached] : {std::pair{INT64_MAX, 10}, std::pair{int64_t{-1}, 0}}) {
@@ -332,8 +439,9 @@ TEST(PreferredReadParameters, TheHostMayOverwriteThem) {
     };
     const auto peaks = PreferredReadParameters(1);
     EXPECT_EQ(std::tuple(peaks.mode, peaks.blockCount, peaks.blockBytes), std::tuple(-1, 5, 65537));
-    EXPECT_EQ(PreferredReadParameters(0).blockBytes, 262144);
-    EXPECT_EQ(PreferredReadParameters(-1).blockBytes, 1024);
+    const auto playing = PreferredReadParameters(0), glance = PreferredReadParameters(-1);
+    EXPECT_EQ(std::tuple(playing.mode, playing.blockCount, playing.blockBytes), std::tuple(1, 3, 262144));
+    EXPECT_EQ(std::tuple(glance.mode, glance.blockCount, glance.blockBytes), std::tuple(2, 1, 1024));
     Services() = services;
 }
 

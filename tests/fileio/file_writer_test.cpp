@@ -162,6 +162,48 @@ TEST_F(WriteFile, TellsThatItHadNoMemory) {
         }
 }
 
+// Synchronous writing hands over what it gets, overlapped writing gathers blocks.
+TEST_F(WriteFile, BlocksAreOfTheSizeAskedFor) {
+    const struct {
+        int32_t mode, blockBytes, count;
+        std::vector<uint32_t> requests;
+    } cases[] = {
+        {0, 4, 10, {10}},
+        {0, 4, 0, {}},
+        {0, 4, -1, {}},
+        {1, 4, 10, {4, 4}},
+        {1, 1, 2, {1, 1}},
+        {1, 0, 16384, {8192, 8192}},
+        {1, 4, -1, {}},
+        {3, 1, 8192, {4096, 4096}},
+        {3, 4096, 8192, {4096, 4096}},
+        {3, 4097, 8192, {8192}},
+    };
+    for (const auto& c : cases) {
+        files.Reset();
+        FileWriter writer(name.c_str(), {.mode = c.mode, .blockBytes = c.blockBytes});
+        EXPECT_EQ(writer.Write(bytes.data(), c.count), std::max(c.count, 0));
+        std::vector<uint32_t> requests;
+        for (const auto& write : files.Writes())
+            requests.push_back(write.count);
+        EXPECT_EQ(requests, c.requests) << &c - cases;
+    }
+}
+
+TEST_F(WriteFile, ReachesTheDiskWhenAskedTo) {
+    for (const int32_t mode : {0, 1}) {
+        files.Reset();
+        FileWriter writer(name.c_str(), {.mode = mode});
+        EXPECT_EQ(writer.Write("abc", 3), 3);
+        EXPECT_TRUE(writer.FlushToDisk());
+        EXPECT_EQ(files.Count(Operation::flush), 1);
+        files.FailAt(Operation::flush, 0, Fault::failure);
+        EXPECT_FALSE(writer.FlushToDisk()) << mode;
+        files.FailAt(Operation::cut, 0, Fault::failure);
+        EXPECT_FALSE(writer.CutAtPosition()) << mode;
+    }
+}
+
 TEST_F(WriteFile, ModesChooseTheOpenFlags) {
     using platform::Access;
     using platform::Creation;
@@ -185,6 +227,7 @@ TEST_F(WriteFile, ModesChooseTheOpenFlags) {
 }
 
 TEST_F(WriteFile, FailsQuietlyWhenClosed) {
+    EXPECT_FALSE(FileWriter(folder.Path("no folder/x").c_str(), {.mode = 1}).IsOpen());
     FileWriter writer(nullptr, {});
     EXPECT_EQ(writer.Write("x", 1) + writer.Size(), 0);
     EXPECT_EQ(writer.Seek(0), 1);

@@ -1,5 +1,7 @@
 #include "tests/support/plain_file.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -14,6 +16,7 @@ using platform::WriteResult;
 namespace {
 
 struct PlainRequest final : Request {
+    ~PlainRequest() override { EXPECT_FALSE(isPending) << "let go on its way"; }
     RequestResult result;
     bool isPending = false;
     std::vector<uint8_t> bytesRead;
@@ -46,6 +49,7 @@ std::unique_ptr<Request> PlainFile::NewRequest() {
 
 RequestResult PlainFile::StartRead(Request& request, int64_t offset, void* buffer, uint32_t count) {
     auto& read = static_cast<PlainRequest&>(request);
+    EXPECT_FALSE(read.isPending) << "still on its way";
     read.bytesRead.resize(count);
     read.buffer = static_cast<uint8_t*>(buffer);
     const int64_t got = ReadAt(offset, read.bytesRead.data(), count);
@@ -58,6 +62,7 @@ RequestResult PlainFile::StartRead(Request& request, int64_t offset, void* buffe
 
 RequestResult PlainFile::StartWrite(Request& request, int64_t offset, const void* buffer, uint32_t count) {
     auto& write = static_cast<PlainRequest&>(request);
+    EXPECT_FALSE(write.isPending) << "still on its way";
     const auto written = WriteAt(offset, buffer, count);
     write.result = {.state = written.error == WriteError::none ? RequestState::done : RequestState::failed,
                     .bytes = written.bytes,
@@ -76,7 +81,9 @@ RequestResult PlainFile::Finish(Request& request, bool wait) {
 }
 
 void PlainFile::Abandon(Request& request) {
-    static_cast<PlainRequest&>(request) = {};
+    auto& started = static_cast<PlainRequest&>(request);
+    started.bytesRead.clear();
+    started.isPending = false;
 }
 
 }  // namespace vantor::test

@@ -28,6 +28,9 @@ class ScriptedFile final : public PlainFile {
         return !system_.Begin(Operation::flush);  // a test waits for no disk
     }
     [[nodiscard]] bool IsBeingWritten() override { return inner_->IsBeingWritten(); }
+    void ExpectOrder() override {
+        system_.Set(system_.script_.ordersExpected, system_.Get(system_.script_.ordersExpected) + 1);
+    }
     [[nodiscard]] bool SetPosition(int64_t position) override {
         if (unbuffered_ && position % 4096 != 0) return false;  // as on Windows
         return !system_.Begin(Operation::seek) && PlainFile::SetPosition(position);
@@ -124,10 +127,12 @@ OpenResult ScriptedFileSystem::OpenNarrow(const std::string& name, const OpenOpt
 }
 
 bool ScriptedFileSystem::RemoveWide(const std::u16string& name) {
+    Set(script_.removedBy, "wide");
     return !Begin(Operation::remove) && platform::SystemFileSystem().RemoveWide(name);
 }
 
 bool ScriptedFileSystem::RemoveNarrow(const std::string& name) {
+    Set(script_.removedBy, "narrow");
     return !Begin(Operation::remove) && platform::SystemFileSystem().RemoveNarrow(name);
 }
 

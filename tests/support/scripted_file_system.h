@@ -92,6 +92,10 @@ class ScriptedFileSystem final : public platform::FileSystem {
     [[nodiscard]] int64_t Count(Operation operation) const {
         return Get(script_.counts[static_cast<size_t>(operation)]);
     }
+    // "wide" or "narrow": how the last file was asked to be removed.
+    [[nodiscard]] std::string RemovedBy() const { return Get(script_.removedBy); }
+    // How often the system was told that a file is read in order.
+    [[nodiscard]] int OrdersExpected() const { return Get(script_.ordersExpected); }
     [[nodiscard]] int64_t BytesWritten() const { return Get(script_.bytesWritten); }
 
     [[nodiscard]] platform::OpenResult OpenWide(const std::u16string& name,
@@ -117,6 +121,8 @@ class ScriptedFileSystem final : public platform::FileSystem {
         std::vector<OpenRecord> opens;
         std::vector<RequestRecord> reads, writes;
         int64_t bytesWritten = 0;
+        std::string removedBy;
+        int ordersExpected = 0;
         bool holdsRequests = false;
         bool servesFromCache = false;
         std::function<void()> beforeEach;
