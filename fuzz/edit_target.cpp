@@ -2,10 +2,12 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <map>
 #include <string>
 
 #include "fileio/byte_order.h"
 #include "fuzz/world.h"
+#include "metadata/key_table.h"
 #include "source/extended_calls.h"
 
 namespace vantor::fuzz {
@@ -101,6 +103,17 @@ std::vector<MetadataPair> ChosenPairs(Choices& choices) {
     return pairs;
 }
 
+using Entries = std::map<std::string, std::string>;
+
+// Pictures may lie anywhere.
+Entries EntriesOf(PCM_source& source, ExtendedCode call) {
+    Entries entries;
+    const char *key = nullptr, *value = nullptr;
+    for (intptr_t i = 0; source.ExtendedCall(call, reinterpret_cast<void*>(i), &key, &value); ++i)
+        if (!IsPictureKey(key)) entries[key] = value;
+    return entries;
+}
+
 void RequireSameAudio(const Audio& before, const Audio& after) {
     Require(before.lengthFrames == after.lengthFrames, "same length");
     Require(before.channels == after.channels && before.sampleRate == after.sampleRate, "same format");
@@ -121,11 +134,15 @@ void EditMetadata(Input input) {
     const auto pairs = ChosenPairs(choices);
     const Bytes original(input.begin(), input.end());
     Audio before;
-    intptr_t result = 0;
+    Entries planned;
+    intptr_t answer = 0, result = 0;
     {
         OpenedSource source;
         if (!source->IsOnline()) return;
         before = AudioOf(*source);
+        answer = Edit(*source, pairs, flags | writeAnswerAlone);
+        planned = EntriesOf(*source, callPlannedEntry);
+        Require(*world.files.Find(fileName) == original, "asked for the answer alone");
         result = Edit(*source, pairs, flags);
     }
     const bool inPlace = result == 2;
@@ -135,6 +152,7 @@ void EditMetadata(Input input) {
     // An interrupted edit is finished, whatever becomes of the request itself.
     const bool isUnfinished = isMarked("VWEDIT02"sv) || isMarked("VWCLEAN1"sv);
     Require(inPlace || isUnfinished || *world.files.Find(fileName) == original, "the source is left alone");
+    Require(answer == result || isUnfinished, "the answer that was told before");
     if (result == 0) return;
     const Bytes edited = *world.files.Find(inPlace ? fileName : targetName);
     RequireKept(original, edited);
@@ -142,6 +160,9 @@ void EditMetadata(Input input) {
     OpenedSource source;
     Require(source->IsOnline(), "playable as before");
     RequireSameAudio(before, AudioOf(*source));
+    const bool isWellFormed = !KeptChunks(original).empty();
+    Require(!isWellFormed || isUnfinished || planned == EntriesOf(*source, callEntryByIndex),
+            "the tags that were told before");
 }
 
 }  // namespace vantor::fuzz
