@@ -1,8 +1,8 @@
 #include "tests/support/plain_file.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 namespace vantor::test {
@@ -15,8 +15,15 @@ using platform::WriteResult;
 
 namespace {
 
+// Fuzzing stands on these files too, so this is no expectation of a test.
+void Refuse(bool isPending, const char* what) {
+    if (!isPending) return;
+    std::fprintf(stderr, "a request is on its way: %s\n", what);
+    std::abort();
+}
+
 struct PlainRequest final : Request {
-    ~PlainRequest() override { EXPECT_FALSE(isPending) << "let go on its way"; }
+    ~PlainRequest() override { Refuse(isPending, "let go"); }
     RequestResult result;
     bool isPending = false;
     std::vector<uint8_t> bytesRead;
@@ -49,7 +56,7 @@ std::unique_ptr<Request> PlainFile::NewRequest() {
 
 RequestResult PlainFile::StartRead(Request& request, int64_t offset, void* buffer, uint32_t count) {
     auto& read = static_cast<PlainRequest&>(request);
-    EXPECT_FALSE(read.isPending) << "still on its way";
+    Refuse(read.isPending, "started anew");
     read.bytesRead.resize(count);
     read.buffer = static_cast<uint8_t*>(buffer);
     const int64_t got = ReadAt(offset, read.bytesRead.data(), count);
@@ -62,7 +69,7 @@ RequestResult PlainFile::StartRead(Request& request, int64_t offset, void* buffe
 
 RequestResult PlainFile::StartWrite(Request& request, int64_t offset, const void* buffer, uint32_t count) {
     auto& write = static_cast<PlainRequest&>(request);
-    EXPECT_FALSE(write.isPending) << "still on its way";
+    Refuse(write.isPending, "started anew");
     const auto written = WriteAt(offset, buffer, count);
     write.result = {.state = written.error == WriteError::none ? RequestState::done : RequestState::failed,
                     .bytes = written.bytes,
