@@ -6,6 +6,7 @@
 #include "metadata/tag_schemes.h"
 #include "wavehost/care/survey.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/os/fnv_hash.h"
 
 namespace vantor::wavehost {
 
@@ -15,24 +16,15 @@ using Marks = std::vector<ChunkMark>;
 
 constexpr int64_t hashedBytes = int64_t{64} << 20;
 
-constexpr uint64_t noHash = 0xCBF29CE484222325u;
-
-// FNV-1a, of what `hash` is of and the bytes behind it.
-uint64_t HashOf(std::span<const uint8_t> bytes, uint64_t hash = noHash) {
-    for (const uint8_t byte : bytes)
-        hash = (hash ^ byte) * 0x100000001B3u;
-    return hash;
-}
-
 uint64_t HashOf(FileReader& reader, int64_t start, int64_t bytes) {
-    uint64_t hash = noHash;
+    uint64_t hash = fnvStart;
     std::vector<uint8_t> scratch;
     reader.Seek(start);
     for (int64_t left = std::min(bytes, hashedBytes); left > 0;) {
         const uint8_t* piece = nullptr;
         const int64_t count = reader.Borrow(&piece, std::min<int64_t>(left, 1 << 16), scratch);
         if (count < 1) break;
-        hash = HashOf({piece, static_cast<size_t>(count)}, hash);
+        hash = FnvHash(std::span(piece, static_cast<size_t>(count)), hash);
         left -= count;
     }
     return hash;
@@ -50,14 +42,15 @@ std::string SchemeOf(FileReader& reader, const SurveyedChunk& chunk) {
 }
 
 // Those of `left` that have no equal in `right`, one for one.
-Marks Missing(const Marks& left, Marks right) {
+Marks Missing(const Marks& left, const Marks& right) {
+    std::multiset<ChunkMark> others(right.begin(), right.end());
     Marks missing;
     for (const ChunkMark& mark : left) {
-        const auto equal = std::ranges::find(right, mark);
-        if (equal == right.end())
+        const auto equal = others.find(mark);
+        if (equal == others.end())
             missing.push_back(mark);
         else
-            right.erase(equal);
+            others.erase(equal);
     }
     return missing;
 }
@@ -87,7 +80,7 @@ std::vector<ChunkMark> ChunkMarksOf(const std::string& file) try {
 }
 
 ChunkMark MarkOfTags(const std::string& id, const std::string& scheme, std::span<const uint8_t> body) {
-    return {id, scheme, std::ssize(body), HashOf(body.first(std::min<size_t>(body.size(), hashedBytes)))};
+    return {id, scheme, std::ssize(body), FnvHash(body.first(std::min<size_t>(body.size(), hashedBytes)))};
 }
 
 std::vector<ChunkMark> WithTags(const std::vector<ChunkMark>& marks, const std::vector<ChunkMark>& tags) {

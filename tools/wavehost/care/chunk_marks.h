@@ -15,7 +15,7 @@ struct ChunkMark {
     std::string scheme;  // of tags, as their keys begin; empty for all else
     int64_t bytes = 0;
     uint64_t hash = 0;  // of the body's first 64 MiB
-    bool operator==(const ChunkMark&) const = default;
+    auto operator<=>(const ChunkMark&) const = default;
 };
 
 // In file order, without padding and without `ds64`, which counts the file's bytes. None of a file that

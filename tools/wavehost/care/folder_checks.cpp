@@ -1,11 +1,13 @@
 #include "wavehost/care/folder_checks.h"
 
 #include <algorithm>
+#include <span>
 #include <tuple>
 
 #include "wavehost/care/audio_hash.h"
 #include "wavehost/care/position.h"
 #include "wavehost/os/failure.h"
+#include "wavehost/os/fnv_hash.h"
 #include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
@@ -14,21 +16,15 @@ namespace {
 
 constexpr size_t edgeBytes = 4096;
 
-// FNV-1a: it need not resist anybody, equal sounds are compared by a real hash.
-uint64_t Mix(uint64_t hash, const uint8_t* bytes, size_t count) {
-    for (size_t i = 0; i < count; ++i)
-        hash = (hash ^ bytes[i]) * 0x100000001B3;
-    return hash;
-}
-
+// Equal ones are compared by a real hash.
 uint64_t Fingerprint(const Sound& sound, FileReader& reader) {
-    uint64_t hash = 0xCBF29CE484222325;
+    uint64_t hash = fnvStart;
     uint8_t edge[edgeBytes];
     for (const int64_t position :
          {sound.start, std::max(sound.start, sound.end - static_cast<int64_t>(edgeBytes))}) {
         reader.Seek(position);
         const int64_t wanted = std::min<int64_t>(edgeBytes, sound.end - position);
-        hash = Mix(hash, edge, static_cast<size_t>(reader.Read(edge, wanted)));
+        hash = FnvHash(std::span(edge, static_cast<size_t>(reader.Read(edge, wanted))), hash);
     }
     return hash;
 }

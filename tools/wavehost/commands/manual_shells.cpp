@@ -77,6 +77,19 @@ std::string ChoiceCases(const std::vector<const CommandFacts*>& commands) {
     return cases;
 }
 
+// In the loop over the words of the line: which command stands there, and behind it what the option before
+// the cursor takes. bash and zsh differ in how they name that word alone.
+std::string PlaceAndChoices(const std::vector<const CommandFacts*>& commands, const std::string& lastWord) {
+    return "        case \"$word\" in\n        " + PathPattern(commands, "|") +
+           ") place=$word ;;\n"
+           "        esac\n"
+           "    done\n"
+           "    case \"$place|" +
+           lastWord + "\" in\n" + ChoiceCases(commands) +
+           "    esac\n"
+           "    case \"$place\" in\n";
+}
+
 // An item of zsh's _describe.
 std::string Described(const std::string& word, const std::string& help) {
     return Quoted(Replaced(word, ":", "\\:") + ":" + help);
@@ -119,16 +132,8 @@ std::string BashCompletion(const CommandFacts& program) {
         "_wavehost() {\n"
         "    local current=${COMP_WORDS[COMP_CWORD]} place='' choices='' commands='' options='' word i\n"
         "    for ((i = 1; i < COMP_CWORD; i++)); do\n"
-        "        word=\"${place:+$place }${COMP_WORDS[i]}\"\n"
-        "        case \"$word\" in\n        " +
-        PathPattern(commands, "|") +
-        ") place=$word ;;\n"
-        "        esac\n"
-        "    done\n"
-        "    case \"$place|${COMP_WORDS[COMP_CWORD - 1]}\" in\n" +
-        ChoiceCases(commands) +
-        "    esac\n"
-        "    case \"$place\" in\n";
+        "        word=\"${place:+$place }${COMP_WORDS[i]}\"\n" +
+        PlaceAndChoices(commands, "${COMP_WORDS[COMP_CWORD - 1]}");
     for (const CommandFacts* command : commands)
         text += "        " + Quoted(PathBelow(*command)) +
                 ") commands=" + Quoted(Joined(SubcommandNames(*command), " ")) +
@@ -152,16 +157,8 @@ std::string ZshCompletion(const CommandFacts& program) {
         "    local -a commands options\n"
         "    local -i i\n"
         "    for ((i = 2; i < CURRENT; i++)); do\n"
-        "        word=\"${place:+$place }${words[i]}\"\n"
-        "        case \"$word\" in\n        " +
-        PathPattern(commands, "|") +
-        ") place=$word ;;\n"
-        "        esac\n"
-        "    done\n"
-        "    case \"$place|${words[CURRENT-1]}\" in\n" +
-        ChoiceCases(commands) +
-        "    esac\n"
-        "    case \"$place\" in\n";
+        "        word=\"${place:+$place }${words[i]}\"\n" +
+        PlaceAndChoices(commands, "${words[CURRENT-1]}");
     for (const CommandFacts* command : commands)
         text += ZshCase(*command);
     return text +

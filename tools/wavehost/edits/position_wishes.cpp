@@ -6,47 +6,22 @@
 
 #include "wavehost/edits/tag_values.h"
 #include "wavehost/values/numbers.h"
+#include "wavehost/values/position_keys.h"
 
 namespace vantor::wavehost {
 
 namespace {
 
-enum class Form { samples, highHalf, lowHalf, milliseconds };
-
-struct PositionKey {
-    const char* key;
-    Form form;
-};
-
-constexpr PositionKey positionKeys[] = {
-    {"BWF:TimeReference", Form::samples},
-    {"ID3:TXXX:TIME_REFERENCE", Form::samples},
-    {"IXML:BEXT:BWF_TIME_REFERENCE_HIGH", Form::highHalf},
-    {"IXML:BEXT:BWF_TIME_REFERENCE_LOW", Form::lowHalf},
-    {"IXML:BWF:BWF_TIME_REFERENCE_HIGH", Form::highHalf},
-    {"IXML:BWF:BWF_TIME_REFERENCE_LOW", Form::lowHalf},
-    {"IXML:SPEED:TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI", Form::highHalf},
-    {"IXML:SPEED:TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO", Form::lowHalf},
-    {"XMP:dm/relativeTimestamp", Form::milliseconds},
-};
-
-// Low halves with their high ones.
-constexpr std::pair<const char*, const char*> halves[] = {
-    {"IXML:BEXT:BWF_TIME_REFERENCE_LOW", "IXML:BEXT:BWF_TIME_REFERENCE_HIGH"},
-    {"IXML:BWF:BWF_TIME_REFERENCE_LOW", "IXML:BWF:BWF_TIME_REFERENCE_HIGH"},
-    {"IXML:SPEED:TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO", "IXML:SPEED:TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI"},
-};
-
-std::string Text(Form form, uint64_t samples, double sampleRate) {
+std::string Text(PositionForm form, uint64_t samples, double sampleRate) {
     char milliseconds[32];
     switch (form) {
-        case Form::samples:
+        case PositionForm::samples:
             return std::to_string(samples);
-        case Form::highHalf:
+        case PositionForm::highHalf:
             return std::to_string(samples >> 32);
-        case Form::lowHalf:
+        case PositionForm::lowHalf:
             return std::to_string(samples & UINT32_MAX);
-        case Form::milliseconds:
+        case PositionForm::milliseconds:
             // Nine digits, as the field is written elsewhere.
             std::snprintf(milliseconds, sizeof milliseconds, "%09.0f",
                           std::floor(static_cast<double>(samples) * 1000 / sampleRate));
@@ -74,8 +49,9 @@ uint64_t Half(const Assignment* wish) {
 // A timer of `cart`: four characters, and a number of samples.
 bool CountsSamples(std::string_view key) {
     constexpr std::string_view timers = "CART:";
-    return key == "BWF:TimeReference" || key == "ID3:TXXX:TIME_REFERENCE" ||
-           (key.starts_with(timers) && key.size() <= timers.size() + 4 && key != "CART:URL");
+    const auto* known = std::ranges::find(positionKeys, key, &PositionKey::key);
+    const bool isPosition = known != std::end(positionKeys) && known->form == PositionForm::samples;
+    return isPosition || (key.starts_with(timers) && key.size() <= timers.size() + 4 && key != "CART:URL");
 }
 
 }  // namespace
@@ -93,12 +69,13 @@ Assignments AtRate(Assignments wishes, double fromRate, double toRate) {
     for (Assignment& wish : wishes)
         if (const auto samples = UnsignedOf(wish.value); samples && CountsSamples(wish.key))
             wish.value = std::to_string(Scaled(*samples, fromRate, toRate));
-    for (const auto& [lowKey, highKey] : halves) {
-        Assignment* low = Find(wishes, lowKey);
-        Assignment* high = Find(wishes, highKey);
+    for (const PositionKey* key = std::begin(positionKeys); key != std::end(positionKeys); ++key) {
+        if (key->form != PositionForm::lowHalf) continue;
+        Assignment* high = Find(wishes, (key - 1)->key);
+        Assignment* low = Find(wishes, key->key);
         const uint64_t samples = Scaled(Half(high) << 32 | Half(low), fromRate, toRate);
-        if (low) low->value = Text(Form::lowHalf, samples, toRate);
-        if (high) high->value = Text(Form::highHalf, samples, toRate);
+        if (low) low->value = Text(PositionForm::lowHalf, samples, toRate);
+        if (high) high->value = Text(PositionForm::highHalf, samples, toRate);
     }
     return wishes;
 }

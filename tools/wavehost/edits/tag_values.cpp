@@ -9,12 +9,11 @@
 #include "wavehost/tables/tag_table.h"
 #include "wavehost/values/keys.h"
 #include "wavehost/values/numbers.h"
+#include "wavehost/values/position_keys.h"
 
 namespace vantor::wavehost {
 
 namespace {
-
-constexpr const char* timeReferenceKey = "BWF:TimeReference";
 
 std::string Quoted(const std::string& value) {
     return '"' + value + '"';
@@ -61,8 +60,8 @@ class Comparing {
         named_.insert(keys.begin(), keys.end());
         if (std::ranges::find(keys, dateKey) != keys.end()) named_.insert(dateParts.begin(), dateParts.end());
         if (wish.key == positionField)
-            named_.insert({timeReferenceKey, "ID3:TXXX:TIME_REFERENCE", "XMP:dm/relativeTimestamp",
-                           "IXML:BEXT:BWF_TIME_REFERENCE_HIGH", "IXML:BEXT:BWF_TIME_REFERENCE_LOW"});
+            for (const PositionKey& key : positionKeys)
+                named_.insert(key.key);
         KeyChange change{wish.key, ValueIn(before_, wish.key, sampleRate_),
                          ValueIn(after_, wish.key, sampleRate_)};
         const bool canGo = wish.key != positionField;  // no position reads as 0

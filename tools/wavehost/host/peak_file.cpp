@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "wavehost/os/fnv_hash.h"
 #include "wavehost/os/folder.h"
 
 namespace vantor::wavehost {
@@ -41,14 +42,10 @@ bool WriteLevels(std::FILE* stream, const Header& header, std::vector<PeakPair> 
     }
 }
 
-// A name for the cache that two files of the same name do not share: 64-bit FNV-1a of the whole path.
+// A name for the cache that two files of the same name do not share: the hash of the whole path.
 std::string CacheName(const fs::path& audioFile) {
-    const std::string path = TextOf(audioFile);
-    uint64_t hash = 0xCBF29CE484222325;
-    for (const char c : path)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
     char text[17];
-    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
+    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(FnvHash(TextOf(audioFile))));
     return text;
 }
 

@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include "wavehost/os/edit_lock.h"
+#include "wavehost/os/fnv_hash.h"
 #include "wavehost/os/system.h"
 #include "wavehost/os/waiting.h"
 
@@ -22,15 +23,12 @@ std::wstring FinalPath(const fs::path& file) {
     return AbsolutePath(file).wstring();
 }
 
-// Mutex names are short and hold no backslash: the path's hash (FNV-1a) stands for it. Should two paths share
+// Mutex names are short and hold no backslash: the path's hash stands for it. Should two paths share
 // one, their edits wait for each other.
 std::wstring LockName(const fs::path& file) {
     std::wstring path = FinalPath(file);
     CharLowerBuffW(path.data(), static_cast<DWORD>(path.size()));
-    uint64_t hash = 0xCBF29CE484222325;
-    for (const wchar_t unit : path)
-        hash = (hash ^ unit) * 0x100000001B3;
-    return L"Global\\vantor_wave.edit." + std::to_wstring(hash);
+    return L"Global\\vantor_wave.edit." + std::to_wstring(FnvHash(path));
 }
 
 }  // namespace

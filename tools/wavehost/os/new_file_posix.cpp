@@ -5,29 +5,18 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <random>
 #include <utility>
 #include <vector>
 
 #include "wavehost/os/edit_lock.h"
 #include "wavehost/os/new_file.h"
 #include "wavehost/os/system.h"
+#include "wavehost/os/temporary_name.h"
 #include "wavehost/os/waiting.h"
 
 namespace vantor::wavehost {
 
 namespace {
-
-constexpr std::string_view prefix = ".vantor-", suffix = ".tmp";
-constexpr size_t nameLength = prefix.size() + 16 + suffix.size();
-
-// A name that nobody can have laid a link under.
-fs::path TemporaryName() {
-    std::random_device random;
-    char name[40];
-    std::snprintf(name, sizeof name, ".vantor-%08x%08x.tmp", random(), random());
-    return name;
-}
 
 class Descriptor {
   public:
@@ -58,10 +47,6 @@ int OpenNamed(const fs::path& path) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor >= 0) flock(descriptor, LOCK_EX | LOCK_NB);
     return descriptor;
-}
-
-bool IsTemporaryName(const std::string& name) {
-    return name.size() == nameLength && name.starts_with(prefix) && name.ends_with(suffix);
 }
 
 void CopyAttributes(int from, int to) {

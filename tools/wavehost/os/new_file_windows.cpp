@@ -1,33 +1,16 @@
 #include <windows.h>
 
-#include <random>
-
 #include "wavehost/os/edit_lock.h"
 #include "wavehost/os/new_file.h"
 #include "wavehost/os/system.h"
+#include "wavehost/os/temporary_name.h"
 #include "wavehost/os/waiting.h"
 
 namespace vantor::wavehost {
 
 namespace {
 
-constexpr std::wstring_view prefix = L".vantor-", suffix = L".tmp";
-constexpr size_t nameLength = prefix.size() + 16 + suffix.size();
-
-// Begins with its owner's number, by which the next one knows whether it still lives.
-fs::path TemporaryName() {
-    std::random_device random;
-    char name[40];
-    std::snprintf(name, sizeof name, ".vantor-%08x%08x.tmp", static_cast<unsigned>(ProcessNumber()),
-                  random());
-    return name;
-}
-
-bool IsOwnerGone(const std::wstring& name) {
-    const std::wstring number = name.substr(prefix.size(), 8);
-    wchar_t* end = nullptr;
-    const unsigned long owner = std::wcstoul(number.c_str(), &end, 16);
-    if (end != number.c_str() + 8) return false;
+bool HasEnded(uint32_t owner) {
     HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, owner);
     if (!process) return GetLastError() == ERROR_INVALID_PARAMETER;
     const bool hasEnded = WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
@@ -52,10 +35,9 @@ bool HasOtherNames(const fs::path& file) {
 void SweepUp(const fs::path& folder) {
     std::error_code failed;
     for (const auto& entry : fs::directory_iterator(folder, failed)) {
-        const std::wstring name = entry.path().filename().wstring();
-        if (name.size() == nameLength && name.starts_with(prefix) && name.ends_with(suffix) &&
-            IsOwnerGone(name))
-            DeleteFileW(entry.path().c_str());
+        const std::string name = TextOf(entry.path().filename());
+        // It begins with its owner's number.
+        if (IsTemporaryName(name) && HasEnded(OwnerIn(name))) DeleteFileW(entry.path().c_str());
     }
 }
 
