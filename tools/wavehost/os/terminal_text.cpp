@@ -18,6 +18,12 @@ size_t ControlBytes(std::string_view text) {
     return text.size() > 1 && at(0) == c1Lead && at(1) >= 0x80 && at(1) < 0xA0 ? 2 : 0;
 }
 
+bool HoldsControls(std::string_view text) {
+    for (; !text.empty(); text.remove_prefix(1))
+        if (ControlBytes(text) > 0) return true;
+    return false;
+}
+
 }  // namespace
 
 std::string TerminalText(std::string_view text) {
@@ -38,8 +44,9 @@ std::string TerminalLine(std::string_view text) {
 }
 
 bool PutTo(std::FILE* stream, std::string_view text) {
-    const std::string shown = IsTerminal(stream) ? TerminalText(text) : std::string(text);
-    return std::fwrite(shown.data(), 1, shown.size(), stream) == shown.size();
+    std::string shown;
+    if (HoldsControls(text) && IsTerminal(stream)) text = shown = TerminalText(text);
+    return std::fwrite(text.data(), 1, text.size(), stream) == text.size();
 }
 
 void PutAll(std::FILE* stream, std::string_view text) {
