@@ -24,8 +24,8 @@ fs::path PlainPath(const fs::path& path);
 
 // The arguments after the program's name.
 std::vector<std::string> CommandArguments(int argc, char** argv);
-// Makes the console show UTF-8, and lets every byte of standard output through as it is. Streams that are
-// closed stay so: no file takes their place.
+// Makes the console show UTF-8, and lets every byte of standard output and error through as it is. Streams
+// that are closed stay so: no file takes their place.
 void PrepareConsole();
 // Windows that the module opens are drawn at the screen's own resolution, not drawn small and stretched.
 void UseScreenResolution();

@@ -112,6 +112,7 @@ std::vector<std::string> CommandArguments(int, char**) {
 void PrepareConsole() {
     SetConsoleOutputCP(CP_UTF8);
     MakeBinary(stdout);
+    MakeBinary(stderr);
 }
 
 void UseScreenResolution() {
