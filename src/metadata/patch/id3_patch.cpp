@@ -58,7 +58,8 @@ class TagPatch {
 
   private:
     void Visit(const Id3Frame& frame, const Id3Entry& entry, Bytes whole);
-    void Keep(Bytes whole) { out_.insert(out_.end(), whole.begin(), whole.end()); }
+    void Add(Bytes bytes) { out_.insert(out_.end(), bytes.begin(), bytes.end()); }
+    void Keep(Bytes whole);
     void Put(const Id3Frames& frames);
     void PutDocument(const Id3Frame& frame, const Id3Entry& entry, Bytes whole);
     void PutNew();
@@ -71,6 +72,7 @@ class TagPatch {
     Id3EntryWriter writer_;
     MetadataStore own_, change_;
     std::map<std::string, bool, std::less<>> done_;  // keys that a frame of the tag stood for
+    size_t first_ = 0;                               // offset of the frames
     ChunkBody out_;
 };
 
@@ -78,7 +80,18 @@ void TagPatch::Put(const Id3Frames& frames) {
     if (IsUnsynchronised(input_.body))
         AppendUnsynchronised(out_, frames);
     else
-        Keep(frames);
+        Add(frames);
+}
+
+// A piece of the old tag. Behind 0xFF, which was not there before, its first byte may be a zero that would be
+// taken for one of unsynchronisation.
+void TagPatch::Keep(Bytes whole) {
+    const auto& old = input_.body;
+    const auto start = static_cast<size_t>(whole.data() - old.data());
+    const uint8_t before = out_.empty() ? old[first_ - 1] : out_.back();
+    if (IsUnsynchronised(old) && before == 0xFF && !whole.empty() && whole[0] == 0 && old[start - 1] != 0xFF)
+        out_.push_back(0);
+    Add(whole);
 }
 
 // A compressed or encrypted text makes way for the entry of its id.
@@ -160,8 +173,8 @@ size_t TagPatch::EndOfFrame(size_t bodyEnd) const {
 
 Patched TagPatch::Done() {
     Id3EntryWalk walk(input_.body, 0);
-    const size_t first = walk.Frames().Position();
-    size_t position = first;
+    first_ = walk.Frames().Position();
+    size_t position = first_;
     Id3Frame frame;
     Id3Entry entry;
     while (walk.Next(frame, entry)) {
@@ -175,9 +188,9 @@ Patched TagPatch::Done() {
     const auto rest = WithoutFooter(input_.body, input_.body.subspan(position));
     Keep(rest);
     // A frame that is cut off must not become whole.
-    if (std::ranges::all_of(rest, IsZero)) KeepParity(out_, input_.body.size() - first, framesEnd);
-    if (out_.size() + first - id3HeaderBytes >= syncsafeLimit) return std::nullopt;
-    PutHead({input_.body.first(first), input_.body.subspan(first, position - first), rest}, framesEnd);
+    if (std::ranges::all_of(rest, IsZero)) KeepParity(out_, input_.body.size() - first_, framesEnd);
+    if (out_.size() + first_ - id3HeaderBytes >= syncsafeLimit) return std::nullopt;
+    PutHead({input_.body.first(first_), input_.body.subspan(first_, position - first_), rest}, framesEnd);
     return std::move(out_);
 }
 
