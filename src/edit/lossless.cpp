@@ -9,7 +9,6 @@
 #include "edit/carriers.h"
 #include "edit/merge_fields.h"
 #include "edit/tag_proof.h"
-#include "metadata/key_table.h"
 #include "metadata/write/id3_change.h"
 
 namespace vantor {

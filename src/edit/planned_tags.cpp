@@ -5,7 +5,6 @@
 #include <string>
 #include <utility>
 
-#include "edit/container.h"
 #include "formats/broadcast.h"
 #include "metadata/read/read_metadata.h"
 

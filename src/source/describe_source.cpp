@@ -5,7 +5,6 @@
 
 #include "host/host_services.h"
 #include "source/file_info_text.h"
-#include "source/state_tables.h"
 
 namespace vantor {
 

@@ -5,7 +5,6 @@
 
 #include "fileio/byte_order.h"
 #include "formats/chunk_catalogue.h"
-#include "formats/chunk_cursor.h"
 #include "formats/ds64.h"
 #include "formats/riff_data_size.h"
 #include "source/metadata_header_pass.h"

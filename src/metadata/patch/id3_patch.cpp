@@ -12,7 +12,6 @@
 #include "metadata/read/read_metadata.h"
 #include "metadata/write/id3_change.h"
 #include "metadata/write/id3_entry_writer.h"
-#include "text/text.h"
 
 namespace vantor {
 

@@ -1,6 +1,5 @@
 #include "metadata/patch/merge_chunks.h"
 
-#include "fileio/byte_order.h"
 #include "metadata/patch/info_items.h"
 #include "metadata/patch/patch_chunks.h"
 #include "metadata/read/read_metadata.h"

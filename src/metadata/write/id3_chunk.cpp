@@ -17,7 +17,6 @@
 #include <string>
 #include <tuple>
 
-#include "metadata/key_table.h"
 #include "metadata/read/id3_entries.h"
 #include "metadata/read/read_metadata.h"
 #include "metadata/write/build_chunks.h"
@@ -25,7 +24,6 @@
 #include "metadata/write/id3_entry_writer.h"
 #include "metadata/write/id3_frame_ids.h"
 #include "metadata/write/id3_old_frame.h"
-#include "text/text.h"
 
 namespace vantor {
 

@@ -2,8 +2,6 @@
 
 #include <cstdio>
 
-#include "fileio/byte_order.h"
-
 namespace vantor::wavehost {
 
 Step NumberStep(const Survey& survey, int64_t offset, uint64_t value, int width) {

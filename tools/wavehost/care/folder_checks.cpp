@@ -6,7 +6,6 @@
 
 #include "wavehost/care/audio_hash.h"
 #include "wavehost/care/position.h"
-#include "wavehost/os/failure.h"
 #include "wavehost/os/fnv_hash.h"
 #include "wavehost/os/system.h"
 

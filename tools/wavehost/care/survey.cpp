@@ -7,7 +7,6 @@
 #include "formats/container_walk.h"
 #include "wavehost/care/sound_end.h"
 #include "wavehost/os/failure.h"
-#include "wavehost/os/system.h"
 
 namespace vantor::wavehost {
 

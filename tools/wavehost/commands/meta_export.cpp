@@ -10,7 +10,6 @@
 #include "wavehost/os/failure.h"
 #include "wavehost/os/temporary_stream.h"
 #include "wavehost/os/terminal_text.h"
-#include "wavehost/tables/json_output.h"
 #include "wavehost/tables/tag_table.h"
 #include "wavehost/values/shown_text.h"
 

@@ -3,7 +3,6 @@
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
 #include "wavehost/facts/messages.h"
-#include "wavehost/os/failure.h"
 #include "wavehost/tables/json_output.h"
 
 namespace vantor::wavehost {

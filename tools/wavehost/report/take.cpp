@@ -5,7 +5,6 @@
 
 #include "wavehost/care/examine.h"
 #include "wavehost/facts/messages.h"
-#include "wavehost/os/failure.h"
 #include "wavehost/report/slate.h"
 #include "wavehost/values/timecode.h"
 

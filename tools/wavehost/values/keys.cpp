@@ -6,7 +6,6 @@
 
 #include "metadata/key_table.h"
 #include "metadata/xmp_marker.h"
-#include "text/text.h"
 #include "wavehost/values/known_keys.h"
 #include "wavehost/values/numbers.h"
 
