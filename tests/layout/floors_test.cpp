@@ -126,5 +126,26 @@ TEST(Floors, OnlyThePlatformKnowsTheSystem) {
     }
 }
 
+std::string TextOf(const fs::path& file) {
+    std::ifstream stream(file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// No test run links the fuzz targets by themselves.
+TEST(Floors, FuzzTargetsStandWithoutTheTestLibrary) {
+    const auto root = fs::path(SourceTree());
+    const std::string list = TextOf(root / "fuzz/CMakeLists.txt");
+    static const std::regex support("support\\}/(\\w+)\\.cpp");
+    int files = 0;
+    for (auto found = std::sregex_iterator(list.begin(), list.end(), support);
+         found != std::sregex_iterator(); ++found)
+        for (const char* extension : {".cpp", ".h"}) {
+            const auto file = root / "tests/support" / ((*found)[1].str() + extension);
+            EXPECT_EQ(TextOf(file).find("gtest/"), std::string::npos) << file;
+            ++files;
+        }
+    EXPECT_GE(files, 8);
+}
+
 }  // namespace
 }  // namespace vantor
