@@ -1,7 +1,6 @@
 #include "metadata/patch/ixml_edit.h"
 
 #include <algorithm>
-#include <ranges>
 
 #include "metadata/read/ixml_walk.h"
 #include "metadata/write/escape_xml.h"
@@ -93,8 +92,8 @@ bool IxmlEdit::RemoveTexts(const IxmlKeys& keys) {
         if (element.firstChild != nullptr || GoesWhole({path.begin(), path.end()})) return false;
         found.push_back(&element);
     }
-    for (const auto* element : found | std::views::reverse)
-        text_.SetValue(*element, "");
+    for (auto element = found.rbegin(); element != found.rend(); ++element)
+        text_.SetValue(**element, "");
     return true;
 }
 
