@@ -61,7 +61,7 @@ bool OpenShared(Open open, OpenOptions options, ReadState& state) {
         options.shareWrite = true;
         result = open(options);
     }
-    state.isWriteShared = result == OpenResult::opened && options.shareWrite;
+    state.isWriteShared = options.shareWrite;
     state.lacksHandle = result == OpenResult::outOfHandles;
     return result == OpenResult::opened;
 }
@@ -158,7 +158,7 @@ int64_t FileReader::Read(void* destination, int64_t count) {
 }
 
 int64_t FileReader::Borrow(const uint8_t** bytes, int64_t count, std::vector<uint8_t>& scratch) {
-    if (!IsOpen() || count < 1) return 0;
+    if (!IsOpen()) return 0;
     state_->RefreshSize(count > state_->size - state_->position);
     count = std::min(count, state_->size - state_->position);
     if (count < 1) return 0;

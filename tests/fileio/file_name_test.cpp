@@ -79,6 +79,8 @@ TEST(FileName, FormsAreTriedInOrder) {
     }
     EXPECT_FALSE(FileWriter((folder + "a").c_str(), {}).IsOpen());
     EXPECT_EQ(formsTried(), "wide narrow ");
+    EXPECT_FALSE(FileWriter((folder + "latin\xE4").c_str(), {}).IsOpen());
+    EXPECT_EQ(formsTried(), "narrow ");
     for (const auto& [name, form] :
          {std::pair{"a\x7F", "narrow"}, {"latin\xE4", "narrow"}, {"\xC3\xA4", "wide"}}) {
         EXPECT_FALSE(RemoveFile(folder + name));
@@ -92,7 +94,8 @@ TEST(FileName, EveryNameReachesItsFile) {
     const std::string deep = "\xC3\xA4" + std::string(140, 'd');
     const auto deepPath = folder.Path(deep);
     std::filesystem::create_directory(std::u8string(deepPath.begin(), deepPath.end()));
-    for (const auto& name : {std::string("plain"), umlauts, deep + "/" + std::string(140, 'f')}) {
+    for (const auto& name :
+         {std::string("plain"), std::string("latin\xE4"), umlauts, deep + "/" + std::string(140, 'f')}) {
         const auto path = folder.Path(name);
         ASSERT_EQ(FileWriter(path.c_str(), {}).Write("abc", 3), 3) << path;
         EXPECT_EQ(FileReader(path, {}).Size(), 3) << path;

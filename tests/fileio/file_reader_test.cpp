@@ -59,6 +59,7 @@ TEST_F(ReadFile, DeliversItsBytes) {
                                  .blockBytes = static_cast<int32_t>(upTo(40000)),
                                  .blockCount = static_cast<int32_t>(upTo(4))});
         ASSERT_TRUE(reader.IsOpen());
+        int64_t delivered = 0;
         for (int step = 0; step < 150; ++step) {
             if (upTo(3) == 0) {
                 ASSERT_TRUE(reader.Seek(upTo(5) == 0 ? size : upTo(size)));
@@ -67,6 +68,7 @@ TEST_F(ReadFile, DeliversItsBytes) {
             const int64_t count = upTo(upTo(1) == 0 ? 200 : 100000);
             const int64_t expected = std::min(count, size - reader.Tell());
             ASSERT_EQ(Deliver(reader, count, upTo(1) == 0), expected);
+            ASSERT_EQ(reader.BytesRead(), delivered += expected);
             ASSERT_EQ(reader.Remaining(), size - reader.Tell());
         }
         EXPECT_FALSE(reader.HasMissedBytes() || reader.HasFailed());
@@ -90,7 +92,23 @@ TEST_F(ReadFile, ModesChooseTheOpenFlags) {
         EXPECT_EQ(options.unbuffered, c.unbuffered) << c.mode;
         EXPECT_FALSE(options.shareWrite);
     }
+    EXPECT_FALSE(FileReader(name, {}).IsWriteShared());
 }
+
+#if !defined(_WIN32)  // opening tells there
+TEST_F(ReadFile, FindsOutAtItsEndThatItIsBeingWritten) {
+    for (const bool isBorrowed : {false, true}) {
+        const auto name = Write(10);
+        FileReader reader(name, {});
+        EXPECT_EQ(Deliver(reader, 10), 10);
+        std::ofstream writer(name, std::ios::binary | std::ios::app);
+        writer.write("\1", 1).flush();
+        bytes.push_back(1);
+        EXPECT_EQ(Deliver(reader, 1, isBorrowed), 1);
+        EXPECT_TRUE(reader.IsWriteShared());
+    }
+}
+#endif
 
 TEST_F(ReadFile, GrowsWhenItIsWriteShared) {
     for (const int32_t mode : {-1, 0, 2}) {
@@ -127,15 +145,19 @@ TEST_F(ReadFile, GrowsWhenItIsWriteShared) {
 
 TEST_F(ReadFile, FirstReadsAreShortenedInTurn) {
     const auto name = Write(100000);
-    std::multiset<uint32_t> firstRequests;
-    for (int stream = 0; stream < 4; ++stream) {
-        files.Reset();
-        FileReader reader(name, {.mode = 0, .blockBytes = 65536});
-        EXPECT_EQ(Deliver(reader, 100000), 100000);
-        firstRequests.insert(files.Reads()[0].count);
-        EXPECT_EQ(files.Reads()[1].count, 65536u);
+    for (const auto& [buffer, lengths] :
+         {std::pair{65536, std::multiset<uint32_t>{8192, 16384, 32768, 65536}},
+          {57344, {28672, 28672, 57344, 57344}}}) {
+        std::multiset<uint32_t> firstRequests;
+        for (int stream = 0; stream < 4; ++stream) {
+            files.Reset();
+            FileReader reader(name, {.mode = 0, .blockBytes = buffer});
+            EXPECT_EQ(Deliver(reader, 100000), 100000);
+            firstRequests.insert(files.Reads()[0].count);
+            EXPECT_EQ(files.Reads()[1].count, static_cast<uint32_t>(buffer));
+        }
+        EXPECT_EQ(firstRequests, lengths);
     }
-    EXPECT_EQ(firstRequests, (std::multiset<uint32_t>{8192, 16384, 32768, 65536}));
 }
 
 TEST_F(ReadFile, IsAskedForWhatIsNeeded) {
@@ -171,6 +193,44 @@ TEST_F(ReadFile, IsAskedForWhatIsNeeded) {
                 EXPECT_EQ(read.count, 8192u);
             }
             EXPECT_EQ(requests, c.requests) << "case " << &c - cases;
+        }
+}
+
+// Where a seek leads, read-ahead follows; what is on its way is used, or dropped without a wait.
+TEST_F(ReadFile, ReadAheadFollowsSeeks) {
+    const auto name = Write(98304);  // twelve blocks
+    const struct {
+        int32_t blockCount;
+        std::vector<int64_t> positions;  // of a byte each
+        std::vector<int64_t> requests;   // in blocks
+    } cases[] = {
+        {3, {0, 8192}, {0, 1, 2, 3}},
+        {3, {0, 16384}, {0, 1, 2, 3, 4}},
+        {3, {0, 24575}, {0, 1, 2, 3, 4}},
+        {3, {0, 24576}, {0, 1, 2, 3, 4, 5}},
+        {3, {0, 65536, 0}, {0, 1, 2, 8, 9, 10, 0, 1, 2}},
+        {3, {16384, 8192}, {2, 3, 4, 1, 2, 3}},
+        {3, {8192, 16384, 8192}, {1, 2, 3, 4, 1, 2, 3}},
+        {2, {0, 65536, 0, 65536, 0, 65536}, {0, 1, 8, 9, 0, 1, 8, 9, 0, 1, 8, 9}},
+        {2, {90112}, {11}},
+        {2, {90112, 98303}, {11}},
+    };
+    for (const bool isLate : {false, true})
+        for (const auto& c : cases) {
+            files.Reset();
+            files.HoldRequests(isLate);
+            FileReader reader(name, {.mode = 2, .blockBytes = 8192, .blockCount = c.blockCount});
+            for (const int64_t position : c.positions) {
+                ASSERT_TRUE(reader.Seek(position));
+                EXPECT_EQ(Deliver(reader, 1), 1);
+            }
+            EXPECT_FALSE(reader.HasFailed());
+            std::vector<int64_t> requests;
+            for (const auto& read : files.Reads()) {
+                EXPECT_EQ(read.offset % 8192, 0);
+                requests.push_back(read.offset / 8192);
+            }
+            EXPECT_EQ(requests, c.requests) << &c - cases;
         }
 }
 
@@ -391,13 +451,13 @@ TEST_F(ReadFile, IsReadPieceByPieceWhenItCannotBeHeldInMemory) {
 TEST_F(ReadFile, WithoutMemoryEndsTheRead) {
     const auto name = Write(50000);
     for (const int32_t mode : {-1, 0, 1, 2})
-        for (const bool cached : {false, true}) {
+        for (const auto& [cached, isForGood] : {std::pair{false, false}, {false, true}, {true, true}}) {
             files.ServeFromCache(cached);
             bool hasFailed = true;
             for (int allowed = 0; hasFailed; ++allowed) {
                 std::vector<uint8_t> scratch(50000);
                 int64_t delivered = 0;
-                const FailingAllocation failing(allowed);
+                const FailingAllocation failing(allowed, isForGood);
                 try {
                     FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 2}, 50001,
                                       mode == 0 ? 50001 : 0);
@@ -433,8 +493,8 @@ TEST(PreferredReadParameters, TheHostMayOverwriteThem) {
     const auto services = Services();
     Services().preferredReadMode = nullptr;
     Services().preferredPeakReadMode = [](int32_t* mode, int32_t* blocks, int32_t* blockBytes) {
-        *mode = -1;
-        *blocks = 5;
+        *mode -= 3;
+        *blocks += 3;
         *blockBytes += 1;
     };
     const auto peaks = PreferredReadParameters(1);

@@ -107,15 +107,20 @@ TEST_F(WriteFile, TellsTheKindOfFailure) {
 
 // A write that fails on its way shows in what comes after it.
 TEST_F(WriteFile, DoesNotLoseALateFailure) {
-    files.HoldRequests(true);
-    files.FailAt(Operation::write, 0, Fault::diskFull);
-    FileWriter writer(name.c_str(), {.mode = 1, .blockBytes = 8192, .minBlocks = 1, .maxBlocks = 1});
-    EXPECT_EQ(writer.Write(bytes.data(), 8192), 8192);
-    EXPECT_TRUE(writer.Flush(false));
-    EXPECT_EQ(writer.Write(bytes.data(), 1), 0);
-    EXPECT_EQ(writer.Seek(0), 1);
-    EXPECT_FALSE(writer.Flush(true) || writer.FlushToDisk() || writer.CutAtPosition());
-    EXPECT_EQ(reportedFailures, std::vector{0xF9FAB541u});
+    for (const int32_t blocks : {1, 2}) {
+        files.Reset();
+        reportedFailures.clear();
+        files.HoldRequests(true);
+        files.FailAt(Operation::write, 0, Fault::diskFull);
+        FileWriter writer(name.c_str(),
+                          {.mode = 1, .blockBytes = 8192, .minBlocks = blocks, .maxBlocks = blocks});
+        EXPECT_EQ(writer.Write(bytes.data(), 8192), 8192);
+        EXPECT_TRUE(writer.Flush(false));
+        EXPECT_EQ(writer.Write(bytes.data(), 1), blocks - 1) << "a free block is not waited for";
+        EXPECT_EQ(writer.Seek(0), 1);
+        EXPECT_FALSE(writer.Flush(true) || writer.FlushToDisk() || writer.CutAtPosition());
+        EXPECT_EQ(reportedFailures, std::vector{0xF9FAB541u});
+    }
 }
 
 // A sector around new bytes is the file's own: without it, or behind a write that failed, nothing is taken.
@@ -143,6 +148,14 @@ TEST_F(WriteFile, TakesNothingIntoASectorThatCannotBeRead) {
             EXPECT_EQ(ReadWholeFile(name), sector);
         }
     }
+}
+
+TEST_F(WriteFile, DoesNotWritePartsOfSectors) {
+    FileWriter writer(name.c_str(), {.mode = 3});
+    EXPECT_EQ(writer.Write(bytes.data(), 100), 100);
+    files.FailAt(Operation::read, 0, Fault::failure);
+    EXPECT_FALSE(writer.Flush(true));
+    EXPECT_TRUE(files.Writes().empty());
 }
 
 TEST_F(WriteFile, TellsThatItHadNoMemory) {
@@ -178,6 +191,7 @@ TEST_F(WriteFile, BlocksAreOfTheSizeAskedFor) {
         {3, 1, 8192, {4096, 4096}},
         {3, 4096, 8192, {4096, 4096}},
         {3, 4097, 8192, {8192}},
+        {1, 4, 100, std::vector<uint32_t>(25, 4)},  // more blocks than there are
     };
     for (const auto& c : cases) {
         files.Reset();

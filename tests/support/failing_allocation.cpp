@@ -10,11 +10,18 @@
 namespace {
 
 thread_local int allocationsLeft = -1;  // below 0: none fails
+thread_local bool failsForGood = false;
+thread_local bool hasFailed = false;
 thread_local size_t bytesAllocated = 0;
 
 // Counts; true when it is this one's turn to fail.
 bool Fails(size_t bytes) {
-    if (allocationsLeft >= 0 && allocationsLeft-- == 0) return true;
+    if (allocationsLeft == 0) {
+        hasFailed = true;
+        if (!failsForGood) allocationsLeft = -1;
+        return true;
+    }
+    if (allocationsLeft > 0) --allocationsLeft;
     bytesAllocated += bytes;
     return false;
 }
@@ -66,8 +73,10 @@ void operator delete(void* memory, std::align_val_t) noexcept {
 
 namespace vantor::test {
 
-FailingAllocation::FailingAllocation(int allowed) {
+FailingAllocation::FailingAllocation(int allowed, bool andLater) {
     allocationsLeft = allowed;
+    failsForGood = andLater;
+    hasFailed = false;
 }
 
 FailingAllocation::~FailingAllocation() {
@@ -75,7 +84,7 @@ FailingAllocation::~FailingAllocation() {
 }
 
 bool FailingAllocation::HasFailed() const {
-    return allocationsLeft < 0;
+    return hasFailed;
 }
 
 size_t BytesAllocated() {

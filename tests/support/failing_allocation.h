@@ -6,10 +6,10 @@
 namespace vantor::test {
 
 // While it lives, the allocation after the next `allowed` ones throws std::bad_alloc; the ones behind it
-// succeed again. One at a time in a thread.
+// succeed again, or fail as well. One at a time in a thread.
 class FailingAllocation {
   public:
-    explicit FailingAllocation(int allowed);
+    explicit FailingAllocation(int allowed, bool andLater = false);
     ~FailingAllocation();
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
