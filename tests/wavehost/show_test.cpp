@@ -208,6 +208,9 @@ TEST_F(WavehostShow, TellsOfEveryFileWhateverBecomesOfOthers) {
         EXPECT_EQ(objects[5]["error"], "an empty name is no file");
         EXPECT_EQ(objects[6]["error"], "holds no audio files");
     }
+    const HostRun report = RunWavehost({"report", folder.Path("empty")});
+    EXPECT_EQ(report.exitCode, 0);
+    EXPECT_THAT(report.err, HasSubstr("holds no audio files"));
     EXPECT_THAT(RunWavehost({"hash", folder.Path("empty")}).err,
                 HasSubstr("empty: holds no audio files itself; -r looks into its folders"));
     EXPECT_THAT(RunWavehost({"info", takes + "/sub", none, takes + "/none"}).err,
@@ -343,6 +346,9 @@ TEST_F(WavehostShow, RestoresASliceFromWhereverItsFileIs) {
     EXPECT_NEAR(facts["length_seconds"].get<double>(), 0.125, 1e-4);
     EXPECT_TRUE(fs::equivalent(facts["file"].get<std::string>(), folder.Path("moved/" + name + "/loop.wav")));
     EXPECT_EQ(ExitCode({"restore", folder.Path("moved/" + name + "/loop.wav")}), 1);
+    fs::remove(folder.Path("moved/" + name + "/loop.wav"));
+    EXPECT_THAT(RunWavehost({"restore", folder.Path("moved/state.txt")}).err,
+                HasSubstr("loop.wav: no such file"));
 }
 
 TEST_F(WavehostShow, DrawsAndKeepsExactPeaksWhileTheyFit) {

@@ -82,6 +82,8 @@ TEST(Tables, TakesEveryFormOfATagTable) {
             units.push_back(byte);
         EXPECT_EQ(ReadTagTable({reinterpret_cast<const char*>(units.data()), units.size()}).at(0).file,
                   "\xC3\xA4.wav");
+        units.pop_back();
+        EXPECT_THROW(ReadTagTable({reinterpret_cast<const char*>(units.data()), units.size()}), Failure);
     }
     const TagRow row{"q\"\\\x01.wav", {{"INFO:INAM", "\xC3\xA4\n"}, {"INFO:IART", ""}}};
     const auto back = ReadTagTable("[" + TagRowJson(row) + "]");

@@ -67,6 +67,7 @@ int RunReport(Session& session, const ReportOptions& options) {
                 if (!obstacle.empty()) ReportFailure(file, obstacle);
                 return obstacle.empty() ? exitDone : exitFailed;
             });
+        if (takes.empty()) ReportNote(session.quiet, options.folder, "holds no audio files");
         const auto overview = OverviewOf(takes, AdditionsOf(options));
         const int written =
             WriteResult(options.output, options.csv ? ReportCsv(takes)

@@ -55,7 +55,10 @@ int RunRestore(Session& session, const RestoreOptions& options) {
     Results results(form);
     try {
         const HostPtr<PCM_source> source = Restore(module, options.stateFile);
-        const SourceFacts facts = FactsOf(*source.Get(), source->FileName());
+        SourceFacts facts = FactsOf(*source.Get(), source->FileName());
+        // The system knows better than the source why a file was not opened.
+        const std::string reason = facts.online ? "" : WhyUnreadable(PathOf(facts.file));
+        if (!reason.empty()) facts.infoText = reason;
         if (!facts.online) ReportFailure(options.stateFile, facts.file + ": " + facts.infoText);
         if (options.json)
             results.Add(FactsJson(facts));
