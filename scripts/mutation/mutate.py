@@ -75,8 +75,11 @@ class Collector:
             self.condition(cursor)
         elif cursor.kind == Kind.INTEGER_LITERAL:
             isConstant = parent.kind == Kind.VAR_DECL and parent.type.kind == TypeKind.CONSTANTARRAY
-            start = max(self.file.text.rfind(mark, 0, place[0]) for mark in (b';', b'{', b'}'))
-            isConstant |= b'constexpr' in self.file.text[start + 1:place[0]]  # the compiler's: no switch reaches it
+            # The compiler's own: no switch reaches it.
+            start = max((m.end() for m in re.finditer(rb'[;}]|\{\s*\n', self.file.text[:place[0]])), default=0)
+            before = self.file.text[start:place[0]]
+            isConstant |= b'constexpr' in before or (before.rstrip().endswith((b'<', b',')) and
+                                                     self.file.text[place[1]:place[1] + 1] == b'>')
             literal = self.file.text[place[0]:place[1]].decode()
             if not isConstant and literal[0].isdigit() and literal not in ('0', '1'):
                 self.add('+1', place[0], [(place[0], 1, 'mutants::Limit(#, '), (place[1], -1, ')')])

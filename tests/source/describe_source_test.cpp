@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "properties/property_list.h"
+#include "source/file_info_text.h"
 #include "tests/source/source_support.h"
 
 namespace vantor::test {
@@ -30,6 +31,38 @@ TEST_F(DescribeSourceTest, AllRowsCopiedAreTheFileInformationText) {
         EXPECT_EQ(properties.status, "");
         EXPECT_EQ(BaseName(properties.fileName), name);
     }
+}
+
+TEST_F(DescribeSourceTest, FormatRowsTellWhatThereIs) {
+    const auto told = [](const AudioFormat& format) {
+        std::string text;
+        for (const auto& row : FormatRows(format, 1)) {
+            if (row.label != "Format" && row.label != "Channels" && row.label != "Length")
+                AppendLine(text, row);
+        }
+        return text;
+    };
+    AudioFormat format;
+    format.sampleRate = 44100.12346;
+    format.bitsPerSample = 24;
+    format.validBits = 20;
+    format.tempo = 90.5;  // of no loop
+    EXPECT_EQ(told(format), "Sample rate: 44100.1235 Hz\r\nBits per sample: 20 in 24\r\n");
+    format.sampleRate = 48000;
+    format.validBits = 24;
+    format.loopKind = 2;
+    format.beatCount = 4;
+    format.meter = 7 * 256 + 8;
+    format.slicePoints = {0, 10};
+    EXPECT_EQ(
+        told(format),
+        "Sample rate: 48000 Hz\r\nBits per sample: 24\r\nLoop: Apple Loops\r\nTempo: 90.5\r\nBeats: 4\r\n"
+        "Time signature: 7/8\r\nSlices: 2\r\n");
+    format.loopKind = 1;
+    format.tempo = 0;
+    format.beatCount = format.meter = 0;
+    format.slicePoints.clear();
+    EXPECT_EQ(told(format), "Sample rate: 48000 Hz\r\nBits per sample: 24\r\nLoop: ACID\r\n");
 }
 
 TEST_F(DescribeSourceTest, PlaceOnTheTimelineAndSlicesAreTold) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "source/source_entry.h"
 #include "tests/source/source_support.h"
 
@@ -15,7 +17,10 @@ class MetadataSource : public ::testing::Test {
     TempFolder folder;
 };
 
-const Bytes packets = ByteWriter().CafChunk("pakt", ByteWriter().Be64(1).Be64(4000).Be32(11).Be32(22));
+Bytes PacketTable(uint64_t frames) {
+    return ByteWriter().CafChunk("pakt", ByteWriter().Be64(1).Be64(frames).Be32(11).Be32(22));
+}
+const Bytes packets = PacketTable(4000);
 
 Bytes InfoBody(const std::string& key, const std::string& value) {
     return ByteWriter().Be32(1).Text(key).U8(0).Text(value).U8(0);
@@ -45,7 +50,7 @@ Bytes Caf(const Bytes& chunks, double rate = 1000, uint32_t channels = 2) {
 
 TEST_F(MetadataSource, CarriesMetadataAndNothingElse) {
     const auto source = Make(MonoFile(
-        Ramp(8), ByteWriter().Chunk("abcd", Bytes(4)).Chunk("acid", AcidBody{.flags = 8, .tempo = 90}),
+        Ramp(8), ByteWriter().Chunk("abcd", Bytes(5)).Chunk("acid", AcidBody{.flags = 8, .tempo = 90}),
         ByteWriter().Text("cut ").Le32(100).Zeros(9)));  // runs past the end of the file
     ASSERT_TRUE(source);
     EXPECT_EQ(TagsOf(*source.Get()), (Tags{{"ACID:BPM", "90.000000"}, {"abcd", ""}, {"cut ", ""}}));
@@ -61,8 +66,15 @@ TEST_F(MetadataSource, RefusesWhatItCannotUse) {
         return RiffFile(
             ByteWriter().Chunk("fmt ", FmtBody(tag, channels, rate, bits, 4)).Chunk("data", Bytes(8)));
     };
-    EXPECT_TRUE(Make(fmt(1, 1, 1000, 16)));
+    Bytes otherForm = fmt(1, 1, 1000, 16);
+    std::ranges::copy(std::string_view("AVI "), otherForm.begin() + 8);
+    for (const auto& file : {fmt(1, 1, 1000, 16), fmt(1, 1, 1, 1), Caf({}, 1.5, 1), Caf({}, 999999)})
+        EXPECT_TRUE(Make(file));
     const Bytes refused[] = {
+        otherForm,
+        fmt(1, 1, 1000, 0),
+        RiffFile(ByteWriter().Chunk("fmt ", ByteWriter().Le16(1).Le16(1).Le32(1000).Zeros(6))),
+        Caf({}, 1000000),
         fmt(3, 1, 1000, 32),
         fmt(1, 0, 1000, 16),
         fmt(1, 1, 0, 16),
@@ -91,6 +103,12 @@ TEST_F(MetadataSource, TempoFollowsFromBeatsAndLength) {
         {LoopFile("RIFF", {}, 8000), "ACID:BPM", "120"},
         {LoopFile("RIFF", {}, 0), "ACID:BPM", "120"},  // the size was never filled in
         {LoopFile("RF64", sizes, 0xFFFFFFFF), "ACID:BPM", "120"},
+        {LoopFile("BW64", sizes, 0xFFFFFFFF), "ACID:BPM", "120"},
+        {caf(PacketTable(7000), "8"), "CAFINFO:tempo", "68.571429"},
+        {caf(PacketTable(1), "8"), "CAFINFO:tempo", "480000"},
+        {caf(packets, "inf"), "CAFINFO:tempo", ""},
+        {caf(ByteWriter().Add(packets).CafChunk("info", InfoBody("tempo", "77")), "8"), "CAFINFO:tempo",
+         "77"},
         {caf(packets, "8"), "CAFINFO:tempo", "120"},
         {caf(ByteWriter().Add(packets).CafChunk("info", InfoBody("tempo", "")), "8"), "CAFINFO:tempo", "120"},
         {caf(packets, "8.03125"), "CAFINFO:tempo", "120.46875"},
