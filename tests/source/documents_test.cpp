@@ -30,6 +30,20 @@ class Documents : public ::testing::Test {
     std::string target = folder.Path("target.wav");
 };
 
+TEST_F(Documents, AreMeasuredWithoutABufferAndFillASmallOne) {
+    const auto source = OpenSource(folder.Write("file.wav", TaggedFile()));
+    const std::string whole = Read(*source, "IXML", 4096);
+    ASSERT_GT(whole.size(), 8u);
+    std::string scheme = "IXML", bytes = "????????";
+    for (const intptr_t room : {intptr_t{4096}, intptr_t{0}, intptr_t{-1}})
+        EXPECT_EQ(source->ExtendedCall(callDocument, scheme.data(), nullptr, Number(room)),
+                  std::ssize(whole));
+    EXPECT_EQ(source->ExtendedCall(callDocument, scheme.data(), bytes.data(), Number(-1)), std::ssize(whole));
+    EXPECT_EQ(bytes, "????????");
+    EXPECT_EQ(source->ExtendedCall(callDocument, scheme.data(), bytes.data(), Number(5)), std::ssize(whole));
+    EXPECT_EQ(bytes, whole.substr(0, 5) + "???");
+}
+
 // Odd and even ones, in place and as a copy; every other chunk stays where it was.
 TEST_F(Documents, ComeBackByteForByte) {
     const struct {
