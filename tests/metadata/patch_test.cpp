@@ -115,6 +115,7 @@ const std::vector<Case>& Cases() {
          BytesOf("<BWFXML><A>x<!--> y--></A></BWFXML>"s),
          "IXML:A=1",
          {{"x<!--> y-->", "1<!--> y-->"}}},
+        {"IXML", BytesOf("<BWFXML><A>x<?p q='?>' r=\"'\"?></A></BWFXML>"s), "IXML:A=1", {{"x<?", "1<?"}}},
         // Attributes, elements, items and alternatives are changed where they stand.
         {"XMP", xmp, "XMP:dm/artist=B", {{"d:artist=\"A\"", "d:artist=\"B\""}}},
         {"XMP", xmp, "XMP:dc/format=it's", {{"audio/x-&#xE4;", "it&apos;s"}}},

@@ -25,6 +25,15 @@ size_t TrailingBlanks(std::string_view text) {
     return count;
 }
 
+// Values between quotes may hold its end.
+size_t EndOfInstruction(std::string_view text, size_t begin) {
+    for (size_t at = begin; at < text.size(); ++at) {
+        if (text.substr(at).starts_with("?>")) return at + 2;
+        if (text[at] == '"' || text[at] == '\'') at = std::min(text.find(text[at], at + 1), text.size());
+    }
+    return text.size();
+}
+
 // The end of a comment, an instruction or a CDATA section that begins at `begin`. "<!-->" begins a comment
 // and ends none.
 size_t EndOfMarkup(std::string_view text, size_t begin) {
@@ -33,7 +42,7 @@ size_t EndOfMarkup(std::string_view text, size_t begin) {
         return text.find(close, begin + open.size()) + close.size();
     };
     if (rest.starts_with("<!--")) return behind("<!--", "-->");
-    return rest.starts_with("<?") ? behind("<?", "?>") : behind(cdataStart, "]]>");
+    return rest.starts_with("<?") ? EndOfInstruction(text, begin) : behind(cdataStart, "]]>");
 }
 
 // The character data in [begin, end), which holds no element: comments and instructions are left out.
