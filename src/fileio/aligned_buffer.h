@@ -17,23 +17,16 @@ constexpr int64_t RoundUpToSector(int64_t bytes) {
     return RoundDownToSector(bytes + sectorBytes - 1);
 }
 
-template <int64_t alignment>
 struct AlignedDelete {
-    void operator()(uint8_t* bytes) const { ::operator delete (bytes, std::align_val_t{alignment}); }
+    void operator()(uint8_t* bytes) const { ::operator delete (bytes, std::align_val_t{sectorBytes}); }
 };
-template <int64_t alignment>
-using BufferAlignedTo = std::unique_ptr<uint8_t[], AlignedDelete<alignment>>;
-using AlignedBuffer = BufferAlignedTo<sectorBytes>;
+using AlignedBuffer = std::unique_ptr<uint8_t[], AlignedDelete>;
 
-// Unset bytes at a multiple of the alignment; null when there is no memory.
-template <int64_t alignment>
-BufferAlignedTo<alignment> NewBufferAlignedTo(int64_t bytes) {
-    void* const memory =
-        ::operator new (static_cast<size_t>(bytes), std::align_val_t{alignment}, std::nothrow);
-    return BufferAlignedTo<alignment>(static_cast<uint8_t*>(memory));
-}
+// Unset bytes; null when there is no memory.
 inline AlignedBuffer NewAlignedBuffer(int64_t bytes) {
-    return NewBufferAlignedTo<sectorBytes>(bytes);
+    void* const memory =
+        ::operator new (static_cast<size_t>(bytes), std::align_val_t{sectorBytes}, std::nothrow);
+    return AlignedBuffer(static_cast<uint8_t*>(memory));
 }
 
 }  // namespace vantor

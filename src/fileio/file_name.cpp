@@ -95,14 +95,18 @@ size_t HashOfFileName(std::string_view name) {
         0x2020202020202020;  // the bit in which a letter differs from its other case
     constexpr uint64_t multiplier = 0x9E3779B97F4A7C15;
     uint64_t hash = name.size();
-    while (!name.empty()) {
-        uint64_t word = 0;
-        const size_t bytes = std::min(name.size(), sizeof word);
-        std::memcpy(&word, name.data(), bytes);
+    uint64_t word = 0;
+    const auto mix = [&] {
         hash = (hash ^ (word | letterCase)) * multiplier;
         hash ^= hash >> 32;
-        name.remove_prefix(bytes);
+    };
+    for (; name.size() >= sizeof word; name.remove_prefix(sizeof word)) {
+        std::memcpy(&word, name.data(), sizeof word);
+        mix();
     }
+    word = 0;
+    std::memcpy(&word, name.data(), name.size());
+    mix();
     return static_cast<size_t>(hash);
 }
 

@@ -129,7 +129,7 @@ ReadParameters PreferredReadParameters(int32_t purpose) {
 
 FileReader::FileReader(const std::string& name, const ReadParameters& parameters, uint32_t mapThreshold,
                        uint32_t wholeFileLimit)
-    : state_(std::make_unique<State>()) {
+    : state_(std::make_unique_for_overwrite<State>()) {
     const auto buffer = BufferSizeOf(parameters);
     if (!OpenByName(name, OptionsOf(parameters.mode, buffer), *state_)) return;
     state_->status = state_->file->StatusAtOpen();
@@ -169,6 +169,12 @@ int64_t FileReader::Borrow(const uint8_t** bytes, int64_t count, std::vector<uin
     if (scratch.size() < static_cast<size_t>(count)) scratch.resize(static_cast<size_t>(count));
     *bytes = scratch.data();
     return Read(scratch.data(), count);
+}
+
+const uint8_t* FileReader::BorrowHeld(int64_t count) {
+    if (!IsOpen() || count < 1 || count > state_->strategy->Held()) return nullptr;
+    state_->bytesRead += count;
+    return state_->strategy->Lend(count);
 }
 
 bool FileReader::Seek(int64_t position) {

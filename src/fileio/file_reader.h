@@ -45,6 +45,9 @@ class FileReader {
     // delivered bytes, in the reader's buffer or in `scratch`, which is grown when needed; valid until the
     // next call.
     [[nodiscard]] int64_t Borrow(const uint8_t** bytes, int64_t count, std::vector<uint8_t>& scratch);
+    // The next `count` bytes without a copy, where they lie in a buffer already: valid until the next call.
+    // Null, with nothing done, when the system would have to be asked.
+    [[nodiscard]] const uint8_t* BorrowHeld(int64_t count);
     // True when all `count` bytes came.
     [[nodiscard]] bool ReadExactly(void* destination, int64_t count) {
         return Read(destination, count) == count;

@@ -44,6 +44,8 @@ class ReadStrategy {
     // The next `count` bytes (1 or more, within the file) where they lie together in a buffer, moving past
     // them; null, with nothing delivered, when they do not.
     virtual const uint8_t* Lend(int64_t count) = 0;
+    // How many bytes at least Lend has without asking the system.
+    [[nodiscard]] virtual int64_t Held() const { return 0; }
     // Moves to another position inside the file.
     virtual void MoveTo(int64_t position) = 0;
     // Frees what can be read again.

@@ -14,6 +14,7 @@ class StagedReader final : public ReadStrategy {
 
     int64_t Read(uint8_t* destination, int64_t count) override;
     const uint8_t* Lend(int64_t count) override;
+    [[nodiscard]] int64_t Held() const override { return Left(); }
     void MoveTo(int64_t position) override;
     void ReleaseBuffers() override;
 

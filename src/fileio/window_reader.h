@@ -2,7 +2,8 @@
 // told of the order, and the bytes pass through one small window.
 #pragma once
 
-#include "fileio/aligned_buffer.h"
+#include <memory>
+
 #include "fileio/read_strategy.h"
 
 namespace vantor {
@@ -13,6 +14,7 @@ class WindowReader final : public ReadStrategy {
 
     int64_t Read(uint8_t* destination, int64_t count) override;
     const uint8_t* Lend(int64_t count) override;
+    [[nodiscard]] int64_t Held() const override { return Left(); }
     void MoveTo(int64_t position) override;
     void ReleaseBuffers() override;
 
@@ -26,10 +28,9 @@ class WindowReader final : public ReadStrategy {
     const uint8_t* Advance(int64_t count);
 
     ReadState& state_;
-    int64_t phaseBytes_;  // by which the first whole window is shortened
-    // A copy whose destination lies a little above its source within a page takes a third longer.
-    static constexpr int64_t pageBytes = 4096;
-    BufferAlignedTo<pageBytes> window_;  // allocated by the first read
+    int64_t phaseBytes_ = 0;             // by which the first whole window is shortened
+    std::unique_ptr<uint8_t[]> memory_;  // allocated by the first read
+    uint8_t* window_ = nullptr;          // in it
     int64_t roomBytes_ = 0;              // in the window
     int64_t held_ = 0;                   // valid bytes in the window
     int64_t consumed_ = 0;               // of these, already delivered

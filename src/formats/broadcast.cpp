@@ -7,8 +7,8 @@
 namespace vantor {
 
 WalkStatus ReadBroadcast(ContainerWalk& walk, const Chunk& chunk) {
-    if (ReadBody(walk.reader, std::min(chunk.bodyBytes, largestBroadcastRead), walk.scratch))
-        ReadMetadataChunk(walk.scratch, "BWF", walk.format.metadata, chunk.bodyStart);
+    if (const auto body = LendBody(walk.reader, std::min(chunk.bodyBytes, largestBroadcastRead), walk.scratch))
+        ReadMetadataChunk(*body, "BWF", walk.format.metadata, chunk.bodyStart);
     return walkGoesOn;
 }
 

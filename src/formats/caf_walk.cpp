@@ -122,8 +122,9 @@ WalkStatus ReadPacketTable(ContainerWalk& walk, const Chunk&) {
 }
 
 WalkStatus ReadInformation(ContainerWalk& walk, const Chunk& chunk) {
-    if (!ReadBody(walk.reader, chunk.bodyBytes, walk.scratch)) return "Error reading CAFF info chunk";
-    (void)ReadMetadataChunk(walk.scratch, "CAFINFO", walk.format.metadata, chunk.bodyStart);
+    const auto body = LendBody(walk.reader, chunk.bodyBytes, walk.scratch);
+    if (!body) return "Error reading CAFF info chunk";
+    (void)ReadMetadataChunk(*body, "CAFINFO", walk.format.metadata, chunk.bodyStart);
     return walkGoesOn;
 }
 
@@ -151,8 +152,8 @@ void ReadUuid(ContainerWalk& walk, const Chunk& chunk) {
     uint8_t uuid[sizeof xmpUuid];
     if (chunk.bodyBytes < sizeof uuid || !walk.reader.ReadExactly(uuid, sizeof uuid)) return;
     if (!std::ranges::equal(uuid, xmpUuid)) return;
-    if (ReadBody(walk.reader, chunk.bodyBytes - sizeof uuid, walk.scratch))
-        (void)ReadMetadataChunk(walk.scratch, "XMP", walk.format.metadata, chunk.bodyStart);
+    if (const auto body = LendBody(walk.reader, chunk.bodyBytes - sizeof uuid, walk.scratch))
+        (void)ReadMetadataChunk(*body, "XMP", walk.format.metadata, chunk.bodyStart);
 }
 
 // Known chunks that are too small are skipped by the second lines.

@@ -1,5 +1,6 @@
 #include "formats/chunk_catalogue.h"
 
+#include <span>
 #include <string_view>
 
 #include "fileio/byte_order.h"
@@ -11,7 +12,7 @@ namespace {
 
 constexpr uint32_t clipboardText = 1;  // CF_TEXT, the first word of a DISP chunk
 
-void ReadDisplayText(const std::vector<uint8_t>& body, MetadataStore& metadata) {
+void ReadDisplayText(std::span<const uint8_t> body, MetadataStore& metadata) {
     if (body.size() < 5 || ReadLe32(body.data()) != clipboardText) return;
     metadata.Set("DISP:CF_TEXT", {reinterpret_cast<const char*>(body.data()) + 4, body.size() - 4});
 }
@@ -24,10 +25,10 @@ void CatalogueChunk(FileReader& reader, const uint8_t* chunkHeader, int64_t body
     const auto id = FourCharacters(chunkHeader);
     const auto* scheme = SchemeOfChunkId(id);
     if (scheme && scheme->read) {
-        if (ReadBody(reader, bodySize, scratch))
-            ReadMetadataChunk(scratch, scheme->name, metadata, bodyStart);
+        if (const auto body = LendBody(reader, bodySize, scratch))
+            ReadMetadataChunk(*body, scheme->name, metadata, bodyStart);
     } else if (id == "DISP") {
-        if (ReadBody(reader, bodySize, scratch)) ReadDisplayText(scratch, metadata);
+        if (const auto body = LendBody(reader, bodySize, scratch)) ReadDisplayText(*body, metadata);
     } else if (!scheme) {
         metadata.Set(id, {});
     }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "fileio/file_reader.h"
-#include "formats/chunk_cursor.h"  // ReadBody
+#include "formats/chunk_cursor.h"  // LendBody
 #include "metadata/metadata_store.h"
 
 namespace vantor {

@@ -101,6 +101,15 @@ bool ReadBody(FileReader& reader, uint64_t bodyBytes, std::vector<uint8_t>& scra
     return reader.ReadExactly(scratch.data(), static_cast<int64_t>(bodyBytes));
 }
 
+std::optional<std::span<const uint8_t>> LendBody(FileReader& reader, uint64_t bodyBytes,
+                                                 std::vector<uint8_t>& scratch) {
+    if (bodyBytes > 0 && bodyBytes <= largestBody)
+        if (const uint8_t* held = reader.BorrowHeld(static_cast<int64_t>(bodyBytes)))
+            return std::span(held, static_cast<size_t>(bodyBytes));
+    if (!ReadBody(reader, bodyBytes, scratch)) return std::nullopt;
+    return scratch;
+}
+
 BodyReader::BodyReader(FileReader& from, uint64_t bodyBytes)
     : reader(from), remaining(bodyBytes <= largestBody ? bodyBytes : 0) {}
 

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -59,6 +60,9 @@ struct Chunk {
 // Reads a body, or the whole rest of one, into `scratch`. False, with no memory taken, when the file does not
 // hold that many bytes or when there are more than any metadata has.
 [[nodiscard]] bool ReadBody(FileReader& reader, uint64_t bodyBytes, std::vector<uint8_t>& scratch);
+// The same where the bytes lie, in the reader's buffer or in `scratch`; valid until either is used again.
+[[nodiscard]] std::optional<std::span<const uint8_t>> LendBody(FileReader& reader, uint64_t bodyBytes,
+                                                               std::vector<uint8_t>& scratch);
 
 // Reads a body piece by piece and never beyond its end. One that is larger than any is taken for empty.
 struct BodyReader {

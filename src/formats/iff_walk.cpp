@@ -159,14 +159,15 @@ WalkStatus ReadTransients(ContainerWalk& walk, const Chunk& chunk) {
 WalkStatus ReadApplication(ContainerWalk& walk, const Chunk& chunk) {
     uint8_t signature[4];
     if (!walk.reader.ReadExactly(signature, sizeof signature)) return walkGoesOn;
-    if (FourCharacters(signature) == "XMP " && ReadBody(walk.reader, chunk.bodyBytes - 4, walk.scratch))
-        (void)ReadMetadataChunk(walk.scratch, "XMP", walk.format.metadata, chunk.bodyStart);
+    if (FourCharacters(signature) != "XMP ") return walkGoesOn;
+    if (const auto body = LendBody(walk.reader, chunk.bodyBytes - 4, walk.scratch))
+        (void)ReadMetadataChunk(*body, "XMP", walk.format.metadata, chunk.bodyStart);
     return walkGoesOn;
 }
 
 WalkStatus StoreText(ContainerWalk& walk, const Chunk& chunk, std::string_view key) {
-    if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
-        walk.format.metadata.Set(key, Utf8OrWindows1252(UpToNul(walk.scratch)));
+    if (const auto body = LendBody(walk.reader, chunk.bodyBytes, walk.scratch))
+        walk.format.metadata.Set(key, Utf8OrWindows1252(UpToNul(*body)));
     return walkGoesOn;
 }
 
@@ -187,8 +188,8 @@ WalkStatus ReadAnnotation(ContainerWalk& walk, const Chunk& chunk) {
 }
 
 WalkStatus ReadId3(ContainerWalk& walk, const Chunk& chunk) {
-    if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
-        ReadMetadataChunk(walk.scratch, "ID3", walk.format.metadata, chunk.bodyStart);
+    if (const auto body = LendBody(walk.reader, chunk.bodyBytes, walk.scratch))
+        ReadMetadataChunk(*body, "ID3", walk.format.metadata, chunk.bodyStart);
     return walkGoesOn;
 }
 

@@ -59,7 +59,7 @@ void ClearAudio(AudioFormat& format) {
     format.blockAlign = 0;
     format.dataStart = 0;
     format.blockCodedBytes = 0;
-    format.lengthFrames = 0;
+    format.lengthFrames.store(0, std::memory_order_relaxed);
     format.lengthCutWhileGrowing = false;
 }
 
@@ -95,7 +95,7 @@ int Accept(ContainerWalk& walk) {
     format.dataStart = walk.dataStart;
     (void)walk.reader.Seek(walk.dataStart);
     const FrameCount count = CountFrames(walk);
-    format.lengthFrames = count.frames;
+    format.lengthFrames.store(count.frames, std::memory_order_relaxed);  // nobody else has the record yet
     if (IsAdpcm(format.encoding)) format.blockCodedBytes = walk.dataBytes;
     format.lengthCutWhileGrowing = count.cut && walk.reader.IsWriteShared();
     return 0;

@@ -50,8 +50,8 @@ void ReadChannelLayout(MetadataHeaderPass& pass, int64_t bodyBytes) {
 }
 
 void ReadInformation(MetadataHeaderPass& pass, int64_t bodyBytes) {
-    if (ReadBody(pass.reader, static_cast<uint64_t>(bodyBytes), pass.scratch))
-        (void)ReadMetadataChunk(pass.scratch, "CAFINFO", pass.header.metadata, 0);
+    if (const auto body = LendBody(pass.reader, static_cast<uint64_t>(bodyBytes), pass.scratch))
+        (void)ReadMetadataChunk(*body, "CAFINFO", pass.header.metadata, 0);
 }
 
 void ReadUuid(MetadataHeaderPass& pass, int64_t bodyBytes) {

@@ -36,7 +36,7 @@ auto PlaceOf(NameTable& table, std::string_view name) VANTOR_NEEDS(table.lock) {
                             });
 }
 
-FileNameRecord* Intern(const char* name) {
+FileNameRecord* Intern(std::string_view name) {
     NameTable& table = Names();
     const platform::LockGuard guard(table.lock);
     auto place = PlaceOf(table, name);

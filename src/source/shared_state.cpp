@@ -56,7 +56,7 @@ bool MustParse(const SharedFileState& state, FileReader& reader) VANTOR_NEEDS(st
 }
 
 void Parse(SharedFileState& state, FileReader& reader) VANTOR_NEEDS(state.lock) {
-    auto format = std::make_shared<AudioFormat>();
+    auto format = std::make_shared_for_overwrite<AudioFormat>();
     const bool failed = ParseAudioFormat(*format, reader) != 0;
     state.format = std::move(format);
     state.parsed = reader.Status();
@@ -82,7 +82,7 @@ std::unique_ptr<SharedReader> OpenReader(SharedFileState& state) VANTOR_NEEDS(st
     bool isTaken = false;
     for (int tries = 0; !isTaken && tries < mostTries; ++tries) {
         reader = std::make_unique<FileReader>(state.fileName, PreferredReadParameters(state.purpose));
-        state.lacksHandle = reader->LacksHandle();
+        state.lacksHandle.store(reader->LacksHandle(), std::memory_order_relaxed);
         if (!reader->IsOpen()) return nullptr;
         isTaken = TakeFormat(state, *reader);
     }

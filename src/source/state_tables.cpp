@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
-#include <list>
-#include <unordered_map>
 #include <utility>
 
 #include "fileio/file_name.h"
+#include "source/remembered_states.h"
 
 namespace vantor {
 
@@ -15,43 +13,6 @@ namespace {
 
 using State = std::shared_ptr<SharedFileState>;
 using States = std::vector<State>;
-
-struct NameHash {
-    size_t operator()(std::string_view name) const { return HashOfFileName(name); }
-};
-struct SameName {
-    bool operator()(std::string_view left, std::string_view right) const {
-        return CompareFileNames(left, right) == 0;
-    }
-};
-
-// States whose last source has gone: opened again, a file that has not changed needs no parse. A bounded
-// number of them, for a host may look into any number of files once.
-class RememberedStates {
-  public:
-    // Null when there is none of the name.
-    State Take(std::string_view fileName) {
-        const auto place = byName_.find(fileName);
-        if (place == byName_.end()) return nullptr;
-        State state = std::move(*place->second);
-        states_.erase(place->second);
-        byName_.erase(place);
-        return state;
-    }
-
-    // Returns the one that has been there longest when there are too many.
-    State Keep(State state) {
-        states_.push_front(std::move(state));
-        byName_.insert_or_assign(states_.front()->fileName, states_.begin());
-        return states_.size() > mostRemembered ? Take(states_.back()->fileName) : nullptr;
-    }
-
-    [[nodiscard]] size_t Count() const { return states_.size(); }
-
-  private:
-    std::list<State> states_;  // the one whose source went last is the first
-    std::unordered_map<std::string_view, std::list<State>::iterator, NameHash, SameName> byName_;
-};
 
 struct StateTable {
     platform::Mutex lock;
@@ -79,7 +40,7 @@ bool Names(const StateTable& table, States::iterator place, std::string_view fil
 }
 
 // A state without sources gets its first one again, perhaps under another spelling of the name.
-void Revive(SharedFileState& state, const char* fileName) {
+void Revive(SharedFileState& state, const std::string& fileName) {
     const platform::LockGuard guard(state.lock);
     state.fileName = fileName;
     state.attached = true;
@@ -107,7 +68,7 @@ void TakeLeftovers(SharedFileState& state, Leftovers& leftovers) {
 
 }  // namespace
 
-State AttachState(const char* fileName, int32_t purpose) {
+State AttachState(const std::string& fileName, int32_t purpose) {
     StateTable* table = TableOf(purpose);
     if (!table) return std::make_shared<SharedFileState>(fileName, purpose);
     const platform::LockGuard guard(table->lock);

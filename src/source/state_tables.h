@@ -5,12 +5,13 @@
 #include <memory>
 #include <string>
 
+#include "source/remembered_states.h"
 #include "source/shared_state.h"
 
 namespace vantor {
 
 // Finds or creates the state and counts one more source. A purpose outside 0 to 2 gets a state of its own.
-std::shared_ptr<SharedFileState> AttachState(const char* fileName, int32_t purpose);
+std::shared_ptr<SharedFileState> AttachState(const std::string& fileName, int32_t purpose);
 
 enum class LastSource { keepsState, removesState };
 // Counts one source less. With the last one the idle readers and the peak objects go, and, as asked, the
@@ -33,7 +34,6 @@ void AdvanceSweep(uint32_t stateCount);
 int32_t CloseSomeReaders();
 // States of the purpose that have no source any more.
 size_t RememberedStateCount(int32_t purpose);
-inline constexpr size_t mostRemembered = 1000;
 
 // The file has been rewritten: closes its idle readers of all purposes; the next readers parse it anew.
 void ForgetFile(const char* fileName);

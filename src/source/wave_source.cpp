@@ -97,10 +97,11 @@ const char* PCM_source_wavefile::NameText() const {
 
 bool PCM_source_wavefile::ChangeFile(const char* fileName) {
     return Guarded(false, [&] {
-        const std::string name = fileName ? fileName : "";  // the old one's text may have been given
         const platform::LockGuard guard(lock_);
+        std::string copy;  // the old name's text may have been given
+        if (fileName && name_.Text()) fileName = copy.assign(fileName).c_str();
         name_ = SharedFileName();  // first, so that a name that differs in letter case alone is taken over
-        if (fileName) name_ = SharedFileName(name.c_str());
+        if (fileName) name_ = SharedFileName(fileName);
         return true;
     });
 }
@@ -173,7 +174,7 @@ void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
     if (!keepsName && !ChangeFile(fileName)) return;
     const std::string name = Name();
     if (name.empty()) return;
-    const auto state = AttachState(name.c_str(), purpose);
+    const auto state = AttachState(name, purpose);
     {
         const platform::LockGuard guard(lock_);
         attachment_.state = state;  // from here on Close counts the source off again
@@ -185,7 +186,7 @@ void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
         attachment_.format = format;
         online_ = format != nullptr;
     }
-    if (format && purpose == purposePlayback) CreatePeakReader();
+    if (format && purpose == purposePlayback) CreatePeakReader(name);
 }
 
 void PCM_source_wavefile::Close(bool newNameFollows) {
@@ -197,7 +198,7 @@ void PCM_source_wavefile::Close(bool newNameFollows) {
         outcome_.reset();
         online_ = false;
     }
-    cachedTempo_ = 0;
+    cachedTempo_.store(0, std::memory_order_relaxed);
     if (!closing.state) return;
     DetachState(closing.state, this, newNameFollows ? LastSource::removesState : LastSource::keepsState);
 }
@@ -242,7 +243,7 @@ PCM_source* CreateEmptyWaveSource() {
 
 PCM_source* CreateWaveSource(const char* fileName, bool* isMpegInWave) {
     return Guarded<PCM_source*>(nullptr, [&] {
-        auto source = std::make_unique<PCM_source_wavefile>();
+        auto source = std::make_unique_for_overwrite<PCM_source_wavefile>();
         source->Open(fileName, purposePlayback);
         const auto [state, format] = source->Attachment();
         *isMpegInWave = format && format->isMpegInWave;

@@ -77,7 +77,7 @@ class PCM_source_wavefile final : public PCM_source {
 
   private:
     void Close(bool newNameFollows);
-    void CreatePeakReader();
+    void CreatePeakReader(const std::string& fileName);
     // Null when there is nothing to play.
     [[nodiscard]] std::shared_ptr<SharedFileState> PlayableState() const;
     // False when the reader can read no more and has delivered less than was asked for.

@@ -26,7 +26,7 @@ intptr_t FileInfo(const ExtendedCallArguments& call) {
 // a receives the project position note that the host wrote into the description; the text is the store's.
 intptr_t ProjectNote(const ExtendedCallArguments& call) {
     constexpr std::string_view prefix = "TQP:";
-    const std::string* description = call.format.metadata.Get("BWF:Description");
+    const auto* description = call.format.metadata.Get("BWF:Description");
     if (!call.a || !description || !description->starts_with(prefix) || description->size() == prefix.size())
         return 0;
     *static_cast<const char**>(call.a) = description->c_str() + prefix.size();

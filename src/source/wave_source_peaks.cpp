@@ -120,13 +120,13 @@ void ServeSlicePeaks(SharedFileState& state, const std::string& fileName, const 
 }  // namespace
 
 // With the first open of a file its stored peaks are looked for.
-void PCM_source_wavefile::CreatePeakReader() {
+void PCM_source_wavefile::CreatePeakReader(const std::string& fileName) {
     const auto [state, format] = Attachment();
     if (!format) return;
     PeakObjects& peaks = state->peaks;
     const platform::LockGuard creating(peaks.creating);
     if (Copy(peaks, &PeakObjects::reader) || Copy(peaks, &PeakObjects::builder)) return;
-    Install(*state, &PeakObjects::reader, NewPeakReader(Name(), *format, 0));
+    Install(*state, &PeakObjects::reader, NewPeakReader(fileName, *format, 0));
 }
 
 void PCM_source_wavefile::ReadPeaks(PeakRequest* request) {

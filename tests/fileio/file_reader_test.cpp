@@ -248,11 +248,11 @@ TEST_F(ReadFile, IsAskedForLittleWhereTheSystemHasACache) {
         expected += read.count;
     }
     EXPECT_EQ(expected, 300000);
-    EXPECT_EQ(files.Reads()[0].count, 3600u) << "six requests: nothing is left over";
+    EXPECT_EQ(files.Reads()[0].count, 1800u) << "three requests: nothing is left over";
     EXPECT_LE(files.Reads().size(), 11u);
     ASSERT_TRUE(reader.Seek(1000) && reader.Seek(2000));
     EXPECT_EQ(Deliver(reader, 100), 100);
-    EXPECT_EQ(files.Reads().back(), (RequestRecord{2000, 4096}));
+    EXPECT_EQ(files.Reads().back(), (RequestRecord{2000, 2048}));
 }
 
 // What each of some reads, or loans, asks a cached file for.
@@ -346,7 +346,7 @@ TEST_F(ReadFile, AnErrorStaysInReadAheadAlone) {
     FileReader window(name, {.mode = 2});
     files.FailAt(Operation::read, 1, Fault::failure);
     EXPECT_EQ(Deliver(window, 100), 100);
-    EXPECT_EQ(Deliver(window, 20000), 3996);  // what is buffered
+    EXPECT_EQ(Deliver(window, 20000), 1948);  // what is buffered
     ASSERT_TRUE(window.Seek(50000));
     EXPECT_EQ(Deliver(window, 100), 0);
     EXPECT_TRUE(window.HasFailed());

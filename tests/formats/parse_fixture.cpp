@@ -80,7 +80,8 @@ std::string RecordText(const AudioFormat& format) {
     const auto addLine = [&](const std::string& line) { text += line.empty() ? "" : line + "\n"; };
     addLine(LoopText(format));
     addLine(MarkersText(format.markers));
-    format.metadata.ForEach([&](const MetadataEntry& entry) { addLine(entry.key + "=" + entry.value); });
+    format.metadata.ForEach(
+        [&](const MetadataEntry& entry) { addLine(std::string(entry.key).append("=").append(entry.value)); });
     return text;
 }
 

@@ -19,10 +19,14 @@ constexpr size_t itemHeaderBytes = 8;
 constexpr size_t smallestListWithItem = typeBytes + itemHeaderBytes + 1;
 
 void StoreItem(std::string_view id, std::span<const uint8_t> text, MetadataStore& store) {
-    const std::string key = "INFO:" + std::string(id);
-    const auto value = Utf8OrLatin1(UpToNul(text));
+    std::string key = "INFO:";
+    key.append(id);
+    const auto value = UpToNul(text);
     if (id.starts_with('\0') || (value.empty() && store.Has(key))) return;
-    store.Set(key, value);
+    if (IsValidUtf8(value))
+        store.Set(key, value);
+    else
+        store.Set(key, Latin1ToUtf8(value));
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
 #include "metadata/read/text_fields.h"
 
-#include "text/text.h"
-
 namespace vantor {
 
 void StoreText(const char* key, std::span<const uint8_t> bytes, MetadataStore& store) {
-    if (const auto text = UpToNul(bytes); !text.empty()) store.Set(key, text);
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (!text.empty() && text.front() != '\0') store.Set(key, text);
 }
 
 void StoreTextField(const TextField& field, std::span<const uint8_t> chunk, MetadataStore& store) {

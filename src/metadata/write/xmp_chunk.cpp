@@ -74,7 +74,7 @@ void AddAttributes(std::string& text, const MetadataStore& store) {
 }
 
 void AddElements(std::string& text, const MetadataStore& store) {
-    const std::string* language = store.Get("XMP:dc/language");
+    const auto* language = store.Get("XMP:dc/language");
     const std::string lang = InAttribute(language != nullptr ? *language : "x-default");
     store.ForEach([&](const MetadataEntry& entry) {
         if (IsAlternative(entry.key)) {
