@@ -14,6 +14,7 @@ namespace vantor::bench {
 namespace {
 
 constexpr int manyFiles = 2000;
+constexpr size_t coldFiles = 200;
 constexpr int64_t smallAudioBytes = 6000;
 constexpr int64_t largeAudioBytes = 10000002;
 constexpr int64_t headerBytes = 4096;  // what the limit reads of a file
@@ -30,11 +31,18 @@ void Touch(const FileNames& names) {
         ::utimensat(AT_FDCWD, name.c_str(), times, 0);
 }
 
+void TouchAndForget(const FileNames& names) {
+    Touch(names);
+    for (const auto& name : names)
+        DropFromCache(name);
+}
+
 template <typename Open>
-void OpenEach(benchmark::State& state, const FileNames& names, Open open) {
+void OpenEach(benchmark::State& state, const FileNames& names, Open open,
+              void (*prepare)(const FileNames&) = Touch) {
     for (auto _ : state) {
         state.PauseTiming();
-        Touch(names);
+        prepare(names);
         state.ResumeTiming();
         for (const auto& name : names)
             benchmark::DoNotOptimize(open(name));
@@ -71,6 +79,24 @@ void RegisterOpenRow(const BenchFolder& folder, const std::string& row, int64_t 
     Register(row, bytesAlone, [=](auto& state) { OpenEach(state, files(), ReadHeaderBytes); });
 }
 
+// Files that come from the disk.
+void RegisterColdRow(const BenchFolder& folder) {
+    if (!DropFromCache(folder.Tracks(1, fileChannels).front())) return;
+    const auto registerAs = [&folder](const char* contestant, const ReadSetting& setting, auto open) {
+        Register(std::string("open 200 tagged, 10 MB") + coldRow, contestant, [=, &folder](auto& state) {
+            SetReadSetting(setting);
+            FileNames names = folder.TaggedFiles(manyFiles, largeAudioBytes);
+            names.resize(coldFiles);
+            OpenEach(state, names, open, TouchAndForget);
+        });
+    };
+    const auto openSource = [](const std::string& name) { return bool(OpenSource(name)); };
+    registerAs(tuned, openingReads, openSource);
+    registerAs(byDefault, {}, openSource);
+    registerAs(rival, {}, ReadTagsBySndfile);
+    registerAs(bytesAlone, {}, ReadHeaderBytes);
+}
+
 // A host that has looked into very many files before.
 void RegisterManyNamesRow(const BenchFolder& folder) {
     constexpr int names = 300000;
@@ -101,6 +127,7 @@ void RegisterMetadataRow(const BenchFolder& folder, const std::string& row, int6
 void RegisterOpenRows(const BenchFolder& folder) {
     RegisterOpenRow(folder, "open 2000 tagged", smallAudioBytes);
     RegisterOpenRow(folder, "open 2000 tagged, 10 MB of audio each", largeAudioBytes);
+    RegisterColdRow(folder);
     RegisterManyNamesRow(folder);
     RegisterMetadataRow(folder, "metadata of 2000 tagged", smallAudioBytes);
     RegisterMetadataRow(folder, "metadata of 2000 tagged, 10 MB of audio", largeAudioBytes);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <string_view>
 
 namespace vantor::bench {
 
@@ -74,7 +75,9 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
             std::fprintf(stderr, "%s: %s\n", name.c_str(), run.error_message.c_str());
             continue;
         }
-        result.seconds.push_back(run.cpu_accumulated_time / static_cast<double>(run.iterations));
+        const bool isCold = std::string_view(name).substr(0, slash).ends_with(coldRow);
+        result.seconds.push_back((isCold ? run.real_accumulated_time : run.cpu_accumulated_time) /
+                                 static_cast<double>(run.iterations));
         // Of several repetitions the quietest counts: what others do to a callback is not the module's.
         for (const auto& [counter, value] : run.counters) {
             const auto known = result.counters.try_emplace(counter, value.value).first;

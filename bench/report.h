@@ -2,7 +2,7 @@
 //
 // A benchmark is called "row/contestant". Of its repetitions the median counts, in processor time: every file
 // comes from the page cache, so that on an idle machine this is the time elapsed, and on a busy one it does
-// not count what others use.
+// not count what others use. In rows whose files come from the disk the time elapsed counts.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -19,6 +19,9 @@ inline constexpr const char* byDefault = "default";      // the module, in the s
 inline constexpr const char* rival = "libsndfile";       // the same work through libsndfile
 inline constexpr const char* bytesAlone = "bytes";       // reading the bytes in large pieces, nothing else
 inline constexpr const char* bytesAndDoubles = "limit";  // and writing as many doubles
+
+// The end of the names of such rows.
+inline constexpr const char* coldRow = ", cold, elapsed";
 
 // Counters of the rows that play in callbacks, in microseconds of processor time.
 inline constexpr const char* firstCallback = "first callback, us";

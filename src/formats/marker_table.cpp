@@ -1,10 +1,17 @@
 #include "formats/marker_table.h"
 
+#include <algorithm>
+
 namespace vantor {
 
 namespace {
 
 constexpr size_t firstSlots = 16;
+
+// A quarter of them stays free, and one at least.
+size_t SlotsFor(size_t markers) {
+    return markers / 3 * 4 + 4;
+}
 
 // Bits that depend on all bits of the id, and on where the table lies: no file can know ids that meet.
 uint32_t Scattered(int32_t id, const void* table) {
@@ -16,8 +23,7 @@ uint32_t Scattered(int32_t id, const void* table) {
 
 }  // namespace
 
-MarkerTable::MarkerTable(std::vector<Marker>& markers, TextPool& names)
-    : markers_(markers), names_(names), slots_(firstSlots) {}
+MarkerTable::MarkerTable(std::vector<Marker>& markers, TextPool& names) : markers_(markers), names_(names) {}
 
 // The id's slot, or the free one that it takes.
 size_t MarkerTable::SlotOf(int32_t id) const {
@@ -27,20 +33,28 @@ size_t MarkerTable::SlotOf(int32_t id) const {
     return slot;
 }
 
-void MarkerTable::Grow() {
-    slots_ = std::vector<uint32_t>(2 * slots_.size());
+void MarkerTable::SetSlots(size_t slots) {
+    slots_ = {};  // first, so that there are never two
+    slots_.resize(slots);
     for (size_t i = 0; i < markers_.size(); ++i)
         slots_[SlotOf(markers_[i].id)] = static_cast<uint32_t>(i + 1);
 }
 
+void MarkerTable::Expect(size_t markers) {
+    const size_t count = std::min(markers_.size() + markers, mostCuePoints);
+    if (count > 2 * markers_.capacity()) markers_.reserve(count);
+    if (count > 2 * slots_.size()) SetSlots(SlotsFor(count));
+}
+
 Marker& MarkerTable::FindOrCreate(uint32_t id) {
     const auto signedId = static_cast<int32_t>(id);
+    if (slots_.empty()) SetSlots(firstSlots);
     const size_t slot = SlotOf(signedId);
     if (slots_[slot] != 0) return markers_[slots_[slot] - 1];
     if (markers_.size() == mostCuePoints) return beyond_ = Marker();
     markers_.emplace_back().id = signedId;
     slots_[slot] = static_cast<uint32_t>(markers_.size());
-    if (markers_.size() > slots_.size() / 4 * 3) Grow();
+    if (SlotsFor(markers_.size()) > slots_.size()) SetSlots(2 * slots_.size());
     return markers_.back();
 }
 

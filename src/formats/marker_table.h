@@ -22,6 +22,8 @@ class MarkerTable {
     MarkerTable(const MarkerTable&) = delete;
     MarkerTable& operator=(const MarkerTable&) = delete;
 
+    // So many markers may follow, at most: as many as that need no more room then.
+    void Expect(size_t markers);
     // The first marker of the id, appended when there is none. Of those that are too many a marker that is
     // not kept. Valid until the next call.
     Marker& FindOrCreate(uint32_t id);
@@ -30,12 +32,12 @@ class MarkerTable {
 
   private:
     size_t SlotOf(int32_t id) const;
-    void Grow();
+    void SetSlots(size_t slots);
 
     std::vector<Marker>& markers_;
     TextPool& names_;
     Marker beyond_;
-    std::vector<uint32_t> slots_;  // a power of two: a marker's place in markers_ and 1, or 0
+    std::vector<uint32_t> slots_;  // a marker's place in markers_ and 1, or 0
 };
 
 }  // namespace vantor

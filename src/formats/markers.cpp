@@ -1,5 +1,7 @@
 #include "formats/markers.h"
 
+#include <algorithm>
+
 #include "fileio/byte_order.h"
 #include "text/text.h"
 
@@ -67,6 +69,7 @@ std::string MarkerName(std::string_view text) {
 void ReadCueList(std::span<const uint8_t> body, double sampleRate, MarkerTable& table) {
     if (!(sampleRate > 0) || body.size() < cueHeaderBytes) return;
     if (body.size() != cueHeaderBytes + uint64_t{cueEntryBytes} * ReadLe32(body.data())) return;
+    table.Expect(body.size() / cueEntryBytes);
     for (size_t at = cueHeaderBytes; at < body.size(); at += cueEntryBytes)
         table.FindOrCreate(ReadLe32(&body[at])).start = ReadLe32(&body[at + 20]) / sampleRate;
 }
@@ -83,6 +86,20 @@ bool ReadAssociatedData(std::span<const uint8_t> listBody, double sampleRate, Ma
         rest = rest.subspan(std::min(size + (size & 1), rest.size()));
     }
     return true;
+}
+
+void ReadAssociatedData(BodyReader list, double sampleRate, MarkerTable& table) {
+    table.Expect(static_cast<size_t>(list.remaining) / (subChunkHeaderBytes + labelTextOffset));
+    uint8_t header[subChunkHeaderBytes];
+    uint8_t data[regionTextOffset + longestMarkerName + 1];  // no name looks at more
+    while (list.Read(header, sizeof header)) {
+        const uint64_t size = ReadLe32(header + 4);
+        const uint64_t taken = std::min<uint64_t>(size, sizeof data);
+        if (size > list.remaining || !list.Read(data, taken)) return;
+        ReadSubChunk(FourCharacters(header), {data, static_cast<size_t>(taken)}, sampleRate, table);
+        const uint64_t unread = std::min(size + (size & 1) - taken, list.remaining);
+        if (unread > 0 && !list.Skip(unread)) return;
+    }
 }
 
 // | offset | width | field                                                                      |
@@ -109,6 +126,7 @@ void RemoveVoidMarkers(std::vector<Marker>& markers) {
         if (marker.id < 0 || marker.start < 0) return true;
         return marker.start <= 0 && marker.end <= 0 && !marker.name;
     });
+    if (markers.capacity() > 4 * markers.size()) markers.shrink_to_fit();
 }
 
 }  // namespace vantor

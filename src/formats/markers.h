@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "fileio/file_reader.h"
+#include "formats/chunk_cursor.h"
 #include "formats/marker_table.h"
 
 namespace vantor {
@@ -24,6 +25,8 @@ inline constexpr size_t longestMarkerName = 511;  // bytes
 void ReadCueList(std::span<const uint8_t> body, double sampleRate, MarkerTable& table);
 // The body of a LIST, its type included. False when it is not an associated data list, or a malformed one.
 bool ReadAssociatedData(std::span<const uint8_t> listBody, double sampleRate, MarkerTable& table);
+// The same of a long list, from behind its type on, which is not held in memory.
+void ReadAssociatedData(BodyReader list, double sampleRate, MarkerTable& table);
 // A `smpl` body.
 void ReadSamplerLoops(std::span<const uint8_t> body, double sampleRate, MarkerTable& table);
 // An `r64m` body. Moves, names and adds markers; for use after the walk.

@@ -109,25 +109,42 @@ WalkStatus ReadTrackCounts(RiffWalk& riff, const Chunk&) {
 
 WalkStatus ReadCues(RiffWalk& riff, const Chunk& chunk) {
     ContainerWalk& walk = riff.walk;
-    if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
-        ReadCueList(walk.scratch, walk.format.sampleRate, riff.markers);
+    if (const auto body = LendBody(walk.reader, chunk.bodyBytes, walk.scratch))
+        ReadCueList(*body, walk.format.sampleRate, riff.markers);
     return walkGoesOn;
 }
 
 WalkStatus ReadSampler(RiffWalk& riff, const Chunk& chunk) {
     ContainerWalk& walk = riff.walk;
-    if (ReadBody(walk.reader, chunk.bodyBytes, walk.scratch))
-        ReadSamplerLoops(walk.scratch, walk.format.sampleRate, riff.markers);
+    if (const auto body = LendBody(walk.reader, chunk.bodyBytes, walk.scratch))
+        ReadSamplerLoops(*body, walk.format.sampleRate, riff.markers);
     return walkGoesOn;
+}
+
+// Labels of a list that would take much memory. False, with nothing read, when it is another one.
+bool ReadLongLabels(RiffWalk& riff, const Chunk& chunk) {
+    constexpr uint64_t shortListBytes = 4096;
+    FileReader& reader = riff.walk.reader;
+    if (chunk.bodyBytes <= shortListBytes || chunk.bodyBytes > static_cast<uint64_t>(reader.Remaining()))
+        return false;
+    BodyReader list(reader, chunk.bodyBytes);
+    uint8_t type[4];
+    if (list.Read(type, sizeof type) && FourCharacters(type) == "adtl") {
+        ReadAssociatedData(list, riff.walk.format.sampleRate, riff.markers);
+        return true;
+    }
+    (void)reader.Seek(chunk.bodyStart);
+    return false;
 }
 
 WalkStatus ReadList(RiffWalk& riff, const Chunk& chunk) {
     ContainerWalk& walk = riff.walk;
-    if (!ReadBody(walk.reader, chunk.bodyBytes, walk.scratch)) return walkGoesOn;
-    if (ReadAssociatedData(walk.scratch, walk.format.sampleRate, riff.markers)) return walkGoesOn;
-    const auto type = FourCharacters(walk.scratch.data());
+    if (ReadLongLabels(riff, chunk)) return walkGoesOn;
+    const auto body = LendBody(walk.reader, chunk.bodyBytes, walk.scratch);
+    if (!body || ReadAssociatedData(*body, walk.format.sampleRate, riff.markers)) return walkGoesOn;
+    const auto type = FourCharacters(body->data());
     if (type == "INFO" || type == "info")
-        ReadMetadataChunk(walk.scratch, "INFO", walk.format.metadata, chunk.bodyStart);
+        ReadMetadataChunk(*body, "INFO", walk.format.metadata, chunk.bodyStart);
     return walkGoesOn;
 }
 

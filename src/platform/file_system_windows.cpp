@@ -1,6 +1,8 @@
 // Files of Windows, through the kernel's file calls.
 #include <windows.h>
+#include <winioctl.h>
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -107,6 +109,24 @@ class WindowsFile final : public File {
     }
 
     [[nodiscard]] bool FlushToDisk() override { return FlushFileBuffers(handle_.Get()) != 0; }
+
+    // A file system without holes, or without an answer, has all bytes stored.
+    [[nodiscard]] int64_t NextStored(int64_t offset) override {
+        const int64_t size = Size();
+        if (size <= offset) return offset;
+        FILE_ALLOCATED_RANGE_BUFFER asked{}, first{};
+        asked.FileOffset.QuadPart = offset;
+        asked.Length.QuadPart = size - offset;
+        WindowsRequest question;
+        question.Prepare(0);
+        DWORD bytes = 0;
+        BOOL answered = DeviceIoControl(handle_.Get(), FSCTL_QUERY_ALLOCATED_RANGES, &asked, sizeof asked,
+                                        &first, sizeof first, &bytes, &question.overlapped);
+        if (!answered && GetLastError() == ERROR_IO_PENDING)
+            answered = GetOverlappedResult(handle_.Get(), &question.overlapped, &bytes, TRUE);
+        if (!answered && GetLastError() != ERROR_MORE_DATA) return offset;
+        return bytes < sizeof first ? size : std::clamp<int64_t>(first.FileOffset.QuadPart, offset, size);
+    }
 
     [[nodiscard]] bool SetPosition(int64_t position) override {
         if (position < 0) return false;

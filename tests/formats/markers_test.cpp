@@ -1,5 +1,8 @@
 #include "formats/markers.h"
 
+#include <algorithm>
+
+#include "fileio/byte_order.h"
 #include "tests/formats/parse_fixture.h"
 #include "tests/support/failing_allocation.h"
 
@@ -37,6 +40,18 @@ Bytes Sampler(uint32_t loops, uint32_t extra) {
     ByteWriter smpl;
     smpl.Zeros(28).Le32(loops).Le32(extra).Le32(3).Le32(0).Le32(0).Le32(rate / 2).Zeros(8).Zeros(2);
     return ByteWriter().Chunk("smpl", smpl);
+}
+
+// The same with lists too long to be held in memory, for an entry of no kind in front.
+Bytes WithLongLists(Bytes chunks) {
+    const Bytes filler = ByteWriter().Chunk("file", Bytes(5001));
+    const std::string_view type = "adtl";
+    for (auto at = std::search(chunks.begin(), chunks.end(), type.begin(), type.end()); at != chunks.end();
+         at = std::search(at, chunks.end(), type.begin(), type.end())) {
+        WriteLe32(&*at - 4, static_cast<uint32_t>(ReadLe32(&*at - 4) + filler.size()));
+        at = chunks.insert(at + 4, filler.begin(), filler.end());
+    }
+    return chunks;
 }
 
 TEST(Markers, AreReadFromChunksThatAddUp) {
@@ -78,8 +93,9 @@ TEST(Markers, AreReadFromChunksThatAddUp) {
         {Sampler(178956971, 10), ""},  // 24 times it is 8 in 32 bits
     };
     for (const auto& c : cases)
-        EXPECT_EQ(FoundIn(WaveFile(FmtBody(1, 1, rate, 16), c.chunks)).markers, c.markers)
-            << "case " << &c - cases;
+        for (const Bytes& chunks : {c.chunks, WithLongLists(c.chunks)})
+            EXPECT_EQ(FoundIn(WaveFile(FmtBody(1, 1, rate, 16), chunks)).markers, c.markers)
+                << "case " << &c - cases << ", " << chunks.size() << " bytes";
     for (const uint32_t tooSlow : {0u, 1u})
         EXPECT_EQ(FoundIn(WaveFile(FmtBody(1, 1, tooSlow, 16), Cues({{2, 9}}))).markers, "");
 }
@@ -104,7 +120,7 @@ TEST(Markers, ManyCuesAndLabelsFindEachOther) {
     const size_t before = BytesAllocated();
     const auto bounded = ParsePlayable(file);
     EXPECT_EQ(bounded->markers.size(), mostCuePoints);
-    EXPECT_LT(BytesAllocated() - before, 6 * file.size()) << "one after the other; never as much at a time";
+    EXPECT_LT(BytesAllocated() - before, 4 * file.size()) << "one after the other; never as much at a time";
 }
 
 struct Rf64Entry {

@@ -80,6 +80,25 @@ TEST_F(SystemFiles, ReadsWritesAndCutsAtTheFilePointer) {
     EXPECT_EQ(ReadWholeFile(name), (std::vector<uint8_t>{1, 9, 8}));
 }
 
+// How much of a file takes no room, and whether the system tells, is its own affair: no stored byte is missed.
+TEST_F(SystemFiles, StepOverNothingThatIsStored) {
+    constexpr int64_t place = int64_t{1} << 20;
+    ASSERT_EQ(Open({.access = Access::readWrite}), OpenResult::opened);
+    ASSERT_TRUE(file->SetPosition(place));
+    ASSERT_EQ(file->Write("abc", 3).bytes, 3u);
+    ASSERT_TRUE(file->SetPosition(3 * place) && file->CutAtPosition());
+    for (const bool overlapped : {false, true}) {
+        ASSERT_EQ(Open({.overlapped = overlapped}), OpenResult::opened);
+        EXPECT_EQ(file->NextStored(4), 4);
+        for (const int64_t hole : {place / 2, 2 * place}) {
+            const int64_t stored = file->NextStored(hole);
+            EXPECT_TRUE(stored >= hole && stored <= (hole < place ? place : 3 * place)) << stored;
+        }
+        EXPECT_EQ(file->NextStored(place + 1), place + 1);
+        EXPECT_EQ(file->NextStored(3 * place), 3 * place);
+    }
+}
+
 TEST_F(SystemFiles, OverlappedRequestsEndDoneWithTheirBytes) {
     ASSERT_EQ(Open({.access = Access::readWrite, .overlapped = true}), OpenResult::opened);
     const auto request = file->NewRequest();
