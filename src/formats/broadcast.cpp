@@ -7,7 +7,8 @@
 namespace vantor {
 
 WalkStatus ReadBroadcast(ContainerWalk& walk, const Chunk& chunk) {
-    if (const auto body = LendBody(walk.reader, std::min(chunk.bodyBytes, largestBroadcastRead), walk.scratch))
+    if (const auto body =
+            LendBody(walk.reader, std::min(chunk.bodyBytes, largestBroadcastRead), walk.scratch))
         ReadMetadataChunk(*body, "BWF", walk.format.metadata, chunk.bodyStart);
     return walkGoesOn;
 }
