@@ -29,7 +29,7 @@ bool Fails(size_t bytes) {
 }  // namespace
 
 // The other forms of new and delete in the standard library end in these; those of a sanitizer do not, so the
-// form that stable_sort asks for stands here too.
+// forms for arrays and the one that stable_sort asks for stand here too.
 void* operator new(size_t bytes) {
     if (Fails(bytes)) throw std::bad_alloc();
     if (void* memory = std::malloc(bytes > 0 ? bytes : 1)) return memory;
@@ -44,11 +44,27 @@ void* operator new(size_t bytes, const std::nothrow_t&) noexcept {
     }
 }
 
+void* operator new[](size_t bytes) {
+    return operator new(bytes);
+}
+
+void* operator new[](size_t bytes, const std::nothrow_t& none) noexcept {
+    return operator new(bytes, none);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
 void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, size_t) noexcept {
     std::free(memory);
 }
 
