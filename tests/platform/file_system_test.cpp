@@ -80,7 +80,8 @@ TEST_F(SystemFiles, ReadsWritesAndCutsAtTheFilePointer) {
     EXPECT_EQ(ReadWholeFile(name), (std::vector<uint8_t>{1, 9, 8}));
 }
 
-// How much of a file takes no room, and whether the system tells, is its own affair: no stored byte is missed.
+// How much of a file takes no room, and whether the system tells, is its own affair: no stored byte is
+// missed.
 TEST_F(SystemFiles, StepOverNothingThatIsStored) {
     constexpr int64_t place = int64_t{1} << 20;
     ASSERT_EQ(Open({.access = Access::readWrite}), OpenResult::opened);
