@@ -99,7 +99,7 @@ TEST_F(ReadFile, ModesChooseTheOpenFlags) {
 TEST_F(ReadFile, FindsOutAtItsEndThatItIsBeingWritten) {
     for (const bool isBorrowed : {false, true}) {
         const auto name = Write(10);
-        FileReader reader(name, {});
+        FileReader reader(name, {.mode = 2});
         EXPECT_EQ(Deliver(reader, 10), 10);
         std::ofstream writer(name, std::ios::binary | std::ios::app);
         writer.write("\1", 1).flush();
@@ -314,8 +314,9 @@ TEST_F(ReadFile, GivesBuffersBack) {
     for (const int32_t mode : {-1, 0, 1, 2})
         for (const bool cached : {false, true}) {
             files.ServeFromCache(cached);
-            FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 1});
-            for (int round = 0; round < 2; ++round) {
+            files.HoldRequests(true);
+            FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 2});
+            for (int round = 0; round < 4; ++round) {
                 uint8_t bytes[100];
                 const size_t before = BytesAllocated();
                 EXPECT_EQ(reader.Read(bytes, 100), 100);

@@ -161,7 +161,7 @@ TEST_F(WriteFile, DoesNotWritePartsOfSectors) {
 TEST_F(WriteFile, TellsThatItHadNoMemory) {
     for (const int32_t mode : {1, 3})
         for (int allowed = 0;; ++allowed) {
-            const FailingAllocation failing(allowed);
+            const FailingAllocation failing(allowed, mode == 1);
             try {
                 FileWriter writer(name.c_str(), {.mode = mode, .minBlocks = 1, .maxBlocks = 1});
                 const int32_t taken = writer.Write(bytes.data(), 30000);
@@ -202,6 +202,12 @@ TEST_F(WriteFile, BlocksAreOfTheSizeAskedFor) {
             requests.push_back(write.count);
         EXPECT_EQ(requests, c.requests) << &c - cases;
     }
+}
+
+TEST_F(WriteFile, FillsBlocksAgainThatHaveBeenWaitedFor) {
+    files.HoldRequests(true);
+    FileWriter writer(name.c_str(), {.mode = 1, .blockBytes = 4, .minBlocks = 1, .maxBlocks = 2});
+    EXPECT_EQ(writer.Write(bytes.data(), 100), 100);
 }
 
 TEST_F(WriteFile, ReachesTheDiskWhenAskedTo) {
