@@ -17,8 +17,8 @@ struct ReadMode {
 };
 using ReadSetting = std::optional<ReadMode>;  // none: what the module chooses by itself
 inline constexpr ReadMode playingReads{0, 1, 128 * 1024};
-inline constexpr ReadMode visitingReads{0, 0, 0};  // each request by itself
-inline constexpr ReadMode openingReads{0, 1, 8192};
+inline constexpr ReadMode visitingReads{0, 0, 0};    // each request by itself
+inline constexpr ReadMode openingReads{2, 1, 8192};  // through a window, as the module itself would
 
 // Loads the module from beside the executable and has it register. Throws std::runtime_error.
 void LoadModule();
