@@ -50,6 +50,7 @@ TEST(FileName, ComparesWithoutRegardToCase) {
     EXPECT_GT(CompareFileNames(whole, whole.substr(0, 2)), 0);
     EXPECT_EQ(HashOfFileName("C:/Takes/A 12.wav"), HashOfFileName("c:/takes/a 12.WAV"));
     EXPECT_NE(HashOfFileName("C:/Takes/A 12.wav"), HashOfFileName("C:/Takes/A 13.wav"));
+    EXPECT_NE(HashOfFileName("C:/Takes/one 1"), HashOfFileName("C:/Takes/one 2")) << "the last of all";
 }
 
 // Readers ask for the wide form when the name needs it and can be decoded, writers always.
