@@ -420,6 +420,31 @@ TEST_F(ReadFile, IsBorrowedFromTheBuffersWhereItCan) {
     }
 }
 
+TEST_F(ReadFile, LendsWhatItHoldsWithoutAskingTheSystem) {
+    const auto name = Write(100000);
+    EXPECT_EQ(FileReader(folder.Path("missing"), {}).BorrowHeld(1), nullptr);
+    for (const auto& [mode, cached] : {std::pair{0, false}, {2, true}}) {
+        files.Reset();
+        files.ServeFromCache(cached);
+        FileReader reader(name, {.mode = mode, .blockBytes = 8192});
+        EXPECT_EQ(reader.BorrowHeld(1), nullptr) << "nothing is held yet";
+        EXPECT_EQ(Deliver(reader, 1), 1);
+        const auto held = static_cast<int64_t>(files.Reads().back().count) - 1;
+        EXPECT_EQ(reader.BorrowHeld(held + 1), nullptr);
+        EXPECT_EQ(reader.BorrowHeld(0), nullptr);
+        EXPECT_EQ(reader.BorrowHeld(-1), nullptr);
+        const uint8_t* const one = reader.BorrowHeld(1);
+        ASSERT_TRUE(one);
+        EXPECT_EQ(*one, bytes[1]);
+        const uint8_t* const rest = reader.BorrowHeld(held - 1);
+        ASSERT_TRUE(rest);
+        EXPECT_TRUE(std::equal(rest, rest + held - 1, bytes.begin() + 2));
+        EXPECT_EQ(reader.BytesRead(), held + 1);
+        EXPECT_EQ(reader.Tell(), held + 1);
+        EXPECT_EQ(files.Reads().size(), 1u);
+    }
+}
+
 TEST_F(ReadFile, IsHeldInMemoryWhenSmall) {
     const auto name = Write(50000);
     for (const auto& [mapThreshold, reads] : {std::pair{0u, 0}, {50000u, 0}, {50001u, 1}}) {
