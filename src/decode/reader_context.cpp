@@ -10,8 +10,9 @@ ReaderContext::~ReaderContext() = default;
 
 void ReleaseMemory(ReaderContext& context) {
     context.reader->ReleaseBuffers();
-    context.storedBytes = {};
-    context.convertedSamples = {};
+    // A list of nothing, {}, would leave them their memory.
+    context.storedBytes = std::vector<uint8_t>();
+    context.convertedSamples = std::vector<double>();
 }
 
 }  // namespace vantor

@@ -34,7 +34,7 @@ size_t MarkerTable::SlotOf(int32_t id) const {
 }
 
 void MarkerTable::SetSlots(size_t slots) {
-    slots_ = {};  // first, so that there are never two
+    slots_ = std::vector<uint32_t>();  // first, so that there are never two
     slots_.resize(slots);
     for (size_t i = 0; i < markers_.size(); ++i)
         slots_[SlotOf(markers_[i].id)] = static_cast<uint32_t>(i + 1);
