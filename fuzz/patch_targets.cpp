@@ -15,29 +15,19 @@ namespace {
 
 // Keys that a chunk may have or not, beside those that it has.
 constexpr std::string_view newKeys[] = {
-    "BWF:Description",
-    "BWF:LoudnessRange",
-    "BWF:TimeReference",
-    "CART:Title",
-    "CART:AUD1",
-    "CART:TagText",
-    "INFO:INAM",
-    "INFO:ICMT",
-    "IXML:NOTE",
-    "IXML:A:B",
-    "IXML:A:B:2",
-    "ASWG:project",
-    "XMP:dc/title",
-    "XMP:dc/subject",
-    "XMP:dm/artist",
-    "XMP:MARK000",
-    "XMP:dc/language",
-    "XMP:MARK001",
-    "ID3:TIT2",
-    "ID3:COMM",
-    "ID3:TXXX:k",
-    "ID3:TDRC",
-    "XMP:dm/relativeTimestamp",
+    "BWF:Description",   "BWF:LoudnessRange",
+    "BWF:TimeReference", "CART:Title",
+    "CART:AUD1",         "CART:TagText",
+    "INFO:INAM",         "INFO:ICMT",
+    "ACID:BPM",          "ACID:KEY",
+    "ACID:BEATS",        "IXML:NOTE",
+    "IXML:A:B",          "IXML:A:B:2",
+    "ASWG:project",      "XMP:dc/title",
+    "XMP:dc/subject",    "XMP:dm/artist",
+    "XMP:MARK000",       "XMP:dc/language",
+    "XMP:MARK001",       "ID3:TIT2",
+    "ID3:COMM",          "ID3:TXXX:k",
+    "ID3:TDRC",          "XMP:dm/relativeTimestamp",
 };
 constexpr std::string_view values[] = {
     "", "x", "0", "12", "5:6:m", "a; b; c", "\xC3\xA9 <&>\"'", "2024-05-06T07:08"};
@@ -139,6 +129,9 @@ void PatchCartBody(Input input) {
 }
 void PatchInfoBody(Input input) {
     PatchBody("INFO", input);
+}
+void PatchAcidBody(Input input) {
+    PatchBody("ACID", input);
 }
 void PatchIxmlBody(Input input) {
     PatchBody("IXML", input);

@@ -35,6 +35,7 @@ void ReadCafInfoBody(Input input);
 void PatchBextBody(Input input);
 void PatchCartBody(Input input);
 void PatchInfoBody(Input input);
+void PatchAcidBody(Input input);
 void PatchIxmlBody(Input input);
 void PatchXmpBody(Input input);
 void PatchId3Body(Input input);
@@ -68,6 +69,7 @@ inline constexpr std::array targets = {
     Target{"patch_bext", PatchBextBody},
     Target{"patch_cart", PatchCartBody},
     Target{"patch_info", PatchInfoBody},
+    Target{"patch_acid", PatchAcidBody},
     Target{"patch_ixml", PatchIxmlBody},
     Target{"patch_xmp", PatchXmpBody},
     Target{"patch_id3", PatchId3Body},
