@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs clang-tidy (.clang-tidy says which checks) over src/ and tools/, or over the files given, and clang's analysis of
 # what each lock guards. Usage: scripts/tidy.sh [FILE...]
-#   --seconds N           clang-tidy alone, over the files that were changed last, until so long has passed
+#   --last N              clang-tidy alone, over the N files that were changed last
 #   --includes [FILE...]  instead: headers of this project that a file includes and does not use
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -15,15 +15,14 @@ files() {  # of the files named, those that this system compiles; a header stand
 }
 
 tidy() {
-    xargs -P "$(nproc)" -n "$1" bash -c '
-        [ "$(date +%s)" -lt "$0" ] || exit 0
+    xargs -P "$(nproc)" -n 2 bash -c '
         printf "%s\n" "$@"
-        clang-tidy -p build/tidy --quiet "$@" 2> >(grep -v "warnings generated" >&2)' "${2:-9999999999}"
+        clang-tidy -p build/tidy --quiet "$@" 2> >(grep -v "warnings generated" >&2)' tidy
 }
 
 case "${1:-}" in
-    --seconds)
-        git log --format= --name-only -- src tools | files | tidy 1 $(($(date +%s) + $2))
+    --last)
+        git log --format= --name-only -- src tools | files | awk -v most="$2" 'NR <= most' | tidy
         ;;
     --includes)
         shift
@@ -36,6 +35,6 @@ case "${1:-}" in
         ;;
     *)
         cmake --build --preset tidy
-        printf '%s\n' "${@:-$(git ls-files src tools)}" | files | tidy 4
+        printf '%s\n' "${@:-$(git ls-files src tools)}" | files | tidy
         ;;
 esac

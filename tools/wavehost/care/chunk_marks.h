@@ -15,6 +15,7 @@ struct ChunkMark {
     std::string scheme;  // of tags, as their keys begin; empty for all else
     int64_t bytes = 0;
     uint64_t hash = 0;  // of the body's first 64 MiB
+    // NOLINTNEXTLINE(modernize-use-nullptr): the comparison that the compiler writes compares with 0
     auto operator<=>(const ChunkMark&) const = default;
 };
 

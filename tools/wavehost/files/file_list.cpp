@@ -56,7 +56,7 @@ void AppendArgument(const std::string& name, bool recursive, std::vector<ListedF
 
 void AppendStandardInput(const FileArguments& arguments, std::vector<ListedFile>& files) {
     MakeBinary(stdin);
-    const int end = arguments.nulTerminated ? '\0' : '\n';
+    const char end = arguments.nulTerminated ? '\0' : '\n';
     std::string name;
     const auto take = [&] {
         if (!arguments.nulTerminated && name.ends_with('\r')) name.pop_back();
