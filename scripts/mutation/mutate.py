@@ -5,7 +5,9 @@ Every mutant (an operator, a limit, a branch, a statement changed) is compiled i
 environment variable; for each, only the tests that reach it run. Survivors are printed by folder. Those that change
 nothing anybody can observe stand, with the reason, in scripts/mutation/equivalent.txt.
 
-Usage: mutate.py TREE_FOLDER [--sample N] [--seed N] [--jobs N] [--tests "FOLDER;..."] [FOLDER_OR_FILE ...]   (below src/; all by default)
+Usage: mutate.py TREE_FOLDER [--sample N] [--seed N] [--jobs N] [--tests "FOLDER;..."] [--skip "PATTERN:..."]
+                 [FOLDER_OR_FILE ...]   (below src/; all by default)
+--skip leaves tests out, named as GoogleTest does: for a first pass without those that fail at every step.
 """
 import argparse, collections, json, os, random, re, shutil, subprocess, sys, time
 from concurrent.futures import ThreadPoolExecutor
@@ -185,13 +187,14 @@ def build(tree, files, mutants, dropped):
     sys.exit('the mutants do not build')
 
 
-def reached_by(tree, log):
+def reached_by(tree, skipped):
     binary = os.path.join(tree, 'build/vantor_tests')
+    log = os.path.join(tree, 'reached' + ''.join(c if c.isalnum() else '_' for c in skipped))
     if not os.path.exists(log) or os.path.getmtime(log) < os.path.getmtime(binary):
         if os.path.exists(log):
             os.remove(log)
-        run([binary, '--gtest_brief=1', '--gtest_filter=-' + SKIPPED_TESTS], cwd=os.path.join(tree, 'build'),
-            env={**os.environ, 'VANTOR_REACHED': log})
+        run([binary, '--gtest_brief=1', '--gtest_filter=-' + ':'.join(filter(None, (SKIPPED_TESTS, skipped)))],
+            cwd=os.path.join(tree, 'build'), env={**os.environ, 'VANTOR_REACHED': log})
     tests = collections.defaultdict(list)  # mutant: (milliseconds, mutants that the test reaches, test)
     for line in open(log):
         name, milliseconds, *ids = line.split()
@@ -245,6 +248,7 @@ def main():
     parser.add_argument('--sample', type=int)
     parser.add_argument('--seed', type=int, default=1)
     parser.add_argument('--tests', default=TEST_FOLDERS, help='folders of tests/ that are asked')
+    parser.add_argument('--skip', default='', help='tests that are not asked')
     parser.add_argument('--jobs', type=int, default=os.cpu_count())
     parser.add_argument('where', nargs='*')
     options = parser.parse_intermixed_args()
@@ -286,7 +290,7 @@ def main():
     build(tree, files, mutants, dropped)
     json.dump([[m['file'], m['line'], m['text'], m['what']] for m in mutants if m['id'] in dropped], open(known, 'w'))
     print(f'{len(dropped)} do not compile', file=sys.stderr)
-    tests = reached_by(tree, os.path.join(tree, 'reached'))
+    tests = reached_by(tree, options.skip)
 
     equivalent = known_equivalents(root)
     alive = [m for m in mutants if m['id'] not in dropped and (m['file'], m['text'], m['what']) not in equivalent]
