@@ -25,7 +25,7 @@ const TagScheme* DocumentScheme(std::string_view name) {
 }
 
 std::vector<DocumentPlace> PlacesOf(FileReader& file, const AudioFormat& format, std::string_view scheme) {
-    if (!TakesTags(format)) return FindDocuments(file, format.fileKind, scheme);
+    if (!TakesTags(format)) return FindDocuments(file, scheme);
     std::vector<DocumentPlace> places;
     RiffChunkWalk walk(file, format.fileKind != kindWave, {});
     RiffChunk chunk{};

@@ -4,6 +4,7 @@
 
 #include "fileio/byte_order.h"
 #include "formats/chunk_cursor.h"
+#include "formats/containers.h"
 #include "metadata/tag_schemes.h"
 
 namespace vantor {
@@ -35,31 +36,32 @@ DocumentHead HeadInCaf(FileReader& reader, const Chunk& chunk) {
     return std::ranges::equal(uuid, xmpUuid) ? DocumentHead{"XMP", sizeof uuid} : DocumentHead{};
 }
 
-struct Container {
-    int32_t fileKind;
+struct Carrier {
+    FileKind kind;
     ChunkFraming framing;
-    int64_t firstChunk;  // file offset
     DocumentHead (*headOf)(FileReader& reader, const Chunk& chunk);
 };
-constexpr Container containers[] = {{kindWave64, wave64Framing, 40, HeadInWave64},
-                                    {kindIff, iffFraming, 12, HeadInIff},
-                                    {kindCaf, cafFraming, 8, HeadInCaf}};
+constexpr Carrier carriers[] = {{kindWave64, wave64Framing, HeadInWave64},
+                                {kindIff, iffFraming, HeadInIff},
+                                {kindCaf, cafFraming, HeadInCaf}};
 
 }  // namespace
 
-std::vector<DocumentPlace> FindDocuments(FileReader& reader, int32_t fileKind, std::string_view scheme) {
+std::vector<DocumentPlace> FindDocuments(FileReader& reader, std::string_view scheme) {
     std::vector<DocumentPlace> places;
-    const auto* container = std::ranges::find(containers, fileKind, &Container::fileKind);
-    if (container == std::end(containers) || !reader.Seek(container->firstChunk)) return places;
+    const Container* container = RecogniseContainer(reader);
+    if (!container) return places;
+    const auto* carrier = std::ranges::find(carriers, container->kind, &Carrier::kind);
+    if (carrier == std::end(carriers) || !reader.Seek(container->firstChunk)) return places;
     Chunk chunk;
-    while (ReadChunkHeader(reader, container->framing, chunk)) {
-        const auto head = container->headOf(reader, chunk);
+    while (ReadChunkHeader(reader, carrier->framing, chunk)) {
+        const auto head = carrier->headOf(reader, chunk);
         const int64_t left = reader.Size() - chunk.bodyStart;
         const bool isWhole = left >= 0 && chunk.bodyBytes <= static_cast<uint64_t>(left);
         if (isWhole && head.scheme == scheme && chunk.bodyBytes >= static_cast<uint64_t>(head.bytes))
             places.push_back(
                 {chunk.bodyStart + head.bytes, static_cast<int64_t>(chunk.bodyBytes) - head.bytes});
-        if (!isWhole || !SeekPastChunk(reader, container->framing, chunk)) break;
+        if (!isWhole || !SeekPastChunk(reader, carrier->framing, chunk)) break;
     }
     return places;
 }

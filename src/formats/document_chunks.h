@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "fileio/file_reader.h"
-#include "formats/audio_format.h"
 
 namespace vantor {
 
@@ -19,7 +18,6 @@ struct DocumentPlace {
     int64_t bytes;
 };
 // Those of a scheme ("XMP", "ID3") that the file holds whole, in file order. None for other kinds of files.
-[[nodiscard]] std::vector<DocumentPlace> FindDocuments(FileReader& reader, int32_t fileKind,
-                                                       std::string_view scheme);
+[[nodiscard]] std::vector<DocumentPlace> FindDocuments(FileReader& reader, std::string_view scheme);
 
 }  // namespace vantor

@@ -1,11 +1,10 @@
-// Recognises a file's container, has its chunks walked, and judges and measures what was found.
-#include <algorithm>
+// Has a file's chunks walked, and judges and measures what was found.
 #include <new>
-#include <string_view>
 
 #include "formats/audio_format.h"
 #include "formats/caf_markers.h"
 #include "formats/container_walk.h"
+#include "formats/containers.h"
 #include "formats/frame_count.h"
 #include "formats/markers.h"
 #include "host/host_services.h"
@@ -14,41 +13,7 @@ namespace vantor {
 
 namespace {
 
-using namespace std::string_view_literals;
-
-constexpr auto riffGuid = "riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"sv;
-constexpr auto waveGuid = "wave\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A"sv;
-constexpr size_t smallestHeader = 12;
-constexpr size_t largestHeader = 40;
 constexpr int64_t smallestChunk = 8;  // a header
-
-struct Container {
-    FileKind kind;
-    std::string_view id;  // at the start of the file
-    size_t formOffset;
-    std::string_view form;
-    int64_t firstChunk;
-    WalkFunction walk;
-};
-
-constexpr Container containers[] = {
-    {kindIff, "FORM", 8, "AIFF", 12, WalkAiff},  {kindIff, "FORM", 8, "AIFC", 12, WalkAifc},
-    {kindIff, "FORM", 8, "8SVX", 12, Walk8svx},  {kindWave64, riffGuid, 24, waveGuid, 40, WalkWave64},
-    {kindWave, "RIFF", 8, "WAVE", 12, WalkRiff}, {kindRf64, "RF64", 8, "WAVE", 12, WalkRf64},
-    {kindBw64, "BW64", 8, "WAVE", 12, WalkRf64}, {kindCaf, "caff\0\1"sv, 8, "", 8, WalkCaf},
-};
-
-const Container* Recognise(FileReader& reader) {
-    uint8_t bytes[largestHeader];
-    const int64_t count = reader.Read(bytes, sizeof bytes);
-    const std::string_view header(reinterpret_cast<const char*>(bytes), static_cast<size_t>(count));
-    if (header.size() < smallestHeader) return nullptr;
-    for (const auto& container : containers)
-        if (header.starts_with(container.id) && header.size() >= container.formOffset &&
-            header.substr(container.formOffset).starts_with(container.form))
-            return &container;
-    return nullptr;
-}
 
 // What is played, as of a file that holds nothing.
 void ClearAudio(AudioFormat& format) {
@@ -102,7 +67,7 @@ int Accept(ContainerWalk& walk) {
 }
 
 int Parse(AudioFormat& format, FileReader& reader) {
-    const Container* container = Recognise(reader);
+    const Container* container = RecogniseContainer(reader);
     format.fileKind = container ? container->kind : kindUnknown;
     ContainerWalk walk{.format = format, .reader = reader};
     WalkStatus status;
@@ -116,7 +81,6 @@ int Parse(AudioFormat& format, FileReader& reader) {
 }  // namespace
 
 int ParseAudioFormat(AudioFormat& format, FileReader& reader) {
-    (void)reader.Seek(0);
     format.fileSize = reader.Size();
     format.isIncomplete = true;
     try {

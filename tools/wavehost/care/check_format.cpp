@@ -102,7 +102,8 @@ void CheckCommonFrames(Examination& e) {
 void CheckVoiceCounts(Examination& e) {
     const Survey& survey = e.survey;
     const SurveyedChunk* vhdr = survey.Find("VHDR");
-    if (!vhdr || vhdr->bodyBytes < 20 || !survey.sound || survey.form != "8SVX" || survey.Find("CHAN"))
+    if (!vhdr || vhdr->bodyBytes < 20 || !survey.sound || survey.container->form != "8SVX" ||
+        survey.Find("CHAN"))
         return;
     const auto body = e.BodyOf(*vhdr, 20);
     if (body.size() < 20 || body[14] != 1) return;  // octaves and channels share the body

@@ -33,7 +33,7 @@ std::vector<Step> StepsToRf64(const Survey& survey) {
     if (survey.format.fileKind != kindWave || survey.chunks.empty()) return {};
     const SurveyedChunk& room = survey.chunks.front();
     const bool isRoom = std::ranges::find(roomIds, room.id) != std::end(roomIds);
-    if (!isRoom || room.start != survey.rules->firstChunk || room.bodyBytes < ds64Bytes) return {};
+    if (!isRoom || room.start != survey.container->firstChunk || room.bodyBytes < ds64Bytes) return {};
     std::vector<uint8_t> ds64(ds64Bytes);
     WriteLe64(ds64.data(), static_cast<uint64_t>(WholeEnd(survey) - 8));
     WriteLe64(ds64.data() + 8, static_cast<uint64_t>(survey.sound->end - survey.SoundChunk().bodyStart));

@@ -27,11 +27,11 @@ constexpr std::string_view cafIds[] = {
     "uuid", "free", "ovvw", "peak", "inst", "midi", "umid", "edct",
 };
 
-constexpr ContainerRules riffRules{riffFraming, 12, "data", riffIds};
-constexpr ContainerRules wave64Rules{wave64Framing, 40, "data", riffIds};
-constexpr ContainerRules iffRules{iffFraming, 12, "SSND", iffIds};
-constexpr ContainerRules voiceRules{iffFraming, 12, "BODY", iffIds};
-constexpr ContainerRules cafRules{cafFraming, 8, "data", cafIds};
+constexpr ContainerRules riffRules{riffFraming, "data", riffIds};
+constexpr ContainerRules wave64Rules{wave64Framing, "data", riffIds};
+constexpr ContainerRules iffRules{iffFraming, "SSND", iffIds};
+constexpr ContainerRules voiceRules{iffFraming, "BODY", iffIds};
+constexpr ContainerRules cafRules{cafFraming, "data", cafIds};
 
 // What the body of a tag begins with, after its chunk's id.
 struct TagStart {
@@ -52,8 +52,8 @@ constexpr std::string_view foreignTags[] = {"TAG", "APETAGEX", "LYRICSBEGIN", "I
 
 }  // namespace
 
-const ContainerRules* RulesOf(vantor::FileKind kind, std::string_view form) {
-    switch (kind) {
+const ContainerRules* RulesOf(const Container& container) {
+    switch (container.kind) {
         case kindWave:
         case kindRf64:
         case kindBw64:
@@ -61,7 +61,7 @@ const ContainerRules* RulesOf(vantor::FileKind kind, std::string_view form) {
         case kindWave64:
             return &wave64Rules;
         case kindIff:
-            return form == "8SVX" ? &voiceRules : &iffRules;
+            return container.form == "8SVX" ? &voiceRules : &iffRules;
         case kindCaf:
             return &cafRules;
         default:

@@ -5,22 +5,21 @@
 #include <span>
 #include <string_view>
 
-#include "formats/audio_format.h"
 #include "formats/chunk_cursor.h"
+#include "formats/containers.h"
 
 namespace vantor::wavehost {
 
 // How a container of this kind frames its chunks, and the ids that stand beside sound in it.
 struct ContainerRules {
     ChunkFraming framing;
-    int64_t firstChunk;     // file offset
     std::string_view data;  // id of the chunk that holds the sound
     std::span<const std::string_view> knownIds;
 
     [[nodiscard]] int64_t HeaderBytes() const { return framing.idBytes + framing.sizeBytes; }
 };
-// `form` tells the kinds of IFF files apart. Null for kindUnknown.
-const ContainerRules* RulesOf(vantor::FileKind kind, std::string_view form);
+// Null for one that `check` knows nothing of.
+const ContainerRules* RulesOf(const Container& container);
 
 class ChunkProbe {
   public:

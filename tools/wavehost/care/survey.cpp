@@ -4,7 +4,6 @@
 #include <system_error>
 
 #include "fileio/byte_order.h"
-#include "formats/container_walk.h"
 #include "wavehost/care/sound_end.h"
 #include "wavehost/os/failure.h"
 
@@ -15,33 +14,11 @@ namespace {
 constexpr size_t mostChunks = 4096;  // listed; the richest file has some dozens
 constexpr uint32_t smallestDs64 = 24;
 
-std::string FormOf(FileReader& reader, vantor::FileKind kind) {
-    if (kind == kindUnknown || kind == kindWave64 || kind == kindCaf) return {};
-    char form[4] = {};
-    reader.Seek(8);
-    return reader.ReadExactly(form, sizeof form) ? std::string(form, sizeof form) : std::string();
-}
-
-WalkFunction WalkOf(vantor::FileKind kind, std::string_view form) {
-    switch (kind) {
-        case kindWave:
-            return WalkRiff;
-        case kindWave64:
-            return WalkWave64;
-        case kindIff:
-            return form == "AIFF" ? WalkAiff : form == "AIFC" ? WalkAifc : Walk8svx;
-        case kindCaf:
-            return WalkCaf;
-        default:
-            return WalkRf64;
-    }
-}
-
 // A parse that fails forgets the encoding; the walk is asked for it once more.
 void ReadFormatOfRefused(Survey& survey, FileReader& reader) {
     ContainerWalk walk{.format = survey.format, .reader = reader};
-    reader.Seek(survey.rules->firstChunk);
-    (void)WalkOf(static_cast<vantor::FileKind>(survey.format.fileKind), survey.form)(walk);
+    reader.Seek(survey.container->firstChunk);
+    (void)survey.container->walk(walk);
     survey.formatAccepted = walk.formatAccepted;
 }
 
@@ -51,7 +28,7 @@ class ChunkWalk {
         : survey_(survey),
           reader_(reader),
           probe_(reader, *survey.rules),
-          position_(survey.rules->firstChunk) {}
+          position_(survey.container->firstChunk) {}
 
     void Run() {
         position_ = std::min(position_, survey_.fileBytes);
@@ -178,9 +155,8 @@ std::unique_ptr<Survey> SurveyFile(const std::string& file, FileReader& reader) 
     survey->isPlayable = ParseAudioFormat(survey->format, reader) == 0;
     survey->formatAccepted = survey->isPlayable;
     survey->fileBytes = reader.Size();
-    const auto kind = static_cast<vantor::FileKind>(survey->format.fileKind);
-    survey->form = FormOf(reader, kind);
-    survey->rules = RulesOf(kind, survey->form);
+    survey->container = RecogniseContainer(reader);
+    if (survey->container) survey->rules = RulesOf(*survey->container);
     if (survey->rules) {
         if (!survey->isPlayable) ReadFormatOfRefused(*survey, reader);
         ChunkWalk(*survey, reader).Run();
@@ -188,6 +164,11 @@ std::unique_ptr<Survey> SurveyFile(const std::string& file, FileReader& reader) 
     }
     if (reader.HasMissedBytes()) throw Failure("cannot be read");
     return survey;
+}
+
+int64_t BlockFramesOf(const std::string& file) {
+    FileReader reader(file, {});
+    return SurveyFile(file, reader)->blockFrames;
 }
 
 }  // namespace vantor::wavehost

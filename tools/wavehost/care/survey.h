@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "formats/audio_format.h"
+#include "formats/containers.h"
 #include "formats/ds64.h"
 #include "wavehost/care/chunk_probe.h"
 
@@ -52,8 +53,8 @@ struct Survey {
     AudioFormat format;       // what the module makes of the file
     bool isPlayable = false;  // else format.errorMessage says why
     bool formatAccepted = false;
-    std::string form;                       // "WAVE", "AIFF", "AIFC", "8SVX"; empty for Wave64 and CAF
-    const ContainerRules* rules = nullptr;  // null: not a container that the module reads
+    const Container* container = nullptr;   // null: none that the module reads
+    const ContainerRules* rules = nullptr;  // of the container
     std::vector<SurveyedChunk> chunks;      // in file order
     bool hasMoreChunks = false;             // than are listed
     std::optional<Sound> sound;
@@ -73,5 +74,7 @@ struct Survey {
 // Throws Failure when the file cannot be opened or read. Reads chunk headers alone, and the sound only where
 // its size does not tell its end.
 std::unique_ptr<Survey> SurveyFile(const std::string& file, FileReader& reader);
+// Survey::blockFrames of a file.
+int64_t BlockFramesOf(const std::string& file);
 
 }  // namespace vantor::wavehost

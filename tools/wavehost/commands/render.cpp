@@ -3,11 +3,11 @@
 #include <cmath>
 #include <map>
 
+#include "wavehost/care/survey.h"
 #include "wavehost/commands/command_line.h"
 #include "wavehost/commands/write_result.h"
 #include "wavehost/edits/carried_tags.h"
 #include "wavehost/edits/tag_edit.h"
-#include "wavehost/facts/adpcm_block.h"
 #include "wavehost/facts/messages.h"
 #include "wavehost/facts/source_facts.h"
 #include "wavehost/files/progress.h"
@@ -113,7 +113,7 @@ int JudgeMissing(PCM_source& source, const RenderOptions& options, const Plan& p
     ReportFailure(options.file, "ended after " + std::to_string(plan.totalFrames - missingFrames) + " of " +
                                     std::to_string(plan.totalFrames) +
                                     " frames; silence stands for the rest");
-    return missing < static_cast<double>(AdpcmBlockFrames(PathOf(options.file))) ? exitDone : exitFailed;
+    return missing < static_cast<double>(BlockFramesOf(options.file)) ? exitDone : exitFailed;
 }
 
 void ReportSpeed(const std::string& file, int64_t frames, double sampleRate, double seconds) {
