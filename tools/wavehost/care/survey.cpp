@@ -166,9 +166,9 @@ std::unique_ptr<Survey> SurveyFile(const std::string& file, FileReader& reader) 
     return survey;
 }
 
-int64_t BlockFramesOf(const std::string& file) {
+std::unique_ptr<Survey> SurveyFile(const std::string& file) {
     FileReader reader(file, {});
-    return SurveyFile(file, reader)->blockFrames;
+    return SurveyFile(file, reader);
 }
 
 }  // namespace vantor::wavehost

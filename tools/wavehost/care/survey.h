@@ -74,7 +74,6 @@ struct Survey {
 // Throws Failure when the file cannot be opened or read. Reads chunk headers alone, and the sound only where
 // its size does not tell its end.
 std::unique_ptr<Survey> SurveyFile(const std::string& file, FileReader& reader);
-// Survey::blockFrames of a file.
-int64_t BlockFramesOf(const std::string& file);
+std::unique_ptr<Survey> SurveyFile(const std::string& file);
 
 }  // namespace vantor::wavehost

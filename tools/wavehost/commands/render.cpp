@@ -13,6 +13,7 @@
 #include "wavehost/files/progress.h"
 #include "wavehost/files/wav_writer.h"
 #include "wavehost/host/host_services.h"
+#include "wavehost/host/resampler.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/interruption.h"
 #include "wavehost/os/terminal_text.h"
@@ -61,6 +62,9 @@ Plan MakePlan(PCM_source& source, const RenderOptions& options) {
         static_cast<int32_t>(std::min<int64_t>(options.blockFrames.value_or(defaultBlockFrames), mostFrames));
     // A source begins with the nearest frame.
     const double rate = source.SampleRate();
+    if (rate != plan.sampleRate && !CreateRateConverter(1, rate, plan.sampleRate))
+        throw Failure("a rate of " + NumberText(rate) + " Hz cannot be brought to " +
+                      NumberText(plan.sampleRate));
     const int64_t first = std::llround(options.startSeconds * rate);
     const int64_t left = std::llround(source.LengthSeconds() * rate) - first;
     if (first > 0 && left < 1)
@@ -105,6 +109,14 @@ void PlaySilence(const Plan& plan, int64_t frames, Block& samples, WavWriter& wr
     }
 }
 
+// What is played is what lies there; the file may promise more.
+void TellOfCutOff(const Session& session, const std::string& file) {
+    const auto survey = SurveyFile(file);
+    const bool isWhole = !survey->sound || survey->sound->claim == SoundClaim::fits ||
+                         survey->sound->claim == SoundClaim::unfinished;
+    if (!isWhole) ReportNote(session.quiet, file, "the file and its sizes do not agree; 'check' tells more");
+}
+
 // The exit status for sound that did not come. Of a last ADPCM block that is cut off nothing can be played,
 // which is how such files are.
 int JudgeMissing(PCM_source& source, const RenderOptions& options, const Plan& plan, int64_t missingFrames) {
@@ -113,7 +125,7 @@ int JudgeMissing(PCM_source& source, const RenderOptions& options, const Plan& p
     ReportFailure(options.file, "ended after " + std::to_string(plan.totalFrames - missingFrames) + " of " +
                                     std::to_string(plan.totalFrames) +
                                     " frames; silence stands for the rest");
-    return missing < static_cast<double>(BlockFramesOf(options.file)) ? exitDone : exitFailed;
+    return missing < static_cast<double>(SurveyFile(options.file)->blockFrames) ? exitDone : exitFailed;
 }
 
 void ReportSpeed(const std::string& file, int64_t frames, double sampleRate, double seconds) {
@@ -172,6 +184,7 @@ int Render(Session& session, const RenderOptions& options) {
     if (!isWritten) return status;
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - started;
     if (!session.quiet) ReportSpeed(options.file, came, plan.sampleRate, std::max(taken.count(), 1e-6));
+    if (!options.lengthSeconds) TellOfCutOff(session, options.file);
     return std::max(status, JudgeMissing(*source.Get(), options, plan, plan.totalFrames - came));
 }
 
