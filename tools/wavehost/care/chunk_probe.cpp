@@ -144,16 +144,17 @@ bool ChunkProbe::TagsStartAt(int64_t position) {
 
 std::optional<int64_t> ChunkProbe::FindTags(int64_t from) {
     constexpr size_t blockBytes = 1 << 18, idBytes = 4;
-    std::array<bool, 256> isFirst{};
+    const auto pair = [](const auto* bytes) { return ReadLe16(reinterpret_cast<const uint8_t*>(bytes)); };
+    std::vector<uint8_t> begins(1 << 16);  // an id, of those that two bytes can be
     for (const auto id : rules_.knownIds)
-        isFirst[static_cast<uint8_t>(id.front())] = true;
+        begins[pair(id.data())] = 1;
     std::vector<uint8_t> block(blockBytes);
     for (int64_t start = from; start + rules_.HeaderBytes() <= fileBytes_;) {
         reader_.Seek(start);
         const auto count = static_cast<size_t>(reader_.Read(block.data(), blockBytes));
         if (count < idBytes) break;
         for (size_t i = 0; i + idBytes <= count; ++i) {
-            if (!isFirst[block[i]]) continue;
+            if (!begins[pair(&block[i])]) continue;
             if (std::ranges::find(rules_.knownIds, FourCharacters(&block[i])) == rules_.knownIds.end())
                 continue;
             const int64_t position = start + static_cast<int64_t>(i);
