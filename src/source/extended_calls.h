@@ -1,6 +1,7 @@
 // The extended calls of a wave source: how the host reaches what the fixed slots do not cover.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "source/wave_source.h"
@@ -19,6 +20,11 @@ struct ExtendedCallArguments {
 // A number passed in place of a pointer.
 inline int32_t IntegerArgument(void* argument) {
     return static_cast<int32_t>(reinterpret_cast<intptr_t>(argument));
+}
+
+// The same for an index: a negative one lies beyond the end of everything.
+inline size_t IndexArgument(void* argument) {
+    return static_cast<size_t>(IntegerArgument(argument));
 }
 
 inline constexpr double smallestTempo = 2.0;  // beats a minute

@@ -11,9 +11,10 @@ namespace {
 
 using IdleReaders = std::vector<std::unique_ptr<SharedReader>>;
 
-// True while the tick has not passed the reservation's end, across the counter's wrap.
-bool IsReserved(uint32_t reservedUntil, uint32_t tick) {
-    return tick - reservedUntil - 1 > 0x7FFFFFFFu;
+// True while the tick has not passed the reservation's end, across the counter's wrap. What nobody owns is
+// never reserved.
+bool IsReserved(const ReaderContext& context, uint32_t tick) {
+    return context.reservedUntil != 0 && tick - context.reservedUntil - 1 > 0x7FFFFFFFu;
 }
 
 // The source's own reader, else the first that nobody claims, else the first whose reservation has run out.
@@ -24,9 +25,9 @@ std::unique_ptr<SharedReader> TakeIdleReader(IdleReaders& idle, const void* sour
     for (; place != idle.rend() && (*place)->lastOwner != source; ++place) {
         const ReaderContext& context = **place;
         if (unclaimed != idle.rend()) continue;
-        if (!context.lastOwner || context.reservedUntil == 0) {
+        if (context.reservedUntil == 0) {
             unclaimed = place;
-        } else if (expired == idle.rend() && !IsReserved(context.reservedUntil, tick)) {
+        } else if (expired == idle.rend() && !IsReserved(context, tick)) {
             expired = place;
         }
     }
@@ -163,8 +164,7 @@ int32_t CloseIdleReaders(SharedFileState& state, bool forced, int32_t atMost) {
 void ReleaseIdleMemory(SharedFileState& state, uint32_t tick) {
     const platform::LockGuard guard(state.lock);
     for (auto& context : state.idle)
-        if (!context->lastOwner || context->reservedUntil == 0 || !IsReserved(context->reservedUntil, tick))
-            ReleaseMemory(*context);
+        if (!IsReserved(*context, tick)) ReleaseMemory(*context);
 }
 
 void ForgetFile(SharedFileState& state) {

@@ -90,10 +90,7 @@ void DetachState(const State& state, const void* source, LastSource last) {
     DisownReaders(*state, source);
     Leftovers leftovers;
     StateTable* table = TableOf(state->purpose);
-    if (!table) {
-        TakeLeftovers(*state, leftovers);
-        return;
-    }
+    if (!table) return;  // everything goes with the state, which is this source's alone
     const platform::LockGuard guard(table->lock);
     if (--state->sources > 0) return;
     TakeLeftovers(*state, leftovers);

@@ -19,12 +19,9 @@ bool IsUsable(double tempo) {
 // Beats a minute of a loop, from its tempo or its length in beats; 0 when neither makes sense.
 double LoopTempo(const AudioFormat& format) {
     const auto frames = static_cast<double>(format.lengthFrames);
-    double tempo = 0;
-    if (format.tempo > 0) {
-        tempo = format.tempo;
-    } else if (format.beatCount > 0 && frames > 0 && format.sampleRate > 0) {
-        tempo = format.beatCount * 60.0 * format.sampleRate / frames;
-    }
+    // Without frames the quotient is infinite or no number.
+    const double tempo =
+        format.tempo > 0 ? format.tempo : format.beatCount * 60.0 * format.sampleRate / frames;
     return IsUsable(tempo) ? tempo : 0;
 }
 
@@ -71,13 +68,14 @@ intptr_t BeatSlices(const ExtendedCallArguments& call) {
     const auto& slices = call.format.slicePoints;
     if (slices.empty()) return 0;
     const double tempo = SlicingTempo(call);
-    if (tempo <= 0) return 0;
+    if (tempo == noTempo) return 0;
     if (call.c) *static_cast<double*>(call.c) = tempo;
     if (!call.a || !call.b) return static_cast<intptr_t>(slices.size());
 
     const int32_t index = *static_cast<const int32_t*>(call.a);
-    if (index < 0 || static_cast<size_t>(index) >= slices.size()) return 0;
-    const auto frame = static_cast<uint64_t>(slices[static_cast<size_t>(index)]);
+    const auto place = static_cast<size_t>(index);
+    if (place >= slices.size()) return 0;  // every negative one too
+    const auto frame = static_cast<uint64_t>(slices[place]);
     if (frame >= static_cast<uint64_t>(call.format.lengthFrames.load())) return 0;
     const double framesPerBeat = call.format.sampleRate / tempo * 60;
     if (!(framesPerBeat > 0)) return 0;

@@ -18,7 +18,7 @@ constexpr ReadParameters headerReading{2, 8192, 4};  // a few small chunks, far 
 
 PCM_source_wav_metadata::PCM_source_wav_metadata(const char* fileName) {
     FileReader reader(fileName, headerReading);
-    valid_ = reader.IsOpen() && ParseMetadataHeader(reader, header_);
+    valid_ = ParseMetadataHeader(reader, header_);
 }
 
 void* PCM_source_wav_metadata::DeletingDestructor(unsigned flags) {
@@ -35,8 +35,7 @@ intptr_t PCM_source_wav_metadata::ExtendedCall(int32_t code, void* a, void* b, v
         case callValueByKey:
             return ValueByKey(static_cast<const char*>(a), static_cast<char*>(b), IntegerArgument(c));
         case callEntryByIndex:
-            return EntryByIndex(IntegerArgument(a), static_cast<const char**>(b),
-                                static_cast<const char**>(c));
+            return EntryByIndex(IndexArgument(a), static_cast<const char**>(b), static_cast<const char**>(c));
         case callPacketTable:
             return PacketTable(static_cast<int64_t*>(a), static_cast<int32_t*>(b), static_cast<int32_t*>(c));
         default:
@@ -52,8 +51,8 @@ intptr_t PCM_source_wav_metadata::ValueByKey(const char* key, char* value, int32
     return static_cast<intptr_t>(std::min(found.size(), room - 1));
 }
 
-intptr_t PCM_source_wav_metadata::EntryByIndex(int32_t index, const char** key, const char** value) const {
-    const MetadataEntry* entry = index < 0 ? nullptr : header_.metadata.At(static_cast<size_t>(index));
+intptr_t PCM_source_wav_metadata::EntryByIndex(size_t index, const char** key, const char** value) const {
+    const MetadataEntry* entry = header_.metadata.At(index);
     if (!entry || !key || !value) return 0;
     *key = entry->key.c_str();
     *value = entry->value.c_str();

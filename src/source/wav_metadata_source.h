@@ -1,6 +1,9 @@
 // A source that carries a file's metadata and no audio, for the host's browser.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "source/metadata_header_parse.h"
 #include "vantor_wave/host_interface.h"
 
@@ -46,7 +49,7 @@ class PCM_source_wav_metadata final : public PCM_source {
 
   private:
     [[nodiscard]] intptr_t ValueByKey(const char* key, char* value, int32_t valueBytes) const;
-    [[nodiscard]] intptr_t EntryByIndex(int32_t index, const char** key, const char** value) const;
+    [[nodiscard]] intptr_t EntryByIndex(size_t index, const char** key, const char** value) const;
     [[nodiscard]] intptr_t PacketTable(int64_t* valid, int32_t* priming, int32_t* remainder) const;
 
     MetadataHeader header_;

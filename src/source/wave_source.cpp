@@ -53,7 +53,7 @@ PCM_source* PCM_source_wavefile::Clone() {
 
 bool PCM_source_wavefile::IsOnline() {
     const platform::LockGuard guard(lock_);
-    return online_ && IsPlayable(attachment_.format.get());
+    return IsPlayable(attachment_.format.get());
 }
 
 void PCM_source_wavefile::SetOnline(bool online) {
@@ -184,9 +184,8 @@ void PCM_source_wavefile::Open(const char* fileName, int32_t purpose) {
     {
         const platform::LockGuard guard(lock_);
         attachment_.format = format;
-        online_ = format != nullptr;
     }
-    if (format && purpose == purposePlayback) CreatePeakReader(name);
+    if (purpose == purposePlayback) CreatePeakReader(name);
 }
 
 void PCM_source_wavefile::Close(bool newNameFollows) {
@@ -196,7 +195,6 @@ void PCM_source_wavefile::Close(bool newNameFollows) {
         const platform::LockGuard guard(lock_);
         std::swap(closing, attachment_);
         outcome_.reset();
-        online_ = false;
     }
     cachedTempo_.store(0, std::memory_order_relaxed);
     if (!closing.state) return;
@@ -231,7 +229,7 @@ bool PCM_source_wavefile::IsForcedOffline() const {
 std::optional<FrameSpan> SliceSpan(const AudioFormat& format, int32_t sliceIndex) {
     const auto& starts = format.slicePoints;
     const auto index = static_cast<size_t>(sliceIndex);
-    if (sliceIndex < 0 || index >= starts.size()) return std::nullopt;
+    if (index >= starts.size()) return std::nullopt;  // every negative one too
     const int64_t end = index + 1 < starts.size() ? starts[index + 1] : format.lengthFrames.load();
     if (end <= starts[index]) return std::nullopt;
     return FrameSpan{starts[index], end - starts[index]};

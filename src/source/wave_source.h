@@ -90,7 +90,6 @@ class PCM_source_wavefile final : public PCM_source {
     SharedFileName name_ VANTOR_GUARDED_BY(lock_);
     SourceAttachment attachment_ VANTOR_GUARDED_BY(lock_);
     std::shared_ptr<const EditOutcome> outcome_ VANTOR_GUARDED_BY(lock_);
-    bool online_ VANTOR_GUARDED_BY(lock_) = false;
     bool forcedOffline_ VANTOR_GUARDED_BY(lock_) = false;
 
     std::atomic<int32_t> sliceIndex_ = -1;    // negative: the whole file

@@ -35,20 +35,19 @@ intptr_t ProjectNote(const ExtendedCallArguments& call) {
 
 // a: index in key order, b receives the key, c the value; both texts are the store's.
 intptr_t EntryByIndex(const ExtendedCallArguments& call) {
-    const int32_t index = IntegerArgument(call.a);
-    if (!call.b || !call.c || index < 0) return 0;
-    const MetadataEntry* entry = call.format.metadata.At(static_cast<size_t>(index));
+    if (!call.b || !call.c) return 0;
+    const MetadataEntry* entry = call.format.metadata.At(IndexArgument(call.a));
     if (!entry) return 0;
     *static_cast<const char**>(call.b) = entry->key.c_str();
     *static_cast<const char**>(call.c) = entry->value.c_str();
     return 1;
 }
 
-bool CopyMarker(const AudioFormat& format, int32_t index, MarkerRecord* record) {
+bool CopyMarker(const AudioFormat& format, size_t index, MarkerRecord* record) {
     if (record) *record = {};
-    if (index < 0 || static_cast<size_t>(index) >= format.markers.size()) return false;
+    if (index >= format.markers.size()) return false;
     if (!record) return true;
-    const Marker& marker = format.markers[static_cast<size_t>(index)];
+    const Marker& marker = format.markers[index];
     *record = {marker.id, marker.isRegion, marker.start, marker.end, marker.name, marker.namePriority, 0};
     return true;
 }
@@ -56,16 +55,15 @@ bool CopyMarker(const AudioFormat& format, int32_t index, MarkerRecord* record) 
 // a: index, b: the record to fill. Whole files only.
 intptr_t MarkerByIndex(const ExtendedCallArguments& call) {
     if (call.source.SliceIndex() >= 0) return 0;
-    return CopyMarker(call.format, IntegerArgument(call.a), static_cast<MarkerRecord*>(call.b));
+    return CopyMarker(call.format, IndexArgument(call.a), static_cast<MarkerRecord*>(call.b));
 }
 
 // a: index, b: the place of a record pointer, which receives a new record; with a negative index the record
 // there is freed. Whole files only.
 intptr_t AllocatedMarker(const ExtendedCallArguments& call) {
     if (call.source.SliceIndex() >= 0) return 0;
-    const int32_t index = IntegerArgument(call.a);
     auto** place = static_cast<MarkerRecord**>(call.b);
-    if (index < 0) {
+    if (IntegerArgument(call.a) < 0) {
         if (place) const std::unique_ptr<MarkerRecord> freed(std::exchange(*place, nullptr));
         return 0;
     }
@@ -74,7 +72,7 @@ intptr_t AllocatedMarker(const ExtendedCallArguments& call) {
         *place = nullptr;
         record = std::make_unique<MarkerRecord>();
     }
-    if (!CopyMarker(call.format, index, record.get())) return 0;
+    if (!CopyMarker(call.format, IndexArgument(call.a), record.get())) return 0;
     if (place) *place = record.release();
     return 1;
 }

@@ -34,9 +34,9 @@ intptr_t EditOwnFile(const ExtendedCallArguments& call, EditRequest request) {
 
 // The element at the index that the host gives; null when there is none.
 template <typename List>
-auto* ElementAt(const List& list, const void* index) {
-    const auto i = reinterpret_cast<intptr_t>(index);
-    return i >= 0 && i < std::ssize(list) ? &list[static_cast<size_t>(i)] : nullptr;
+auto* ElementAt(const List& list, void* index) {
+    const size_t i = IndexArgument(index);
+    return i < list.size() ? &list[i] : nullptr;
 }
 
 }  // namespace
@@ -62,9 +62,8 @@ intptr_t WriteDocument(const ExtendedCallArguments& call) {
 // a: index, b: out key, c: out value. Returns 1, or 0 behind the last one.
 intptr_t PlannedEntry(const ExtendedCallArguments& call) {
     const auto outcome = call.source.Outcome();
-    const int32_t index = IntegerArgument(call.a);
-    if (!outcome || !call.b || !call.c || index < 0) return 0;
-    const auto* entry = outcome->planned.entries.At(static_cast<size_t>(index));
+    if (!outcome || !call.b || !call.c) return 0;
+    const auto* entry = outcome->planned.entries.At(IndexArgument(call.a));
     if (!entry) return 0;
     *static_cast<const char**>(call.b) = entry->key.c_str();
     *static_cast<const char**>(call.c) = entry->value.c_str();

@@ -182,6 +182,7 @@ TEST_F(SourceHandler, MpegInWaveGoesToTheHostsSource) {
         return std::string(type) == "MP3" ? new MpegSource(MpegSource::nextCanOpen) : nullptr;
     };
     EXPECT_EQ(Offer(path, 7), "MP3");
+    EXPECT_EQ(Offer(folder.Write("pcm.wav", wave), 7), "WAVE");
     EXPECT_EQ(Offer(path, 6), "none");
     MpegSource::nextCanOpen = false;
     EXPECT_EQ(Offer(path, 7), "offline");

@@ -177,6 +177,17 @@ TEST_F(Documents, ThatAreNoneAreRefused) {
     const auto aiff = OpenSource(SourceTree() + "/samples/aiff.aif");
     EXPECT_EQ(Write(*aiff, "IXML", "<BWFXML><NOTE>x</NOTE></BWFXML>"), writeFailed);
 
+    Reopen(*source);
+    DocumentRecord record{"IXML", "<BWFXML/>", 9};
+    EXPECT_EQ(source->ExtendedCall(callWriteDocument, nullptr, &record, nullptr), writeFailed);
+    EXPECT_EQ(source->ExtendedCall(callWriteDocument, target.data(), nullptr, nullptr), writeFailed);
+    for (DocumentRecord incomplete : {DocumentRecord{nullptr, "<BWFXML/>", 9},
+                                      {"IXML", nullptr, 9},
+                                      {"IXML", "<BWFXML/>", 0},
+                                      {"IXML", "<BWFXML/>", -1}})
+        EXPECT_EQ(source->ExtendedCall(callWriteDocument, target.data(), &incomplete, nullptr), writeFailed);
+    EXPECT_EQ(IdleReaderCount(path), 1u) << "nobody has looked at the file";
+
     // Asked for its size alone, and into a buffer that is too small.
     char some[5] = "????";
     const intptr_t whole = source->ExtendedCall(callDocument, const_cast<char*>("AXML"), nullptr, nullptr);

@@ -292,10 +292,30 @@ TEST_F(Edits, OfOtherContainersAreRefusedUntouched) {
         const auto stamp = std::filesystem::last_write_time(path);
         for (const intptr_t flags : {replaceAll, mergeTags, neverInPlace, mergeTags | neverInPlace})
             EXPECT_EQ(RequestWrite(*source, target, {"TITLE=x"}, flags), 0) << name;
+        DocumentRecord picture{"ID3:APIC", "\xFF\xD8\xFF", 3};
+        EXPECT_EQ(source->ExtendedCall(callWriteDocument, target.data(), &picture, nullptr), writeFailed);
+        EXPECT_EQ(IdleReaderCount(path), 1u) << "nobody has looked at it";
         EXPECT_EQ(ReadWholeFile(path), SampleFile(name));
         EXPECT_EQ(std::filesystem::last_write_time(path), stamp);
         EXPECT_FALSE(std::filesystem::exists(target));
     }
+}
+
+TEST_F(Edits, AreOfTheFileThatTheHostSees) {
+    const auto path = folder.Write("seen.wav", TaggedFile());
+    const auto source = OpenSource(path);
+    source->ChangeFile(folder.Write("other.wav", TaggedFile()).c_str());
+    EXPECT_EQ(RequestWrite(*source, target, {"TITLE=x"}, mergeTags), 0);
+    source->ChangeFile(folder.Path("SEEN.wav").c_str());
+    source->ChangeFile(nullptr);
+    MetadataPair fields[] = {
+        {"INFO:INAM", "x"}, {nullptr, "of no key"}, {"INFO:IART", "y"}, {nullptr, nullptr}};
+    EXPECT_EQ(source->ExtendedCall(0x20008, target.data(), fields, Number(replaceAll)), 2);
+    EXPECT_EQ(IdleReaderCount(path), 0u) << "what was known of it is forgotten";
+    ExpectTags({"INFO:INAM=x", "INFO:IART="}, path);
+    fields[1] = {"INFO:ICMT", nullptr};
+    EXPECT_EQ(source->ExtendedCall(0x20008, target.data(), fields, Number(replaceAll)), 2);
+    ExpectTags({"INFO:INAM=x", "INFO:IART="}, path);
 }
 
 TEST_F(Edits, NeverCopyAFileOverItself) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/source/source_support.h"
 
 namespace vantor::test {
@@ -38,6 +40,12 @@ TEST_F(ExtendedCalls, UnknownCodesAndClosedSourcesAreNotAnswered) {
     char text[8] = "";
     EXPECT_EQ(Call(*Open({}), 0x12345, text, text, text), 0);
     PCM_source_wavefile closed;
+    EXPECT_EQ(Call(closed, 0x10014, nullptr, Number(8)), 0);
+    for (const intptr_t room : {0, 1}) {
+        std::ranges::fill(text, '?');
+        EXPECT_EQ(Call(closed, 0x10014, text, Number(room)), 0);
+        EXPECT_EQ(text[0], room > 0 ? '\0' : '?');
+    }
     for (const int32_t code :
          {0x10006, 0x10007, 0x10013, 0x10014, 0x20008, 0x40000, 0x9000d, 0x90005, 0x90016, 0x90006})
         EXPECT_EQ(Call(closed, code), 0);
@@ -64,7 +72,11 @@ TEST_F(ExtendedCalls, ValuesByKeyAndByIndex) {
     EXPECT_EQ(Call(*source, 0x10007, key, value, Number(3)), 2);
     EXPECT_STREQ(value, "Ra");
     EXPECT_EQ(Call(*source, 0x10007, key, nullptr, Number(3)), 0);
+    EXPECT_EQ(Call(*source, 0x10007, nullptr, value, Number(3)), 0);
     EXPECT_EQ(Call(*source, 0x10007, key, value, Number(0)), 0);
+    EXPECT_STREQ(value, "Ra");
+    EXPECT_EQ(Call(*source, 0x10007, key, value, Number(1)), 0);
+    EXPECT_STREQ(value, "");
 
     std::string before;
     const char *name = nullptr, *text = nullptr;
@@ -75,6 +87,7 @@ TEST_F(ExtendedCalls, ValuesByKeyAndByIndex) {
     EXPECT_EQ(before, "abcd");
     EXPECT_EQ(Call(*source, 0x10013, Number(-1), &name, &text), 0);
     EXPECT_EQ(Call(*source, 0x10013, Number(0), &name), 0);
+    EXPECT_EQ(Call(*source, 0x10013, Number(0), nullptr, &text), 0);
 }
 
 TEST_F(ExtendedCalls, TempoOfALoop) {
@@ -86,6 +99,8 @@ TEST_F(ExtendedCalls, TempoOfALoop) {
     };
     const std::vector<Case> cases = {
         {{.flags = 8, .tempo = 98.5}, 1, 98.5, "98.5"},
+        {{.flags = 8, .tempo = 100.015625}, 1, 100.015625, "100.0156"},
+        {{.flags = 8, .tempo = 2}, 1, 2, "2"},
         {{.flags = 8, .tempo = 1.5}, 1, 0, ""},
         {{.flags = 8, .tempo = 960}, 1, 960, "960"},
         {{.flags = 8, .beats = 3, .tempo = 961}, 1, 0, ""},
@@ -107,6 +122,27 @@ TEST_F(ExtendedCalls, TempoOfALoop) {
     double second = 0;
     EXPECT_EQ(Call(*OpenLoop({.flags = 16, .beats = 2500000}), 0x40000, nullptr, &second), 1);
     EXPECT_EQ(second, 2.5);
+    const auto tagged = OpenLoop({.flags = 8 | 2, .rootNote = 57, .tempo = 90});
+    tagged->Attachment().format->metadata.Set("ID3:TBPM", "77");
+    tagged->Attachment().format->metadata.Set("ID3:TKEY", "Bbm");
+    EXPECT_EQ(ValueOf(*tagged, "BPM") + ValueOf(*tagged, "KEY"), "77Bbm") << "tags come first";
+}
+
+// The mode of the resampler.
+TEST_F(ExtendedCalls, TheHostsValueGoesWithTheSourceAndItsClones) {
+    const auto source = Open({});
+    EXPECT_EQ(Call(*source, 0x9000a, Number(5)), 1);
+    const HostPtr<PCM_source> clone(source->Clone());
+    double sample = 0;
+    TransferBlock block{};
+    block.sampleRate = 2000;
+    block.channels = block.frames = 1;
+    block.samples = &sample;
+    for (PCM_source* reads : {static_cast<PCM_source*>(source.get()), clone.Get()}) {
+        host.resampleMode = 0;
+        reads->ReadSamples(&block);
+        EXPECT_EQ(host.resampleMode, 5);
+    }
 }
 
 TEST_F(ExtendedCalls, KeyOfALoopIsTranslated) {
@@ -117,6 +153,7 @@ TEST_F(ExtendedCalls, KeyOfALoopIsTranslated) {
     EXPECT_EQ(key(0), "C");
     EXPECT_EQ(key(70), "Bb");
     EXPECT_EQ(key(60, 0), "");
+    EXPECT_EQ(key(60, 3), "") << "a one-shot";
     host.localizePrefix = "de/";
     EXPECT_EQ(key(60), "de/wave_notes:C");
 }
@@ -150,7 +187,7 @@ TEST_F(ExtendedCalls, BeatSlicesGivePositionsAndSources) {
     const auto chunks = [](float tempo) {
         return ByteWriter()
             .Chunk("acid", AcidBody{.flags = 8, .tempo = tempo})
-            .Chunk("strc", SlicesBody({0, 250, 750, 2000}));
+            .Chunk("strc", SlicesBody({0, 250, 750, 1000}));
     };
     const auto source = Open(chunks(120));
     double tempo = 0;
@@ -160,6 +197,11 @@ TEST_F(ExtendedCalls, BeatSlicesGivePositionsAndSources) {
         return Call(*source, 0x90006, &index, &request);
     };
     SliceRequest request{};
+    int32_t first = 0;
+    EXPECT_EQ(Call(*source, 0x90006, &first), 4);
+    EXPECT_EQ(Call(*source, 0x90006, nullptr, &request), 4);
+    EXPECT_EQ(ask(first, request), 1);
+    EXPECT_STREQ(HostPtr<PCM_source>(request.source)->TypeName(), "WAVE_SLICE");
     EXPECT_EQ(ask(1, request), 1);
     EXPECT_DOUBLE_EQ(request.positionBeats, 0.5);
     const HostPtr<PCM_source> slice(request.source);
@@ -170,8 +212,18 @@ TEST_F(ExtendedCalls, BeatSlicesGivePositionsAndSources) {
     EXPECT_EQ(ask(2, request), 1);
     EXPECT_EQ(request.source, nullptr);
     EXPECT_DOUBLE_EQ(request.positionBeats, 1.5);
-    for (const int32_t bad : {-1, 3, 4})  // slice 3 lies behind the end
+    for (const int32_t bad : {-1, 3, 4}) {  // slice 3 lies behind the end
         EXPECT_EQ(ask(bad, request), 0) << bad;
+        source->SetSliceIndex(bad);
+        EXPECT_EQ(source->LengthSeconds(), 1.0) << "the whole file's";
+    }
+    source->SetSliceIndex(-1);
+    const auto faster = Open(chunks(240));
+    source->Open(faster->FileName(), purposePlayback);
+    EXPECT_EQ(Call(*source, 0x90006, nullptr, nullptr, &tempo), 4);
+    EXPECT_EQ(tempo, 240);
+    source->Attachment().format->sampleRate = 0;
+    EXPECT_EQ(ask(0, request), 0);
     EXPECT_EQ(Call(*Open(chunks(1)), 0x90006), 0);
     EXPECT_EQ(Call(*OpenLoop({.flags = 8, .tempo = 120}), 0x90006), 0);
 }
@@ -190,6 +242,9 @@ TEST_F(ExtendedCalls, FileInfoTextHoldsFormatMarkersAndTags) {
     EXPECT_EQ(Call(*source, 0x10014, text, Number(5)), 1);
     EXPECT_STREQ(text, info.substr(0, 4).c_str());
     EXPECT_EQ(Call(*source, 0x10014, text, Number(0)), 0);
+    EXPECT_EQ(Call(*source, 0x10014, nullptr, Number(5)), 0);
+    EXPECT_EQ(Call(*source, 0x10014, text, Number(1)), 1);
+    EXPECT_STREQ(text, "");
 }
 
 }  // namespace

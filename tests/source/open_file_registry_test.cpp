@@ -85,6 +85,48 @@ TEST_F(OpenFiles, GentleCallsSweepThirtyStatesAndCloseOneReaderAtATime) {
     EXPECT_EQ(total, 40);
 }
 
+// States go, and new ones come, while a sweep is under way.
+TEST_F(OpenFiles, ASweepGoesAroundWhatThereIs) {
+    auto sources = Open(3, true);
+    ASSERT_EQ(BeginSweep(true), 3u);
+    const auto first = StateInSweep();
+    for (int i = 0; i < 3; ++i)
+        AdvanceSweep(3);
+    EXPECT_EQ(StateInSweep(), first);
+    for (const size_t left : {size_t{2}, size_t{1}}) {  // as many as the place of the sweep, and fewer
+        BeginSweep(true);
+        AdvanceSweep(3);
+        AdvanceSweep(3);
+        sources.resize(left);
+        EXPECT_EQ(StateInSweep(), nullptr);
+        BeginSweep(false);
+        EXPECT_EQ(StateInSweep(), first);
+    }
+}
+
+TEST_F(OpenFiles, ForWantOfHandlesSixteenFilesCloseAReaderEach) {
+    const auto owned = Open(20, true), free = Open(1, false);
+    auto& state = *free[0]->Attachment().state;
+    auto another = AcquireReader(state, nullptr), third = AcquireReader(state, nullptr);
+    ReleaseReader(state, std::move(another), nullptr, 0);
+    ReleaseReader(state, std::move(third), nullptr, 0);
+    EXPECT_EQ(CloseSomeReaders(), 1);
+    EXPECT_EQ(CloseSomeReaders(), 1);
+    EXPECT_EQ(CloseSomeReaders(), 16) << "by force";
+    EXPECT_EQ(CloseSomeReaders(), 4);
+    EXPECT_EQ(CloseSomeReaders(), 0);
+}
+
+TEST_F(OpenFiles, NoReaderIsClosedForOneThatIsNotWanted) {
+    const auto others = Open(2, false), one = Open(1, true);
+    EXPECT_FALSE(OpenSource(folder.Path("missing.wav"))->IsOnline());
+    one[0]->Attachment().state->lacksHandle = true;  // when it was last asked for another
+    ReadInts(*one[0], 0, 4);
+    EXPECT_TRUE(OpenSource(one[0]->Name())->IsOnline());
+    for (const auto& other : others)
+        EXPECT_EQ(IdleReaderCount(other->Name()), 1u);
+}
+
 // Its bytes are read anew then.
 TEST_F(OpenFiles, AReaderNobodyReservesGivesItsMemoryBack) {
 #if defined(_WIN32)
@@ -117,6 +159,11 @@ TEST_F(OpenFiles, HiresSourceGoesAfterAMinute) {
     EXPECT_NE(peaks.hires, nullptr);
     EXPECT_EQ(reduceAfter(60001, 0), 1);
     EXPECT_EQ(peaks.hires, nullptr);
+    sources[0]->ReadPeaks(&request);
+    peaks.hiresLastUsed = platform::TickMilliseconds() - 70000;
+    sources[0]->ReadPeaks(&request);
+    EXPECT_EQ(OpenFileReduce(0), 0) << "used again";
+    EXPECT_EQ(reduceAfter(60001, 0), 1);
     EXPECT_EQ(IdleReaderCount(sources[0]->Name(), purposePeakRead), 0u);
     EXPECT_EQ(reduceAfter(0, forced), 2) << "the peak source and the reader";
 }

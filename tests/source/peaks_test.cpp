@@ -49,6 +49,9 @@ TEST_F(Peaks, BuildRunsOnceForAllSourcesOfTheFile) {
     EXPECT_EQ(host.lastBuildIsFloat, 0);
     EXPECT_EQ(source->RunPeakBuild(), 1);
     EXPECT_EQ(IdleReaderCount(path, purposePeakBuild), 1u);
+    host.hasStoredPeaks = true;
+    OpenSource(path);
+    EXPECT_EQ(host.peakReadersMade, 0) << "while they are built";
     EXPECT_EQ(other->RunPeakBuild(), 0);
     source->FinishPeakBuild();
     EXPECT_EQ(IdleReaderCount(path, purposePeakBuild), 0u) << "the builder took its source along";
@@ -64,6 +67,27 @@ TEST_F(Peaks, NothingIsBuiltWithoutAFormatOrABuilder) {
         EXPECT_EQ(OpenSource(path)->BeginPeakBuild(0), 0);
         EXPECT_EQ(IdleReaderCount(path, purposePeakBuild), 0u);
     }
+    const auto source = OpenSource(whole);
+    auto& format = *source->Attachment().format;
+    for (const auto& [rate, channels] : {std::pair{0.4, 1}, {1000.0, 0}}) {
+        format.sampleRate = rate;
+        format.channels = channels;
+        for (const bool hasStored : {true, false}) {
+            host.hasStoredPeaks = hasStored;
+            EXPECT_EQ(source->BeginPeakBuild(0), 0);
+        }
+        EXPECT_EQ(host.peakReadersMade + host.peakBuildersMade, 0) << rate << " Hz";
+    }
+    format.sampleRate = format.channels = 1;
+    Services().createPeakBuilder = nullptr;
+    EXPECT_EQ(source->BeginPeakBuild(0), 0);
+    host.hasStoredPeaks = true;
+    EXPECT_EQ(source->BeginPeakBuild(0), 0);
+    EXPECT_EQ(host.peakReadersMade, 1);
+    EXPECT_EQ(Columns(*source, 0, 1, 1).size(), 1u) << "they were found";
+    source->ClearPeaks(false);
+    Services().createPeakReader = nullptr;
+    EXPECT_EQ(source->BeginPeakBuild(0), 0);
 }
 
 TEST_F(Peaks, LastSourceMayGoWhileAnObjectIsMade) {
@@ -163,6 +187,7 @@ TEST_F(Peaks, ClearDeletesUntilAFileIsNamedTwiceAndNeverMoreThanEight) {
     for (int i = 0; i < 12; ++i)
         host.peakFiles.push_back(folder.Write("peaks \xC3\xA4" + std::to_string(i), {1}));
     source->ClearPeaks(false);
+    PCM_source_wavefile().ClearPeaks(true);
     EXPECT_EQ(host.liveObjects, 0);
     EXPECT_EQ(host.peakFilesAsked, 0u);
     source->ClearPeaks(true);
@@ -173,6 +198,8 @@ TEST_F(Peaks, ClearDeletesUntilAFileIsNamedTwiceAndNeverMoreThanEight) {
     source->ClearPeaks(true);
     EXPECT_EQ(host.peakFilesAsked, 2u);
     EXPECT_THROW(ReadWholeFile(host.peakFiles[0]), std::runtime_error);
+    Services().peakFileName = nullptr;
+    source->ClearPeaks(true);
 }
 
 }  // namespace

@@ -71,7 +71,8 @@ TEST_F(PlannedEdits, AreWhatComesAbout) {
                 SCOPED_TRACE(file.name + ", " + edit[0] + ", " + std::to_string(flags));
                 WriteWholeFile(path, file.bytes);
                 const auto source = OpenSource(path);
-                EXPECT_TRUE(PlannedEntries(*source).empty() && PlannedChunks(*source).empty());
+                EXPECT_TRUE(PlannedEntries(*source).empty() && PlannedChunks(*source).empty() &&
+                            RebuiltSchemes(*source).empty());
                 const auto answer = RequestWrite(*source, target, edit, flags | writeAnswerAlone);
                 const auto entries = PlannedEntries(*source);
                 const auto chunks = PlannedChunks(*source);
@@ -96,6 +97,7 @@ TEST_F(PlannedEdits, TellWhatCannotBePatched) {
     for (const intptr_t flags : {lossless | writeAnswerAlone, lossless}) {
         ASSERT_EQ(RequestWrite(*source, target, {"IXML:A:B=1", "INFO:INAM=2"}, flags), updatedInPlace);
         EXPECT_EQ(RebuiltSchemes(*source), std::vector<std::string>{"IXML"});
+        EXPECT_EQ(source->ExtendedCall(callRebuiltScheme, Number(0), nullptr, nullptr), 0);
     }
     ASSERT_EQ(RequestWrite(*source, target, {"IXML:NOTE=2"}, lossless), updatedInPlace);
     EXPECT_TRUE(RebuiltSchemes(*source).empty());
@@ -114,9 +116,10 @@ TEST_F(PlannedEdits, TellWhatADocumentBrings) {
     EXPECT_FALSE(entries.contains("IXML:PROJECT"));
     const char* id = nullptr;
     EXPECT_EQ(source->ExtendedCall(callPlannedChunk, Number(-1), &id, &record), 0);
-    EXPECT_EQ(source->ExtendedCall(callPlannedChunk, Number(0), nullptr, &record), 0);
-    EXPECT_EQ(source->ExtendedCall(callPlannedEntry, Number(0), &id, nullptr), 0);
-    EXPECT_EQ(source->ExtendedCall(callRebuiltScheme, Number(0), nullptr, nullptr), 0);
+    for (const int32_t code : {callPlannedEntry, callPlannedChunk}) {
+        EXPECT_EQ(source->ExtendedCall(code, Number(0), nullptr, &record), 0);
+        EXPECT_EQ(source->ExtendedCall(code, Number(0), &id, nullptr), 0);
+    }
     Reopen(*source);
     EXPECT_TRUE(PlannedEntries(*source).empty());
 }

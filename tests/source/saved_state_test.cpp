@@ -26,10 +26,10 @@ TEST_F(SavedState, WritesFileAndSlice) {
     const auto source = OpenSource(folder.Write("w.wav", MonoFile(Ramp(8))));
     FakeProject project;
     source->WriteState(&project);
-    source->SetSliceIndex(12);
+    source->SetSliceIndex(0);
     EXPECT_EQ(source->WriteState(&project), 3) << "the result of the last line";
     const std::string file = "FILE \"project:" + source->Name() + "\"";
-    EXPECT_EQ(project.lines, (Lines{file, file, "SLICE 12"}));
+    EXPECT_EQ(project.lines, (Lines{file, file, "SLICE 0"}));
 
     Services().relativeFileName = nullptr;
     FakeProject absolute;
@@ -62,6 +62,12 @@ TEST_F(SavedState, FileThatIsOpenAlreadyIsNotOpenedAgain) {
     EXPECT_EQ(Restore(*source, {"file '" + folder.Path("SAME.wav") + "'", ">"}), 0);
     EXPECT_EQ(host.peakReadersMade, made);
     EXPECT_EQ(source->Name(), path);
+    source->SetOnline(false);
+    EXPECT_EQ(Restore(*source, {"FILE '" + path + "'", ">"}), 0);
+    EXPECT_TRUE(source->IsOnline());
+    const auto other = folder.Write("other.wav", MonoFile(Ramp(8, 70)));
+    EXPECT_EQ(Restore(*source, {"FILE '" + other + "'", ">"}), 0);
+    EXPECT_EQ(ReadInts(*source, 0, 2), Numbers(70, 2));
 }
 
 TEST_F(SavedState, SliceNumbersStandOutsideNestedBlocks) {

@@ -1,16 +1,19 @@
 // Which reader a source gets, which one is closed, and when a file is parsed again.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 
 #include "platform/clock.h"
 #include "tests/source/source_support.h"
+#include "tests/support/scripted_file_system.h"
 
 namespace vantor::test {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 // Milliseconds from now until a reservation ends.
 constexpr int none = 0, over = -5000, running = 60000;
@@ -84,6 +87,9 @@ TEST_F(SharedStates, ReadersWithoutAnOwnerAreClosedFirstThenUnreservedOnesThenTh
     EXPECT_EQ(Owners(), "AC");
     EXPECT_EQ(CloseIdleReaders(state, true, 1), 1);
     EXPECT_EQ(Owners(), "C");
+    Fill({{0, none}, {'B', none}});
+    EXPECT_EQ(CloseIdleReaders(state, true, 1), 1);
+    EXPECT_EQ(Owners(), "B");
     Fill({{'A', running}, {'A', none}, {'B', running}});
     DisownReaders(state, Source('A'));
     EXPECT_EQ(Owners(), "--B");
@@ -92,16 +98,15 @@ TEST_F(SharedStates, ReadersWithoutAnOwnerAreClosedFirstThenUnreservedOnesThenTh
 // A reservation holds up to its last tick, across the counter's wrap.
 TEST_F(SharedStates, MemoryIsGivenBackBehindTheLastTickOfAReservation) {
     const struct {
-        char owner;
         uint32_t until, tick;
         bool isKept;
     } cases[] = {
-        {'A', 1000, 999, true},       {'A', 1000, 1000, true},     {'A', 1000, 1001, false},
-        {'A', 0xFFFFFFF0u, 5, false}, {'A', 5, 0xFFFFFFF0u, true}, {'A', 0x80000000u, 1, true},
-        {'A', 0x80000002u, 1, false}, {'A', 0, 5, false},          {0, 1000, 5, false},
+        {1000, 999, true},       {1000, 1000, true},     {1000, 1001, false},
+        {0xFFFFFFF0u, 5, false}, {5, 0xFFFFFFF0u, true}, {0x80000000u, 1, true},
+        {0x80000001u, 1, false}, {0, 5, false},          {0, 0x90000000u, false},
     };
-    for (const auto& [owner, until, tick, isKept] : cases) {
-        Fill({{owner, none}});
+    for (const auto& [until, tick, isKept] : cases) {
+        Fill({{'A', none}});
         auto& context = *state.idle[0];
         context.reservedUntil = until;
         context.convertedSamples.assign(100, 0.0);
@@ -111,10 +116,11 @@ TEST_F(SharedStates, MemoryIsGivenBackBehindTheLastTickOfAReservation) {
 }
 
 TEST_F(SharedStates, ReadersThatNoSourceWillAskForAreClosed) {
-    Fill({});
-    auto lent = AcquireReader(state, nullptr);
+    Fill({{'A', running}, {'B', running}});
+    auto lent = AcquireReader(state, Source('A'));
     const auto before = state.format;
     ForgetFile(state);
+    EXPECT_TRUE(state.idle.empty());
     ReleaseReader(state, std::move(lent), nullptr, 0);
     EXPECT_TRUE(state.idle.empty());
     ASSERT_TRUE(EnsureOpened(state, nullptr));
@@ -144,6 +150,10 @@ TEST_F(SharedStates, OnlyAFileThatIsAnotherIsParsedAgain) {
     EXPECT_TRUE(isKept());
     recorder.write("grow", 4).flush();
     EXPECT_TRUE(isKept());
+    fs::last_write_time(take, fs::last_write_time(take) + 5s);
+    EXPECT_TRUE(isKept()) << "written over";
+    ++growing.parsed.volume;
+    EXPECT_FALSE(isKept()) << "another disk's file of that number";
     fs::resize_file(take, fs::file_size(take) - 6);
     EXPECT_FALSE(isKept());
     recorder.write("grow", 4).flush();
@@ -156,9 +166,53 @@ TEST_F(SharedStates, OnlyAFileThatIsAnotherIsParsedAgain) {
     EXPECT_TRUE(isKept());
     other.close();
     EXPECT_FALSE(isKept()) << "the recording has ended";
+    const auto* reader = growing.idle.back().get();
     EXPECT_TRUE(isKept()) << "nothing has changed";
+    EXPECT_EQ(growing.idle.back().get(), reader);
     std::ofstream(take, std::ios::binary | std::ios::app).write("more", 4);
     EXPECT_FALSE(isKept()) << "nobody writes it any more";
+    folder.Write("take.wav", MonoFile(Ramp(100)));
+    std::ofstream editor(take, std::ios::binary | std::ios::app);
+    EXPECT_FALSE(isKept());
+    editor.write("more", 4).flush();
+    EXPECT_FALSE(isKept()) << "it was no recording";
+}
+
+// An edit makes it unreadable for a moment; a file that could never be played is given up at once.
+TEST_F(SharedStates, AFileMetInTheMiddleOfAnEditIsOpenedUpToFourTimes) {
+    const Bytes whole = MonoFile(Ramp(100)), torn = Bytes(300, 'x');
+    const auto opensUntilMendedAt = [&](int64_t open, bool wasPlayable) {
+        SharedFileState edited(folder.Write("edited.wav", wasPlayable ? whole : torn), purposePlayback);
+        EXPECT_TRUE(EnsureOpened(edited, nullptr));
+        WriteWholeFile(edited.fileName, torn);
+        edited.idle.clear();
+        ScriptedFileSystem files;
+        const platform::ScopedFileSystem scope(files);
+        files.BeforeEach([&] {
+            const bool opens = std::ssize(files.Opens()) > files.Count(Operation::open);
+            if (opens && files.Count(Operation::open) == open) WriteWholeFile(edited.fileName, whole);
+        });
+        const auto lent = AcquireReader(edited, nullptr);
+        EXPECT_EQ(IsPlayable(lent->format.get()), files.Count(Operation::open) > open);
+        return files.Count(Operation::open);
+    };
+    for (const int64_t open : {0, 1, 2, 3})
+        EXPECT_EQ(opensUntilMendedAt(open, true), open + 1);
+    EXPECT_EQ(opensUntilMendedAt(4, true), 4);
+    EXPECT_EQ(opensUntilMendedAt(1, false), 1);
+}
+
+TEST_F(SharedStates, SamplesCanBeReadOfAFileThatTellsAllItMust) {
+    AudioFormat format;
+    format.sampleRate = format.bitsPerSample = format.channels = format.encoding = 1;
+    EXPECT_TRUE(IsPlayable(&format));
+    for (int32_t* needed : {&format.bitsPerSample, &format.channels, &format.encoding}) {
+        *needed = 0;
+        EXPECT_FALSE(IsPlayable(&format));
+        *needed = 1;
+    }
+    format.sampleRate = 0.99;
+    EXPECT_FALSE(IsPlayable(&format) || IsPlayable(nullptr));
 }
 
 // What was parsed before the first source came counts for the very same file alone.

@@ -29,7 +29,7 @@ class Counted : public Interface {
 // The nearest earlier input frame for every output frame; holds nothing back.
 class FakeResampler final : public Counted<Resampler> {
   public:
-    void Configure(int32_t, intptr_t) override {}
+    void Configure(int32_t, intptr_t mode) override { current->resampleMode = mode; }
     void SetRates(double inputRate, double outputRate) override { ratio_ = inputRate / outputRate; }
     double LatencySeconds() override { return 0; }
     void Reset() override { phase_ = 0; }

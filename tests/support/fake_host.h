@@ -28,6 +28,7 @@ class FakeHost {
     std::atomic<int> peakBuildersMade = 0;
     std::atomic<int> hiresCalls = 0;
     std::atomic<int64_t> bytesRead = 0;
+    std::atomic<intptr_t> resampleMode = 0;  // that a resampler was given last
 
     std::atomic<bool> hasStoredPeaks = true;  // "PeakGet_Create" finds peaks
     double storedPeaksPerSecond = 400;
