@@ -17,14 +17,12 @@ constexpr int64_t cafChunksStart = 8;
 // | offset | width | `desc` field       |
 // |      0 |     8 | sample rate, float |
 // |     24 |     4 | channels a frame   |
-// |     28 |     4 | bits a channel     |
 void ReadDescription(MetadataHeaderPass& pass, int64_t bodyBytes) {
     const auto body = ReadStart<32>(pass.reader, bodyBytes);
     if (!body) return;
     const double rate = ReadBeDouble(body->data());
     if (rate > 1 && rate < 1000000) pass.header.sampleRate = static_cast<int32_t>(rate);
     pass.header.channels = static_cast<int32_t>(ReadBe32(&(*body)[24]));
-    pass.header.bitsPerSample = static_cast<int32_t>(ReadBe32(&(*body)[28]));
 }
 
 // | offset | width | `pakt` field     |

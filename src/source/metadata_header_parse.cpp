@@ -13,14 +13,13 @@ namespace vantor {
 using namespace std::string_view_literals;
 
 int64_t NextHeader(FileReader& reader, std::span<const uint8_t> header, int64_t next) {
-    return IsZeroHeader(header) && reader.Seek(next) && SkipZeroHeaders(reader, header.size()) ? reader.Tell()
-                                                                                               : next;
+    return IsZeroHeader(header) && SkipZeroHeaders(reader, header.size()) ? reader.Tell() : next;
 }
 
 void CompleteTempo(MetadataHeader& header, std::string_view tempoKey, std::string_view beatsKey) {
     if (!header.metadata.Value(tempoKey).empty() || !(header.durationSeconds > 0)) return;
     const double beats = DecimalNumber(header.metadata.Value(beatsKey));
-    if (!(beats > 0) || !std::isfinite(beats) || 32 * beats != std::floor(32 * beats)) return;
+    if (!(beats > 0) || 32 * beats != std::floor(32 * beats)) return;
     header.metadata.Set(tempoKey, TrimNumber(FixedText(beats * 60 / header.durationSeconds, 6)));
 }
 

@@ -13,9 +13,9 @@ struct MetadataHeader {
     MetadataStore metadata;
     double durationSeconds = 0;  // 0 unknown
     int32_t channels = 0;
-    int32_t sampleRate = 0;  // Hz
-    int32_t bitsPerSample = 0;
-    int64_t validFrames = 0;  // CAF packet table, 0 absent
+    int32_t sampleRate = 0;     // Hz
+    int32_t bitsPerSample = 0;  // RIFF alone
+    int64_t validFrames = 0;    // CAF packet table, 0 absent
     int32_t primingFrames = 0;
     int32_t remainderFrames = 0;
 };
