@@ -85,7 +85,7 @@ bool FillWithJunk(ByteSink& sink, int64_t offset, int64_t length) {
     const int64_t longOnes =
         length <= longestFiller ? 0 : (length - longestFiller + longFillerPiece - 1) / longFillerPiece;
     const int64_t last = longOnes * longFillerPiece;
-    if (length > last && !fill(offset + last, length - last)) return false;
+    if (!fill(offset + last, length - last)) return false;
     for (int64_t start = last; start > 0; start -= longFillerPiece)
         if (!fill(offset + start - longFillerPiece, longFillerPiece)) return false;
     return true;

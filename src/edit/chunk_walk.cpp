@@ -52,11 +52,8 @@ WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     if (position_ >= fileSize_) return WalkStep::end;
     if (isAtLeftover_) return WalkStep::leftover;
     if (IsGrowth()) {
-        chunk = {};
-        chunk.start = position_;
+        chunk = {.start = position_, .scheme = paddingScheme, .isReplaceable = true, .isCutOff = true};
         chunk.bodyBytes = fileSize_ - chunk.BodyStart();
-        chunk.scheme = paddingScheme;
-        chunk.isReplaceable = chunk.isCutOff = true;
         position_ = fileSize_;
         return WalkStep::chunk;
     }
@@ -66,7 +63,6 @@ WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     chunk.start = position_;
     if (isRf64_ && position_ == riffHeaderBytes && !ReadDs64At(chunk.header)) return WalkStep::refused;
 
-    reader_.Seek(chunk.BodyStart());
     const int64_t claimed = ClaimedBytes(chunk.header, chunk.BodyStart());
     chunk.bodyBytes = std::min(claimed, fileSize_ - chunk.BodyStart());
     chunk.isCutOff = chunk.bodyBytes < claimed;
@@ -97,11 +93,10 @@ bool RiffChunkWalk::IsGrowth() {
     uint8_t header[chunkHeaderBytes] = {}, size[4];
     const int64_t present = std::min(fileSize_ - position_, chunkHeaderBytes);
     reader_.Seek(position_);
-    if (position_ <= riffHeaderBytes || !reader_.ReadExactly(header, present)) return false;
-    const auto idBytes = static_cast<size_t>(std::min<int64_t>(present, 4));
+    const auto idBytes = static_cast<size_t>(present);
+    if (!reader_.ReadExactly(header, present)) return false;
     if (FourCharacters(header).substr(0, idBytes) != junk.substr(0, idBytes)) return false;
-    if (present == chunkHeaderBytes && position_ + chunkHeaderBytes + ReadLe32(header + 4) <= fileSize_)
-        return false;
+    if (position_ + chunkHeaderBytes + ReadLe32(header + 4) <= fileSize_) return false;
     if (!reader_.Seek(riffSizeOffset) || !reader_.ReadExactly(size, sizeof size)) return false;
     const auto end = chunkHeaderBytes + static_cast<int64_t>(isRf64_ ? ds64_.riffSize : ReadLe32(size));
     return end == position_ || end == position_ - 1;  // a pad byte may have been missing
@@ -109,15 +104,13 @@ bool RiffChunkWalk::IsGrowth() {
 
 bool RiffChunkWalk::IsPlausibleHeader(int64_t offset) {
     uint8_t header[chunkHeaderBytes];
-    if (fileSize_ - offset < chunkHeaderBytes || !reader_.Seek(offset) ||
-        !reader_.ReadExactly(header, sizeof header))
-        return false;
+    if (!reader_.Seek(offset) || !reader_.ReadExactly(header, sizeof header)) return false;
     return std::all_of(header, header + 4, [](uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }) &&
            ReadLe32(header + 4) <= fileSize_ - offset - chunkHeaderBytes;
 }
 
 bool RiffChunkWalk::LacksPad(const RiffChunk& chunk) {
-    return (chunk.bodyBytes & 1) && !chunk.isCutOff && IsPlausibleHeader(chunk.BodyEnd()) &&
+    return (chunk.bodyBytes & 1) && IsPlausibleHeader(chunk.BodyEnd()) &&
            !IsPlausibleHeader(chunk.BodyEnd() + 1);
 }
 

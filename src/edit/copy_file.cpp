@@ -79,7 +79,7 @@ uint32_t AudioSizeField(const RiffChunk& chunk, bool isRf64) {
 void AddAudio(CopyPlan& plan, const RiffChunk& chunk, bool isRf64) {
     plan.keptBeforeAudio = plan.keptBytes;
     plan.isFormatBeforeAudio = plan.hasFormat;
-    plan.audio = {ReadLe32(&chunk.header[4]), chunk.BodyStart(), chunk.bodyBytes};
+    plan.audio = {.start = chunk.BodyStart(), .bytes = chunk.bodyBytes};
     if (!isRf64 || AudioSizeField(chunk, isRf64) != sizeInDs64) return;
     plan.isDs64Ambiguous |= plan.ds64AudioBytes.value_or(chunk.bodyBytes) != chunk.bodyBytes;
     plan.ds64AudioBytes = chunk.bodyBytes;
@@ -161,8 +161,8 @@ AudioPlace AudioInCopy(const CopyPlan& plan, bool isRf64) {
     int64_t start = riffHeaderBytes + plan.keptBeforeAudio + chunkHeaderBytes;
     if (plan.isFormatBeforeAudio)
         start += BytesOf(plan.main) + (plan.isTailBeforeAudio ? BytesOf(plan.tail) : 0);
-    const bool isEndless = isRf64 && plan.audio.bytes == 0;
-    return {isRf64 && !isEndless ? sizeInDs64 : static_cast<uint32_t>(plan.audio.bytes), start};
+    const bool isInDs64 = isRf64 && plan.audio.bytes > 0;
+    return {isInDs64 ? sizeInDs64 : static_cast<uint32_t>(plan.audio.bytes), start};
 }
 
 bool WouldPlayMore(const CopyPlan& plan, int64_t sourceSize, bool isRf64) {
@@ -232,7 +232,7 @@ bool CopyChunks(CopyJob& job) {
         if (job.plan.isTailBeforeAudio && !PutPieces(job, job.plan.tail)) return false;
     }
     const bool isWhole = walk.Position() == job.plan.end;  // no header was lost on the way
-    return isWhole && isImageWritten && (job.plan.isTailBeforeAudio || PutPieces(job, job.plan.tail));
+    return isWhole && (job.plan.isTailBeforeAudio || PutPieces(job, job.plan.tail));
 }
 
 bool CopyAll(CopyJob job) {
@@ -253,7 +253,7 @@ bool WriteAndReadBack(const std::string& target, int64_t bytes, Put put) {
     {
         FileWriter writer(target.c_str(), {.mode = 1});
         FileSink sink(writer);
-        if (!writer.IsOpen() || !put(sink) || !writer.FlushToDisk()) return false;
+        if (!put(sink) || !writer.FlushToDisk()) return false;
     }
     FileReader written(target, targetReading);
     ComparingSink sink(written);
@@ -263,7 +263,7 @@ bool WriteAndReadBack(const std::string& target, int64_t bytes, Put put) {
 }  // namespace
 
 bool CanCopy(FileReader& source, const ChunkImages& images, int32_t fileKind) {
-    return source.IsOpen() && (images.replaced.empty() || MakePlan(source, images, fileKind != kindWave));
+    return images.replaced.empty() || MakePlan(source, images, fileKind != kindWave);
 }
 
 bool WriteCopy(FileReader& source, const std::string& target, const ChunkImages& images, int32_t fileKind) {

@@ -12,7 +12,7 @@ using EightBytes = std::array<uint8_t, 8>;
 
 constexpr EightBytes copyMark = {'V', 'W', 'E', 'D', 'I', 'T', '0', '2'};
 constexpr int64_t longestImage = int64_t{1} << 31;
-constexpr int mostMarks = 16;  // of a kind that are looked at; an edit leaves a few
+constexpr int mostMarks = 16;  // of copies that are looked at; an edit leaves a few
 
 bool IsAt(FileReader& reader, int64_t offset, const EightBytes& mark) {
     EightBytes there;
@@ -30,9 +30,9 @@ std::optional<CopyMark> ReadCopyMark(FileReader& reader, int64_t end) {
                   .target = {static_cast<int64_t>(ReadLe64(bytes + 32)), ReadLe32(bytes + 40)},
                   .parts = {}};
     mark.parts.resize(std::min<size_t>(ReadLe32(bytes + 44), mostParts));
-    const bool isThere = reader.Seek(end - mark.Bytes());
+    reader.Seek(end - mark.Bytes());
     for (auto& part : mark.parts) {
-        if (!isThere || !reader.ReadExactly(bytes, partMarkBytes)) return std::nullopt;
+        if (!reader.ReadExactly(bytes, partMarkBytes)) return std::nullopt;
         part = {static_cast<int64_t>(ReadLe64(bytes)), ReadLe32(bytes + 8)};
     }
     return mark;
@@ -41,7 +41,7 @@ std::optional<CopyMark> ReadCopyMark(FileReader& reader, int64_t end) {
 // Another program that wrote the file since has changed its size, or the copy.
 bool IsAsLeft(FileReader& reader, ShownCopy& copy) {
     const auto& mark = copy.mark;
-    if (mark.imageBytes == 0 || mark.imageBytes > std::min(longestImage, reader.Size() - copy.start) ||
+    if (mark.imageBytes == 0 || mark.imageBytes > longestImage ||
         reader.Size() != std::max(mark.fileBytes, copy.start + mark.imageBytes))
         return false;
     copy.image.resize(static_cast<size_t>(mark.imageBytes));
@@ -112,8 +112,7 @@ EditMarks FindMarks(FileReader& reader, bool isRf64) {
     while (walk.Next(chunk) == WalkStep::chunk) {
         if (chunk.Id() != "JUNK") continue;
         if (!marks.copy) marks.copy = CopyBehind(reader, chunk, left);
-        if (std::ssize(marks.toClean) < mostMarks && chunk.bodyBytes >= cleanUpMarkBytes &&
-            IsAt(reader, chunk.BodyStart(), cleanUpMark))
+        if (chunk.bodyBytes >= cleanUpMarkBytes && IsAt(reader, chunk.BodyStart(), cleanUpMark))
             marks.toClean.push_back(chunk.start);
     }
     return marks;

@@ -120,15 +120,13 @@ std::vector<Piece> PlacedPieces(const InPlaceEdit& edit) {
     return pieces;
 }
 
-// Into the gaps that are "JUNK" by now, while the copy is shown.
+// Into the gaps, each of them one "JUNK" chunk by now, while the copy is shown.
 bool MoveToPlaces(InPlaceEdit& edit) {
     if (edit.plan.placed.empty()) return true;
     const auto pieces = PlacedPieces(edit);
     for (size_t i = 0; i < pieces.size(); ++i) {
         const auto& gap = edit.Runs().gaps[edit.plan.placed[i].gap];
-        if (!WriteJunkHeader(edit.file, gap.start, gap.length) || !WriteBehindItsHeader(edit, pieces[i]) ||
-            !CoverBehind(edit, pieces[i], gap.End()))
-            return false;
+        if (!WriteBehindItsHeader(edit, pieces[i]) || !CoverBehind(edit, pieces[i], gap.End())) return false;
     }
     return edit.Flush() &&
            std::ranges::all_of(pieces, [&](const Piece& piece) { return WriteHeader(edit, piece); }) &&
@@ -181,7 +179,7 @@ bool IsMarked(const InPlaceEdit& edit, const Stretch& gap) {
 }
 
 bool TakesPiece(const InPlaceEdit& edit, const Run& gap) {
-    return &gap == &edit.plan.Target() ||
+    return (edit.plan.targetBytes > 0 && &gap == &edit.plan.Target()) ||
            IsPlaced(edit.plan, static_cast<size_t>(&gap - edit.Runs().gaps.data()));
 }
 
@@ -204,7 +202,8 @@ bool CleanUp(InPlaceEdit& edit) {
     const auto pieces = PlacedPieces(edit);
     for (size_t i = 0; i < pieces.size(); ++i)
         if (!blankBehind(pieces[i], edit.Runs().gaps[edit.plan.placed[i].gap])) return false;
-    return (!edit.plan.chosen || blankBehind(TargetPiece(edit), edit.plan.Target())) && edit.Flush();
+    const bool isInGap = edit.plan.chosen && edit.plan.targetBytes > 0;
+    return (!isInGap || blankBehind(TargetPiece(edit), edit.plan.Target())) && edit.Flush();
 }
 
 bool MarkAll(InPlaceEdit& edit) {
@@ -280,6 +279,15 @@ bool Insist(InPlaceEdit& edit, Step step) {
     return step(edit) || step(edit);
 }
 
+// Padding of several chunks becomes one: what is then written into it goes over none of their headers.
+bool JoinPadding(InPlaceEdit& edit) {
+    const auto& split = edit.Runs().split;
+    const auto join = [&](const Stretch& padding) {
+        return WriteJunkHeader(edit.file, padding.start, padding.length);
+    };
+    return split.empty() || (std::ranges::all_of(split, join) && edit.Flush());
+}
+
 bool WriteNewTags(InPlaceEdit& edit) {
     switch (edit.plan.way) {
         case EditWay::direct:
@@ -296,7 +304,7 @@ bool WriteNewTags(InPlaceEdit& edit) {
 
 InPlaceResult UpdateInPlace(FileWriter& writer, const InPlacePlan& plan) {
     InPlaceEdit edit{writer, plan};
-    if (!WriteNewTags(edit)) return Undo(edit);
+    if (!JoinPadding(edit) || !WriteNewTags(edit)) return Undo(edit);
     const bool isMoved =
         plan.way != EditWay::throughCopy || (Insist(edit, MoveToPlaces) && Insist(edit, MoveToTarget));
     return isMoved && Insist(edit, CleanUp) ? InPlaceResult::done : InPlaceResult::unfinished;

@@ -125,9 +125,14 @@ int64_t SameBytes(FileReader& reader, const InPlacePlan& plan) {
     return same;
 }
 
+// What is there of them, since the header of padding that an edit was adding may be cut off, and with padding
+// that is one chunk by then.
 bool Save(FileReader& reader, InPlacePlan& plan, int64_t offset, int64_t count) {
+    count = std::min(count, plan.runs.fileSize - offset);
     SavedBytes saved{offset, std::vector<uint8_t>(static_cast<size_t>(count))};
     if (!reader.Seek(offset) || !reader.ReadExactly(saved.bytes.data(), count)) return false;
+    const auto joined = std::ranges::find(plan.runs.split, offset, &Stretch::start);
+    if (joined != plan.runs.split.end()) std::ranges::copy(JunkHeader(joined->length), saved.bytes.begin());
     plan.saved.push_back(std::move(saved));
     return true;
 }
@@ -210,6 +215,7 @@ std::optional<InPlacePlan> PlanInPlace(FileReader& reader, const ChunkImages& im
     plan.replaced = joined.replaced;
     plan.isRf64 = isRf64;
     plan.runs = std::move(*runs);
+    std::erase_if(plan.runs.split, [](const Stretch& padding) { return !FitsOneHeader(padding); });
     std::optional<InPlacePlan> inPlaces;
     if (!joined.places.empty()) inPlaces = plan;
     if (inPlaces && PlanPlaces(*inPlaces, joined.places)) {

@@ -13,7 +13,15 @@ void CloseRun(RunList& runs, Run& run) {
     run = {};
 }
 
-void AddToRun(Run& run, const RiffChunk& chunk) {
+void AddToSplit(RunList& runs, const Run& run, const RiffChunk& padding) {
+    const int64_t start = run.tags.empty() ? run.start : run.tags.back().End();
+    if (run.length == 0 || start == padding.start || padding.isCutOff) return;
+    if (runs.split.empty() || runs.split.back().start != start) runs.split.push_back({start, 0});
+    runs.split.back().length = std::min(padding.End(), runs.fileSize) - start;
+}
+
+void AddToRun(RunList& runs, Run& run, const RiffChunk& chunk) {
+    if (chunk.scheme == paddingScheme) AddToSplit(runs, run, chunk);
     if (run.length == 0) run.start = chunk.start;
     run.length = chunk.End() - run.start;
     if (chunk.scheme == paddingScheme) return;
@@ -26,7 +34,7 @@ void AddToRun(Run& run, const RiffChunk& chunk) {
 
 void AddChunk(RunList& runs, Run& run, const RiffChunk& chunk) {
     if (chunk.isReplaceable) {
-        AddToRun(run, chunk);
+        AddToRun(runs, run, chunk);
         return;
     }
     CloseRun(runs, run);

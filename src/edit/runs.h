@@ -24,6 +24,7 @@ struct Run : Stretch {
 struct RunList {
     std::vector<Run> gaps;        // something that is kept follows
     Run trailing;                 // reaches the end of the file; may be empty
+    std::vector<Stretch> split;   // padding in them that is several chunks, one behind the other
     bool isWholeToTheEnd = true;  // nothing follows the last whole chunk
     int64_t end = 0;              // of the last chunk
     int64_t fileSize = 0;

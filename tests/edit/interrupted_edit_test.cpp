@@ -80,14 +80,17 @@ std::vector<Layout> Layouts() {
         {.what = "both sides", .inFront = Joined({Bext(), Ixml()}), .between = none, .behind = Info()},
         {.what = "three places", .inFront = Bext(), .between = Ixml(), .behind = Info()},
         {.what = "front with room", .inFront = Joined({all, Padding(3000)}), .between = none, .behind = none},
-        {.what = "room for two", .inFront = Joined({all, Padding(30000)}), .between = none, .behind = none},
+        {.what = "room for two",
+         .inFront = Joined({all, Padding(50), Padding(30000)}),
+         .between = none,
+         .behind = none},
         {.what = "padding in front",
-         .inFront = Padding(20000),
+         .inFront = Joined({Padding(8), Padding(20000)}),
          .between = none,
          .behind = none,
          .isOneRun = true},
         {.what = "padding in front, tags behind",
-         .inFront = Padding(20000),
+         .inFront = Joined({Padding(200), Padding(20000)}),
          .between = none,
          .behind = all,
          .isOneRun = true},
@@ -95,7 +98,7 @@ std::vector<Layout> Layouts() {
         {.what = "padding behind",
          .inFront = none,
          .between = none,
-         .behind = Padding(20000),
+         .behind = Joined({Padding(3000), Padding(90), Padding(20000)}),
          .isOneRun = true},
         {.what = "tags and padding behind",
          .inFront = none,
@@ -105,18 +108,18 @@ std::vector<Layout> Layouts() {
         {.what = "odd audio", .inFront = Ixml(), .between = none, .behind = none, .audioBytes = 999},
         {.what = "odd end", .inFront = none, .between = none, .behind = all, .isOneRun = true},
         {.what = "unfinished",
-         .inFront = Joined({all, Padding(30000)}),
+         .inFront = Joined({all, Padding(27000), Padding(3000)}),
          .between = none,
          .behind = none,
          .isUnfinished = true},
         {.what = "garbage",
-         .inFront = Joined({Bext(), Padding(30000), Ixml()}),
+         .inFront = Joined({Bext(), Padding(29000), Padding(1000), Ixml()}),
          .between = none,
          .behind = Info(),
          .garbage = Bytes(77, 'x')},
         {.what = "garbage, padding elsewhere",
          .inFront = Joined({all, Padding(600)}),
-         .between = Padding(30000),
+         .between = Joined({Padding(200), Padding(29800)}),
          .behind = none,
          .garbage = Bytes(8, 'x')},
         {.what = "empty chunk",
@@ -160,7 +163,7 @@ const Edit edits[] = {
     {"change", {{"TITLE", "New"}}, writeMerge},
     {"growth", {{"IXML:NOTE", std::string(3000, 'n')}}, writeMerge},
     {"shrinking", {{"BWF:Description", ""}, {"IXML:NOTE", ""}, {"INFO:IART", "x"}}, writeMerge},
-    {"all replaced", {{"TITLE", "Only"}}, 0},
+    {"all replaced", {{"INFO:INAM", "Only"}}, 0},
     {"all removed", {{"BWF:Description", ""}}, 0},
     {"lossless, many schemes", {{"TITLE", "New"}}, writeMerge | writeLossless},
     {"lossless growth",
@@ -204,10 +207,10 @@ struct Case {
     std::vector<Change> trace{};
 };
 
-WriteAnswer RunEdit(MemoryFileSystem& files, const Edit& edit) {
+WriteAnswer RunEdit(MemoryFileSystem& files, const Edit& edit, const std::string& target = "target.wav") {
     const platform::ScopedFileSystem scope(files);
     return EditFile({.fileName = name,
-                     .target = "target.wav",
+                     .target = target,
                      .changes = StoreOf(edit.pairs),
                      .flags = edit.flags,
                      .forget = [](const std::string&) {}})
@@ -254,6 +257,10 @@ void ExpectSound(const Case& c, const Bytes& file, bool mayMix) {
         EXPECT_TRUE(!c.layout.isOneRun || seen.tags == c.old.tags || seen.tags == c.changed.tags);
     }
     ExpectEveryTag(c, seen.tags);
+    // A reader that believes the size in front finds them, too.
+    const size_t believed = RiffSizeField(file) + 8;
+    if (believed < file.size() && c.layout.garbage.empty())
+        ExpectEveryTag(c, Look({file.begin(), file.begin() + static_cast<int64_t>(believed)}).tags);
 }
 
 void ExpectSameEditAgain(const Case& c, const Bytes& file) {
@@ -276,6 +283,8 @@ void ExpectFinished(const Case& c, const Bytes& file) {
     files.trace = &trace;
     EXPECT_NE(RunEdit(files, {"asked", nothing.pairs, nothing.flags | writeAnswerAlone}), writeFailed);
     EXPECT_TRUE(trace.empty());
+    EXPECT_EQ(RunEdit(files, {"copied", nothing.pairs, nothing.flags | writeNeverInPlace}), writtenToTarget);
+    EXPECT_EQ(*files.Find(name), file);
     EXPECT_EQ(RunEdit(files, nothing), updatedInPlace);
     EXPECT_EQ(*files.Find(name), c.after);
 }
@@ -289,6 +298,15 @@ void ForEachCase(Test test) {
             test(CaseOf(layout, edit));
             if (testing::Test::HasFailure()) return;
         }
+    // The new tags fill the place of the old ones, so that no padding beside them has a mark.
+    const Layout exact{.what = "exact room",
+                       .inFront = Joined({Bext(), Ixml(), Info()}),
+                       .between = Padding(30000),
+                       .behind = {},
+                       .garbage = Bytes(8, 'x')};
+    const Edit sameSize{"same size", {{"INFO:INAM", "New name"}}, writeMerge};
+    SCOPED_TRACE(exact.what);
+    test(CaseOf(exact, sameSize));
 }
 
 // A header is in the file or not, with the mark behind it: so few bytes are written at once.
@@ -347,6 +365,28 @@ TEST(InterruptedEdit, AFailureIsToldAndLosesNothing) {
     });
 }
 
+// The computer that refused once is switched off.
+TEST(InterruptedEdit, KilledAfterAFailureItLosesNothing) {
+    ForEachCase([](const Case& c) {
+        if (c.edit.pairs[0].first != "IXML:NOTE") return;
+        for (int i = 0; i < static_cast<int>(c.trace.size()) && !testing::Test::HasFailure(); ++i) {
+            SCOPED_TRACE(i);
+            std::vector<Change> trace;
+            MemoryFileSystem files;
+            files.Put(name, c.before);
+            files.changesLeft = i;
+            files.trace = &trace;
+            static_cast<void>(RunEdit(files, c.edit, name));  // nothing but the file is written
+            Bytes file = c.before;
+            for (size_t k = 0; k < trace.size() && !testing::Test::HasFailure(); ++k) {
+                trace[k].ApplyTo(file);
+                SCOPED_TRACE(k);
+                if (k >= static_cast<size_t>(i)) ExpectSound(c, file, false);
+            }
+        }
+    });
+}
+
 // There is no other place for the new tags than that of the old ones.
 TEST(InterruptedEdit, WithoutRoomAFailureThatPassesLosesNothing) {
     const Layout layout{.what = "no room",
@@ -390,6 +430,7 @@ TEST(InterruptedEdit, APowerCutLosesNothing) {
                 c.trace[start + k].ApplyTo(flushed);
         }
         EXPECT_EQ(flushed, c.after);
+        EXPECT_TRUE(c.trace.empty() || c.trace.back().kind == Change::flush) << "the end is on the disk";
     });
 }
 

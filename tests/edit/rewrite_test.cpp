@@ -8,6 +8,7 @@
 
 #include "edit/chunk_walk.h"
 #include "edit/copy_file.h"
+#include "fileio/byte_order.h"
 #include "formats/audio_format.h"
 #include "tests/edit/in_place_edit.h"
 #include "tests/support/byte_writer.h"
@@ -66,6 +67,17 @@ const Bytes adtl = ByteWriter().Chunk("LIST", ByteWriter().Text("adtl"));
 const Bytes acid = ByteWriter().Chunk("acid", Bytes(24, 7));
 const Bytes odd = ByteWriter().Text("data").Le32(11).Fill(11, 0x5A);
 const Bytes garbage(128, 'T');
+// A list without a type, which what follows is not.
+const Bytes shortList = ByteWriter().Chunk("LIST", {}).Chunk("INFO", Bytes(4));
+const Bytes smallLetters =
+    ByteWriter().Chunk("list", ByteWriter().Text("info").Text("inam").Le32(2).Text("ab"));
+// No format was there yet that would make it a recording that was never finished.
+const Bytes emptyAudio = ByteWriter().Chunk("fmt ", Bytes(14)).Chunk("abcd", Bytes(20)).Chunk("data", {});
+
+// An odd body, and a pad byte with a header that could be one or the other.
+Bytes OddChunk(uint8_t pad, const Bytes& next) {
+    return ByteWriter().Text("odd ").Le32(3).Text("abc").U8(pad).Add(next);
+}
 
 TEST(RewriteInPlace, PutsTheImageWhereItFits) {
     const Bytes scattered =
@@ -100,13 +112,81 @@ TEST(RewriteInPlace, PutsTheImageWhereItFits) {
         {"no room before what is no chunk", Joined({shown, garbage}), ImageOf(200), std::nullopt},
         {"what is no chunk stays", Joined({shown, garbage}), ImageOf(60),
          Joined({Riff({fmt, audio, ImageOf(60), Padding(40)}), garbage})},
+        {"nor what is no header", Joined({shown, Bytes(3, 'T')}), ImageOf(100),
+         Joined({shown, Bytes(3, 'T')})},
+        {"lists", Riff({fmt, audio, shortList, smallLetters}), ImageOf(50),
+         Riff({fmt, audio, shortList, ImageOf(50)})},
     };
     for (const auto& c : cases)
         EXPECT_EQ(InPlace(c.file, c.image), c.after) << c.what;
+    const Bytes kept[] = {Joined({emptyAudio, fmt}),
+                          Joined({fmt, OddChunk('x', ByteWriter().Chunk("cue ", {}))}),
+                          Joined({fmt, OddChunk(0x7F, ByteWriter().Chunk("cue\1", {}))}),
+                          // Too long by so little for a header without a pad byte.
+                          Joined({fmt, OddChunk('x', ByteWriter().Chunk("cue\1", Bytes(4)))})};
+    for (const Bytes& front : kept)
+        EXPECT_EQ(InPlace(Riff({front, audio}), ImageOf(50)), Riff({front, audio, ImageOf(50)}))
+            << Ids(Riff({front}));
+}
+
+// The header of padding at the end that an edit was about to add when it was interrupted.
+TEST(RewriteInPlace, TakesWhatIsThereOfAHeaderForItsOwnGrowth) {
+    const Bytes file = Riff({fmt, audio}), header = Padding(60);
+    for (int64_t bytes = 1; bytes <= 8; ++bytes)
+        EXPECT_EQ(InPlace(Joined({file, {header.begin(), header.begin() + bytes}}), ImageOf(50)),
+                  Riff({fmt, audio, ImageOf(50)}))
+            << bytes;
+}
+
+// Takes nothing at `refused`.
+struct PaddingSink final : ByteSink {
+    int64_t refused = -1, position = 0, zeros = 0;
+    std::vector<std::pair<int64_t, int64_t>> chunks;  // as they came: from, to
+    [[nodiscard]] bool MoveTo(int64_t to) override {
+        position = to;
+        return true;
+    }
+    [[nodiscard]] bool Put(const uint8_t* bytes, int64_t count) override {
+        if (position == refused) return false;
+        if (bytes[0] == 'J') {
+            chunks.emplace_back(position, position + 8 + ReadLe32(bytes + 4));
+        } else {
+            EXPECT_TRUE(position >= chunks.back().first + 8 && position + count <= chunks.back().second);
+            zeros += count;
+        }
+        position += count;
+        return true;
+    }
+};
+
+// Padding that is longer than one chunk of it: the first of them hides all until the last are written.
+TEST(Rewrite, FillsAnyLengthFromItsEnd) {
+    constexpr int64_t start = 1000, most = 0x40000000, piece = 0x3FFFFFE0;
+    const std::pair<int64_t, std::vector<int64_t>> cases[] = {{8, {0}},
+                                                              {most, {0}},
+                                                              {most + 2, {piece, 0}},
+                                                              {most + piece, {piece, 0}},
+                                                              {most + piece + 2, {2 * piece, piece, 0}}};
+    for (const auto& [length, offsets] : cases) {
+        PaddingSink sink;
+        EXPECT_TRUE(FillWithJunk(sink, start, length));
+        int64_t end = start + length;
+        ASSERT_EQ(sink.chunks.size(), offsets.size()) << length;
+        for (size_t i = 0; i < offsets.size(); ++i) {
+            EXPECT_EQ(sink.chunks[i], std::pair(start + offsets[i], end)) << length;
+            end = start + offsets[i];
+        }
+        EXPECT_EQ(sink.zeros, length - 8 * std::ssize(offsets));
+        for (const int64_t offset : offsets) {
+            PaddingSink refusing;
+            refusing.refused = start + offset;
+            EXPECT_FALSE(FillWithJunk(refusing, start, length)) << length << " " << offset;
+        }
+    }
 }
 
 TEST(RewriteCopy, PutsTheImagesBehindTheFormatAndAtTheEnd) {
-    const Bytes zeros(80008);
+    const Bytes zeros(80008), hidden = ByteWriter().Chunk("bext", {});
     const struct {
         const char* what;
         Bytes file, mainImage, tailImage, copy;
@@ -115,12 +195,28 @@ TEST(RewriteCopy, PutsTheImagesBehindTheFormatAndAtTheEnd) {
          Riff({fmt, ImageOf(40), audio, ImageOf(60, "ID3 ")})},
         {"acid stays", Riff({fmt, audio, acid}), ImageOf(40), {}, Riff({fmt, ImageOf(40), audio, acid})},
         {"acid for another one", Riff({fmt, audio, acid}), acid, {}, Riff({fmt, acid, audio})},
+        {"two formats", Riff({fmt, fmt, audio}), ImageOf(40), {}, Riff({fmt, ImageOf(40), fmt, audio})},
         {"zeros are chunks",
          Riff({fmt, zeros, audio, zeros}),
          ImageOf(60),
          {},
          Riff({fmt, ImageOf(60), zeros, audio, zeros})},
         {"a missing pad byte", Riff({fmt, odd}), {}, ImageOf(50), Riff({fmt, odd, Bytes(1), ImageOf(50)})},
+        {"a tag that a missing pad byte hides stays hidden",
+         Riff({fmt, odd, hidden}),
+         {},
+         ImageOf(50),
+         Joined({Riff({fmt, odd, Bytes(1), ImageOf(50)}), ByteWriter().Text("JUNK").Le32(1).U8(0), hidden})},
+        {"a tag that is cut off goes",
+         Joined({Riff({fmt, audio}), ByteWriter().Text("bext").Le32(500).Fill(20, 'x')}),
+         {},
+         ImageOf(50),
+         Riff({fmt, audio, ImageOf(50)})},
+        {"half a header stays",
+         Joined({Riff({fmt, audio}), ByteWriter().Text("bext12")}),
+         {},
+         ImageOf(50),
+         Joined({Riff({fmt, audio, ImageOf(50)}), ByteWriter().Text("bext12")})},
         {"what is no chunk stays",
          Joined({Riff({fmt, audio}), garbage}),
          {},
@@ -178,9 +274,17 @@ TEST(Rewrite, Rf64KeepsItsDs64AndGetsBothSizes) {
     const Bytes twice = fileOf("RF64", 0, Joined({wide, wide}));
     EXPECT_TRUE(Copy(twice, {}, ImageOf(50), kindRf64));
     EXPECT_FALSE(Copy(Bytes(twice.begin(), twice.end() - 500), {}, ImageOf(50), kindRf64));
-    const Bytes withoutDs64 = RiffFile(Joined({fmt, audio}), "RF64");
-    EXPECT_FALSE(InPlace(withoutDs64, ImageOf(50), true));
-    EXPECT_FALSE(Copy(withoutDs64, {}, {}, kindRf64));
+    // What `ds64` says of audio that has its own size is left alone, and so is a table longer than it is.
+    Bytes narrow = fileOf("RF64", 0, ByteWriter().Chunk("data", Bytes(600, 0x5A)));
+    narrow[44] = 200;
+    const auto copy = Copy(narrow, {}, ImageOf(50), kindRf64);
+    ASSERT_TRUE(copy);
+    EXPECT_TRUE(std::equal(narrow.begin() + 28, narrow.end(), copy->begin() + 28));
+    for (const Bytes& front : {Bytes(), Padding(50)}) {
+        const Bytes withoutDs64 = RiffFile(Joined({front, fmt, audio}), "RF64");
+        EXPECT_FALSE(InPlace(withoutDs64, ImageOf(50), true));
+        EXPECT_FALSE(Copy(withoutDs64, {}, {}, kindRf64));
+    }
 }
 
 // Zeros are empty chunks, and there may be millions.

@@ -18,6 +18,7 @@ using Contents = MemoryFileSystem::Contents;
 using Change = MemoryFileSystem::Change;
 
 constexpr int64_t mostBytes = int64_t{64} << 20;  // the disk is full beyond that
+constexpr uint8_t unwritten = 0xEE;  // behind the old end of a file: not every system writes zeros there
 
 int64_t NextWriteTime() {
     static int64_t time = 0;  // across file systems: a name that comes back shall look changed
@@ -30,6 +31,12 @@ struct MemoryView final : platform::MappedView {
     std::shared_ptr<Contents> contents;
 };
 
+// What is done of a write that fails: of a header nothing.
+Bytes Half(Bytes bytes) {
+    bytes.resize(bytes.size() <= 8 ? 0 : bytes.size() / 2);
+    return bytes;
+}
+
 class MemoryFile final : public PlainFile {
   public:
     MemoryFile(MemoryFileSystem& system, std::shared_ptr<Contents> contents)
@@ -41,7 +48,11 @@ class MemoryFile final : public PlainFile {
         return {Size(), contents_->lastWriteTime, 0, contents_->number};
     }
     [[nodiscard]] platform::LockResult TryLock() override { return platform::LockResult::unavailable; }
-    [[nodiscard]] bool FlushToDisk() override { return !system_.Begin({.kind = Change::flush}); }
+    [[nodiscard]] bool FlushToDisk() override {
+        const bool succeeds = !system_.Begin({.kind = Change::flush});
+        if (system_.afterFlush) system_.afterFlush(contents_->bytes);
+        return succeeds;
+    }
     [[nodiscard]] bool CutAtPosition() override {
         if (Position() > mostBytes || system_.Begin({.kind = Change::cut, .offset = Position()}))
             return false;
@@ -67,9 +78,10 @@ class MemoryFile final : public PlainFile {
         const auto* const first = static_cast<const uint8_t*>(source);
         const bool fails =
             system_.Begin({.kind = Change::write, .offset = offset, .bytes = Bytes(first, first + count)});
-        if (fails) count = count <= 8 ? 0 : count / 2;
+        if (fails) count = static_cast<uint32_t>(Half(Bytes(count)).size());
         auto& bytes = contents_->bytes;
         const auto start = static_cast<size_t>(offset);
+        if (bytes.size() < start) bytes.resize(start, unwritten);
         if (bytes.size() < start + count) bytes.resize(start + count);
         std::memcpy(bytes.data() + start, source, count);
         contents_->lastWriteTime = NextWriteTime();
@@ -93,20 +105,21 @@ std::string NarrowForm(const std::u16string& name) {
 void MemoryFileSystem::Change::ApplyTo(Bytes& file) const {
     if (kind == cut) file.resize(static_cast<size_t>(offset));
     if (kind != write || bytes.empty()) return;
-    file.resize(std::max(file.size(), static_cast<size_t>(offset) + bytes.size()));
+    const auto start = static_cast<size_t>(offset);
+    if (file.size() < start) file.resize(start, unwritten);
+    file.resize(std::max(file.size(), start + bytes.size()));
     std::ranges::copy(bytes, file.begin() + offset);
 }
 
 bool MemoryFileSystem::Begin(Change change) {
     const bool isWrite = change.kind == Change::write;
+    const bool isReached = changesLeft == 0,
+               fails = isReached && (failing != Failing::writesForGood || isWrite);
+    if (changesLeft > 0 || (isReached && failing == Failing::once)) --changesLeft;
+    if (fails)
+        change = {.kind = Change::write, .offset = change.offset, .bytes = Half(std::move(change.bytes))};
     if (trace) trace->push_back(std::move(change));
-    if (changesLeft < 0) return false;
-    if (changesLeft > 0) {
-        --changesLeft;
-        return false;
-    }
-    if (failing == Failing::once) changesLeft = -1;
-    return failing != Failing::writesForGood || isWrite;
+    return fails;
 }
 
 void MemoryFileSystem::Put(const std::string& name, Bytes bytes) {

@@ -7,6 +7,7 @@
 // Names are taken as given, the wide form without its characters above 127. For one thread.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -32,12 +33,14 @@ class MemoryFileSystem final : public platform::FileSystem {
         Bytes bytes{};
         void ApplyTo(Bytes& file) const;
     };
-    // While set, all changes are noted there.
+    // While set, all changes are noted there, those that fail as far as they are done.
     std::vector<Change>* trace = nullptr;
     // Counted down by changes; those that find it at 0 fail, half of a write being done: the next one alone,
     // or all that follow, or all writes that follow.
     enum class Failing { once, forGood, writesForGood } failing = Failing::once;
     int changesLeft = -1;
+    // While set, called with what a file holds that has just been flushed: the disk may keep something else.
+    std::function<void(Bytes& bytes)> afterFlush;
 
     void Put(const std::string& name, Bytes bytes);
     // Null when there is no such file.

@@ -1,0 +1,184 @@
+// The marks that an interrupted edit leaves: what they say is done when the file is as that edit left it, and
+// at the least doubt the file stays as it is.
+
+#include "edit/edit_mark.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "edit/edit_file.h"
+#include "fileio/byte_order.h"
+#include "tests/support/chunk_list.h"
+#include "tests/support/memory_file_system.h"
+
+namespace vantor::test {
+namespace {
+
+const Bytes fmt = ByteWriter().Chunk("fmt ", FmtBody(1, 1, 48000, 16));
+const Bytes audio = ByteWriter().Chunk("data", Bytes(1000, 0x5A)), cue = ByteWriter().Chunk("cue ", Bytes(4));
+const Bytes info = ByteWriter().Chunk("LIST", ByteWriter().Text("INFO").Text("INAM").Le32(2).Text("ab"));
+
+Bytes Joined(std::initializer_list<Bytes> pieces) {
+    ByteWriter all;
+    for (const Bytes& piece : pieces)
+        all.Add(piece);
+    return all;
+}
+Bytes Padding(size_t bytes) {
+    return ByteWriter().Chunk("JUNK", Bytes(bytes - 8, 0));
+}
+
+// After an edit that asks for what is there.
+Bytes EditedAgain(const Bytes& file) {
+    MemoryFileSystem files;
+    const platform::ScopedFileSystem scope(files);
+    files.Put("a.wav", file);
+    MetadataStore changes;
+    changes.Set("INFO:INAM", "ab");
+    EXPECT_EQ(EditFile({.fileName = "a.wav",
+                        .target = "b.wav",
+                        .changes = changes,
+                        .flags = writeMerge | writeLossless,
+                        .forget = [](const std::string&) {}})
+                  .answer,
+              updatedInPlace);
+    return *files.Find("a.wav");
+}
+
+// An edit that stopped when its new chunks, a list and a tag, had just been shown at the end: the list
+// belongs there, the tag to the first padding.
+struct Interrupted {
+    const Bytes tag = ByteWriter().Chunk("id3 ", Bytes(52, 'x'));
+    const int64_t firstPadding = 36, secondPadding = firstPadding + 68 + 12;
+    const int64_t end = secondPadding + 100 + std::ssize(audio);
+    Bytes image = ByteWriter().Add(info).Add(tag);
+    CopyMark mark{
+        .schemes = SchemeBits(std::initializer_list<std::string_view>{"INFO", "ID3", paddingScheme}),
+        .imageBytes = std::ssize(image),
+        .checksum = ChecksumOf(image),
+        .fileBytes = end,
+        .target = {end, std::ssize(info)},
+        .parts = {{firstPadding, std::ssize(tag)}}};
+    Bytes inFrontOfMark{};
+    Bytes behind{};
+
+    [[nodiscard]] Bytes File() const {
+        const Bytes junk = ByteWriter().Chunk("JUNK", Joined({inFrontOfMark, BytesOf(mark)}));
+        return RiffFile(Joined({fmt, Padding(68), cue, Padding(100), audio, junk, image, behind}));
+    }
+    [[nodiscard]] Bytes Finished() const {
+        return RiffFile(Joined({fmt, tag, Padding(8), cue, Padding(100), audio, info}));
+    }
+};
+
+TEST(EditMarks, SayWhatIsLeftToDo) {
+    Interrupted edit;
+    EXPECT_EQ(EditedAgain(edit.File()), edit.Finished());
+    edit.inFrontOfMark = Bytes(100);
+    EXPECT_EQ(EditedAgain(edit.File()), edit.Finished());
+    // The list into the other padding.
+    edit.mark.target.start = edit.secondPadding;
+    EXPECT_EQ(EditedAgain(edit.File()),
+              RiffFile(Joined({fmt, edit.tag, Padding(8), cue, info, Padding(100 - info.size()), audio})));
+    // All into the two paddings.
+    edit.mark.target = {edit.end, 0};
+    edit.mark.parts = {{edit.secondPadding, std::ssize(info)}, {edit.firstPadding, std::ssize(edit.tag)}};
+    EXPECT_EQ(EditedAgain(edit.File()),
+              RiffFile(Joined({fmt, edit.tag, Padding(8), cue, info, Padding(100 - info.size()), audio})));
+    // The checksum, FNV-1a, of a file that another version left.
+    const std::string_view text = "foobar";
+    EXPECT_EQ(ChecksumOf(Bytes(text.begin(), text.end())), 0x85944171F73967E8);
+}
+
+TEST(EditMarks, AreNoneWhenInDoubt) {
+    const int64_t tagBytes = Interrupted().mark.parts[0].bytes, infoBytes = std::ssize(info);
+    const std::pair<const char*, std::function<void(Interrupted&)>> doubts[] = {
+        {"no image", [](auto& edit) { edit.mark.imageBytes = 0, edit.mark.checksum = ChecksumOf({}); }},
+        {"another image", [](auto& edit) { edit.image.back() ^= 1; }},
+        {"more behind it", [](auto& edit) { edit.behind = cue; }},
+        {"less behind it", [](auto& edit) { edit.image.resize(edit.image.size() - 2); }},
+        {"it is said to be longer", [](auto& edit) { edit.mark.imageBytes += 2; }},
+        {"kept chunks behind where the file ended", [](auto& edit) { edit.mark.fileBytes -= 2; }},
+        {"its schemes stand elsewhere", [](auto& edit) { edit.mark.schemes = SchemeBits({}); }},
+        {"too few bytes are placed", [](auto& edit) { edit.mark.parts[0].bytes -= 8; }},
+        {"none of it belongs to the end", [](auto& edit) { edit.mark.target.bytes = 0; }},
+        {"a bit of it belongs to the end",
+         [&](auto& edit) {
+             edit.mark.target.bytes = 4;
+             edit.mark.parts = {{edit.secondPadding, infoBytes + tagBytes - 4}};
+         }},
+        {"it belongs behind the end", [](auto& edit) { edit.mark.target.start += 2; }},
+        {"it belongs to what is kept", [](auto& edit) { edit.mark.target.start = edit.firstPadding + 68; }},
+        {"it fits no header",
+         [&](auto& edit) {
+             edit.mark.target = {edit.firstPadding, 64};
+             edit.mark.parts = {{edit.secondPadding, infoBytes + tagBytes - 64}};
+         }},
+        {"nothing of it belongs to padding",
+         [&](auto& edit) {
+             edit.mark.target = {edit.firstPadding, 0};
+             edit.mark.parts = {{edit.secondPadding, infoBytes + tagBytes}};
+         }},
+        {"two parts for one place",
+         [&](auto& edit) {
+             edit.mark.target = {edit.end, 0};
+             edit.mark.parts = {{edit.secondPadding, infoBytes}, {edit.secondPadding, tagBytes}};
+         }},
+        {"part and rest for one place", [](auto& edit) { edit.mark.target.start = edit.firstPadding; }},
+        {"a part for what is kept", [](auto& edit) { edit.mark.parts[0].start += 68; }},
+        {"a part for the middle of padding", [](auto& edit) { edit.mark.parts[0].start += 2; }},
+        {"a part that fits no header",
+         [&](auto& edit) {
+             edit.mark.target.bytes -= 4;
+             edit.mark.parts[0].bytes += 4;
+         }},
+        {"a part without a header",
+         [&](auto& edit) {
+             edit.mark.target.bytes = infoBytes + tagBytes - 4;
+             edit.mark.parts = {{edit.firstPadding, 4}};
+         }},
+    };
+    for (const auto& [what, cast] : doubts) {
+        Interrupted edit;
+        cast(edit);
+        EXPECT_EQ(EditedAgain(edit.File()), edit.File()) << what;
+    }
+    // No mark at all.
+    Bytes other = Interrupted().File();
+    other[static_cast<size_t>(Interrupted().end) + 8 + 12] ^= 1;
+    EXPECT_EQ(EditedAgain(other), other);
+}
+
+// A file full of marks does not cost as many looks at as many copies.
+TEST(EditMarks, BeyondAFewAreNotLookedAt) {
+    for (const int others : {15, 16}) {
+        Interrupted edit;
+        CopyMark wrong = edit.mark;
+        ++wrong.checksum;
+        edit.mark.parts.clear();
+        edit.mark.target.bytes = edit.mark.imageBytes;
+        ByteWriter chunks;
+        for (int i = 0; i < others; ++i)
+            chunks.Chunk("JUNK", BytesOf(wrong));
+        chunks.Add(fmt).Add(audio);
+        edit.mark.fileBytes = edit.mark.target.start = 12 + std::ssize(chunks.Done());
+        const Bytes file =
+            RiffFile(Joined({chunks, ByteWriter().Chunk("JUNK", BytesOf(edit.mark)), edit.image}));
+        EXPECT_EQ(EditedAgain(file) == file, others == 16) << others;
+    }
+}
+
+TEST(EditMarks, OfPaddingAreCleanedAway) {
+    const auto fileWith = [](std::string_view text) {
+        return RiffFile(Joined({fmt, ByteWriter().Chunk("JUNK", ByteWriter().Text(text)),
+                                ByteWriter().Chunk("EAN1", Bytes(20, 1)), audio, info}));
+    };
+    EXPECT_EQ(EditedAgain(fileWith("VWCLEAN1")), fileWith(std::string(8, '\0')));
+    EXPECT_EQ(EditedAgain(fileWith("VWCLEAN1 and old tags.")), fileWith(std::string(22, '\0')));
+    for (const auto* none : {"VWCL", "VWCLEAN2", "!VWCLEAN1"})
+        EXPECT_EQ(EditedAgain(fileWith(none)), fileWith(none));
+}
+
+}  // namespace
+}  // namespace vantor::test
