@@ -10,7 +10,8 @@ namespace vantor {
 
 namespace {
 
-// Capital letters from `first` to `last`, each `step`-th one; the small letter stands `distance` behind.
+// Capital letters beyond ASCII from `first` to `last`, each `step`-th one; the small letter stands `distance`
+// behind.
 struct CapitalRange {
     uint32_t first;
     uint32_t last;
@@ -19,35 +20,20 @@ struct CapitalRange {
 };
 
 constexpr std::array capitals = {
-    CapitalRange{'A', 'Z', 1, 32},     CapitalRange{0xC0, 0xD6, 1, 32},    CapitalRange{0xD8, 0xDE, 1, 32},
-    CapitalRange{0x100, 0x136, 2, 1},  CapitalRange{0x139, 0x147, 2, 1},   CapitalRange{0x14A, 0x176, 2, 1},
-    CapitalRange{0x179, 0x17D, 2, 1},  CapitalRange{0x1CD, 0x1DB, 2, 1},   CapitalRange{0x1DE, 0x1EE, 2, 1},
-    CapitalRange{0x1F8, 0x21E, 2, 1},  CapitalRange{0x222, 0x232, 2, 1},   CapitalRange{0x386, 0x386, 1, 38},
-    CapitalRange{0x388, 0x38A, 1, 37}, CapitalRange{0x38C, 0x38C, 1, 64},  CapitalRange{0x38E, 0x38F, 1, 63},
-    CapitalRange{0x391, 0x3AB, 1, 32}, CapitalRange{0x400, 0x40F, 1, 80},  CapitalRange{0x410, 0x42F, 1, 32},
-    CapitalRange{0x460, 0x480, 2, 1},  CapitalRange{0x48A, 0x4BE, 2, 1},   CapitalRange{0x4D0, 0x52E, 2, 1},
-    CapitalRange{0x531, 0x556, 1, 48}, CapitalRange{0x1E00, 0x1E94, 2, 1}, CapitalRange{0x1EA0, 0x1EFE, 2, 1},
+    CapitalRange{0xC0, 0xD6, 1, 32},    CapitalRange{0xD8, 0xDE, 1, 32},    CapitalRange{0x100, 0x136, 2, 1},
+    CapitalRange{0x139, 0x147, 2, 1},   CapitalRange{0x14A, 0x176, 2, 1},   CapitalRange{0x179, 0x17D, 2, 1},
+    CapitalRange{0x1CD, 0x1DB, 2, 1},   CapitalRange{0x1DE, 0x1EE, 2, 1},   CapitalRange{0x1F8, 0x21E, 2, 1},
+    CapitalRange{0x222, 0x232, 2, 1},   CapitalRange{0x386, 0x386, 1, 38},  CapitalRange{0x388, 0x38A, 1, 37},
+    CapitalRange{0x38C, 0x38C, 1, 64},  CapitalRange{0x38E, 0x38F, 1, 63},  CapitalRange{0x391, 0x3AB, 1, 32},
+    CapitalRange{0x400, 0x40F, 1, 80},  CapitalRange{0x410, 0x42F, 1, 32},  CapitalRange{0x460, 0x480, 2, 1},
+    CapitalRange{0x48A, 0x4BE, 2, 1},   CapitalRange{0x4D0, 0x52E, 2, 1},   CapitalRange{0x531, 0x556, 1, 48},
+    CapitalRange{0x1E00, 0x1E94, 2, 1}, CapitalRange{0x1EA0, 0x1EFE, 2, 1},
 };
 
 uint32_t SmallLetter(uint32_t codePoint) {
     const auto range = std::ranges::lower_bound(capitals, codePoint, {}, &CapitalRange::last);
     if (range == capitals.end() || codePoint < range->first) return codePoint;
     return (codePoint - range->first) % range->step == 0 ? codePoint + range->distance : codePoint;
-}
-
-// The two- or three-byte character at `at`; 0 when none stands there. No others have capitals here.
-uint32_t LongerCharacter(std::string_view text, size_t at, size_t* bytes) {
-    const auto byte = [&](size_t i) { return i < text.size() ? static_cast<uint8_t>(text[i]) : 0u; };
-    const auto continues = [&](size_t i) { return (byte(i) & 0xC0) == 0x80; };
-    if ((byte(at) & 0xE0) == 0xC0 && continues(at + 1)) {
-        *bytes = 2;
-        return (byte(at) & 0x1F) << 6 | (byte(at + 1) & 0x3F);
-    }
-    if ((byte(at) & 0xF0) == 0xE0 && continues(at + 1) && continues(at + 2)) {
-        *bytes = 3;
-        return (byte(at) & 0x0F) << 12 | (byte(at + 1) & 0x3F) << 6 | (byte(at + 2) & 0x3F);
-    }
-    return 0;
 }
 
 bool IsDigit(char character) {
@@ -68,18 +54,13 @@ std::string_view TakeNumber(std::string_view& text) {
 std::string FoldCase(std::string_view text) {
     std::string folded;
     folded.reserve(text.size());
-    for (size_t at = 0; at < text.size();) {
-        size_t bytes = 1;
-        const uint32_t character = LongerCharacter(text, at, &bytes);
-        if (bytes == 1) {
-            const char byte = text[at];
-            folded += byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 32) : byte;
-        } else if (const uint32_t small = SmallLetter(character); small != character) {
-            AppendUtf8(folded, small);
+    while (!text.empty()) {
+        if (CharacterBytes(text) > 1) {
+            AppendUtf8(folded, SmallLetter(TakeCodePoint(text)));
         } else {
-            folded.append(text, at, bytes);
+            folded += LowerCase(text.front());
+            text.remove_prefix(1);
         }
-        at += bytes;
     }
     return folded;
 }

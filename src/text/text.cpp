@@ -15,10 +15,6 @@ bool IsDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-char LowerCase(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
-}
-
 // The lead bytes of UTF-8 with what may follow (Unicode, table of well-formed byte sequences): continuation
 // bytes after the lead, and the range of the first of them, which keeps out overlong forms, surrogates and
 // code points above 0x10FFFF.
@@ -32,20 +28,6 @@ constexpr LeadRange leadRanges[] = {
     {0xE1, 0xEC, 2, 0x80, 0xBF}, {0xED, 0xED, 2, 0x80, 0x9F}, {0xEE, 0xEF, 2, 0x80, 0xBF},
     {0xF0, 0xF0, 3, 0x90, 0xBF}, {0xF1, 0xF3, 3, 0x80, 0xBF}, {0xF4, 0xF4, 3, 0x80, 0x8F},
 };
-
-// Bytes of the well-formed sequence that `text` begins with; 0 when there is none.
-size_t SequenceBytes(std::string_view text) {
-    const auto byteAt = [&](size_t index) { return static_cast<uint8_t>(text[index]); };
-    const auto range =
-        std::find_if(std::begin(leadRanges), std::end(leadRanges), [&](const LeadRange& candidate) {
-            return byteAt(0) >= candidate.firstLead && byteAt(0) <= candidate.lastLead;
-        });
-    if (range == std::end(leadRanges) || text.size() <= range->continuations) return 0;
-    if (range->continuations > 0 && (byteAt(1) < range->lowest || byteAt(1) > range->highest)) return 0;
-    for (size_t i = 2; i <= range->continuations; ++i)
-        if ((byteAt(i) & 0xC0) != 0x80) return 0;
-    return range->continuations + 1u;
-}
 
 // ASCII bytes at the start, eight at a time: nearly all text is nothing else.
 size_t AsciiBytes(std::string_view text) {
@@ -128,9 +110,22 @@ std::string_view UpToNul(std::span<const uint8_t> bytes) {
     return text.substr(0, text.find('\0'));
 }
 
+size_t CharacterBytes(std::string_view text) {
+    const auto byteAt = [&](size_t index) { return static_cast<uint8_t>(text[index]); };
+    const auto range =
+        std::find_if(std::begin(leadRanges), std::end(leadRanges), [&](const LeadRange& candidate) {
+            return byteAt(0) >= candidate.firstLead && byteAt(0) <= candidate.lastLead;
+        });
+    if (range == std::end(leadRanges) || text.size() <= range->continuations) return 0;
+    if (range->continuations > 0 && (byteAt(1) < range->lowest || byteAt(1) > range->highest)) return 0;
+    for (size_t i = 2; i <= range->continuations; ++i)
+        if ((byteAt(i) & 0xC0) != 0x80) return 0;
+    return range->continuations + 1u;
+}
+
 bool IsValidUtf8(std::string_view text) {
     for (text.remove_prefix(AsciiBytes(text)); !text.empty(); text.remove_prefix(AsciiBytes(text))) {
-        const auto length = SequenceBytes(text);
+        const auto length = CharacterBytes(text);
         if (length == 0) return false;
         text.remove_prefix(length);
     }
@@ -245,6 +240,10 @@ std::optional<std::string> NarrowText(std::u16string_view wide) {
         if (!AppendUtf8(text, code)) return std::nullopt;
     }
     return text;
+}
+
+char LowerCase(char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
 }
 
 bool EqualIgnoringCase(std::string_view left, std::string_view right) {

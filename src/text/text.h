@@ -22,6 +22,8 @@ namespace vantor {
 // The bytes up to the first NUL.
 [[nodiscard]] std::string_view UpToNul(std::span<const uint8_t> bytes);
 
+// Of the well-formed UTF-8 character that a text which is not empty begins with; 0 when there is none.
+[[nodiscard]] size_t CharacterBytes(std::string_view text);
 [[nodiscard]] bool IsValidUtf8(std::string_view text);
 // Appends a code point; "_" is not substituted here: false for surrogates and values above 0x10FFFF.
 bool AppendUtf8(std::string& text, uint32_t codePoint);
@@ -50,6 +52,8 @@ uint32_t TakeCodePoint(std::string_view& text);
     return (static_cast<uint8_t>(byte) & 0xC0) == 0x80;
 }
 
+// Of ASCII.
+[[nodiscard]] char LowerCase(char character);
 // Case-insensitive ASCII comparison.
 [[nodiscard]] bool EqualIgnoringCase(std::string_view left, std::string_view right);
 [[nodiscard]] bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix);
