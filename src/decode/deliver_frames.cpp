@@ -1,6 +1,7 @@
 #include "decode/deliver_frames.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "decode/adpcm_decoder.h"
 #include "decode/channel_map.h"

@@ -5,6 +5,7 @@
 #include <immintrin.h>
 
 #include <algorithm>
+#include <cstdint>
 
 #include "decode/exact_denormals.h"
 

@@ -1,3 +1,5 @@
+#include <cstdint>
+
 #include "decode/kernels.h"
 
 #if defined(__x86_64__)

@@ -1,5 +1,7 @@
 #include "decode/reader_context.h"
 
+#include <utility>
+
 #include "decode/adpcm_decoder.h"
 
 namespace vantor {

@@ -1,5 +1,7 @@
 #include "edit/carriers.h"
 
+#include <utility>
+
 #include "metadata/acid_layout.h"
 #include "metadata/read/id3_frames.h"
 #include "metadata/read/ixml_walk.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "edit/chunk_walk.h"
 #include "edit/container.h"

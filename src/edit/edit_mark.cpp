@@ -1,6 +1,7 @@
 #include "edit/edit_mark.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "fileio/byte_order.h"
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "edit/placed_parts.h"
 #include "fileio/byte_order.h"

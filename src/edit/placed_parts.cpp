@@ -1,8 +1,11 @@
 #include "edit/placed_parts.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <map>
+#include <optional>
+#include <utility>
 
 namespace vantor {
 

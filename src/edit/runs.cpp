@@ -1,6 +1,7 @@
 #include "edit/runs.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "fileio/byte_order.h"
 

@@ -1,6 +1,8 @@
 #include "edit/unfinished_edit.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <utility>
 
 #include "edit/placed_parts.h"
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "fileio/file_name.h"
 #include "fileio/ring_reader.h"

@@ -1,6 +1,7 @@
 #include "fileio/ring_reader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace vantor {

@@ -1,6 +1,8 @@
 // The synchronous ways of reading: through one staging buffer, straight from the file, and from memory.
 #pragma once
 
+#include <utility>
+
 #include "fileio/aligned_buffer.h"
 #include "fileio/read_strategy.h"
 

@@ -3,6 +3,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "fileio/byte_order.h"
 #include "formats/broadcast.h"

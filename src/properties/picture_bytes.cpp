@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "fileio/file_reader.h"
 #include "host/host_services.h"

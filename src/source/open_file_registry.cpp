@@ -1,6 +1,7 @@
 // "open_file_reduce": gives back what files that nobody plays keep open.
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "platform/clock.h"
 #include "source/guarded.h"

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "platform/lock.h"
 #include "vantor_wave/host_interface.h"

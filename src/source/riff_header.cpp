@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "fileio/byte_order.h"
 #include "formats/chunk_catalogue.h"

@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include "fileio/file_name.h"
 #include "host/host_services.h"

@@ -1,4 +1,6 @@
 // The write requests as the host makes them, handed to the edit, and what it asks of them afterwards.
+#include <utility>
+
 #include "edit/container.h"
 #include "edit/edit_file.h"
 #include "fileio/file_name.h"

@@ -1,6 +1,7 @@
 #include "xml/xml_tree.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vantor {
 

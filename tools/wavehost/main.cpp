@@ -1,5 +1,7 @@
 // wavehost: a reference host on the command line. It loads the module through its exported entry and works
 // only through what the entry registered.
+#include <exception>
+
 #include "wavehost/commands/command_line.h"
 #include "wavehost/facts/messages.h"
 #include "wavehost/os/interruption.h"

@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include "metadata/patch/id3_extended_header.h"
 #include "metadata/patch/patch_chunks.h"

@@ -1,9 +1,11 @@
 #include "metadata/patch/xmp_markers_patch.h"
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "metadata/patch/xmp_scope.h"

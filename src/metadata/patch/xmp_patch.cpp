@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "metadata/patch/patch_chunks.h"
 #include "metadata/patch/xml_patch.h"

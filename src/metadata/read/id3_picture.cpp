@@ -1,6 +1,7 @@
 #include "metadata/read/id3_picture.h"
 
 #include <charconv>
+#include <utility>
 
 #include "metadata/read/id3_text.h"
 #include "text/text.h"

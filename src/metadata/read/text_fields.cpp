@@ -1,5 +1,7 @@
 #include "metadata/read/text_fields.h"
 
+#include <string_view>
+
 namespace vantor {
 
 void StoreText(const char* key, std::span<const uint8_t> bytes, MetadataStore& store) {

@@ -1,6 +1,7 @@
 #include "metadata/read/xmp_packet.h"
 
 #include <cmath>
+#include <utility>
 
 #include "text/text.h"
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <initializer_list>
 
 #include "fileio/byte_order.h"
 #include "metadata/bext_layout.h"

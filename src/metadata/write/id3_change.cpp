@@ -1,6 +1,7 @@
 #include "metadata/write/id3_change.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 #include "metadata/read/id3_entries.h"
 #include "metadata/write/id3_frame_ids.h"

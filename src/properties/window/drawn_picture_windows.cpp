@@ -1,6 +1,7 @@
 #include "properties/window/drawn_picture_windows.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace vantor {
 

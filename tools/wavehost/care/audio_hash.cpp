@@ -1,6 +1,9 @@
 #include "wavehost/care/audio_hash.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "wavehost/care/examine.h"

@@ -3,6 +3,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <string>
 
 #include "fileio/byte_order.h"
 #include "wavehost/care/examine.h"

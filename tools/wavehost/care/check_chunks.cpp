@@ -1,5 +1,6 @@
 // Chunks by themselves: those that stand there twice, those that their readers refuse, and their texts.
 #include <algorithm>
+#include <utility>
 
 #include "fileio/byte_order.h"
 #include "formats/markers.h"

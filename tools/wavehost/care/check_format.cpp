@@ -1,4 +1,8 @@
 // What the file says of its encoding, and how many frames it counts.
+#include <algorithm>
+#include <string>
+#include <utility>
+
 #include "fileio/byte_order.h"
 #include "wavehost/care/examine.h"
 #include "wavehost/care/fields.h"

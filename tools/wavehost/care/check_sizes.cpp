@@ -1,5 +1,7 @@
 // What the sizes in a file say, against what lies there.
 #include <algorithm>
+#include <string>
+#include <utility>
 
 #include "fileio/byte_order.h"
 #include "wavehost/care/examine.h"

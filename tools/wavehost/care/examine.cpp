@@ -1,6 +1,8 @@
 #include "wavehost/care/examine.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <string>
 
 #include "wavehost/os/failure.h"
 #include "wavehost/os/folder.h"

@@ -1,6 +1,8 @@
 // Everything that is wrong with one file.
 #pragma once
 
+#include <utility>
+
 #include "wavehost/care/findings.h"
 #include "wavehost/care/folder_checks.h"
 #include "wavehost/care/survey.h"

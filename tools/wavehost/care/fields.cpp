@@ -1,6 +1,9 @@
 #include "wavehost/care/fields.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <string>
+#include <string_view>
 
 namespace vantor::wavehost {
 

@@ -1,6 +1,8 @@
 // The size fields of containers and chunks: where they stand, and their bytes.
 #pragma once
 
+#include <string_view>
+
 #include "wavehost/care/findings.h"
 #include "wavehost/care/survey.h"
 

@@ -1,6 +1,7 @@
 #include "wavehost/care/findings_text.h"
 
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace vantor::wavehost {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 #include <tuple>
+#include <utility>
 
 #include "wavehost/care/audio_hash.h"
 #include "wavehost/care/position.h"

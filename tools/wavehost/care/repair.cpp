@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <utility>
 
 #include "fileio/file_lock.h"
 #include "wavehost/care/apply_steps.h"

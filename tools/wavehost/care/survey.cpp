@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <system_error>
+#include <utility>
 
 #include "fileio/byte_order.h"
 #include "wavehost/care/sound_end.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 
 #include "wavehost/files/progress.h"
 #include "wavehost/os/failure.h"

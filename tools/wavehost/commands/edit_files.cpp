@@ -1,5 +1,7 @@
 #include "wavehost/commands/edit_files.h"
 
+#include <cstdio>
+
 #include "wavehost/facts/messages.h"
 
 namespace vantor::wavehost {

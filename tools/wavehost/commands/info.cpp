@@ -1,3 +1,5 @@
+#include <exception>
+
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
 #include "wavehost/facts/messages.h"

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/edit_files.h"
 #include "wavehost/commands/meta.h"

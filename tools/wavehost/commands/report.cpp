@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"
 #include "wavehost/commands/write_result.h"

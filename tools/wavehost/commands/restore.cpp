@@ -1,3 +1,4 @@
+#include <exception>
 #include <fstream>
 
 #include "wavehost/commands/command_line.h"

@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <exception>
+#include <initializer_list>
+#include <string_view>
 
 #include "wavehost/commands/batch.h"
 #include "wavehost/commands/command_line.h"

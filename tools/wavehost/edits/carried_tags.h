@@ -1,6 +1,7 @@
 // The tags of one file as wishes for another.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 

@@ -1,6 +1,7 @@
 #include "wavehost/edits/same_audio.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace vantor::wavehost {
 

@@ -1,5 +1,7 @@
 #include "wavehost/edits/write_request.h"
 
+#include <cstdint>
+
 namespace vantor::wavehost {
 
 namespace {

@@ -1,6 +1,7 @@
 // Lines for the person: messages, statistics, and how numbers and times read.
 #pragma once
 
+#include <exception>
 #include <string>
 #include <vector>
 

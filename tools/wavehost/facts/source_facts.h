@@ -1,6 +1,7 @@
 // What a source tells about its file, asked through the slots and extended calls that the audio host uses.
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <string_view>

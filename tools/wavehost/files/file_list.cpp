@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <string_view>
+#include <utility>
 
 #include "wavehost/os/interruption.h"
 

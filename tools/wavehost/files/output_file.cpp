@@ -1,5 +1,7 @@
 #include "wavehost/files/output_file.h"
 
+#include <utility>
+
 #include "wavehost/os/failure.h"
 #include "wavehost/os/terminal_text.h"
 

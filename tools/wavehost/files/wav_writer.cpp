@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
 
 #include "wavehost/os/failure.h"
 

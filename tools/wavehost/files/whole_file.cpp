@@ -1,5 +1,7 @@
 #include "wavehost/files/whole_file.h"
 
+#include <cstdio>
+
 #include "wavehost/os/failure.h"
 #include "wavehost/os/folder.h"
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "wavehost/host/peak_services.h"
 #include "wavehost/host/resampler.h"

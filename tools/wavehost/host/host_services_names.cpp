@@ -1,3 +1,6 @@
+#include <exception>
+#include <string>
+
 #include "wavehost/host/host_services.h"
 
 namespace vantor::wavehost {

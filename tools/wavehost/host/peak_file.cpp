@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
+#include <string>
+#include <utility>
 
 #include "wavehost/os/fnv_hash.h"
 #include "wavehost/os/folder.h"

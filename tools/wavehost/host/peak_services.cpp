@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "wavehost/host/host_object.h"

@@ -1,6 +1,8 @@
 // The host's peak services: readers and builders of peak files, and peaks straight from samples.
 #pragma once
 
+#include <cstdint>
+
 #include "vantor_wave/host_interface.h"
 
 namespace vantor::wavehost {

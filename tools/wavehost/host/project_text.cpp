@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <exception>
+#include <utility>
 
 #include "wavehost/host/host_services.h"
 

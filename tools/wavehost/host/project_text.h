@@ -1,8 +1,10 @@
 // A block of lines as a project file holds it, written and read by sources.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "vantor_wave/host_interface.h"

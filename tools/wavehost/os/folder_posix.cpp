@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
+#include <string>
 
 #include "wavehost/os/folder.h"
 

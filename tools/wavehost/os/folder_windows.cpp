@@ -1,6 +1,9 @@
 #include <windows.h>
 // windows.h comes first: the headers below build on it.
 #include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "wavehost/os/folder.h"
 

@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <string>
+
 #include "wavehost/os/rename.h"
 
 namespace vantor::wavehost {

@@ -3,6 +3,7 @@
 #include <objidl.h>
 // The drawing component wants these two names.
 #include <algorithm>
+#include <iterator>
 namespace Gdiplus {
 using std::max;
 using std::min;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <exception>
 
 #include "wavehost/care/examine.h"
 #include "wavehost/facts/messages.h"

@@ -1,6 +1,7 @@
 // One take of a sound report: what its file says of itself.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 

@@ -3,6 +3,7 @@
 #include <csv.h>
 
 #include <memory>
+#include <utility>
 
 #include "wavehost/os/failure.h"
 

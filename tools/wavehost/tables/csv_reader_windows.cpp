@@ -1,4 +1,6 @@
 // The library that reads tables elsewhere is not here.
+#include <utility>
+
 #include "wavehost/os/failure.h"
 #include "wavehost/tables/csv.h"
 

@@ -1,5 +1,7 @@
 #include "wavehost/values/assignments.h"
 
+#include <utility>
+
 #include "wavehost/files/whole_file.h"
 #include "wavehost/os/failure.h"
 #include "wavehost/os/system.h"
