@@ -60,7 +60,7 @@ struct AudioFormat {
     int32_t loopKind = 0;    // 0 none, 1 ACID, 2 Apple Loops
     int32_t beatCount = 0;
     int32_t beatCountAlt = 0;    // from an ACID chunk with flag bit 4
-    int32_t rootNoteOffset = 0;  // MIDI note - 60
+    int32_t rootNoteOffset = 0;  // MIDI note - 60; this and the key of a loop alone
     int32_t hasRootNote = 0;
     int32_t musicalKey = -1;  // pitch class 0..11, -1 unknown
     int32_t meter = 0;        // numerator x 256 + denominator

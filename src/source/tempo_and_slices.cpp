@@ -96,10 +96,9 @@ std::string MusicalKeyText(const AudioFormat& format) {
     constexpr std::array<const char*, 12> noteNames = {"C ", "Db", "D ", "Eb", "E ", "F ",
                                                        "F#", "G ", "G#", "A ", "Bb", "B "};
     constexpr int32_t pitchPreservingRaise = 1200000;  // a multiple of 12
-    int32_t pitch = format.musicalKey;
-    if (format.hasRootNote)
-        pitch = format.rootNoteOffset + (format.rootNoteOffset < 0 ? pitchPreservingRaise : 0);
-    if (format.loopKind == 0 || pitch < 0) return {};
+    const int32_t pitch =
+        format.hasRootNote ? format.rootNoteOffset + pitchPreservingRaise : format.musicalKey;
+    if (pitch < 0) return {};
     std::string name = Localize(noteNames[static_cast<size_t>(pitch % 12)], "wave_notes");
     name.erase(name.find_last_not_of(' ') + 1);
     return name;

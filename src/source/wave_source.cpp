@@ -21,9 +21,10 @@ bool MadeRoom(const SharedFileState& state) {
     return state.lacksHandle && CloseSomeReaders() > 0;
 }
 
-// The length of a file that another process still writes can be asked for again.
+// The length of a file that another process still writes can be asked for again; that of a compressed one is
+// known when it is played.
 bool MayGrow(const AudioFormat& format) {
-    return format.lengthCutWhileGrowing && format.channels > 0 && format.bitsPerSample >= 8;
+    return format.lengthCutWhileGrowing && format.bitsPerSample >= 8;
 }
 
 }  // namespace

@@ -60,8 +60,9 @@ SharedPeakReader NewPeakReader(const std::string& fileName, const AudioFormat& f
     return reader ? std::make_shared<SharedHostObject<PeakReader>>(reader) : nullptr;
 }
 
+// Of a file that can be played.
 SharedPeakBuilder NewPeakBuilder(const std::string& fileName, const AudioFormat& format) {
-    if (!Services().createPeakBuilder || !HasRateAndChannels(format)) return nullptr;
+    if (!Services().createPeakBuilder) return nullptr;
     auto source = std::make_unique<PCM_source_wavefile>();
     source->Open(fileName.c_str(), purposePeakBuild);
     HostPtr<PCM_source> owned(source.release());
@@ -176,7 +177,7 @@ int32_t PCM_source_wavefile::BeginPeakBuild(intptr_t extra) {
             Install(*state, &PeakObjects::reader, std::move(reader));
             return 0;
         }
-        if (!IsOnline()) return 0;
+        if (!IsPlayable(format.get())) return 0;
         return Install(*state, &PeakObjects::builder, NewPeakBuilder(Name(), *format)) ? 1 : 0;
     });
 }

@@ -37,11 +37,11 @@ const Bytes cues =
     ByteWriter().Chunk("cue ", ByteWriter().Le32(2).Le32(7).Zeros(16).Le32(250).Le32(9).Zeros(16).Le32(500));
 
 TEST_F(ExtendedCalls, UnknownCodesAndClosedSourcesAreNotAnswered) {
-    char text[8] = "";
+    char text[32] = "";
     EXPECT_EQ(Call(*Open({}), 0x12345, text, text, text), 0);
     PCM_source_wavefile closed;
     EXPECT_EQ(Call(closed, 0x10014, nullptr, Number(8)), 0);
-    for (const intptr_t room : {0, 1}) {
+    for (const intptr_t room : {-1, 1}) {
         std::ranges::fill(text, '?');
         EXPECT_EQ(Call(closed, 0x10014, text, Number(room)), 0);
         EXPECT_EQ(text[0], room > 0 ? '\0' : '?');

@@ -184,6 +184,19 @@ TEST_F(LifeCycle, ACompressedRecordingThatGoesOnIsPlayedToItsEnd) {
     }
 }
 
+TEST_F(LifeCycle, TheLengthOfARecordingGrowsUnlessItIsCompressed) {
+    for (const auto& [fmt, grows] :
+         {std::pair{FmtBody(1, 1, 1000, 8), true}, {FmtBody(0x11, 1, 1000, 4, 32), false}}) {
+        Recorder recorder(folder.Path("take.wav"));
+        recorder.Record(RiffFile(ByteWriter().Chunk("fmt ", fmt).Text("data").Le32(0).Zeros(64)));
+        const auto source = OpenSource(folder.Path("take.wav"));
+        const double before = source->LengthSeconds();
+        EXPECT_GT(before, 0);
+        recorder.Record(Bytes(64));
+        EXPECT_EQ(source->LengthSeconds(), grows ? 2 * before : before);
+    }
+}
+
 TEST_F(LifeCycle, MissingOrBrokenFileTellsWhyAndPlaysOnceItIsMended) {
     const auto path = folder.Path("b.wav");
     const auto source = OpenSource(path);
