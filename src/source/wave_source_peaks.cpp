@@ -54,7 +54,8 @@ bool Install(SharedFileState& state, T PeakObjects::*object, T made) {
 
 // Null when the host has no peaks of the file, or the format is not known.
 SharedPeakReader NewPeakReader(const std::string& fileName, const AudioFormat& format, intptr_t extra) {
-    if (!Services().createPeakReader || fileName.empty() || !HasRateAndChannels(format)) return nullptr;
+    if (!HasRateAndChannels(format)) return nullptr;
+    if (!Services().createPeakReader || fileName.empty()) return nullptr;
     PeakReader* reader =
         Services().createPeakReader(fileName.c_str(), WholeRate(format), format.channels, extra);
     return reader ? std::make_shared<SharedHostObject<PeakReader>>(reader) : nullptr;

@@ -53,9 +53,9 @@ intptr_t WriteMetadata(const ExtendedCallArguments& call) {
 // a: target file name, b: DocumentRecord, c: WriteFlags. Returns a WriteAnswer.
 intptr_t WriteDocument(const ExtendedCallArguments& call) {
     const auto* record = static_cast<const DocumentRecord*>(call.b);
-    if (!call.a || !record || !record->scheme || !record->bytes || record->byteCount < 1 ||
-        !TakesTags(call.format))
+    if (!call.a || !record || !record->bytes || record->byteCount < 1 || !TakesTags(call.format))
         return writeFailed;
+    if (!record->scheme) return writeFailed;
     const auto* bytes = static_cast<const uint8_t*>(record->bytes);
     return EditOwnFile(call, {.document = Document{record->scheme, {bytes, bytes + record->byteCount}},
                               .flags = IntegerArgument(call.c) & ~(writeMerge | writeLossless)});

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "tests/source/source_support.h"
 #include "tests/support/scripted_file_system.h"
@@ -83,6 +84,29 @@ TEST(PlayFaults, DeliverFewerFramesButNeverWrongOnes) {
                 }
             }
         }
+}
+
+TEST(PlayFaults, AskForNoMoreReadersThanHelp) {
+    FakeHost host;
+    TempFolder folder;
+    Services().preferredReadMode = PreferSmallBlocks;
+    readMode = 2;
+    ScriptedFileSystem files;
+    const platform::ScopedFileSystem scope(files);
+    const auto path = folder.Write("played.wav", MonoFile(Ramp(20000)));
+    const auto source = OpenSource(path);
+    const auto readersFor = [&](const std::vector<int>& right, int64_t failingFrom) {
+        files.Reset();
+        files.FailAt(Operation::read, failingFrom, Fault::failure, true);
+        EXPECT_EQ(ReadInts(*source, 0, 100), right);
+        return files.Count(Operation::open);
+    };
+    EXPECT_EQ(readersFor(Numbers(0, 100), 1), 0) << "a read-ahead alone fails";
+    EXPECT_EQ(readersFor({}, 0), 4);
+    std::filesystem::remove(path);
+    EXPECT_EQ(readersFor({}, 99), 1);
+    WriteWholeFile(path, Bytes(300, 'x'));
+    EXPECT_EQ(readersFor({}, 99), 4) << "perhaps in the middle of an edit";
 }
 
 }  // namespace
