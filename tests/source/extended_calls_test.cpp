@@ -154,6 +154,9 @@ TEST_F(ExtendedCalls, KeyOfALoopIsTranslated) {
     EXPECT_EQ(key(70), "Bb");
     EXPECT_EQ(key(60, 0), "");
     EXPECT_EQ(key(60, 3), "") << "a one-shot";
+    const auto bare = OpenLoop({});
+    bare->Attachment().format->musicalKey = 0;
+    EXPECT_EQ(ValueOf(*bare, "KEY"), "C");
     host.localizePrefix = "de/";
     EXPECT_EQ(key(60), "de/wave_notes:C");
 }
