@@ -180,7 +180,7 @@ TEST_F(SharedStates, OnlyAFileThatIsAnotherIsParsedAgain) {
 
 // An edit makes it unreadable for a moment; a file that could never be played is given up at once.
 TEST_F(SharedStates, AFileMetInTheMiddleOfAnEditIsOpenedUpToFourTimes) {
-    const Bytes whole = MonoFile(Ramp(100)), torn = Bytes(whole.size(), 'x');
+    const Bytes whole = MonoFile(Ramp(100)), torn = Bytes(300, 'x');
     const auto opensUntilMendedAt = [&](int64_t open, bool wasPlayable) {
         SharedFileState edited(folder.Write("edited.wav", wasPlayable ? whole : torn), purposePlayback);
         EXPECT_TRUE(EnsureOpened(edited, nullptr));
@@ -202,7 +202,7 @@ TEST_F(SharedStates, AFileMetInTheMiddleOfAnEditIsOpenedUpToFourTimes) {
     EXPECT_EQ(opensUntilMendedAt(1, false), 1);
 
     // Mended within one tick of the disk's clock.
-    WriteWholeFile(path, torn);
+    WriteWholeFile(path, Bytes(whole.size(), 'x'));
     EXPECT_FALSE(IsPlayable(AcquireReader(state, nullptr)->format.get()));
     const auto time = fs::last_write_time(path);
     WriteWholeFile(path, whole);
