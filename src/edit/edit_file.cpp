@@ -74,7 +74,7 @@ bool Parse(Attempt& attempt) {
 }
 
 // Then the file is read anew.
-Answer FinishFirst(Attempt& attempt, const UnfinishedEdit& unfinished) {
+Answer FinishFirst(Attempt& attempt, const InPlacePlan& unfinished) {
     const auto writer = OpenForWriting(attempt);
     if (!writer->IsOpen()) return writeFailed;
     if (IsStillTheFile(attempt, *writer) && !FinishInPlace(*writer, unfinished)) return writeFailed;

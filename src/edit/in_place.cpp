@@ -57,11 +57,12 @@ bool WritePadByte(InPlaceEdit& edit) {
 }
 
 bool CoverAll(InPlaceEdit& edit) {
-    return std::ranges::all_of(edit.plan.covers, [&](const Stretch& cover) {
+    const auto coverOne = [&](const Stretch& cover) {
         const bool isCovered = WriteJunkHeader(edit.file, cover.start, cover.length);
         edit.hasCovered |= isCovered;
         return isCovered;
-    });
+    };
+    return std::ranges::all_of(edit.plan.covers, coverOne) && edit.Flush();
 }
 
 constexpr int64_t markedJunkBytes = chunkHeaderBytes + cleanUpMarkBytes;
@@ -84,6 +85,12 @@ bool HideCopy(InPlaceEdit& edit, const Stretch& gap) {
            WriteJunkHeader(edit.file, gap.start, gap.length) && edit.Flush();
 }
 
+// The copy that counts is within the size in front, again when the edit had come to its end.
+bool CountCopy(InPlaceEdit& edit) {
+    const auto& plan = edit.plan;
+    return (!plan.copyGrowsFile || WriteContainerSize(edit.file, plan.copy.end, plan.isRf64)) && edit.Flush();
+}
+
 // Nobody sees the copy yet.
 bool WriteHiddenCopy(InPlaceEdit& edit) {
     const auto& [header, start, end] = edit.plan.copy;
@@ -95,15 +102,15 @@ bool WriteHiddenCopy(InPlaceEdit& edit) {
     if (!WriteAt(edit.file, start - std::ssize(mark), mark.data(), std::ssize(mark)) ||
         !WriteImage(edit, start))
         return false;
-    return (!edit.plan.copyGrowsFile || WriteContainerSize(edit.file, end, edit.plan.isRf64)) && edit.Flush();
+    return CountCopy(edit);
 }
 
 // From the old tags to the new ones.
 bool SwitchToCopy(InPlaceEdit& edit) {
     const auto& [header, start, end] = edit.plan.copy;
-    if (!edit.plan.switchesInOne && !(WriteJunkHeader(edit.file, header, start - header) && edit.Flush()))
-        return false;
-    return CoverAll(edit) && edit.Flush();
+    const bool isShown =
+        edit.plan.switchesInOne || (WriteJunkHeader(edit.file, header, start - header) && edit.Flush());
+    return isShown && CoverAll(edit);
 }
 
 bool CoverBehind(InPlaceEdit& edit, const Piece& piece, int64_t end) {
@@ -187,7 +194,7 @@ bool TakesPiece(const InPlaceEdit& edit, const Run& gap) {
 bool BlankGaps(InPlaceEdit& edit, bool marked) {
     return std::ranges::all_of(edit.Runs().gaps, [&](const Run& gap) {
         if (TakesPiece(edit, gap) || IsMarked(edit, gap) != marked) return true;
-        const bool hidesCopy = marked && Holds(gap, edit.plan.copy);
+        const bool hidesCopy = Holds(gap, edit.plan.copy);
         return (!hidesCopy || HideCopy(edit, gap)) && FillWithJunk(edit.file, gap.start, gap.length);
     });
 }
@@ -227,22 +234,17 @@ bool WriteDirectly(InPlaceEdit& edit) {
 
 // A file without any room: the one way in which an interruption can cost tags.
 bool Overwrite(InPlaceEdit& edit) {
-    const auto& image = edit.plan.image;
-    const int64_t same = edit.plan.sameBytes, start = edit.Place() + same;
-    const int64_t room = edit.plan.Target().length - same, rest = edit.plan.ImageBytes() - same;
-    if (!WriteAt(edit.file, edit.Place(), image.data(), same) || !edit.Flush()) return false;
-    if (rest > room && !(edit.file.MoveTo(start + room) && WriteZeros(edit.file, rest - room))) return false;
-    const int64_t covered = std::max(room, rest);
-    const bool fits = FitsOneHeader({start, covered});
-    if (covered == 0) return true;
-    if (fits && covered >= chunkHeaderBytes && !WriteJunkHeader(edit.file, start, covered)) return false;
-    if (rest == 0) return edit.Flush();
-    if (!WriteAt(edit.file, start + chunkHeaderBytes, image.data() + same + chunkHeaderBytes,
-                 rest - chunkHeaderBytes) ||
-        (fits && covered >= rest + chunkHeaderBytes &&
-         !WriteJunkHeader(edit.file, start + rest, covered - rest)))
+    const uint8_t* image = edit.plan.image.data();
+    const int64_t same = edit.plan.sameBytes, room = edit.plan.Target().length - same;
+    const Piece rest{edit.Place() + same, edit.plan.ImageBytes() - same, image + same};
+    if (!WriteAt(edit.file, edit.Place(), image, same)) return false;
+    if (rest.bytes > room &&
+        !(edit.file.MoveTo(rest.place + room) && WriteZeros(edit.file, rest.bytes - room)))
         return false;
-    return edit.Flush() && WriteAt(edit.file, start, image.data() + same, chunkHeaderBytes) && edit.Flush();
+    const int64_t covered = std::max(room, rest.bytes);
+    if (covered > 0 && !(WriteJunkHeader(edit.file, rest.place, covered) && edit.Flush())) return false;
+    return rest.bytes == 0 || (WriteBehindItsHeader(edit, rest) &&
+                               CoverBehind(edit, rest, rest.place + covered) && Show(edit, rest));
 }
 
 bool WriteSaved(InPlaceEdit& edit) {
@@ -251,14 +253,14 @@ bool WriteSaved(InPlaceEdit& edit) {
     });
 }
 
-// Padding again where the image or its copy was to go.
+// Padding again where the image or its copy was to go, as far as the file has grown to there.
 bool HideAgain(InPlaceEdit& edit) {
-    const auto& [header, start, end] = edit.plan.copy;
-    if (edit.plan.way == EditWay::throughCopy && !edit.plan.copyGrowsFile)
-        return WriteJunkHeader(edit.file, header, end - header);
-    if (edit.plan.way == EditWay::direct && !edit.plan.image.empty() && edit.plan.Target().length > 0)
-        return WriteJunkHeader(edit.file, edit.Place(), edit.plan.Target().length);
-    return true;
+    const auto& plan = edit.plan;
+    if (plan.way == EditWay::overwrite || plan.image.empty()) return true;
+    const bool isCopy = plan.way == EditWay::throughCopy;
+    const int64_t start = isCopy ? plan.copy.header : edit.Place();
+    const int64_t end = isCopy ? plan.copy.end : std::max(plan.Target().End(), edit.ImageEnd());
+    return edit.writer.Size() <= start || WriteJunkHeader(edit.file, start, end - start);
 }
 
 // As far as it can be done: the disk that refused may refuse again. New tags stay where old ones were covered
@@ -310,12 +312,10 @@ InPlaceResult UpdateInPlace(FileWriter& writer, const InPlacePlan& plan) {
     return isMoved && Insist(edit, CleanUp) ? InPlaceResult::done : InPlaceResult::unfinished;
 }
 
-bool FinishInPlace(FileWriter& writer, const UnfinishedEdit& unfinished) {
-    InPlaceEdit edit{writer, unfinished.plan};
-    if (!unfinished.isInPlace &&
-        !(CoverAll(edit) && edit.Flush() && MoveToPlaces(edit) && MoveToTarget(edit)))
-        return false;
-    return CleanUp(edit);
+bool FinishInPlace(FileWriter& writer, const InPlacePlan& unfinished) {
+    InPlaceEdit edit{writer, unfinished};
+    return Insist(edit, CountCopy) && Insist(edit, CoverAll) && Insist(edit, MoveToPlaces) &&
+           Insist(edit, MoveToTarget) && Insist(edit, CleanUp);
 }
 
 }  // namespace vantor

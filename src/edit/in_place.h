@@ -26,6 +26,6 @@ enum class InPlaceResult {
 [[nodiscard]] InPlaceResult UpdateInPlace(FileWriter& writer, const InPlacePlan& plan);
 
 // The file becomes what the edit would have left.
-[[nodiscard]] bool FinishInPlace(FileWriter& writer, const UnfinishedEdit& edit);
+[[nodiscard]] bool FinishInPlace(FileWriter& writer, const InPlacePlan& unfinished);
 
 }  // namespace vantor

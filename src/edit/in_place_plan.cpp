@@ -35,11 +35,10 @@ bool HasTags(const RunList& runs) {
 }
 
 // The copy at the end of padding, if it may stand there.
-bool FitsInPadding(const InPlacePlan& plan, const Run& run, const Stretch& padding, CopyPlace& copy) {
-    const Run& target = plan.Target();
-    copy = {padding.start, padding.End() - plan.ImageBytes(), padding.End()};
-    if (copy.start - copy.header < CopyHeaderBytes(plan) || copy.end % 2 != 0) return false;
-    return run.start != target.start || copy.start >= target.start + plan.targetBytes + CopyHeaderBytes(plan);
+bool FitsInPadding(const InPlacePlan& plan, const CopyPlace& copy) {
+    const int64_t room = CopyHeaderBytes(plan);
+    return copy.start >= copy.header + room && copy.start >= plan.Target().start + plan.targetBytes + room &&
+           copy.end % 2 == 0;
 }
 
 bool FindPadding(InPlacePlan& plan) {
@@ -47,11 +46,10 @@ bool FindPadding(InPlacePlan& plan) {
     ForEachRun(plan.runs, [&](const Run& run) {
         int64_t start = run.start;
         const auto consider = [&](int64_t end) {
-            CopyPlace copy;
-            if (!found && end > start && FitsInPadding(plan, run, {start, end - start}, copy)) {
-                plan.copy = copy;
-                found = true;
-            }
+            const CopyPlace copy{start, end - plan.ImageBytes(), end};
+            if (!FitsInPadding(plan, copy)) return;
+            plan.copy = copy;
+            found = true;
         };
         for (const auto& tags : run.tags) {
             consider(tags.start);
@@ -66,7 +64,7 @@ bool FindPadding(InPlacePlan& plan) {
 bool PlaceCopyAtEnd(InPlacePlan& plan) {
     const int64_t header = GrowthStart(plan.runs);
     int64_t start = header + CopyHeaderBytes(plan);
-    if (!plan.chosen && plan.targetBytes > 0)
+    if (!plan.chosen)
         start = std::max(start, plan.runs.trailing.start + plan.targetBytes + CopyHeaderBytes(plan));
     plan.copy = {header, start, start + plan.ImageBytes()};
     plan.copyGrowsFile = MayGrowTo(plan, plan.copy.end);
@@ -84,7 +82,7 @@ bool SwitchesInOne(const InPlacePlan& plan) {
 }
 
 bool PlanCopy(InPlacePlan& plan) {
-    const bool mayUsePadding = plan.placed.empty() && Leaves(plan.Target().length, plan.targetBytes);
+    const bool mayUsePadding = Leaves(plan.Target().length, plan.targetBytes);
     if (!PlaceCopyAtEnd(plan) && !(mayUsePadding && FindPadding(plan))) return false;
     plan.way = EditWay::throughCopy;
     PlanSwitch(plan);
@@ -95,7 +93,7 @@ bool IsDirect(const InPlacePlan& plan) {
     const auto& target = plan.Target();
     if (plan.image.empty()) return true;
     return !HasTags(plan.runs) && FitsOneHeader(target) &&
-           ((!plan.chosen && target.length == 0) || Leaves(target.length, plan.targetBytes));
+           (target.length == 0 || Leaves(target.length, plan.targetBytes));
 }
 
 // Of an edit that only removes.
@@ -126,10 +124,8 @@ int64_t SameBytes(FileReader& reader, const InPlacePlan& plan) {
     return same;
 }
 
-// What is there of them, since the header of padding that an edit was adding may be cut off, and with padding
-// that is one chunk by then.
+// With padding that is one chunk by then.
 bool Save(FileReader& reader, InPlacePlan& plan, int64_t offset, int64_t count) {
-    count = std::min(count, plan.runs.fileSize - offset);
     SavedBytes saved{offset, std::vector<uint8_t>(static_cast<size_t>(count))};
     if (!reader.Seek(offset) || !reader.ReadExactly(saved.bytes.data(), count)) return false;
     const auto joined = std::ranges::find(plan.runs.split, offset, &Stretch::start);
@@ -138,10 +134,11 @@ bool Save(FileReader& reader, InPlacePlan& plan, int64_t offset, int64_t count) 
     return true;
 }
 
-// What the image, or the padding behind it, goes over.
+// What the image, and the start of the padding behind it, goes over.
 bool SaveOverwritten(FileReader& reader, InPlacePlan& plan) {
     const Run& target = plan.Target();
-    return Save(reader, plan, target.start, std::min(target.length, plan.ImageBytes() + chunkHeaderBytes));
+    return Save(reader, plan, target.start,
+                std::min(target.length, plan.ImageBytes() + chunkHeaderBytes + cleanUpMarkBytes));
 }
 
 // A body comes back before its header shows it.
@@ -184,6 +181,7 @@ bool PlanWay(FileReader& reader, InPlacePlan& plan) {
     if (IsDirect(plan)) {
         PlanCovers(plan);
     } else if (!PlanCopy(plan)) {
+        if (!FitsOneHeader(plan.Target())) return false;
         plan.way = EditWay::overwrite;
         plan.covers.clear();
         plan.sameBytes = SameBytes(reader, plan);

@@ -16,7 +16,7 @@ void CloseRun(RunList& runs, Run& run) {
 
 void AddToSplit(RunList& runs, const Run& run, const RiffChunk& padding) {
     const int64_t start = run.tags.empty() ? run.start : run.tags.back().End();
-    if (run.length == 0 || start == padding.start || padding.isCutOff) return;
+    if (run.length == 0 || start == padding.start) return;
     if (runs.split.empty() || runs.split.back().start != start) runs.split.push_back({start, 0});
     runs.split.back().length = std::min(padding.End(), runs.fileSize) - start;
 }
@@ -31,6 +31,11 @@ void AddToRun(RunList& runs, Run& run, const RiffChunk& chunk) {
     } else {
         run.tags.push_back({chunk.start, chunk.End() - chunk.start});
     }
+}
+
+// What an edit was adding when it was interrupted: the file ends in front of it.
+bool IsGrowth(const RiffChunk& chunk) {
+    return chunk.isCutOff && !chunk.isData;
 }
 
 void AddChunk(RunList& runs, Run& run, const RiffChunk& chunk) {
@@ -53,15 +58,18 @@ std::optional<RunList> FindRuns(FileReader& reader, bool isRf64, Schemes replace
     Run run;
     RiffChunk chunk;
     WalkStep step;
-    while ((step = walk.Next(chunk)) == WalkStep::chunk)
+    while ((step = walk.Next(chunk)) == WalkStep::chunk && !IsGrowth(chunk))
         AddChunk(runs, run, chunk);
+    const bool isGrowing = step == WalkStep::chunk;
+    if (isGrowing) runs.fileSize = chunk.start;
+    const int64_t end = isGrowing ? chunk.start : walk.Position();
     if (step == WalkStep::refused) return std::nullopt;
     if (step == WalkStep::leftover) runs.isWholeToTheEnd = false;
     // Bytes that are no whole chunk are kept, so the run in front of them is a gap like any other.
     if (!runs.isWholeToTheEnd) CloseRun(runs, run);
-    runs.end = std::min(walk.Position(), runs.fileSize);
+    runs.end = std::min(end, runs.fileSize);
     runs.trailing = std::move(run);
-    if (runs.trailing.length == 0) runs.trailing.start = walk.Position();
+    if (runs.trailing.length == 0) runs.trailing.start = end;
     runs.trailing.length = std::max<int64_t>(runs.fileSize - runs.trailing.start, 0);
     if (!runs.isWholeToTheEnd) runs.trailing.length = 0;
     return runs;

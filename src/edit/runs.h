@@ -27,7 +27,7 @@ struct RunList {
     std::vector<Stretch> split;   // padding in them that is several chunks, one behind the other
     bool isWholeToTheEnd = true;  // nothing follows the last whole chunk
     int64_t end = 0;              // of the last chunk
-    int64_t fileSize = 0;
+    int64_t fileSize = 0;         // without what an interrupted edit was adding
     AudioPlace audio;
 };
 // Nothing when the chunks cannot be followed. Without `isWholeToTheEnd` the trailing run is empty.

@@ -37,22 +37,21 @@ std::optional<InPlacePlan> PlanFrom(FileReader& reader, bool isRf64, ShownCopy c
     if (!TakePlaces(plan, copy.mark)) return std::nullopt;
     plan.way = EditWay::throughCopy;
     plan.copy = {copy.header, copy.start, copy.start + plan.ImageBytes()};
+    plan.copyGrowsFile = plan.copy.end > copy.mark.fileBytes;
     PlanSwitch(plan);
     return FitHeaders(plan) ? std::optional(std::move(plan)) : std::nullopt;
 }
 
 }  // namespace
 
-std::optional<UnfinishedEdit> FindUnfinishedEdit(FileReader& reader, bool isRf64) {
+std::optional<InPlacePlan> FindUnfinishedEdit(FileReader& reader, bool isRf64) {
     auto marks = FindMarks(reader, isRf64);
     if (marks.copy)
-        if (auto plan = PlanFrom(reader, isRf64, std::move(*marks.copy)))
-            return UnfinishedEdit{std::move(*plan), false};
+        if (auto plan = PlanFrom(reader, isRf64, std::move(*marks.copy))) return plan;
     if (marks.toClean.empty()) return std::nullopt;
     auto plan = PlanInPlace(reader, {{}, {}, {paddingScheme}}, isRf64);
-    if (!plan) return std::nullopt;
-    plan->marked = std::move(marks.toClean);
-    return UnfinishedEdit{std::move(*plan), true};
+    if (plan) plan->marked = std::move(marks.toClean);
+    return plan;
 }
 
 }  // namespace vantor

@@ -7,10 +7,7 @@
 
 namespace vantor {
 
-struct UnfinishedEdit {
-    InPlacePlan plan;
-    bool isInPlace = false;  // the new tags are where they belong; only padding is to be cleaned
-};
-[[nodiscard]] std::optional<UnfinishedEdit> FindUnfinishedEdit(FileReader& reader, bool isRf64);
+// Its plan, from where its copy was shown; of nothing but padding when only that is to be cleaned.
+[[nodiscard]] std::optional<InPlacePlan> FindUnfinishedEdit(FileReader& reader, bool isRf64);
 
 }  // namespace vantor

@@ -127,6 +127,11 @@ std::vector<Layout> Layouts() {
          .between = ByteWriter().Chunk("id3 ", {}),
          .behind = Info()},
     };
+    layouts.push_back({.what = "tags around padding",
+                       .inFront = Joined({Bext(), Padding(30000), Ixml(), Info()}),
+                       .between = none,
+                       .behind = none,
+                       .garbage = Bytes(8, 'x')});
     layouts[13].behind = Joined({all, ByteWriter().Text("PAD_").Le32(5).Text("Padd.")});
     for (const auto id : {"RF64", "BW64"})
         for (const size_t i : {1, 4, 6}) {
@@ -169,6 +174,7 @@ const Edit edits[] = {
     {"lossless growth",
      {{"IXML:NOTE", std::string(3000, 'n')}, {"INFO:IART", "Another artist"}},
      writeMerge | writeLossless},
+    {"lossless, in its place", {{"IXML:NOTE", "New note"}}, writeMerge | writeLossless},
     {"lossless removal",
      {{"INFO:INAM", ""}, {"INFO:IART", ""}, {"IXML:PROJECT", ""}, {"IXML:NOTE", ""}},
      writeMerge | writeLossless},
@@ -245,13 +251,18 @@ void ExpectEveryTag(const Case& c, const Tags& tags) {
             << key << " is " << value;
 }
 
+void ExpectAudio(const Case& c, const Seen& seen, const Bytes& file) {
+    EXPECT_EQ(seen.frames, c.old.frames);
+    ASSERT_EQ(seen.audioStart, c.old.audioStart);
+    const auto audioBytes = static_cast<int64_t>(c.layout.audioBytes);
+    ASSERT_LE(seen.audioStart + audioBytes, std::ssize(file));
+    EXPECT_TRUE(std::equal(file.begin() + seen.audioStart, file.begin() + seen.audioStart + audioBytes,
+                           c.before.begin() + seen.audioStart));
+}
+
 void ExpectSound(const Case& c, const Bytes& file, bool mayMix) {
     const auto seen = Look(file);
-    EXPECT_EQ(seen.frames, c.old.frames);
-    EXPECT_EQ(seen.audioStart, c.old.audioStart);
-    EXPECT_TRUE(std::equal(file.begin() + seen.audioStart,
-                           file.begin() + seen.audioStart + static_cast<int64_t>(c.layout.audioBytes),
-                           c.before.begin() + seen.audioStart));
+    ExpectAudio(c, seen, file);
     if (!mayMix) {
         EXPECT_EQ(seen.kept, c.old.kept);
         EXPECT_TRUE(!c.layout.isOneRun || seen.tags == c.old.tags || seen.tags == c.changed.tags);
@@ -336,9 +347,11 @@ TEST(InterruptedEdit, KilledAnywhereItLosesNothing) {
 
 using Failing = MemoryFileSystem::Failing;
 
-void ExpectFailureIsTold(const Case& c, Failing failing, int change) {
-    SCOPED_TRACE(std::to_string(change) + ", " + std::to_string(static_cast<int>(failing)));
+void ExpectFailureIsTold(const Case& c, Failing failing, int change, int then = -1) {
+    SCOPED_TRACE(std::to_string(change) + ", " + std::to_string(static_cast<int>(failing)) + ", " +
+                 std::to_string(then));
     MemoryFileSystem files;
+    files.thenLeft = then;
     files.Put(name, c.before);
     files.changesLeft = change;
     files.failing = failing;
@@ -349,10 +362,13 @@ void ExpectFailureIsTold(const Case& c, Failing failing, int change) {
         const auto& result = answer == updatedInPlace ? file : *files.Find("target.wav");
         EXPECT_EQ(Look(result).tags, c.changed.tags);
     }
-    if (answer == writtenToTarget) {
-        EXPECT_EQ(Look(file).tags, c.old.tags);
-    }
-    EXPECT_TRUE(failing != Failing::once || answer != writeFailed);
+    const bool isOld = answer != updatedInPlace && Look(file).tags == c.old.tags;
+    const bool hasOldSizes = std::equal(file.begin(), file.begin() + 28, c.before.begin());
+    EXPECT_TRUE(answer != writtenToTarget || (isOld && hasOldSizes));
+    EXPECT_TRUE(answer != writtenToTarget || file.size() == c.before.size());
+    // What refuses to be written can be cut.
+    EXPECT_TRUE(!isOld || failing != Failing::writesForGood || file.size() == c.before.size());
+    EXPECT_TRUE(failing != Failing::once || then >= 0 || answer != writeFailed);
     EXPECT_TRUE(failing != Failing::forGood || answer == writeFailed);
     ExpectSameEditAgain(c, file);
 }
@@ -365,24 +381,51 @@ TEST(InterruptedEdit, AFailureIsToldAndLosesNothing) {
     });
 }
 
-// The computer that refused once is switched off.
-TEST(InterruptedEdit, KilledAfterAFailureItLosesNothing) {
+// What goes wrong once more, soon after, may be what should have undone the first.
+TEST(InterruptedEdit, TwoFailuresAreToldAndLoseNothing) {
     ForEachCase([](const Case& c) {
-        if (c.edit.pairs[0].first != "IXML:NOTE") return;
-        for (int i = 0; i < static_cast<int>(c.trace.size()) && !testing::Test::HasFailure(); ++i) {
+        if (c.layout.id == "BW64" || c.edit.pairs[0].second.size() < 3000) return;
+        for (int i = 0; i < static_cast<int>(c.trace.size()) && !testing::Test::HasFailure(); ++i)
+            for (int then = 0; then < 5; ++then)
+                ExpectFailureIsTold(c, Failing::once, i, then);
+    });
+}
+
+// From change `first` on it is killed behind each, and of what is not flushed each alone may be on the disk.
+void ExpectSoundThroughout(const Case& c, const Bytes& start, const std::vector<Change>& trace,
+                           size_t first) {
+    Bytes file = start, flushed = start;
+    for (size_t k = 0; k < trace.size() && !testing::Test::HasFailure(); ++k) {
+        SCOPED_TRACE(k);
+        trace[k].ApplyTo(file);
+        Bytes alone = flushed;
+        trace[k].ApplyTo(alone);
+        if (trace[k].kind == Change::flush) flushed = file;
+        if (k < first) continue;
+        ExpectSound(c, file, false);
+        ExpectSound(c, alone, true);
+    }
+}
+
+// The computer that refused once is switched off, or one that was switched off is again.
+TEST(InterruptedEdit, KilledAfterAFailureOrWhileItIsFinishedItLosesNothing) {
+    ForEachCase([](const Case& c) {
+        const std::string_view edit = c.edit.what;
+        if (c.layout.id == "BW64" || (edit != "growth" && edit != "lossless, in its place")) return;
+        Bytes killed = c.before;
+        for (size_t i = 0; i < c.trace.size() && !testing::Test::HasFailure(); ++i) {
             SCOPED_TRACE(i);
-            std::vector<Change> trace;
-            MemoryFileSystem files;
-            files.Put(name, c.before);
-            files.changesLeft = i;
-            files.trace = &trace;
-            static_cast<void>(RunEdit(files, c.edit, name));  // nothing but the file is written
-            Bytes file = c.before;
-            for (size_t k = 0; k < trace.size() && !testing::Test::HasFailure(); ++k) {
-                trace[k].ApplyTo(file);
-                SCOPED_TRACE(k);
-                if (k >= static_cast<size_t>(i)) ExpectSound(c, file, false);
+            for (const bool fails : {true, false}) {
+                const Bytes& start = fails ? c.before : killed;
+                std::vector<Change> trace;
+                MemoryFileSystem files;
+                files.Put(name, start);
+                files.changesLeft = fails ? static_cast<int>(i) : -1;
+                files.trace = &trace;
+                static_cast<void>(RunEdit(files, c.edit, name));  // nothing but the file is written
+                ExpectSoundThroughout(c, start, trace, fails ? i : 0);
             }
+            c.trace[i].ApplyTo(killed);
         }
     });
 }
@@ -404,6 +447,16 @@ TEST(InterruptedEdit, WithoutRoomAFailureThatPassesLosesNothing) {
         const auto c = CaseOf(layout, edit);
         for (int i = 0; i < static_cast<int>(c.trace.size()) && !HasFailure(); ++i)
             ExpectFailureIsTold(c, Failing::once, i);
+        // The audio is where it was, whatever becomes of the tags.
+        Bytes file = c.before, flushed = c.before;
+        for (const auto& change : c.trace) {
+            change.ApplyTo(file);
+            Bytes alone = flushed;
+            change.ApplyTo(alone);
+            if (change.kind == Change::flush) flushed = file;
+            for (const Bytes& left : {file, alone})
+                ExpectAudio(c, Look(left), left);
+        }
     }
 }
 

@@ -83,7 +83,8 @@ TEST(RewriteInPlace, PutsTheImageWhereItFits) {
     const Bytes scattered =
         Riff({ImageOf(610), fmt, ImageOf(50, "iXML"), adtl, audio, info, ImageOf(30, "id3 ")});
     const Bytes shown = Riff({fmt, audio, ImageOf(100)});
-    const Bytes zeros(80008);
+    const Bytes zeros(80008), endless = ByteWriter().Text("data").Le32(0).Fill(11, 0x5A);
+    const Bytes other = ByteWriter().Chunk("bext", Bytes(52, 0x22));
     const struct {
         const char* what;
         Bytes file, image;
@@ -114,6 +115,17 @@ TEST(RewriteInPlace, PutsTheImageWhereItFits) {
          Joined({Riff({fmt, audio, ImageOf(60), Padding(40)}), garbage})},
         {"nor what is no header", Joined({shown, Bytes(3, 'T')}), ImageOf(100),
          Joined({shown, Bytes(3, 'T')})},
+        {"nothing to remove in front of an odd end", Riff({fmt, odd}), {}, Riff({fmt, odd})},
+        {"nor in audio without an end", Riff({fmt, endless}), {}, Riff({fmt, endless})},
+        {"nor in front of what is no chunk", Joined({Riff({fmt, audio}), garbage}), {}, std::nullopt},
+        {"no room but that of the old ones",
+         Joined({Riff({fmt, ImageOf(60), ImageOf(100, "iXML"), audio}), garbage}),
+         Joined({other, ImageOf(92, "iXML")}),
+         Joined({Riff({fmt, other, ImageOf(92, "iXML"), Padding(8), audio}), garbage})},
+        {"exactly that", Joined({Riff({fmt, ImageOf(60), audio}), garbage}), other,
+         Joined({Riff({fmt, other, audio}), garbage})},
+        {"others there", Joined({Riff({fmt, ImageOf(60, "iXML"), ImageOf(60), audio}), garbage}), other,
+         Joined({Riff({fmt, other, Padding(60), audio}), garbage})},
         {"lists", Riff({fmt, audio, shortList, smallLetters}), ImageOf(50),
          Riff({fmt, audio, shortList, ImageOf(50)})},
     };
@@ -127,6 +139,30 @@ TEST(RewriteInPlace, PutsTheImageWhereItFits) {
     for (const Bytes& front : kept)
         EXPECT_EQ(InPlace(Riff({front, audio}), ImageOf(50)), Riff({front, audio, ImageOf(50)}))
             << Ids(Riff({front}));
+}
+
+// Padding holds the copy of the new chunks when there is room for both, for the marks of each, and between
+// them.
+TEST(RewriteInPlace, TakesPaddingForTheCopyThatIsLongEnough) {
+    const TempFolder folder;
+    const auto wayOf = [&](const Bytes& file, size_t newBytes) {
+        FileReader reader(folder.Write("a.wav", file), smallReads);
+        const Bytes image = ImageOf(newBytes);
+        return PlanInPlace(reader, {image, {}, Replaced(image)}, false)->way;
+    };
+    const auto wayWith = [&](size_t oldBytes, size_t paddingBytes, size_t newBytes) {
+        const Bytes file = Riff({fmt, ImageOf(oldBytes), Padding(paddingBytes), audio});
+        return wayOf(Joined({file, garbage}), newBytes);
+    };
+    EXPECT_EQ(wayOf(Riff({fmt, audio}), 50), EditWay::direct);
+    EXPECT_EQ(wayOf(Riff({fmt, Padding(100), audio}), 50), EditWay::direct);
+    EXPECT_EQ(wayWith(300, 2 * 500 + 64 - 300, 500), EditWay::throughCopy);
+    EXPECT_EQ(wayWith(300, 2 * 500 + 62 - 300, 500), EditWay::overwrite);
+    EXPECT_EQ(wayWith(500, 300 + 64, 300), EditWay::throughCopy);
+    EXPECT_EQ(wayWith(500, 300 + 62, 300), EditWay::overwrite);
+    // Padding whose pad byte was left out, so that something behind it is hidden: its end is odd.
+    const Bytes hider = ByteWriter().Text("JUNK").Le32(2001).Zeros(2001).Chunk("cue ", Bytes(4));
+    EXPECT_EQ(wayOf(Riff({fmt, ImageOf(60), audio, hider}), 60), EditWay::overwrite);
 }
 
 // The header of padding at the end that an edit was about to add when it was interrupted.

@@ -112,10 +112,10 @@ void MemoryFileSystem::Change::ApplyTo(Bytes& file) const {
 }
 
 bool MemoryFileSystem::Begin(Change change) {
-    const bool isWrite = change.kind == Change::write;
-    const bool isReached = changesLeft == 0,
-               fails = isReached && (failing != Failing::writesForGood || isWrite);
-    if (changesLeft > 0 || (isReached && failing == Failing::once)) --changesLeft;
+    const bool isReached = changesLeft == 0;
+    const bool fails = isReached && (failing != Failing::writesForGood || change.kind == Change::write);
+    if (changesLeft > 0) --changesLeft;
+    if (isReached && failing == Failing::once) changesLeft = std::exchange(thenLeft, -1);
     if (fails)
         change = {.kind = Change::write, .offset = change.offset, .bytes = Half(std::move(change.bytes))};
     if (trace) trace->push_back(std::move(change));

@@ -39,6 +39,7 @@ class MemoryFileSystem final : public platform::FileSystem {
     // or all that follow, or all writes that follow.
     enum class Failing { once, forGood, writesForGood } failing = Failing::once;
     int changesLeft = -1;
+    int thenLeft = -1;  // with Failing::once: so many more until another one fails
     // While set, called with what a file holds that has just been flushed: the disk may keep something else.
     std::function<void(Bytes& bytes)> afterFlush;
 

@@ -43,6 +43,7 @@ inline constexpr FaultOrder faultOrders[] = {
     {"seek fails", Operation::seek, Fault::failure, false},
     {"seeks fail from here", Operation::seek, Fault::failure, true},
     {"cut fails", Operation::cut, Fault::failure, false},
+    {"cuts fail from here", Operation::cut, Fault::failure, true},
     {"flush fails", Operation::flush, Fault::failure, false},
     {"flushes fail from here", Operation::flush, Fault::failure, true},
     {"open fails", Operation::open, Fault::failure, false},
