@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "edit/byte_transfer.h"
 #include "edit/placed_parts.h"
 #include "fileio/byte_order.h"
 

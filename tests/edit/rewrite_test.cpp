@@ -6,6 +6,7 @@
 #include <optional>
 #include <random>
 
+#include "edit/byte_transfer.h"
 #include "edit/chunk_walk.h"
 #include "edit/copy_file.h"
 #include "fileio/byte_order.h"
