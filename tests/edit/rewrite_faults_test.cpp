@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "edit/copy_file.h"
 #include "fileio/byte_order.h"
