@@ -105,9 +105,12 @@ TEST(PlayFaults, AskForNoMoreReadersThanHelp) {
     EXPECT_EQ(readersFor({}, 0), 4);
     std::filesystem::remove(path);
     EXPECT_EQ(readersFor({}, 99), 1);
-    // Of no rate: perhaps in the middle of an edit.
-    WriteWholeFile(path, RiffFile(ByteWriter().Chunk("fmt ", FmtBody(1, 1, 0, 16)).Chunk("data", Ramp(100))));
+    // Half a frame a second: perhaps in the middle of an edit.
+    const auto desc = ByteWriter().BeDouble(0.5).Text("lpcm").Be32(0).Be32(2).Be32(1).Be32(1).Be32(16);
+    WriteWholeFile(path, CafFile(ByteWriter().CafChunk("desc", desc).CafChunk("data", Bytes(204))));
+    const int before = host.liveObjects;
     EXPECT_EQ(readersFor({}, 99), 4);
+    EXPECT_EQ(host.liveObjects, before) << "no resampler is troubled with such a rate";
 }
 
 }  // namespace
