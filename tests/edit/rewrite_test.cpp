@@ -70,6 +70,7 @@ const Bytes odd = ByteWriter().Text("data").Le32(11).Fill(11, 0x5A);
 const Bytes garbage(128, 'T');
 // A list without a type, which what follows is not.
 const Bytes shortList = ByteWriter().Chunk("LIST", {}).Chunk("INFO", Bytes(4));
+const Bytes labels = ByteWriter().Chunk("list", ByteWriter().Text("adtl").Chunk("labl", Bytes(8, 'l')));
 const Bytes smallLetters =
     ByteWriter().Chunk("list", ByteWriter().Text("info").Text("inam").Le32(2).Text("ab"));
 // No format was there yet that would make it a recording that was never finished.
@@ -127,8 +128,8 @@ TEST(RewriteInPlace, PutsTheImageWhereItFits) {
          Joined({Riff({fmt, other, audio}), garbage})},
         {"others there", Joined({Riff({fmt, ImageOf(60, "iXML"), ImageOf(60), audio}), garbage}), other,
          Joined({Riff({fmt, other, Padding(60), audio}), garbage})},
-        {"lists", Riff({fmt, audio, shortList, smallLetters}), ImageOf(50),
-         Riff({fmt, audio, shortList, ImageOf(50)})},
+        {"lists", Riff({fmt, audio, shortList, labels, smallLetters}), ImageOf(50),
+         Riff({fmt, audio, shortList, labels, ImageOf(50)})},
     };
     for (const auto& c : cases)
         EXPECT_EQ(InPlace(c.file, c.image), c.after) << c.what;
