@@ -238,9 +238,7 @@ bool Overwrite(InPlaceEdit& edit) {
     const int64_t same = edit.plan.sameBytes, room = edit.plan.Target().length - same;
     const Piece rest{edit.Place() + same, edit.plan.ImageBytes() - same, image + same};
     if (!WriteAt(edit.file, edit.Place(), image, same)) return false;
-    if (rest.bytes > room &&
-        !(edit.file.MoveTo(rest.place + room) && WriteZeros(edit.file, rest.bytes - room)))
-        return false;
+    if (!edit.file.MoveTo(rest.place + room) || !WriteZeros(edit.file, rest.bytes - room)) return false;
     const int64_t covered = std::max(room, rest.bytes);
     if (covered > 0 && !(WriteJunkHeader(edit.file, rest.place, covered) && edit.Flush())) return false;
     return rest.bytes == 0 || (WriteBehindItsHeader(edit, rest) &&

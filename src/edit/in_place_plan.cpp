@@ -83,8 +83,7 @@ bool SwitchesInOne(const InPlacePlan& plan) {
 }
 
 bool PlanCopy(InPlacePlan& plan) {
-    const bool mayUsePadding = Leaves(plan.Target().length, plan.targetBytes);
-    if (!PlaceCopyAtEnd(plan) && !(mayUsePadding && FindPadding(plan))) return false;
+    if (!PlaceCopyAtEnd(plan) && !FindPadding(plan)) return false;
     plan.way = EditWay::throughCopy;
     PlanSwitch(plan);
     return FitHeaders(plan);
@@ -112,9 +111,10 @@ int64_t SameBytes(FileReader& reader, const InPlacePlan& plan) {
     const auto most = std::min(plan.ImageBytes(), target.length);
     int64_t same = 0;
     while (most - same >= chunkHeaderBytes) {
-        ChunkHeader there;
+        ChunkHeader there{};
         const uint8_t* wanted = &plan.image[static_cast<size_t>(same)];
-        if (!reader.Seek(target.start + same) || !reader.ReadExactly(there.data(), chunkHeaderBytes) ||
+        reader.Seek(target.start + same);
+        if (!reader.ReadExactly(there.data(), chunkHeaderBytes) ||
             std::memcmp(there.data(), wanted, chunkHeaderBytes) != 0)
             break;
         const int64_t body = ReadLe32(wanted + 4);
