@@ -118,7 +118,9 @@ TEST(RewriteFaults, WhatCannotBeReadIsNotPlanned) {
             FileReader reader(path, smallReads);
             const auto plan = PlanInPlace(reader, {layout.image, {}, Replaced(layout.image)}, false);
             std::vector<std::pair<int64_t, Bytes>> all;
-            for (const auto& [offset, bytes] : plan ? plan->saved : std::vector<SavedBytes>())
+            if (!plan) return all;
+            all.emplace_back(plan->runs.fileSize, plan->image);
+            for (const auto& [offset, bytes] : plan->saved)
                 all.emplace_back(offset, bytes);
             return all;
         };
