@@ -44,7 +44,7 @@ AdpcmCoding CodingOf(const AudioFormat& format) {
     coding.blockAlign = format.blockAlign;
     coding.bitsPerSample = format.bitsPerSample;
     coding.coefficients = format.msadpcmCoefficients.value_or(standardMsCoefficients);
-    if (coding.channels < 1 || coding.blockAlign < 1 || coding.blockAlign > maxAdpcmBlockBytes) return coding;
+    if (coding.channels < 1 || coding.blockAlign > maxAdpcmBlockBytes) return coding;
     for (const Shape& shape : shapes)
         if (shape.encoding == coding.encoding) SetSizes(coding, shape);
     return coding;

@@ -24,7 +24,7 @@ void MapChannels(const double* from, int32_t fromChannels, double* to, int32_t t
     if (copied < toChannels) std::fill_n(to, frames * toChannels, 0.0);
     for (int32_t channel = 0; channel < copied; ++channel)
         OneChannel(from + channel, fromChannels, to + channel, toChannels, frames);
-    if (fromChannels == 1 && toChannels >= 2) OneChannel(from, 1, to + 1, toChannels, frames);
+    if (fromChannels == 1) OneChannel(from, 1, to + 1, toChannels, frames);
 }
 
 }  // namespace vantor

@@ -33,8 +33,8 @@ void ForgetContinuity(const TransferBlock& block, ReaderContext& context, const 
 }
 
 int64_t SliceStart(const AudioFormat& format, int32_t sliceIndex) {
-    if (sliceIndex < 0 || static_cast<size_t>(sliceIndex) >= format.slicePoints.size()) return 0;
-    return format.slicePoints[static_cast<size_t>(sliceIndex)];
+    const auto index = static_cast<size_t>(sliceIndex);  // of no slice, -1, beyond all
+    return index < format.slicePoints.size() ? format.slicePoints[index] : 0;
 }
 
 // The frame at a time, held between the first frame and a bound beyond any file, so that positions in bytes
@@ -51,8 +51,7 @@ int64_t FrameAt(double seconds, double rounding, const AudioFormat& format, int6
 void PositionAdpcm(const TransferBlock& block, ReaderContext& context, const AudioFormat& format,
                    int64_t sliceStart, RatePlan& rates) {
     const int64_t frame = FrameAt(block.startSeconds + rates.latencySeconds, 0.5, format, sliceStart);
-    if (context.expectedFrame != noPosition && std::abs(context.expectedFrame - frame) <= jitterFrames)
-        return;
+    if (std::abs(context.expectedFrame - frame) <= jitterFrames) return;
     JumpRates(rates, context);
     StartAdpcmAt(context, format, FrameAt(block.startSeconds, 0.5, format, sliceStart));
 }

@@ -41,7 +41,7 @@ WalkStatus CheckBits(bool isFloat, uint32_t bits) {
 
 int32_t PacketFrameBytes(const AudioFormat& format, int32_t packetBytes, int32_t packetFrames) {
     const int32_t tight = format.channels * format.bitsPerSample / 8;
-    return packetBytes > 0 && packetFrames > 0 ? std::max(tight, packetBytes / packetFrames) : tight;
+    return packetFrames > 0 ? std::max(tight, packetBytes / packetFrames) : tight;
 }
 
 // | offset | width | field                                         |
@@ -66,8 +66,7 @@ WalkStatus TakeDescription(const uint8_t* desc, AudioFormat& format) {
     format.channels = static_cast<int32_t>(channels);
     format.bitsPerSample = static_cast<int32_t>(bits);
     const auto packetBytes = ReadBig<int32_t>(desc + 16);
-    const bool padded = format.encoding == encodingInteger && packetBytes == 4 * format.channels;
-    if (padded && format.bitsPerSample == 24) format.bitsPerSample = 32;
+    if (bits == 24 && packetBytes == 4 * format.channels) format.bitsPerSample = 32;  // padded
     format.blockAlign = PacketFrameBytes(format, packetBytes, ReadBig<int32_t>(desc + 20));
     return walkGoesOn;
 }

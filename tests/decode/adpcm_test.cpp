@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <optional>
 
+#include "decode/deliver_frames.h"
 #include "tests/decode/plain_adpcm.h"
+#include "tests/support/failing_allocation.h"
 
 namespace vantor::test {
 namespace {
@@ -61,13 +64,16 @@ Samples Plain(const AdpcmCoded& c, const Bytes& stream) {
 
 TEST(Adpcm, EveryBlockSizeAndEveryStartGivesTheSameSamples) {
     const AdpcmCoded codings[] = {
-        {encodingImaAdpcm, 1, 1024}, {encodingImaAdpcm, 2, 2048}, {encodingImaAdpcm, 3, 300},
+        {encodingImaAdpcm, 1, 1024}, {encodingImaAdpcm, 2, 2048},
+        {encodingImaAdpcm, 3, 300},  {encodingImaAdpcm, 6, 240},
         {encodingImaAdpcm, 1, 7},     // a last group of three bytes
         {encodingImaAdpcm, 2, 8},     // a header alone
         {encodingImaAdpcm, 2, 1030},  // a last round that one channel lacks bytes for
-        {encodingCAdpcm, 1, 256},    {encodingCAdpcm, 2, 129},    {encodingCAdpcm, 4, 64},
-        {encodingMsAdpcm, 1, 512},   {encodingMsAdpcm, 2, 1024},  {encodingMsAdpcm, 5, 333},
-        {encodingMsAdpcm, 1, 7},     {encodingMsAdpcm, 2, 1025},  {encodingMsAdpcm, 2, 256, oddCoefficients},
+        {encodingCAdpcm, 1, 256},    {encodingCAdpcm, 2, 129},
+        {encodingCAdpcm, 4, 64},     {encodingMsAdpcm, 1, 512},
+        {encodingMsAdpcm, 2, 1024},  {encodingMsAdpcm, 3, 333},
+        {encodingMsAdpcm, 5, 333},   {encodingMsAdpcm, 1, 7},
+        {encodingMsAdpcm, 2, 1025},  {encodingMsAdpcm, 2, 256, oddCoefficients},
     };
     for (const auto& coding : codings) {
         const int32_t channels = coding.channels;
@@ -124,6 +130,49 @@ TEST(Adpcm, APartialBlockIsNotDecoded) {
     EXPECT_EQ(followed.JumpTo(120, 10, 2).size(), 10u);
 }
 
+TEST(Adpcm, BlocksOfNoMeaningHoldNoFrames) {
+    const struct {
+        int32_t encoding, channels, blockAlign, framesPerBlock;
+    } cases[] = {
+        {encodingImaAdpcm, 1, 4, 1},
+        {encodingImaAdpcm, 1, 3, 0},
+        {encodingImaAdpcm, 1, -4, 0},
+        {encodingImaAdpcm, 0, 512, 0},
+        {encodingImaAdpcm, 1, 1 << 20, (1 << 21) - 7},
+        {encodingImaAdpcm, 1, (1 << 20) + 1, 0},
+        {encodingUlaw, 1, 512, 0},
+    };
+    for (const auto& c : cases) {
+        AudioFormat format;
+        Describe(format, {c.encoding, 4, c.channels, c.blockAlign}, 1000);
+        EXPECT_EQ(CodingOf(format).framesPerBlock, c.framesPerBlock) << &c - cases;
+    }
+}
+
+// A jump that finds no memory leaves nothing of the block in front of it.
+TEST(Adpcm, AJumpWithoutMemoryIsMadeAgain) {
+    const AdpcmCoded coding{encodingImaAdpcm, 1, 9000};  // longer than what the reader has staged
+    const Bytes stream = NoiseBlocks(coding, 3);
+    const int64_t second = 1 + (9000 - 4) * 2;
+    const Samples wanted = AdpcmFile(coding, stream).JumpTo(second, 50, 1);
+    bool hasFailed = true;
+    for (int allowed = 0; hasFailed; ++allowed) {
+        AdpcmFile file(coding, stream);
+        (void)file.ReadAt(0, 100, 1);
+        ReleaseMemory(*file.context);
+        EXPECT_EQ(file.context->storedBytes.capacity(), 0u);
+        {
+            const FailingAllocation failing(allowed);
+            try {
+                (void)file.ReadAt(second, 50, 1);
+            } catch (const std::bad_alloc&) {
+            }
+            hasFailed = failing.HasFailed();
+        }
+        EXPECT_EQ(file.ReadAt(second, 50, 1), wanted) << allowed;
+    }
+}
+
 // A record that is parsed anew may change its coding under the same context.
 TEST(Adpcm, AContextFollowsItsFormat) {
     const AdpcmCoded wide{encodingImaAdpcm, 1, 64}, narrow{encodingImaAdpcm, 1, 32};
@@ -132,6 +181,21 @@ TEST(Adpcm, AContextFollowsItsFormat) {
     (void)file.ReadAt(0, 100, 1);
     file.format.blockAlign = narrow.blockAlign;
     EXPECT_EQ(file.ReadAt(100, 50, 1), AdpcmFile(narrow, stream).JumpTo(100, 50, 1));
+    // Where the memory for another coding is not to be had, the first one decodes as before.
+    bool hasFailed = true;
+    for (int allowed = 0; hasFailed; ++allowed) {
+        file.format.blockAlign = 2048;
+        {
+            const FailingAllocation failing(allowed);
+            try {
+                (void)PrepareDecoding(*file.context, file.format);
+            } catch (const std::bad_alloc&) {
+            }
+            hasFailed = failing.HasFailed();
+        }
+        file.format.blockAlign = narrow.blockAlign;
+        EXPECT_EQ(file.ReadAt(100, 50, 1), AdpcmFile(narrow, stream).JumpTo(100, 50, 1)) << allowed;
+    }
     Describe(file.format, {encodingUlaw, 8, 1}, 320);
     EXPECT_EQ(file.ReadAt(0, 1000, 1).size(), 320u);
     EXPECT_EQ(file.context->decoder, nullptr);

@@ -18,6 +18,8 @@ TEST(ReadFrames, BlocksOfAnySizeGiveTheSameSamples) {
         {encodingFloat, 64, 2},
         {encodingUlaw, 8, 2},
         {encodingInteger, 24, 2, 8},  // two bytes between the frames
+        {encodingFloat, 64, 2, 24},
+        {encodingFloat, 64, 1, 0, true, kindIff},
         {encodingInteger, 16, 1, 7},
         {encodingInteger, 20, 2, 5},  // an alignment that a frame does not fit: frames lie side by side
     };
@@ -34,9 +36,10 @@ TEST(ReadFrames, BlocksOfAnySizeGiveTheSameSamples) {
         const ConvertSamples convert = ConverterFor(StoredCodingOf(file.format), InstructionSet::plain);
         for (int32_t i = 0; i < frames; ++i)
             convert(audio.data() + i * stride, expected.data() + i * coding.channels, coding.channels);
-        for (const int32_t block : {7, 512, 100000})
+        for (const int32_t block : {7, 512})
             EXPECT_EQ(file.ReadAll(block, coding.channels), expected)
                 << coding.bits << " bits, alignment " << coding.blockAlign << ", block " << block;
+        EXPECT_EQ(file.ReadAt(0, 100000, coding.channels), expected) << coding.bits << " bits at once";
         EXPECT_EQ(file.ReadAt(12345, 1, coding.channels), FramesOf(expected, 12345, 1, coding.channels));
     }
 }
@@ -45,7 +48,8 @@ TEST(ReadFrames, ChannelsAreFitted) {
     constexpr int32_t none = -1;
     // The file's channels; for each output channel, the one that feeds it.
     const std::pair<int32_t, std::vector<int32_t>> cases[] = {
-        {1, {0, 0}}, {1, {0, 0, none, none}}, {2, {0}}, {2, {0, 1, none}}, {6, {0, 1, 2}}, {6, {0}},
+        {1, {0, 0}}, {1, {0, 0, none}}, {1, {0, 0, none, none}}, {2, {0}}, {2, {0, 1, none}},
+        {6, {0}},    {6, {0, 1}},       {6, {0, 1, 2}},
     };
     for (const auto& [fileChannels, fedBy] : cases) {
         const auto wanted = static_cast<int32_t>(fedBy.size());
@@ -54,8 +58,8 @@ TEST(ReadFrames, ChannelsAreFitted) {
         for (int32_t frame = 0; frame < 5000; ++frame)
             for (const int32_t channel : fedBy)
                 expected.push_back(channel == none ? 0.0 : RampValue(frame, channel));
-        for (const int32_t block : {999, 100000})
-            EXPECT_EQ(file.ReadAll(block, wanted), expected) << fileChannels << " to " << wanted;
+        EXPECT_EQ(file.ReadAll(999, wanted), expected) << fileChannels << " to " << wanted;
+        EXPECT_EQ(file.ReadAt(0, 100000, wanted), expected) << fileChannels << " to " << wanted;
     }
 }
 
@@ -97,8 +101,17 @@ TEST(ReadFrames, EndsWithTheWholeFramesOfTheData) {
     EXPECT_EQ(followed.ReadAt(990, 100, 2).size(), 20u);
     EXPECT_TRUE(followed.ReadAt(1000, 100, 2).empty());
     EXPECT_EQ(followed.ReadAt(0, 1, 2)[0], 0.0);
+    PlayedFile doubles({encodingFloat, 64, 2}, Bytes(16 * 1000 - 3), 5000);
     for (const int32_t block : {1, 512, 100000})
-        EXPECT_EQ(cut.ReadAll(block, 2).size(), 2u * 999) << block;
+        for (PlayedFile* file : {&cut, &doubles})
+            EXPECT_EQ(file->ReadAll(block, 2).size(), 2u * 999) << block;
+    // Frames so far apart that what lies between them is not read.
+    Bytes sparse(3 * 130000 - 1);
+    for (uint8_t frame = 0; frame < 3; ++frame)
+        sparse[130000u * frame] = static_cast<uint8_t>(frame + 1);
+    for (const int32_t block : {1, 100})
+        EXPECT_EQ(PlayedFile({encodingInteger, 16, 1, 130000}, sparse, 5000).ReadAll(block, 1),
+                  Samples({1 / 32768.0, 2 / 32768.0}));
 }
 
 TEST(ReadFrames, RequestsThatCannotBeServed) {
@@ -120,6 +133,8 @@ TEST(ReadFrames, RequestsThatCannotBeServed) {
     }
     file.format.sampleRate = inf;
     EXPECT_TRUE(file.Read(0, 16, 2, 48000).empty());
+    file.format.sampleRate = 0;
+    EXPECT_TRUE(file.Read(0, 16, 2).empty());
 }
 
 TEST(ReadFrames, RecordsThatMakeNoSense) {
@@ -137,6 +152,7 @@ TEST(ReadFrames, RecordsThatMakeNoSense) {
         {encodingMsAdpcm, 4, 65535, 65535},
         {encodingMsAdpcm, 4, 1, -7},
         {encodingImaAdpcm, 4, 1, 0x7FFFFFFF},
+        {encodingImaAdpcm, 0, 1, 64},
     };
     for (const Coding& coding : codings)
         for (const double start : {0, 1})
@@ -169,12 +185,22 @@ TEST(ReadFrames, AGrowingFileIsMeasuredAnew) {
 TEST(ReadFrames, TellsTheHostWhatItRead) {
     static int64_t counted;
     counted = 0;
-    Services().updateDiskCounters = [](int32_t read, int32_t) { counted += read; };
+    Services().updateDiskCounters = [](int32_t read, int32_t) {
+        EXPECT_GT(read, 0);
+        counted += read;
+    };
     PlayedFile file({}, ChannelRamp(1000, 2), 1000);
     (void)file.ReadAt(500, 1000, 1);
     EXPECT_EQ(counted, 2000);
     (void)file.ReadAt(3000, 10, 2);
     EXPECT_EQ(counted, 2000);
+    PlayedFile doubles({encodingFloat, 64, 2}, Bytes(16000), 1000);
+    (void)doubles.ReadAt(500, 1000, 2);
+    EXPECT_EQ(counted, 2000 + 8000);
+    PlayedFile adpcm({encodingImaAdpcm, 4, 1, 64}, Bytes(640), 121);
+    for (const int64_t start : {121, 240})
+        (void)adpcm.ReadAt(start, 10, 1);
+    EXPECT_EQ(counted, 2000 + 8000);
     Services().updateDiskCounters = nullptr;
 }
 

@@ -127,6 +127,18 @@ TEST_F(Resampling, AMistakenResamplerDoesNoHarm) {
     EXPECT_EQ(delivered(), 0u);
 }
 
+TEST_F(Resampling, ATimeOrRateThatIsNoneReachesNoResampler) {
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN(),
+                     inf = std::numeric_limits<double>::infinity();
+    for (const auto& [start, rate] :
+         {std::pair{0.0, nan}, {0.0, inf}, {0.0, -1.0}, {nan, 24000.0}, {inf, 24000.0}})
+        EXPECT_TRUE(file.Read(start, 10, 1, rate).empty());
+    EXPECT_TRUE(file.Read(0, 0, 1, 24000).empty());
+    file.format.sampleRate = inf;
+    EXPECT_TRUE(file.Read(0, 10, 1, 24000).empty());
+    EXPECT_EQ(resampler.calls, "");
+}
+
 TEST_F(Resampling, WithoutTheServiceOtherRatesAreNotServed) {
     Services().createResampler = [] { return static_cast<Resampler*>(nullptr); };
     EXPECT_TRUE(file.Read(0, 10, 1, 24000).empty());
@@ -143,6 +155,13 @@ TEST_F(Resampling, AdpcmJumps) {
     EXPECT_EQ(adpcm.Read(2000.7 / 48000, 10, 1, 24000), direct);
     EXPECT_EQ(adpcm.ReadAt(3000, 10, 1).size(), 10u);
     EXPECT_EQ(adpcm.context->resamplerState, ResamplerState::setAside);
+    // The latency counts for a continuation, not for a jump.
+    resampler.latencySeconds = 100.0 / 48000;
+    resampler.inputFrames = 120;
+    EXPECT_EQ(adpcm.Read(2001.0 / 48000, 10, 1, 24000), direct);
+    resampler.calls.clear();
+    EXPECT_EQ(adpcm.Read(2021.0 / 48000, 10, 1, 24000).size(), 10u);
+    EXPECT_EQ(resampler.calls.find("reset"), std::string::npos);
 }
 
 }  // namespace

@@ -53,6 +53,7 @@ TEST(SampleConversion, FullScaleIsExact) {
         {{encodingFloat, 64, kindWave, false}, ByteWriter().LeDouble(-7.25e300), -7.25e300},
         {{encodingFloat, 64, kindIff, true}, ByteWriter().BeDouble(1.0 / 3), 1.0 / 3},
         {{encodingUlaw, 8, kindWave, false}, {0x80}, 0.995849609375},
+        {{encodingUlaw, 8, kindCaf, true}, {0x80}, 0.995849609375},
     };
     for (const auto& c : cases)
         EXPECT_EQ(ConvertOne(c.coding, c.stored), c.value)

@@ -18,6 +18,8 @@ TEST(ChunkCatalogue, ListsReadsOrDropsAChunk) {
         {{"cart", "CART"}, cart, "CART:Title=T"},
         {{"axml"}, axml, "AXML:ISRC=AB"},
         {{"DISP"}, display, "DISP:CF_TEXT=shown"},
+        {{"DISP"}, ByteWriter().Le32(1).Text("x"), "DISP:CF_TEXT=x"},
+        {{"DISP"}, ByteWriter().Le32(1).Text("xy"), "DISP:CF_TEXT=xy\n"},
         {{"abcd", "IXML", "disp", "PAD "}, Bytes(4), "="},
         {{"abcd"}, Bytes(2), ""},
         {{"JUNK", "junq", "FILR", "fllr", "PAD_"}, Bytes(4), ""},
@@ -30,7 +32,8 @@ TEST(ChunkCatalogue, ListsReadsOrDropsAChunk) {
     for (const auto& c : cases)
         for (const auto* id : c.ids) {
             const bool isListed = c.entry == "=";
-            const auto text = RecordText(*ParsePlayable(ByteWriter().Add(WaveFile()).Chunk(id, c.body)));
+            const auto file = ByteWriter().Add(WaveFile()).Chunk(id, c.body).Chunk("JUNK", Bytes(4));
+            const auto text = RecordText(*ParsePlayable(file));
             EXPECT_TRUE(text.starts_with(audio + (isListed ? id : "") + c.entry)) << id << ": " << text;
             EXPECT_EQ(text == audio, c.entry.empty()) << text;
             const auto longer =

@@ -78,6 +78,7 @@ TEST(ContainerWalk, RefusesWithTheMessageOfWhatIsWrong) {
         {"Error reading CAFF mark chunk", CafWith("mark", 1000, endlessMarks)},
         {"Error reading CAFF mark chunk", CafWith("mark", 20, ByteWriter().Add(endlessMarks).Zeros(99))},
         {"Error reading CAFF regn chunk", CafWith("regn", 1000, endlessRegion)},
+        {"Error reading CAFF regn chunk", CafWith("regn", 16, ByteWriter().Be32(0).Be32(1).Zeros(8))},
         {"Error reading CAFF strg chunk", CafWith("strg", 1000, ByteWriter().Be32(0xFFFFFFFF).Zeros(100))},
     };
     for (const auto& [message, file] : refusals)
@@ -160,6 +161,13 @@ TEST(ContainerWalk, TakesFormats) {
          CafAudioFile({.flags = 3, .packetBytes = 16, .bits = 64})},
         {"int32 big, 2 ch, 48000 Hz, 8 bytes, 5 frames at 68", CafAudioFile({.packetBytes = 8, .bits = 24})},
         {"int20 big, 2 ch, 48000 Hz, 5 bytes, 8 frames at 68", CafAudioFile({.packetBytes = 5, .bits = 20})},
+        {"int24 big, 2 ch, 48000 Hz, 6 bytes, 6 frames at 68", CafAudioFile({.packetBytes = 6, .bits = 24})},
+        {"int16 big, 2 ch, 48000 Hz, 8 bytes, 5 frames at 68", CafAudioFile({.packetBytes = 8})},
+        {"int16 big, 1 ch, 48000 Hz, 2 bytes, 20 frames at 68",
+         CafAudioFile({.packetBytes = 2, .channels = 1})},
+        {"int16 big, 128 ch, 48000 Hz, 256 bytes, 0 frames at 68",
+         CafAudioFile({.packetBytes = 256, .channels = 128})},
+        {"int16 big, 2 ch, 48000 Hz, 4 bytes, 10 frames at 68", CafAudioFile({.packetFrames = 0})},
         {"int8 big, 2 ch, 48000 Hz, 2 bytes, 20 frames at 68",
          CafAudioFile({.packetBytes = 0, .packetFrames = 0, .bits = 8})},
         {"int16 big, 2 ch, 48000 Hz, 4 bytes, 10 frames at 68", CafAudioFile({.packetBytes = 3})},
@@ -241,6 +249,7 @@ TEST(ContainerWalk, CountsTheFramesThatAreThere) {
          10},
         {"8SVX", voice(1000, 1000), 992},
         {"8SVX smaller than its header", voice(7, 8), 8},
+        {"CAF with an empty chunk", CafAudioFile({}, ByteWriter().CafChunk("free", {})), 10},
         {"CAF to the end, and nothing behind it",
          CafFile(openEnd.Text("data").Be64(~0ull).Zeros(4).CafChunk("abcd", Bytes(18))), 7},
     };

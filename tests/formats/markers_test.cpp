@@ -167,25 +167,30 @@ TEST(Wave64Markers, AreCuesWithNames) {
 
 TEST(CafMarkers, AreNamedAndNumbered) {
     ByteWriter strings, marks, regions;
-    strings.Be32(5);
+    strings.Be32(6);
+    strings.Be32(7).Be64(~0ull);              // nowhere
     strings.Be32(7).Be64(0).Be32(7).Be64(2);  // of two the first
     strings.Be32(8).Be64(6);                  // an empty string
     strings.Be32(9).Be64(1000);               // beyond the text
     strings.Be32(3).Be64(7);
     strings.Text("Verse").Zeros(2).Fill(600, 'x');
-    marks.Be32(0).Be32(8);
-    for (const uint32_t id : {7u, 0u, 8u, 9u, 3u, 0x80000007u})
+    marks.Be32(0).Be32(9);
+    for (const uint32_t id : {7u, 0u, 8u, 9u, 3u, 0x80000007u, 5u})
         marks.Add(CafMark(24000, id));
     marks.Add(CafMark(0, 12)).Add(CafMark(-1, 7));
     regions.Be32(0).Be32(3);
     regions.Be32(7).Be32(0).Be32(3).Add(CafMark(96000, 1)).Add(CafMark(48000, 2)).Add(CafMark(72000, 3));
     regions.Be32(7).Be32(0).Be32(2).Add(CafMark(5, 1)).Add(CafMark(5, 2));
     regions.Be32(0).Be32(0).Be32(2).Add(CafMark(5, 1)).Add(CafMark(6, 2));
-    const Bytes chunks =
-        ByteWriter().CafChunk("mark", marks).CafChunk("regn", regions).CafChunk("strg", strings);
-    // Numbered before the one at 0 without a name, the 6th, and the one before the start are removed.
+    const Bytes replaced = ByteWriter().Be32(1).Be32(5).Be64(0).Text("old");
+    const Bytes chunks = ByteWriter()
+                             .CafChunk("strg", replaced)
+                             .CafChunk("mark", marks)
+                             .CafChunk("regn", regions)
+                             .CafChunk("strg", strings);
+    // Numbered before the one at 0 without a name, the 7th, and the one before the start are removed.
     EXPECT_EQ(FoundIn(CafAudioFile({}, chunks)).markers,
-              "1@0.5 Verse; 2@0.5; 3@0.5; 4@0.5 " + std::string(511, 'x') + "; 5@0.5; 8@1-2 Verse");
+              "1@0.5 Verse; 2@0.5; 3@0.5; 4@0.5 " + std::string(511, 'x') + "; 5@0.5; 6@0.5; 9@1-2 Verse");
     const Bytes early = ByteWriter().Add(chunks).CafChunk("desc", DescBody()).CafChunk("data", Bytes(44));
     EXPECT_EQ(FoundIn(CafFile(early)).markers, "");  // the rate is not known by then
 }
