@@ -109,7 +109,8 @@ TEST_F(EditsOfFiles, AnswerAloneWithNothingWritten) {
     const Bytes garbage = ByteWriter().Add(before).Fill(99, 'x');
     const Bytes pictures = File(audio, ByteWriter().Chunk("JUNK", Bytes(9000)));
     for (const Bytes& file : {before, garbage, pictures, RiffFile(fmt), RiffFile(audio), Bytes(60, 'z')})
-        for (const int32_t flags : {0, int32_t{writeMerge}, writeMerge | writeNeverInPlace}) {
+        for (const int32_t flags :
+             {0, int32_t{writeMerge}, int32_t{writeNeverInPlace}, writeMerge | writeNeverInPlace}) {
             folder.Write("a.wav", file);
             WriteAnswer answer{};
             {

@@ -75,6 +75,7 @@ struct Interrupted {
 TEST(EditMarks, SayWhatIsLeftToDo) {
     Interrupted edit;
     EXPECT_EQ(EditedAgain(edit.File()), edit.Finished());
+    edit.mark.schemes = ~0u;  // more than there are
     edit.inFrontOfMark = Bytes(100);
     EXPECT_EQ(EditedAgain(edit.File()), edit.Finished());
     // The list into the other padding.
@@ -94,7 +95,7 @@ TEST(EditMarks, SayWhatIsLeftToDo) {
 TEST(EditMarks, AreNoneWhenInDoubt) {
     const int64_t tagBytes = Interrupted().mark.parts[0].bytes, infoBytes = std::ssize(info);
     const std::pair<const char*, std::function<void(Interrupted&)>> doubts[] = {
-        {"no image", [](auto& edit) { edit.mark.imageBytes = 0, edit.mark.checksum = ChecksumOf({}); }},
+        {"tags of others behind it", [](auto& edit) { edit.behind = info; }},
         {"another image", [](auto& edit) { edit.image.back() ^= 1; }},
         {"more behind it", [](auto& edit) { edit.behind = cue; }},
         {"less behind it", [](auto& edit) { edit.image.resize(edit.image.size() - 2); }},
