@@ -33,7 +33,7 @@ Documents Edited(const Documents& documents, const std::string& isrc) {
 std::string IsrcOf(const Documents& documents) {
     MetadataStore store;
     for (const auto& document : documents)
-        ReadAxml(BytesOf(document), store);
+        EXPECT_TRUE(ReadAxml(BytesOf(document), store));
     return std::string(store.Value("AXML:ISRC"));
 }
 

@@ -56,6 +56,7 @@ TEST(IxmlReader, FlattensDocumentsWithTheRootTag) {
         // The search ignores case, the name does not.
         {"<bwfxml><NOTE>1</NOTE></bwfxml>", Listed("IXML:", "bwfxml:NOTE=1")},
         {"<BWFXML>root text<A>1</A></BWFXML>", Listed("IXML:", "A=1")},
+        {"<BWFXML><BWFXML>text<A>1</A></BWFXML></BWFXML>", Listed("IXML:", "A=1")},
         {"<BWFXML><NOTE>caf\xE9</NOTE></BWFXML>", Listed("IXML:", "NOTE=caf\u00E9")},
         // A number that is there already is passed over.
         {"<BWFXML><A>1</A><A>2</A><A:3>x</A:3><A>3</A></BWFXML>", Listed("IXML:", "A=1|A:2=2|A:3=x|A:4=3")},

@@ -144,7 +144,9 @@ ByteWriter Bext(uint16_t version) {
 ByteWriter NegativeCart() {
     ByteWriter chunk;
     chunk.Zeros(680).Le32(uint32_t(-1)).Text("NEG ").Le32(uint32_t(-1)).Zeros(4).Le32(30);
-    return chunk.Text("ZERO").Le32(0).Field("SG", 4).Le32(20).Zeros(2048 - 716).Field("tag", 4).Text("x");
+    chunk.Text("ZERO").Le32(0).Field("SG", 4).Le32(20).Zeros(748 - 716);
+    // Behind eight timers there are none.
+    return chunk.Text("MORE").Le32(1).Zeros(2048 - 756).Field("tag", 4).Text("x");
 }
 
 ByteWriter Info(std::string_view type = "info") {
@@ -177,16 +179,24 @@ TEST(RiffChunks, OfOtherWritersAreReadAsFarAsTheyAreSound) {
         {"INFO", Info().Text("ICMT").Le32(3).Text("odd"), Listed("INFO:", "ICMT=odd|INAM=name")},
         {"INFO", Info().Chunk("INAM", {}).Chunk("INAM", Bytes(2)), name},  // empty: it takes nothing away
         {"INFO", Info("adtl"), refused},
+        {"INFO", ByteWriter().Text("INFO"), {}},
+        {"INFO", ByteWriter().Text("INFOINAM").Le32(1).Text("n"), Listed("", "INFO:INAM=n")},
         {"ACID", Acid(0x0A, 66, 8, 120), Listed("ACID:", "BEATS=8|BPM=120.000000|KEY=F#")},
         {"ACID", Acid(0x0B, 66, 8, 120), refused},
         {"ACID", Acid(0x1A, 0x0147, 8, 2), Listed("ACID:", "KEY=B")},
         {"ACID", Acid(0x02, 72, 1023, 120), Listed("ACID:", "BEATS=1023")},
         {"ACID", Acid(0x08, 66, 0, NAN), {}},
+        {"ACID", Acid(0x0A, 59, 1024, 960), {}},
+        {"ACID", Acid(0x0A, 60, 1, 959.5f), Listed("ACID:", "BEATS=1|BPM=959.500000|KEY=C")},
+        {"ACID", Acid(0x08, 60, 0, 2.5f), Listed("ACID:", "BPM=2.500000")},
         {"ACID", Bytes(25), refused},
         {"ACID", Bytes(23), refused},
     };
     for (const auto& [kind, chunk, entries] : cases)
         EXPECT_EQ(ReadEntries(kind, chunk), entries) << kind << " " << chunk.size();
+    const Bytes info = InfoBody();
+    MetadataStore store;
+    EXPECT_FALSE(ReadInfo(std::span(info).first(3), store));
 }
 
 Bytes BuiltAcid(const AcidValues& values) {
@@ -217,14 +227,21 @@ TEST(CafInfo, IsReadUpToTheFirstBrokenPair) {
     const auto with = [&](const std::string& second) {
         return ReadCaf(ByteWriter().Add(first).Text(second));
     };
-    EXPECT_EQ(with("k\0\u07FF\u0800\uFFFF\U00010000\xF7\x80\x80\x80\0"s),
-              Listed("CAFINFO:", "k=\u07FF\u0800\uFFFF\U00010000\xF7\x80\x80\x80|tempo=120"));
+    EXPECT_EQ(with("k\0\u0080\u07FF\u0800\uFFFF\U00010000\xF7\x80\x80\x80\0"s),
+              Listed("CAFINFO:", "k=\u0080\u07FF\u0800\uFFFF\U00010000\xF7\x80\x80\x80|tempo=120"));
     for (const std::string& broken : {"key\0"s, "key\0no end"s, "k\xC1\x80\0v\0"s, "key\0\xE2\x82\0"s,
                                       "key\0\xF8\x80\x80\x80\0"s, "\x80\0v\0"s})
         EXPECT_EQ(with(broken), Listed("", "CAFINFO:tempo=120|refused=")) << broken;
     for (const uint32_t count : {0u, 16384u, 0xFFFFFFFFu})
         EXPECT_EQ(ReadCaf(ByteWriter().Be32(count).Text("tempo\000120\0"s)), refused) << count;
     EXPECT_EQ(ReadCaf({}), refused);
+    for (const uint32_t count : {1u, 16383u}) {
+        ByteWriter most;
+        most.Be32(count);
+        for (uint32_t i = 0; i < count; ++i)
+            most.Text("tempo\000120\0"s);
+        EXPECT_EQ(ReadCaf(most), Listed("", "CAFINFO:tempo=120")) << count;
+    }
 }
 
 }  // namespace

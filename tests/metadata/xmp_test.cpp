@@ -60,8 +60,11 @@ TEST(XmpReader, ReadsAPacketInEveryEncoding) {
     const auto little = Utf16(attributes, false), big = Utf16(attributes, true);
     for (const auto& packet : {attributes, little, big, "\xFF\xFE" + little, "\xFE\xFF" + big})
         EXPECT_EQ(EntriesIn(packet), Listed("XMP:", "dc/source=a|dm/album=b"));
-    for (const char* broken : {"", "x", "><", "<rdf:RDF/>", "<a", "<a>&#x;</a>"})
+    EXPECT_EQ(EntriesIn(" " + attributes), Listed("XMP:", "dc/source=a|dm/album=b"));
+    for (const char* broken : {"", "x", "<", "><", "<rdf:RDF/>", "<a", "<a>&#x;</a>"})
         EXPECT_EQ(EntriesIn(broken), refused) << broken;
+    for (const char* reference : {"&#x0;", "&#xZ;", "&#x00000041;", "&#x1"})
+        EXPECT_EQ(EntriesIn(Described("<dc:source>a" + std::string(reference) + "</dc:source>")), refused);
     EXPECT_EQ(EntriesIn(rdfStart + "</rdf:RDF>"), Entries{});
 }
 
@@ -89,14 +92,28 @@ TEST(XmpReader, ReadsEveryShapeOfAProperty) {
               "<rdf:li rdf:parseType='Resource'><xmpDM:startTime>24000</xmpDM:startTime>"
               "<xmpDM:duration>48000</xmpDM:duration><xmpDM:name>a:b</xmpDM:name></rdf:li>"
               "<rdf:li><rdf:Description xmpDM:startTime='48f24' xmpDM:name='own rate'/></rdf:li>"
-              "<rdf:li xmpDM:name='no start'/><rdf:li xmpDM:startTime='-1'/>") +
+              "<rdf:li xmpDM:name='no start'/><rdf:li xmpDM:startTime='-1'/>"
+              "<rdf:li xmpDM:startTime='1' xmpDM:duration='-1'/><rdf:li xmpDM:startTime='1e308f1'/>"
+              "<rdf:li xmpDM:startTime='1' xmpDM:duration='1e308f1'/>") +
         Track("f30000s1001", "<rdf:li xmpDM:startTime='30'/>") +
+        Track("f25s0", "<rdf:li xmpDM:startTime='0'/>") +
         Track("", "<rdf:li xmpDM:startTime='7' xmpDM:duration='1'/>") + "</rdf:Bag></xmpDM:Tracks>";
     const std::pair<std::string, const char*> cases[] = {
         {"<dc:source>a</dc:source><xmpDM:genre/>", "dc/source=a"},
         {"<dc:source rdf:resource='urn:x'/>", "dc/source=urn:x"},
         {"<dc:source rdf:parseType='Resource'><rdf:value>v</rdf:value><q>w</q></dc:source>", "dc/source=v"},
         {"<dc:source rdf:value='v' xmpDM:q='w'/>", "dc/source=v"},
+        {"<dc:source rdf:value='w' rdf:resource='urn:x'><rdf:value>v</rdf:value><rdf:value/></dc:source>",
+         "dc/source=v"},
+        {"<dc:source rdf:value='v' rdf:resource='urn:x'/>", "dc/source=v"},
+        {"<dc:source><rdf:Description rdf:value='v'/></dc:source>", "dc/source=v"},
+        {"<dc:source>&#x41;&#x0000042;</dc:source>", "dc/source=AB"},
+        // Bags are those of RDF alone.
+        {"<dc:source>a</dc:source><dc:subject><o:Bag xmlns:o='urn:o'><rdf:li>x</rdf:li></o:Bag></dc:subject>"
+         "<dc:format><rdf:List><rdf:li>x</rdf:li></rdf:List></dc:format>",
+         "dc/source=a"},
+        {"<xmpDM:Tracks><rdf:Alt>" + Track("", "<rdf:li xmpDM:startTime='7'/>") + "</rdf:Alt></xmpDM:Tracks>",
+         "MARK000=7:7"},
         {"<dc:source><rdf:Description><rdf:value>v</rdf:value></rdf:Description></dc:source>", "dc/source=v"},
         {"<xmpDM:logComment>a&#xA;b&#x20AC;\xE9</xmpDM:logComment>",
          "dm/logComment=a\nb\u00E2\u0082\u00AC\u00E9"},
@@ -110,11 +127,18 @@ TEST(XmpReader, ReadsEveryShapeOfAProperty) {
         {"<xmpDM:relativeTimestamp><rdf:Description xmpDM:value='96000' xmpDM:scale='1/48000'/>"
          "</xmpDM:relativeTimestamp>",
          "dm/relativeTimestamp=2000"},
+        {"<xmpDM:relativeTimestamp xmpDM:value='250'/>", "dm/relativeTimestamp=250"},
+        // The first alternative that has a text, unless one is the default.
+        {"<dc:source><rdf:Alt><rdf:li xml:lang='x-default'>a</rdf:li><rdf:li xml:lang='x-default'>b</rdf:li>"
+         "<rdf:q>c</rdf:q></rdf:Alt></dc:source><dc:format><rdf:Alt><rdf:q>c</rdf:q><rdf:li/>"
+         "<rdf:li xml:lang='fr'>d</rdf:li></rdf:Alt></dc:format>",
+         "dc/format=d|dc/source=a"},
         {"<xmpDM:duration xmpDM:value='5' xmpDM:scale='1/0'/>"
          "<xmpDM:relativeTimestamp xmpDM:value='5' xmpDM:scale='1/0'/>",
          "dm/relativeTimestamp=5"},
         {tracks,
-         "MARK000=500000:1500000:a:b|MARK001=2000000:2000000:own rate|MARK002=1001000:1001000|MARK003=7:8"},
+         "MARK000=500000:1500000:a:b|MARK001=2000000:2000000:own "
+         "rate|MARK002=1001000:1001000|MARK003=0:0|MARK004=7:8"},
     };
     for (const auto& [properties, entries] : cases)
         EXPECT_EQ(EntriesIn(Described(properties)), Listed("XMP:", entries)) << properties;

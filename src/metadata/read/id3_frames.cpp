@@ -67,7 +67,7 @@ bool Id3FrameWalk::SkipExtendedHeader() {
     if (!behindSize) return false;
     // Version 2.3 counts what follows the size, version 2.4 the size too.
     const auto size = version_ == 3 ? ReadBe32(sizeBytes.data()) : ReadSyncsafe(sizeBytes.data());
-    if (!size || *size > INT32_MAX) return false;
+    if (!size) return false;
     const auto end = Advance(version_ == 3 ? *behindSize : position_, *size, nullptr);
     position_ = end.value_or(tag_.size());
     return end.has_value();

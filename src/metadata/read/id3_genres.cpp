@@ -227,7 +227,7 @@ std::string GenreNames(std::string_view contentType) {
     std::string names;
     std::string_view last;
     while (contentType.starts_with('(')) {
-        const size_t end = contentType.substr(0, 5).find(')');
+        const size_t end = contentType.find(')');
         if (end == std::string_view::npos) break;
         const std::string_view name = GenreOfReference(contentType.substr(1, end - 1));
         if (name.empty()) break;

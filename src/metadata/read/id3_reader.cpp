@@ -44,9 +44,10 @@ bool ReadId3Chunk(std::span<const uint8_t> chunk, MetadataStore& store, int64_t 
     if (chunk.size() < id3HeaderBytes + 1) return false;
     const auto size = ReadSyncsafe(&chunk[6]);
     if (!size) return false;
+    const size_t bytes = chunk.size() - id3HeaderBytes;
     // An odd tag may count its pad byte to the chunk.
-    const size_t surplus = chunk.size() - id3HeaderBytes - *size;
-    if (chunk.size() - id3HeaderBytes < *size || surplus > (*size & 1)) return false;
+    const bool hasPad = *size % 2 != 0 && bytes == size_t{*size} + 1;
+    if (bytes != *size && !hasPad) return false;
     ReadId3Tag(chunk, store, fileOffset);
     return true;
 }

@@ -16,7 +16,6 @@ namespace {
 
 constexpr size_t typeBytes = 4;
 constexpr size_t itemHeaderBytes = 8;
-constexpr size_t smallestListWithItem = typeBytes + itemHeaderBytes + 1;
 
 void StoreItem(std::string_view id, std::span<const uint8_t> text, MetadataStore& store) {
     std::string key = "INFO:";
@@ -34,7 +33,6 @@ void StoreItem(std::string_view id, std::span<const uint8_t> text, MetadataStore
 bool ReadInfo(std::span<const uint8_t> listBody, MetadataStore& store) {
     if (listBody.size() < typeBytes || !EqualIgnoringCase(FourCharacters(listBody.data()), "INFO"))
         return false;
-    if (listBody.size() < smallestListWithItem) return true;
     for (auto rest = listBody.subspan(typeBytes); rest.size() > itemHeaderBytes;) {
         const size_t length = ReadLe32(&rest[4]);
         const auto data = rest.subspan(itemHeaderBytes);

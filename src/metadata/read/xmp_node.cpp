@@ -115,8 +115,7 @@ XmpText XmpNode::Text() const {
 XmpText XmpNode::Field(std::string_view local) const {
     XmpText text;
     const auto take = [&](const XmlAttribute* attribute) {
-        if (text.text.empty() && attribute != nullptr)
-            text = {Utf8OrLatin1(attribute->value), nullptr, attribute};
+        if (attribute != nullptr) text = {Utf8OrLatin1(attribute->value), nullptr, attribute};
     };
     take(Attribute(XmpSpace::DynamicMedia, local));
     ForEachField([&](const XmpNode& field) {

@@ -12,7 +12,7 @@ namespace {
 // The value of hexadecimal digits that a ";" ends, -1 for anything else.
 int64_t HexReference(std::string_view text) {
     int64_t value = 0;
-    for (size_t i = 0; i < text.size() && i < 8; ++i) {
+    for (size_t i = 0; i < text.size(); ++i) {
         const char digit = text[i];
         if (digit == ';') return i == 0 ? -1 : value;
         const size_t place = std::string_view("0123456789abcdefABCDEF").find(digit);
