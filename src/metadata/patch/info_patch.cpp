@@ -22,12 +22,11 @@ void AppendItem(ChunkBody& body, std::string_view id, std::string_view value) {
     AppendChunk(body, id, reinterpret_cast<const uint8_t*>(text.c_str()), text.size() + 1);
 }
 
-// The items of changed keys whose text a reader ends up with: the last of several.
-std::map<std::string_view, const InfoItem*> DecidingItems(const std::vector<InfoItem>& list,
-                                                          const MetadataStore& change) {
+// The item of each key whose text a reader ends up with: the last of several.
+std::map<std::string_view, const InfoItem*> DecidingItems(const std::vector<InfoItem>& list) {
     std::map<std::string_view, const InfoItem*> deciding;
     for (const InfoItem& item : list)
-        if (item.hasText && change.Has(item.key)) deciding[item.key] = &item;
+        if (item.hasText) deciding[item.key] = &item;
     return deciding;
 }
 
@@ -68,7 +67,7 @@ ChunkBody BlankInfo() {
 Patched PatchInfo(const PatchInput& input) {
     if (input.body.size() < infoTypeBytes) return std::nullopt;
     const auto items = InfoItemsOf(input.body);
-    const auto deciding = DecidingItems(items.list, input.change);
+    const auto deciding = DecidingItems(items.list);
     ChunkBody body(input.body.begin(), input.body.begin() + infoTypeBytes);
     for (const InfoItem& item : items.list) {
         const auto* value = item.hasText ? input.change.Get(item.key) : nullptr;
@@ -78,8 +77,10 @@ Patched PatchInfo(const PatchInput& input) {
             AppendItem(body, FourCharacters(item.whole.data()), *value);
     }
     input.change.ForEach([&](const MetadataEntry& entry) {
-        const auto id = std::string_view(entry.key).substr(std::min(prefix.size(), entry.key.size()));
-        if (entry.value.empty() || id.size() != idBytes || deciding.contains(entry.key)) return;
+        const std::string_view key = entry.key;
+        if (!key.starts_with(prefix) || entry.value.empty() || deciding.contains(key)) return;
+        const auto id = key.substr(prefix.size());
+        if (id.size() != idBytes) return;
         if (body.size() % 2 != 0) body.push_back(0);  // the last item had no pad byte
         AppendItem(body, id, entry.value);
     });
