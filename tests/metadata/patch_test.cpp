@@ -211,54 +211,5 @@ TEST(Patches, ChangeTheBytesOfTheValueAndNothingElse) {
     }
 }
 
-// As ISO 3309 has it.
-uint32_t CheckSum(const Bytes& bytes) {
-    uint32_t sum = ~0u;
-    for (const uint8_t byte : bytes) {
-        sum ^= byte;
-        for (int bit = 0; bit < 8; ++bit)
-            sum = sum & 1 ? sum >> 1 ^ 0xEDB88320u : sum >> 1;
-    }
-    return ~sum;
-}
-
-// With a check sum, right or wrong, and in version 2.4 all other fields that there are.
-Bytes ExtendedTag(int version, uint8_t flags, const std::string& title, uint32_t wrong) {
-    const Bytes text = ByteWriter().U8(version == 4 ? 3 : 0).Text(title);
-    const Bytes frames = Id3TagWriter(version).Frame("TIT2", text).Text("TPE1", "\xFF\xE0").Body();
-    const Bytes padding(20);
-    ByteWriter header;
-    if (version == 3) {
-        header.Be32(10).Be16(0x8000).Be32(20).Be32(CheckSum(frames) + wrong);
-    } else {
-        const uint32_t sum = CheckSum(ByteWriter().Add(frames).Add(padding)) + wrong;
-        header.Be32(15).Add({1, 0x70, 0, 5, static_cast<uint8_t>(sum >> 28)});
-        header.Be32(Syncsafe(sum & 0xFFFFFFF)).Add({1, 0x28});
-    }
-    return Id3TagWriter(version).Add(header).Add(frames).Add(padding).Tag(flags | 0x40);
-}
-
-// The sum and the padding are right again; a sum that was wrong stays what it was.
-TEST(Patches, KeepTheExtendedHeaderOfATag) {
-    for (const auto& [version, flags] : {std::pair(3, 0), {3, 0x80}, {4, 0}})
-        for (const uint32_t wrong : {0u, 9u})
-            for (const std::string title : {"Other!!", "Titles that are longer!!", "Evn!"}) {
-                SCOPED_TRACE(std::to_string(version) + " " + title);
-                const auto old = ExtendedTag(version, static_cast<uint8_t>(flags), "Title", wrong);
-                const auto patched = PatchId3({old, StoreOf({{"ID3:TIT2", title}})});
-                ASSERT_TRUE(patched);
-                EXPECT_EQ(patched->size() % 2, old.size() % 2);
-                if (title.size() % 2 == 1 && wrong == 0) {
-                    EXPECT_EQ(TextOf(*patched),
-                              TextOf(ExtendedTag(version, static_cast<uint8_t>(flags), title, 0)));
-                }
-                MetadataStore now;
-                ASSERT_TRUE(ReadId3Chunk(*patched, now, 1));
-                EXPECT_EQ(now.Value("ID3:TIT2"), title);
-                const auto back = PatchId3({*patched, StoreOf({{"ID3:TIT2", "Title"}})});
-                EXPECT_EQ(TextOf(*back), TextOf(old));
-            }
-}
-
 }  // namespace
 }  // namespace vantor::test

@@ -1,0 +1,182 @@
+// Changes of ID3v2 tags where they stand: headers, unsynchronisation, and frames that no value makes up.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "metadata/patch/patch_chunks.h"
+#include "tests/metadata/id3_support.h"
+
+namespace vantor::test {
+namespace {
+
+using namespace std::string_literals;
+
+Bytes Patched(const Bytes& tag, const std::string& change) {
+    const auto patched = PatchId3({tag, StoreOf(Listed("ID3:", change))});
+    EXPECT_TRUE(patched);
+    return patched.value_or(Bytes{});
+}
+
+// As ISO 3309 has it.
+uint32_t CheckSum(const Bytes& bytes) {
+    uint32_t sum = ~0u;
+    for (const uint8_t byte : bytes) {
+        sum ^= byte;
+        for (int bit = 0; bit < 8; ++bit)
+            sum = sum & 1 ? sum >> 1 ^ 0xEDB88320u : sum >> 1;
+    }
+    return ~sum;
+}
+
+// With a check sum, right or wrong, and in version 2.4 all other fields that there are.
+Bytes ExtendedTag(int version, uint8_t flags, const std::string& title, uint32_t wrong,
+                  size_t paddingBytes = 20) {
+    const Bytes text = ByteWriter().U8(version == 4 ? 3 : 0).Text(title);
+    const Bytes frames = Id3TagWriter(version).Frame("TIT2", text).Text("TPE1", "\xFF\xE0").Body();
+    const Bytes padding(paddingBytes);
+    ByteWriter header;
+    if (version == 3) {
+        header.Be32(10).Be16(0x8000).Be32(static_cast<uint32_t>(paddingBytes)).Be32(CheckSum(frames) + wrong);
+    } else {
+        const uint32_t sum = CheckSum(ByteWriter().Add(frames).Add(padding)) + wrong;
+        header.Be32(15).Add({1, 0x70, 0, 5, static_cast<uint8_t>(sum >> 28)});
+        header.Be32(Syncsafe(sum & 0xFFFFFFF)).Add({1, 0x28});
+    }
+    return Id3TagWriter(version).Add(header).Add(frames).Add(padding).Tag(flags | 0x40);
+}
+
+// The sum and the padding are right again; a sum that was wrong stays what it was.
+TEST(Id3Patches, KeepTheExtendedHeaderOfATag) {
+    for (const auto& [version, flags] : {std::pair(3, 0), {3, 0x80}, {4, 0}})
+        for (const uint32_t wrong : {0u, 9u})
+            for (const std::string title : {"Other!!", "Titles that are longer!!", "Evn!"}) {
+                SCOPED_TRACE(std::to_string(version) + " " + title);
+                const auto old = ExtendedTag(version, static_cast<uint8_t>(flags), "Title", wrong);
+                const auto patched = PatchId3({old, StoreOf({{"ID3:TIT2", title}})});
+                ASSERT_TRUE(patched);
+                EXPECT_EQ(patched->size() % 2, old.size() % 2);
+                // A zero more keeps the tag even or odd.
+                const size_t padding = title.size() % 2 == 1 ? 20 : 21;
+                if (wrong == 0) {
+                    EXPECT_EQ(TextOf(*patched),
+                              TextOf(ExtendedTag(version, static_cast<uint8_t>(flags), title, 0, padding)));
+                }
+                MetadataStore now;
+                ASSERT_TRUE(ReadId3Chunk(*patched, now, 1));
+                EXPECT_EQ(now.Value("ID3:TIT2"), title);
+                const auto back = PatchId3({*patched, StoreOf({{"ID3:TIT2", "Title"}})});
+                EXPECT_EQ(TextOf(*back), TextOf(old));
+            }
+}
+
+// Its one frame behind an extended header that ends, or does not end, in a check sum.
+Bytes TagWithSum(int version, const Bytes& header, bool hasSum, const std::string& title,
+                 const std::string& summed) {
+    const auto frame = [&](const std::string& text) {
+        return Id3TagWriter(version).Frame("TIT2", BytesOf("\3" + text)).Body();
+    };
+    const uint32_t sum = CheckSum(frame(summed));
+    ByteWriter body;
+    body.Add(header);
+    if (hasSum && version == 3) body.Be32(sum);
+    if (hasSum && version == 4) body.U8(static_cast<uint8_t>(sum >> 28)).Be32(Syncsafe(sum & 0xFFFFFFF));
+    return Id3TagWriter(version).Add(body).Add(frame(title)).Tag(0x40);
+}
+
+TEST(Id3Patches, RenewTheSumThatAnExtendedHeaderHasAndNothingElse) {
+    struct Case {
+        int version;
+        Bytes header;
+        bool hasSum;
+        bool isRenewed;
+    };
+    const Case cases[] = {
+        {3, ByteWriter().Be32(0), false, false},
+        {3, ByteWriter().Be32(6).Be16(0x8000).Be32(9), false, false},
+        {3, ByteWriter().Be32(10).Be16(0).Be32(9), true, false},
+        {3, ByteWriter().Be32(10).Be16(0x8000).Be32(9), true, true},
+        {4, ByteWriter().Be32(6).U8(1).U8(0x60), false, false},
+        {4, ByteWriter().Be32(7).Add({1, 0x60, 0}), false, false},
+        {4, ByteWriter().Be32(12).Add({1, 0, 5}), true, false},
+        {4, ByteWriter().Be32(12).Add({1, 0x20, 4}), true, false},
+        {4, ByteWriter().Be32(12).Add({1, 0x20, 5}), true, true},
+        {4, ByteWriter().Be32(15).Add({1, 0x60, 2, 9, 9, 5}), true, true},
+    };
+    for (const auto& [version, header, hasSum, isRenewed] : cases) {
+        const auto old = TagWithSum(version, header, hasSum, "ab", "ab");
+        const auto expected = TagWithSum(version, header, hasSum, "cd", isRenewed ? "cd" : "ab");
+        auto patched = Patched(old, "TIT2=cd");
+        if (version == 3) patched[patched.size() - 3] = 3;  // the encoding, Latin-1 there
+        if (version == 4 || !isRenewed) {
+            EXPECT_EQ(TextOf(patched), TextOf(expected)) << version << " " << TextOf(header);
+        }
+    }
+    EXPECT_FALSE(PatchId3({TagWithSum(4, ByteWriter().Be32(5).U8(1), false, "a", ""), StoreOf({})}));
+    EXPECT_FALSE(PatchId3({BytesOf("TAG\4\0\0\0\0\0\0"s), StoreOf({})}));
+    EXPECT_EQ(Patched(TagOf(2, {"TT2\0a"s}, 0x40), "TIT2=b"), TagOf(2, {"TT2\0b"s}, 0x40));
+    EXPECT_EQ(BlankId3(), TagOf(4, {}));
+}
+
+TEST(Id3Patches, KeepATagUnsynchronised) {
+    const std::string object = "GEOB\0\0\0\xFF\0\xFF\xE0\xFF"s;
+    for (const std::string value : {"\u00FF\u00E0", "\u00FF", "a\u00FFz", "\u00FF\u00FF\u00DF"})
+        for (const bool atEnd : {false, true}) {
+            Frames frames = {"TIT2\0\0\0x"s, object, "TPE1\0\0\0y"s};
+            const auto old = TagOf(3, frames, 0x80);
+            const auto patched = Patched(old, (atEnd ? "TPE1=" : "TIT2=") + value);
+            std::string latin1;
+            for (const char byte : value)
+                if (byte == '\xC3')
+                    latin1 += '\x40';
+                else
+                    latin1 += static_cast<char>(latin1.ends_with('\x40') ? byte + 0x40 : byte);
+            std::erase(latin1, '\x40');
+            frames[atEnd ? 2 : 0] = (atEnd ? "TPE1\0\0\0"s : "TIT2\0\0\0"s) + latin1;
+            EXPECT_EQ(FramesOf(patched), frames);
+            for (size_t i = 11; i < patched.size(); ++i)
+                EXPECT_FALSE(patched[i - 1] == 0xFF && patched[i] >= 0xE0) << i;
+            EXPECT_TRUE(IsWalkedWhole(patched));
+            EXPECT_EQ(Patched(patched, atEnd ? "TPE1=y" : "TIT2=x"), old);
+        }
+    // A zero that comes to stand behind a byte of 255 is the next frame's own.
+    const Frames odd = {"GEOB\0\0\0\xFF"s, "TIT2\0\0\0x"s, "\0ABC\0\0z"s, "TPE1\0\0\0y"s};
+    const Frames shortened = {odd[0], odd[2], odd[3]};
+    EXPECT_EQ(FramesOf(Patched(TagOf(3, odd, 0x80), "TIT2=")), shortened);
+    EXPECT_EQ(Patched(TagOf(3, odd), "TIT2="), TagOf(3, shortened));
+}
+
+TEST(Id3Patches, PutOutWhatHasNoPlaceAndKeepWhatHasNoKey) {
+    const Frames frames = {"TALB\0\x80\0\0\1\0zipped"s, "TXXX\0\x80\0\0\1\0zipped"s, "GEOB\0\0object"s};
+    EXPECT_EQ(FramesOf(Patched(TagOf(3, frames), "TALB=new")),
+              (Frames{frames[1], frames[2], "TALB\0\0\0new"s}));
+    EXPECT_EQ(FramesOf(Patched(TagOf(3, frames), "TALB=|TIT2=")), frames);
+    EXPECT_EQ(FramesOf(Patched(TagOf(3, frames), "GEOB=x|TIT2:002=b|TIT2:010=c|TIT2=a|TIT2:1000=d")),
+              (Frames{frames[0], frames[1], frames[2], "TIT2\0\0\0a"s, "TIT2\0\0\0b"s, "TIT2\0\0\0c"s,
+                      "TIT2\0\0\0d"s}));
+    auto store = ReadStore(FullTag(4));
+    store.RemoveWhere([](std::string_view key) { return key.starts_with("ID3:CHAP"); });
+    EXPECT_EQ(ReadTag(Patched(FullTag(4), "CHAP=")), EntriesOf(store));
+    EXPECT_EQ(ReadTag(Patched(FullTag(4), "CHAP=5 chapters")), fullEntries);
+    EXPECT_EQ(Patched(TagOf(4, {"TIT2\0\0\0x"s}), "TIT2="), Bytes{});
+}
+
+TEST(Id3Patches, LeaveTheFooterOutAndSaySo) {
+    const auto frames = Id3TagWriter(4).Text("TIT2", "a");
+    const auto footed = [&](const Bytes& rest) {
+        return Id3TagWriter(4).Add(frames.Body()).Add(rest).Tag(0x10);
+    };
+    const Bytes footer = ByteWriter().Text("3DI\4").U8(0).U8(0x10).Be32(12);
+    const Bytes patched = Patched(footed(footer), "TIT2=b");
+    EXPECT_EQ(patched[5], 0);
+    EXPECT_EQ(FramesOf(patched), Frames{"TIT2\0\0\3b"s});
+    EXPECT_EQ(patched.size(), frames.Tag().size());
+    // Not where there is none.
+    for (const Bytes& rest : {Bytes{}, Bytes(4), BytesOf("3D"), BytesOf("3DX and more")}) {
+        const auto kept = Patched(footed(rest), "TIT2=b");
+        EXPECT_EQ(kept[5], 0x10);
+        EXPECT_EQ(kept.size(), footed(rest).size());
+    }
+}
+
+}  // namespace
+}  // namespace vantor::test
