@@ -107,6 +107,7 @@ TEST(FieldPatches, TimersOfACartKeepTheirPlaces) {
         {Cart({}, "u", std::string_view("even\0", 5)), "CART:TagText=odd", Cart({}, "u", "odd")},
         {Cart({}, "u", std::string_view("odd\0\0x", 6)), "CART:TagText=even",
          Cart({}, "u", std::string_view("even\0\0x\0", 8))},
+        {Cart({}, "u", "x"), "CART:TagText=", Cart({}, "u", std::string_view("\0", 1))},
         {Bytes(2047), "CART:URL=u", refusedBody},
     };
     for (const auto& [before, change, after] : cases)

@@ -71,6 +71,8 @@ const std::string fullNote = "<NOTE>it's\xC3\xA9 &lt;1&gt;</NOTE>";
 
 const std::vector<Case>& Cases() {
     static const Bytes document = BytesOf(recordersIxml), xmp = BytesOf(editorsXmp);
+    static const Bytes fields = BytesOf("<BWFXML><Z>1</Z></BWFXML>   "s);
+    const std::string end = "</BWFXML>";
     static const std::vector<Case> cases = {
         // An element is filled, changed, found by its number; what is empty without an end tag gets one.
         {"IXML", document, "IXML:NOTE=it's\u00E9 <1>", {{"<NOTE></NOTE>", fullNote}}},
@@ -116,6 +118,81 @@ const std::vector<Case>& Cases() {
          "IXML:A=1",
          {{"x<!--> y-->", "1<!--> y-->"}}},
         {"IXML", BytesOf("<BWFXML><A>x<?p q='?>' r=\"'\"?></A></BWFXML>"s), "IXML:A=1", {{"x<?", "1<?"}}},
+        {"IXML",
+         BytesOf("<BWFXML><A>x<?p q='?>' r=\"'?>\"?>yz<?q?>y</A></BWFXML>"s),
+         "IXML:A=1",
+         {{"x<?", "1<?"}, {"?>yz<", "?><"}, {"?>y<", "?><"}}},
+        {"IXML", BytesOf("<BWFXML><NOTE> </NOTE><B>2</B></BWFXML>"s), "IXML:NOTE=1", {{"> <", ">1<"}}},
+        {"IXML",
+         BytesOf("<?xml encoding='ISO-8859-1'?><BWFXML><A>1</A></BWFXML>"s),
+         "IXML:A=\u007F\u0080\u00E9",
+         {{"1</A>", "\x7F&#128;&#233;</A>"}}},
+        {"IXML", BytesOf("encoding <BWFXML><A>1</A></BWFXML>"s), "IXML:A=\u00E9", {{"1", "\u00E9"}}},
+        {"IXML", BytesOf("<BWFXML><A>1</A></BWFXML>    "s), "IXML:A=\u00E9|INFO:INAM=x", {{"1", "\u00E9"}}},
+        // Several at once, some inside others.
+        {"IXML",
+         BytesOf("<BWFXML><M>one<C>two</C>three</M></BWFXML>"s),
+         "IXML:M=11111|IXML:M:C=2",
+         {{"one", "11111"}, {"two", "2"}, {"three", ""}}},
+        {"IXML",
+         BytesOf("<BWFXML><M>one<C>two</C>three</M><N>4</N></BWFXML>"s),
+         "IXML:M=|IXML:M:C=",
+         {{"one", ""}, {"two", ""}, {"three", ""}}},
+        {"IXML", document, "IXML:PROJECT=|IXML:SPEED:NOTE=", {{"Moby &amp; Dick", ""}, {"slow", ""}}},
+        {"IXML", BytesOf("<BWFXML><BWFXML>t<A>1</A></BWFXML></BWFXML>"s), "IXML=x|IXML:A=2", {{"1", "2"}}},
+        // What was there keeps its tags, whatever else is taken out of it.
+        {"IXML", BytesOf("<BWFXML>\n<N a='1'>x</N></BWFXML>"s), "IXML:N=", {{"x", ""}}},
+        {"IXML", BytesOf("<BWFXML>\n<N>x<C/></N></BWFXML>"s), "IXML:N=", {{"x", ""}}},
+        {"IXML", BytesOf("<BWFXML><N>x<!-- --></N ></BWFXML>"s), "IXML:N=", {{"x", ""}}},
+        {"IXML", BytesOf("<BWFXML><P>text<N>x</N></P></BWFXML>"s), "IXML:P:N=", {{">x<", "><"}}},
+        {"IXML", BytesOf("<BWFXML><P><N >x</N></P></BWFXML>"s), "IXML:P:N=", {{">x<", "><"}}},
+        {"IXML", BytesOf("<BWFXML><P>\n<N>x</N> </P></BWFXML>"s), "IXML:P:N=", {{">x<", "><"}}},
+        {"IXML", BytesOf("<BWFXML>\n<P a='1'>\n<N>x</N></P></BWFXML>"s), "IXML:P:N=", {{"\n<N>x</N>", ""}}},
+        {"IXML", BytesOf("<BWFXML><A>1</A>\n<B>x</B>\n<C>3</C></BWFXML>"s), "IXML:B=", {{"\n<B>x</B>", ""}}},
+        {"IXML",
+         BytesOf("<BWFXML>\n<P>\n<N>x</N>\n<M>y</M></P></BWFXML>"s),
+         "IXML:P:N=",
+         {{"\n<N>x</N>", ""}}},
+        {"IXML",
+         BytesOf("<BWFXML>\n<P>\n<N>x</N>\n<M>y</M></P></BWFXML>"s),
+         "IXML:P:M=",
+         {{"\n<M>y</M>", ""}}},
+        {"IXML", BytesOf("<BWFXML>own\n<A >x</A></BWFXML>   "s), "IXML:A=", {{"\n<A >x</A>", ""}}},
+        {"IXML", document, "IXML:TAPE:X=1", {{"<TAPE/>", "<TAPE>\n<X>1</X></TAPE >"}}},
+        // The place of a new one: the first empty one, the first parent that has none, or a new parent.
+        {"IXML", BytesOf("<BWFXML><A/><A/></BWFXML>   "s), "IXML:A=1", {{"<A/>", "<A>1</A >"}}},
+        {"IXML",
+         BytesOf("<BWFXML><L><T><N>a</N></T><T>x</T><T>y</T></L></BWFXML>"s),
+         "IXML:L:T:N:2=b",
+         {{"x<", "x<N >b</N><"}}},
+        {"IXML",
+         BytesOf("<BWFXML><L><T><N>a</N></T><T/><T><N>c</N></T></L></BWFXML>"s),
+         "IXML:L:T:N:3=d",
+         {{"</L>", "\n<T>\n<N>d</N></T></L>"}}},
+        {"IXML", BytesOf("<BWFXML><L><N>a</N></L></BWFXML>"s), "IXML:L:N:2=b", {{"</L>", "\n<N>b</N></L>"}}},
+        {"IXML",
+         BytesOf("<BWFXML><L><A>1</A></L><L><A>2</A></L></BWFXML>"s),
+         "IXML:L:B:C=3",
+         {{"2</A>", "2</A>\n<B>\n<C>3</C></B>"}}},
+        {"IXML",
+         BytesOf("<BWFXML><L><B><X>1</X></B></L><L><A>2</A></L></BWFXML>"s),
+         "IXML:L:B:C:D:2=3",
+         {{"</X>", "</X>\n<C>\n<D>3</D></C>"}}},
+        // A number behind a colon counts from 2 on; other digits are a name.
+        {"IXML", fields, "IXML:A:2=x", {{end, "\n<A>x</A>" + end}}},
+        {"IXML", fields, "IXML:A:02=x", {{end, "\n<A>\n<_02>x</_02></A>" + end}}},
+        {"IXML", fields, "IXML:A:1=x", {{end, "\n<A>\n<_1>x</_1></A>" + end}}},
+        {"IXML", fields, "IXML:A:2x=x", {{end, "\n<A>\n<_2x>x</_2x></A>" + end}}},
+        {"IXML", fields, "IXML:A:99999999999=x", {{end, "\n<A>\n<_99999999999>x</_99999999999></A>" + end}}},
+        {"IXML", fields, "IXML:USER:2=x", {{end, "\n<USER>\n<_2>x</_2></USER>" + end}}},
+        {"IXML",
+         BytesOf("<BWFXML><USER>u</USER></BWFXML>"s),
+         "IXML:USER:2=x",
+         {{"</USER>", "</USER>\n<USER>x</USER>"}}},
+        {"IXML",
+         fields,
+         "IXML:A=1|IXML:A:2=2|IXML:A:3=3|IXML:A:9=9|IXML:A:10=10",
+         {{end, "\n<A>1</A>\n<A>2</A>\n<A>3</A>\n<A>9</A>\n<A>10</A>" + end}}},
         // Attributes, elements, items and alternatives are changed where they stand.
         {"XMP", xmp, "XMP:dm/artist=B", {{"d:artist=\"A\"", "d:artist=\"B\""}}},
         {"XMP", xmp, "XMP:dc/format=it's", {{"audio/x-&#xE4;", "it&apos;s"}}},
@@ -208,6 +285,21 @@ TEST(Patches, ChangeTheBytesOfTheValueAndNothingElse) {
         if (AreNew(change, old)) {
             EXPECT_EQ(TextOf(*back), TextOf(test.body));
         }
+    }
+}
+
+TEST(Patches, OfDocumentsThatCannotBeReadAreRefused) {
+    for (const auto* document : {"<BWFXML><A>1</B></BWFXML>", "<OTHER><A>1</A></OTHER>    ", ""})
+        for (const auto* change : {"IXML:A=2", "IXML:A=", "IXML:A=|IXML:B="})
+            EXPECT_FALSE(PatchIxml({BytesOf(document), ChangeOf(change)})) << document;
+    for (const auto* change : {"IXML:A=1", "IXML:A=1|IXML:A:2=2|ASWG:b=3"}) {
+        const auto filled = PatchIxml({BlankIxml(), ChangeOf(change)});
+        ASSERT_TRUE(filled);
+        MetadataStore store, reverse;
+        ASSERT_TRUE(ReadIxml(*filled, store));
+        EXPECT_EQ(EntriesOf(store), EntriesOf(ChangeOf(change)));
+        store.ForEach([&](const auto& entry) { reverse.Set(entry.key, ""); });
+        EXPECT_EQ(PatchIxml({*filled, reverse}), Bytes{});
     }
 }
 

@@ -37,7 +37,7 @@ std::string PathOf(const std::vector<std::string>& names, size_t count) {
 // Where the elements of a path stand that a new one is to follow.
 struct IxmlEdit::Neighbours {
     Path empty;        // the first without a text behind the last with one
-    Path freeParent;   // the first element one step up that holds none, behind the last with a text
+    Path freeParent;   // the first element one step up behind the last with a text; holds none unless `empty`
     Path parent;       // the last element of the longest part of the path that is there
     size_t depth = 0;  // of `parent`, in names
 };
@@ -101,7 +101,7 @@ bool IxmlEdit::RemoveTexts(const IxmlKeys& keys) {
 bool IxmlEdit::GoesWhole(const Path& path) const {
     const XmlElement& element = *path.back();
     const bool isBare = element.firstChild == nullptr && element.firstAttribute == nullptr;
-    return isBare && path.size() > 1 && text_.WasAdded(element, *path[path.size() - 2]);
+    return isBare && text_.WasAdded(element, *path[path.size() - 2]);
 }
 
 // True when it is there.
@@ -112,15 +112,14 @@ bool IxmlEdit::Change(std::string_view key, std::string_view value) {
     return !path.empty();
 }
 
-bool IxmlEdit::Remove(std::string_view key) {
-    if (!text_.Parse()) return false;
+void IxmlEdit::Remove(std::string_view key) {
+    if (!text_.Parse()) return;
     const Path path = Find(key);
-    if (path.empty()) return false;
+    if (path.empty()) return;
     if (GoesWhole(path))
         text_.Remove(path);
     else
         text_.SetValue(*path.back(), "");
-    return true;
 }
 
 IxmlEdit::Neighbours IxmlEdit::FindNeighbours(const std::vector<std::string>& names) const {
@@ -128,21 +127,16 @@ IxmlEdit::Neighbours IxmlEdit::FindNeighbours(const std::vector<std::string>& na
     std::vector<std::string> paths;  // of the first name, the first two ...
     for (size_t count = 1; count <= names.size(); ++count)
         paths.push_back(PathOf(names, count));
-    const XmlElement* openParent = nullptr;  // the last of them so far
     for (IxmlWalk walk(text_.Root()); walk.Next();) {
         const size_t depth = static_cast<size_t>(std::ranges::find(paths, walk.Path()) - paths.begin()) + 1;
         const auto elements = [&] { return Path(walk.Elements().begin(), walk.Elements().end()); };
         if (depth < names.size() && depth >= found.depth) found.parent = elements(), found.depth = depth;
-        if (depth + 1 == names.size()) {
-            openParent = &walk.Element();
-            if (found.freeParent.empty()) found.freeParent = elements();
-        }
+        if (depth + 1 == names.size() && found.freeParent.empty()) found.freeParent = elements();
         if (depth != names.size()) continue;
-        const bool isFree = walk.Element().Value().empty();
-        if (!isFree) found.empty.clear();
-        if (isFree && found.empty.empty()) found.empty = elements();
-        const bool hasIt = !found.freeParent.empty() && found.freeParent.back() == openParent;
-        if (!isFree || hasIt) found.freeParent.clear();
+        if (!walk.Element().Value().empty())
+            found.empty.clear(), found.freeParent.clear();
+        else if (found.empty.empty())
+            found.empty = elements();
     }
     return found;
 }

@@ -32,7 +32,7 @@ class IxmlEdit {
     IxmlKeys ChangeTexts(const MetadataStore& change);
     // True when it is there.
     bool Change(std::string_view key, std::string_view value);
-    bool Remove(std::string_view key);
+    void Remove(std::string_view key);
     // Empties the elements of all keys. False, and nothing is done, when some cannot be dealt with at once:
     // they go as a whole, or hold others.
     bool RemoveTexts(const IxmlKeys& keys);
