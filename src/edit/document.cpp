@@ -31,7 +31,7 @@ std::vector<DocumentPlace> PlacesOf(FileReader& file, const AudioFormat& format,
     RiffChunkWalk walk(file, format.fileKind != kindWave, {});
     RiffChunk chunk{};
     while (walk.Next(chunk) == WalkStep::chunk)
-        if (chunk.scheme == scheme && !chunk.isCutOff) places.push_back({chunk.BodyStart(), chunk.bodyBytes});
+        if (chunk.scheme == scheme) places.push_back({chunk.BodyStart(), chunk.bodyBytes});
     return places;
 }
 

@@ -44,6 +44,17 @@ TEST_F(Documents, AreMeasuredWithoutABufferAndFillASmallOne) {
     EXPECT_EQ(bytes, whole.substr(0, 5) + "???");
 }
 
+TEST_F(Documents, AreWholeOrNone) {
+    Bytes file = ByteWriter()
+                     .Add(MonoFile(Ramp(10)))
+                     .Chunk("iXML", ByteWriter().Text("<BWFXML><NOTE>n</NOTE></BWFXML>"));
+    file[4] = static_cast<uint8_t>(file.size() - 8);
+    EXPECT_EQ(Read(*OpenSource(folder.Write("file.wav", file)), "IXML", 99),
+              "<BWFXML><NOTE>n</NOTE></BWFXML>");
+    file.resize(file.size() - 2);  // a pad byte and one of the document's
+    EXPECT_EQ(Read(*OpenSource(folder.Write("cut.wav", file)), "IXML", 99), "");
+}
+
 // Odd and even ones, in place and as a copy; every other chunk stays where it was.
 TEST_F(Documents, ComeBackByteForByte) {
     const struct {

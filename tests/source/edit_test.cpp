@@ -345,6 +345,16 @@ TEST_F(Edits, OfTempoAndKeyReachTheLoopChunk) {
     expectLoop("TITLE=x", 120, 2, 2);
     expectLoop("KEY=eb", 120, 2, 3);
     expectLoop("BPM=140.5", 140.5, 0, 3);  // its beats have another length
+    expectLoop("KEY=C", 140.5, 0, 0);
+    const Bytes withoutRoot = ByteWriter().Chunk("acid", AcidBody{0x08, 62, 8, 130});
+    for (const Bytes& file : {MonoFile(Ramp(100)), MonoFile(Ramp(100), withoutRoot)}) {
+        const auto plain = OpenSource(folder.Write("plain.wav", file));
+        const auto loopKind = plain->Attachment().format->loopKind;
+        EXPECT_EQ(RequestWrite(*plain, target, {"BPM=90"}, mergeTags), updatedInPlace);
+        Reopen(*plain);
+        EXPECT_EQ(plain->Attachment().format->loopKind, loopKind);
+        EXPECT_FALSE(plain->Attachment().format->hasRootNote);
+    }
 }
 
 }  // namespace
