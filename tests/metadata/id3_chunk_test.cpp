@@ -47,9 +47,10 @@ TEST(Id3Chunk, WritesTextsAsUtf8OfVersion24) {
                              "TXXX\0\0\3VANTOR\0g"s,
                              "UFID\0\0o\0h"s};
     EXPECT_EQ(FramesOf(tag), expected);
-    EXPECT_EQ(tag.size() % 2, 0u);
+    for (const auto* title : {"ab", "abc"})
+        EXPECT_EQ(BuildTag(StoreOf({{"ID3:TIT2", title}})).size(), 24u);
     EXPECT_EQ(TextOf(tag).substr(0, 6), "ID3\4\0\0"s);
-    const auto others = StoreOf(Listed("", "INFO:INAM=x|ID3X:TIT2=x|ID3:TIT2="));
+    const auto others = StoreOf(Listed("", "INFO:INAM=x|ID3X:TIT2=x|ID3:TIT2=|APE:TIT2=x"));
     EXPECT_EQ(BuildTag(others, TagOf(3, {"TIT2\0\0\0removed"s})), Bytes{});
 }
 
@@ -79,6 +80,23 @@ TEST(Id3Chunk, KeepsUnchangedFramesAndOrderInAnEdit) {
     EXPECT_EQ(EntriesOf(ReadStore(tag)), EntriesOf(store));
 }
 
+// A frame that cannot be read gives way to a text of its id, and to nothing else.
+TEST(Id3Chunk, KeepsFramesBesideOthersOfTheirKind) {
+    const std::string zipped = "\0\x80\0\0\1\0zipped"s;
+    const Frames odd = {"COMM" + zipped, "TXXX" + zipped, "TIT2\0\0\4text"s, "GEOB\0\0a"s, "GEOB\0\0a"s};
+    auto expected = odd;
+    expected.insert(expected.end(), {"COMM\0\0\0eng\0new"s, "TIT2\0\0\0new"s, "TXXX\0\0\0\0new"s});
+    const auto store = StoreOf(Listed("ID3:", "COMM=new|TIT2=new|TXXX=new"));
+    EXPECT_EQ(FramesOf(BuildTag(store, TagOf(3, odd))), expected);
+    const auto dated = TagOf(4, {"TDRC\0\0\x03"
+                                 "2001"s});
+    EXPECT_EQ(FramesOf(BuildTag(StoreOf(Listed("ID3:", "TDRC=2001|TYER=1999")), dated)),
+              (Frames{"TDRC\0\0\x03"
+                      "2001"s,
+                      "TYER\0\0\x03"
+                      "1999"s}));
+}
+
 TEST(Id3Chunk, CarriesFramesTheStoreCannotHold) {
     // A RIFF file has chunks of their own for documents.
     const auto oldTag =
@@ -99,6 +117,28 @@ TEST(Id3Chunk, CarriesFramesTheStoreCannotHold) {
     expected.erase(expected.begin() + 3);
     expected.push_back("TALB\0\0\3new"s);
     EXPECT_EQ(FramesOf(BuildTag24(StoreOf({{"ID3:TALB", "new"}}), oldTag)), expected);
+}
+
+TEST(Id3Chunk, ConvertsWhatAFrameHoldsAsFarAsItIsThere) {
+    const auto inner = [](int version) {
+        return TextOf(Id3TagWriter(version).Text("TIT2", std::string(200, 'i')).Body());
+    };
+    const std::string toc = "CTOC\0\0t\0\3\2c1\0c2\0"s, chapter = "CHAP\0\0c\0"s + std::string(16, '\1');
+    const std::pair<std::string, Frames> cases[] = {
+        {"RVAD\0\x80\0\0\1"s, {}},
+        {"RVAD\0\xC0\0\0\0\1"s, {}},
+        {"RVAD\0\xE0\0\0\0\1m"s, {}},
+        {"RVAD\0\x80\x10\0\0\0z"s, {}},
+        {"RVAD\0\x80\x0F\xFF\xFF\xFFz"s, {"RVAD\0\x09\x7F\x7F\x7F\x7Fz"s}},
+        {toc + inner(3), {toc + inner(4)}},
+        {chapter + inner(3) + "ab c\0\0\0\1\0\0x"s, {chapter + inner(4)}},
+        {chapter + "CHAP\0\0\0\x02\0\0c\0"s, {chapter + "CHAP\0\0\0\x02\0\0c\0"s}},
+        {"CTOC\0\0t\0\3"s, {"CTOC\0\0t\0\3"s}},
+        {"CTOC\0\0t\0\3\2c1\0c2"s, {"CTOC\0\0t\0\3\2c1\0c2"s}},
+    };
+    for (const auto& [frame, converted] : cases)
+        EXPECT_EQ(FramesOf(BuildTag24(ReadStore(TagOf(3, {frame})), TagOf(3, {frame}))), converted);
+    EXPECT_EQ(FramesOf(BuildTag24({}, TagOf(2, {"PIC\0PN"s, "GEOa"s}))), Frames{"GEOB\0\0a"s});
 }
 
 TEST(Id3Chunk, CarriesA24FrameUnsynchronisedOnItsOwn) {
@@ -162,6 +202,9 @@ TEST(Id3Chunk, CopiesThePictureThatADescriptorNames) {
           "type:0 offset:18446744073709551615 length:2", "type:0 offset:1 length:18446744073709551615",
           "type:200 offset:1 length:1", "C:/cover.png"})
         EXPECT_EQ(PictureFrames(descriptor), Frames{}) << descriptor;
+    const Frames old = {"APIC\0\0\0image/png\0\3\0old"s};
+    EXPECT_EQ(PictureFrames("C:/cover.png", TagOf(3, old)), old);
+    EXPECT_EQ(PictureFrames("type:0 offset:18 length:0"), (Frames{"APIC\0\0\3\0\0\0"s}));
     EXPECT_EQ(BuildTag(StoreOf({{"ID3:APIC", "type:0 offset:1 length:1"}})), Bytes{}) << "no source";
 }
 
@@ -184,6 +227,16 @@ TEST(Id3Chunk, KeepsPicturesWhereverTheyLie) {
         // Another picture in its place; the second one removed.
         EXPECT_EQ(PictureFrames("type:3 offset:10 length:7", oldTag), (Frames{"APIC\0\0\0\0\3\0picture"s}));
     }
+}
+
+TEST(Id3Chunk, KeepsTheVersionThatSeveralTagsHave) {
+    const Frames twice = {"TIT2\0\0\0a"s, "TIT2\0\0\0a"s, "CTOC\0\0one\0\3\0"s};
+    const auto first = TagOf(3, twice), last = TagOf(3, {"CTOC\0\0two\0\3\0"s});
+    const auto tag = BuildTag(ReadStore(first), {first, last});
+    EXPECT_EQ(tag[3], 3);
+    EXPECT_EQ(FramesOf(tag), (Frames{"CTOC\0\0two\0\3\0"s, twice[0], twice[1], twice[2]}));
+    const Frames object = {"GEOB\0\0object"s};
+    EXPECT_EQ(FramesOf(BuildTag({}, {TagOf(2, {"GEOobject"s}), TagOf(4, object)})), object);
 }
 
 TEST(Id3Chunk, KeepsWhatSeveralTagsHold) {

@@ -36,11 +36,9 @@ struct NewEntry {
     std::string_view value;
 };
 
-PendingEntries Id3EntriesOf(const MetadataStore& store) {
+PendingEntries AllOf(const MetadataStore& store) {
     PendingEntries entries;
-    store.ForEach([&](const MetadataEntry& entry) {
-        if (entry.key.starts_with(id3Prefix) && !entry.value.empty()) entries.emplace(entry.key, entry.value);
-    });
+    store.ForEach([&](const MetadataEntry& entry) { entries.emplace(entry.key, entry.value); });
     return entries;
 }
 
@@ -84,7 +82,7 @@ MetadataStore EntriesFor(int version, const MetadataStore& store, const OldId3Ta
             change.Set(entry.key, entry.value);
     });
     own.ForEach([&](const MetadataEntry& entry) {
-        if (entry.key.starts_with(id3Prefix) && !store.Has(entry.key)) change.Set(entry.key, {});
+        if (!store.Has(entry.key)) change.Set(entry.key, {});
     });
     MetadataStore wanted;
     own.ForEach([&](const MetadataEntry& entry) {
@@ -106,7 +104,7 @@ class TagMerge {
           store_(entries),
           writer_{version, source, old.unsynchronised},
           old_(old),
-          pending_(Id3EntriesOf(entries)) {}
+          pending_(AllOf(entries)) {}
 
     void TakeOverAll();
     void AppendNewEntries();
