@@ -32,7 +32,7 @@ uint32_t CheckSum(const Bytes& bytes) {
 Bytes ExtendedTag(int version, uint8_t flags, const std::string& title, uint32_t wrong,
                   size_t paddingBytes = 20) {
     const Bytes text = ByteWriter().U8(version == 4 ? 3 : 0).Text(title);
-    const Bytes frames = Id3TagWriter(version).Frame("TIT2", text).Text("TPE1", "\xFF\xE0").Body();
+    const Bytes frames = Id3TagWriter(version).Frame("TIT2", text).Text("TPE1", "\xFF\xE0\xFFz").Body();
     const Bytes padding(paddingBytes);
     ByteWriter header;
     if (version == 3) {
@@ -111,6 +111,17 @@ TEST(Id3Patches, RenewTheSumThatAnExtendedHeaderHasAndNothingElse) {
             EXPECT_EQ(TextOf(patched), TextOf(expected)) << version << " " << TextOf(header);
         }
     }
+    // A sum whose bytes look like a synchronisation.
+    int looks = 0;
+    for (int number = 0; number < 3000; ++number) {
+        const std::string title = "t" + std::to_string(10'000 + number);
+        const auto expected = ExtendedTag(3, 0x80, title, 0, 21);
+        const bool isStuffed = expected.size() > ExtendedTag(3, 0x80, "t00000", 0, 21).size();
+        if (!isStuffed || expected[24] == 0xFF) continue;
+        ++looks;
+        EXPECT_EQ(Patched(ExtendedTag(3, 0x80, "Title", 0), "TIT2=" + title), expected);
+    }
+    EXPECT_GT(looks, 0);
     EXPECT_FALSE(PatchId3({TagWithSum(4, ByteWriter().Be32(5).U8(1), false, "a", ""), StoreOf({})}));
     EXPECT_FALSE(PatchId3({BytesOf("TAG\4\0\0\0\0\0\0"s), StoreOf({})}));
     EXPECT_EQ(Patched(TagOf(2, {"TT2\0a"s}, 0x40), "TIT2=b"), TagOf(2, {"TT2\0b"s}, 0x40));
@@ -150,14 +161,46 @@ TEST(Id3Patches, PutOutWhatHasNoPlaceAndKeepWhatHasNoKey) {
     EXPECT_EQ(FramesOf(Patched(TagOf(3, frames), "TALB=new")),
               (Frames{frames[1], frames[2], "TALB\0\0\0new"s}));
     EXPECT_EQ(FramesOf(Patched(TagOf(3, frames), "TALB=|TIT2=")), frames);
-    EXPECT_EQ(FramesOf(Patched(TagOf(3, frames), "GEOB=x|TIT2:002=b|TIT2:010=c|TIT2=a|TIT2:1000=d")),
+    EXPECT_EQ(FramesOf(Patched(TagOf(3, frames), "GEOB=x|TIT2:002=b|TIT2:999=c|TIT2=a|TIT2:1000=d")),
               (Frames{frames[0], frames[1], frames[2], "TIT2\0\0\0a"s, "TIT2\0\0\0b"s, "TIT2\0\0\0c"s,
                       "TIT2\0\0\0d"s}));
+    const Frames unread = {"TIT2\0\0\4text"s, "COMM\0\x80\0\0\1\0zipped"s};
+    EXPECT_EQ(FramesOf(Patched(TagOf(3, unread), "TIT2=new|COMM=new")),
+              (Frames{unread[0], unread[1], "COMM\0\0\0eng\0new"s, "TIT2\0\0\0new"s}));
+    const Frames described = {"TXXX\0\0\0k\0v"s};
+    EXPECT_EQ(FramesOf(Patched(TagOf(3, described), "TXXX:k:002=w|TXXX:n=x|TXXX:n:002=y")),
+              (Frames{described[0], "TXXX\0\0\0k\0w"s, "TXXX\0\0\0n\0x"s, "TXXX\0\0\0n\0y"s}));
+    EXPECT_EQ(PatchId3({TagOf(3, described), StoreOf({{"INFO:TIT2", "x"}})}), TagOf(3, described));
+    const auto padded = [](const Id3TagWriter& tag) {
+        return Id3TagWriter(3).Add(tag.Body()).Add(Bytes(4)).Tag();
+    };
+    EXPECT_EQ(Patched(padded(Id3TagWriter(3).Text("TPE1", "a").Text("TIT2", "\xFF")), "TIT2="),
+              padded(Id3TagWriter(3).Text("TPE1", "a")));
     auto store = ReadStore(FullTag(4));
     store.RemoveWhere([](std::string_view key) { return key.starts_with("ID3:CHAP"); });
     EXPECT_EQ(ReadTag(Patched(FullTag(4), "CHAP=")), EntriesOf(store));
     EXPECT_EQ(ReadTag(Patched(FullTag(4), "CHAP=5 chapters")), fullEntries);
     EXPECT_EQ(Patched(TagOf(4, {"TIT2\0\0\0x"s}), "TIT2="), Bytes{});
+}
+
+TEST(Id3Patches, ChangeTheDocumentsThatATagHolds) {
+    const std::string ixml = "PRIV\0\0IXML\0"s, xmp = "PRIV\0\0XMP\0"s;
+    const std::string rdf =
+        "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#' "
+        "xmlns:c='http://purl.org/dc/elements/1.1/'><r:Description c:source='a'/></r:RDF>";
+    const Frames old = {ixml + "<BWFXML><NOTE>a</NOTE></BWFXML>", xmp + rdf, ixml + "<BWFXML version='1'/>"};
+    const auto changed = [&](const char* change) {
+        const auto patched = PatchId3({TagOf(3, old), StoreOf(Listed("", change))});
+        return patched ? FramesOf(*patched) : Frames{"refused"};
+    };
+    auto expected = old;
+    EXPECT_EQ(changed("IXML:NOTE=a|XMP:dc/source=a"), expected);
+    expected[0] = ixml + "<BWFXML><NOTE>b</NOTE></BWFXML>";
+    EXPECT_EQ(changed("IXML:NOTE=b"), expected);
+    expected = old;
+    expected[1].replace(expected[1].find("'a'"), 3, "'b'");
+    EXPECT_EQ(changed("XMP:dc/source=b"), expected);
+    EXPECT_EQ(changed("XMP:dc/source="), (Frames{old[0], old[2]}));
 }
 
 TEST(Id3Patches, LeaveTheFooterOutAndSaySo) {
@@ -170,6 +213,8 @@ TEST(Id3Patches, LeaveTheFooterOutAndSaySo) {
     EXPECT_EQ(patched[5], 0);
     EXPECT_EQ(FramesOf(patched), Frames{"TIT2\0\0\3b"s});
     EXPECT_EQ(patched.size(), frames.Tag().size());
+    const Bytes unsaid = Id3TagWriter(4).Text("TIT2", "a").Add(footer).Tag();
+    EXPECT_EQ(Patched(unsaid, "TIT2=b").size(), unsaid.size());
     // Not where there is none.
     for (const Bytes& rest : {Bytes{}, Bytes(4), BytesOf("3D"), BytesOf("3DX and more")}) {
         const auto kept = Patched(footed(rest), "TIT2=b");

@@ -143,7 +143,11 @@ const std::vector<Case>& Cases() {
         // What was there keeps its tags, whatever else is taken out of it.
         {"IXML", BytesOf("<BWFXML>\n<N a='1'>x</N></BWFXML>"s), "IXML:N=", {{"x", ""}}},
         {"IXML", BytesOf("<BWFXML>\n<N>x<C/></N></BWFXML>"s), "IXML:N=", {{"x", ""}}},
-        {"IXML", BytesOf("<BWFXML><N>x<!-- --></N ></BWFXML>"s), "IXML:N=", {{"x", ""}}},
+        {"IXML", BytesOf("<BWFXML><N>x<?q ?></N ></BWFXML>"s), "IXML:N=", {{">x", ">"}}},
+        {"IXML",
+         document,
+         "IXML:PROJECT=|IXML:TRACK_LIST:TRACK:NAME:2=",
+         {{"Moby &amp; Dick", ""}, {"<![CDATA[Lav <3>]]>", ""}}},
         {"IXML", BytesOf("<BWFXML><P>text<N>x</N></P></BWFXML>"s), "IXML:P:N=", {{">x<", "><"}}},
         {"IXML", BytesOf("<BWFXML><P><N >x</N></P></BWFXML>"s), "IXML:P:N=", {{">x<", "><"}}},
         {"IXML", BytesOf("<BWFXML><P>\n<N>x</N> </P></BWFXML>"s), "IXML:P:N=", {{">x<", "><"}}},
@@ -191,8 +195,12 @@ const std::vector<Case>& Cases() {
          {{"</USER>", "</USER>\n<USER>x</USER>"}}},
         {"IXML",
          fields,
-         "IXML:A=1|IXML:A:2=2|IXML:A:3=3|IXML:A:9=9|IXML:A:10=10",
-         {{end, "\n<A>1</A>\n<A>2</A>\n<A>3</A>\n<A>9</A>\n<A>10</A>" + end}}},
+         "IXML:A=1|IXML:A:2=2|IXML:A:3=3|IXML:A:4=4|IXML:A:5=5|IXML:A:6=6|IXML:A:7=7|IXML:A:8=8|IXML:A:9=9"
+         "|IXML:A:10=10|IXML:A:11=11",
+         {{end,
+           "\n<A>1</A>\n<A>2</A>\n<A>3</A>\n<A>4</A>\n<A>5</A>\n<A>6</A>\n<A>7</A>\n<A>8</A>\n<A>9</A>"
+           "\n<A>10</A>\n<A>11</A>" +
+               end}}},
         // Attributes, elements, items and alternatives are changed where they stand.
         {"XMP", xmp, "XMP:dm/artist=B", {{"d:artist=\"A\"", "d:artist=\"B\""}}},
         {"XMP", xmp, "XMP:dc/format=it's", {{"audio/x-&#xE4;", "it&apos;s"}}},

@@ -20,8 +20,7 @@ namespace {
 
 using Bytes = std::span<const uint8_t>;
 
-constexpr uint8_t extendedHeaderFlag = 0x40;
-constexpr size_t versionOffset = 3, flagsOffset = 5;
+constexpr size_t versionOffset = 3;
 constexpr size_t paddingOffset23 = 16, sumOffset23 = 20;
 constexpr size_t extendedFlagsOffset24 = 15, firstDataOffset24 = 16;
 constexpr uint8_t sumFlag23 = 0x80, updateFlag24 = 0x40, sumFlag24 = 0x20;
@@ -100,7 +99,6 @@ void Renew24(std::vector<uint8_t>& head, const Id3TagParts& now, const Id3TagPar
 std::vector<uint8_t> Id3HeadFor(const Id3TagParts& now, const Id3TagParts& old) {
     std::vector<uint8_t> head(old.head.begin(), old.head.end());
     const int version = head[versionOffset];
-    if (version == 2 || !(head[flagsOffset] & extendedHeaderFlag)) return head;
     const bool isUnsynchronised = IsUnsynchronised(head);
     std::vector<uint8_t> before(head.begin(), head.begin() + id3HeaderBytes);
     const auto extended = Plain(Bytes(head).subspan(id3HeaderBytes), isUnsynchronised);

@@ -37,11 +37,10 @@ bool IsZero(uint8_t byte) {
 // The footer repeats the header (ID3v2.4.0, section 3.4), so it would have to follow every change; no reader
 // of a chunk needs it. It stands behind the frames, or behind padding that should not be there.
 Bytes WithoutFooter(Bytes tag, Bytes rest) {
-    constexpr std::string_view id = "3DI";
-    const auto start = std::ranges::find_if_not(rest, IsZero);
-    const bool isFooter = (tag[flagsOffset] & footerFlag) && tag.size() >= id3HeaderBytes &&
-                          rest.end() - start >= std::ssize(id) && std::equal(id.begin(), id.end(), start);
-    return isFooter ? rest.first(static_cast<size_t>(start - rest.begin())) : rest;
+    const std::string_view stored(reinterpret_cast<const char*>(rest.data()), rest.size());
+    const size_t start = std::min(stored.find_first_not_of('\0'), stored.size());
+    const bool isFooter = (tag[flagsOffset] & footerFlag) && stored.substr(start).starts_with("3DI");
+    return isFooter ? rest.first(start) : rest;
 }
 
 class TagPatch {
@@ -63,7 +62,7 @@ class TagPatch {
     void Put(const Id3Frames& frames);
     void PutDocument(const Id3Frame& frame, const Id3Entry& entry, Bytes whole);
     void PutNew();
-    [[nodiscard]] bool GivesWay(const Id3Frame& frame, const Id3Entry& entry) const;
+    [[nodiscard]] bool GivesWay(const Id3Frame& frame) const;
     void PutHead(const Id3TagParts& old, size_t framesEnd);
     [[nodiscard]] size_t EndOfFrame(size_t bodyEnd) const;
 
@@ -95,16 +94,15 @@ void TagPatch::Keep(Bytes whole) {
 }
 
 // A compressed or encrypted text makes way for the entry of its id.
-bool TagPatch::GivesWay(const Id3Frame& frame, const Id3Entry& entry) const {
-    if (entry.kind != Id3Entry::Kind::Foreign || !frame.data.empty() || !frame.id.starts_with('T'))
-        return false;
+bool TagPatch::GivesWay(const Id3Frame& frame) const {
+    if (!frame.data.empty() || !frame.id.starts_with('T')) return false;
     return !change_.Value(std::string(id3Prefix).append(frame.id)).empty();
 }
 
 void TagPatch::Visit(const Id3Frame& frame, const Id3Entry& entry, Bytes whole) {
     if (entry.kind == Id3Entry::Kind::Ixml || entry.kind == Id3Entry::Kind::Xmp)
         return PutDocument(frame, entry, whole);
-    if (GivesWay(frame, entry)) return;
+    if (GivesWay(frame)) return;
     const auto* value = entry.kind == Id3Entry::Kind::Value ? change_.Get(entry.key) : nullptr;
     if (value != nullptr) done_[entry.key] = true;
     const auto* chapters = frame.id == "CHAP" ? change_.Get(id3ChapterKey) : nullptr;
@@ -166,8 +164,8 @@ void TagPatch::PutHead(const Id3TagParts& old, size_t framesEnd) {
 // The zero that keeps a last byte of 0xFF from being taken for a synchronisation goes with its frame.
 size_t TagPatch::EndOfFrame(size_t bodyEnd) const {
     const auto& body = input_.body;
-    const bool isStuffed = IsUnsynchronised(body) && bodyEnd > 0 && bodyEnd < body.size() &&
-                           body[bodyEnd - 1] == 0xFF && body[bodyEnd] == 0;
+    const bool isStuffed =
+        IsUnsynchronised(body) && bodyEnd < body.size() && body[bodyEnd - 1] == 0xFF && body[bodyEnd] == 0;
     return bodyEnd + isStuffed;
 }
 

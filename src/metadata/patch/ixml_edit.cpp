@@ -172,7 +172,7 @@ void IxmlEdit::AddElements(const Path& parent, std::span<const std::string> name
 }
 
 bool IxmlEdit::IsEmpty() {
-    return text_.Parse() && text_.Root().firstChild == nullptr &&
+    return text_.Parse() &&
            text_.Content(text_.Root()).find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 

@@ -24,7 +24,7 @@ IxmlFieldKey SplitNumber(std::string_view key) {
     const auto digits = key.substr(colon + 1);
     int number = 0;
     const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    const bool isNumber = read.ec == std::errc() && read.ptr == digits.data() + digits.size() && number > 1;
+    const bool isNumber = read.ptr == digits.data() + digits.size() && number > 1;
     return isNumber && digits.front() != '0' ? IxmlFieldKey{key.substr(0, colon), number}
                                              : IxmlFieldKey{key, 1};
 }

@@ -199,13 +199,12 @@ void XmlPatch::Remove(std::span<const XmlElement* const> path) {
     const XmlElement& element = *path.back();
     const auto upper = path.first(path.size() - 1);
     const size_t start = PlaceOf(element).startTag.begin;
-    const XmlElementPlace* parent = upper.empty() ? nullptr : &PlaceOf(*upper.back());
-    const bool isAdded = !upper.empty() && WasAdded(element, *upper.back());
+    const XmlElementPlace& parent = PlaceOf(*upper.back());
+    const bool isAdded = WasAdded(element, *upper.back());
     const size_t blanks = isAdded ? *AddedLead(element, *upper.back())
                                   : TrailingBlanks(std::string_view(text_).substr(0, start));
     const XmlSpan span = {start - blanks, EndOf(element)};
-    const bool wasAlone =
-        parent != nullptr && parent->startTag.end == span.begin && parent->endTag.begin == span.end;
+    const bool wasAlone = parent.startTag.end == span.begin && parent.endTag.begin == span.end;
     if (isAdded && wasAlone && upper.size() > 1 && upper.back()->firstAttribute == nullptr &&
         WasAdded(*upper.back(), *upper[upper.size() - 2])) {
         Remove(upper);

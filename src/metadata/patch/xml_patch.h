@@ -43,8 +43,8 @@ class XmlPatch {
     void AddChild(const XmlElement& parent, std::string_view markup);
     void AddBehind(const XmlElement& sibling, std::string_view markup);
     [[nodiscard]] bool WasAdded(const XmlElement& element, const XmlElement& parent) const;
-    // The last of the path, which leads from the root down, goes with the white space before it; so do those
-    // above it that were added and hold nothing else.
+    // The last of the path, which leads from the root to an element below it, goes with the white space
+    // before it; so do those above it that were added and hold nothing else.
     void Remove(std::span<const XmlElement* const> path);
     // With the white space before it, whatever holds it.
     void RemoveMarkup(const XmlElement& element);
