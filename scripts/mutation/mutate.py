@@ -61,11 +61,19 @@ class Collector:
         for child in cursor.get_children():
             if child.location.file and not child.location.file.name.endswith(self.file.name):
                 continue
+            if self.is_compiled_in(child):
+                continue
             inside = in_function or child.kind in (Kind.FUNCTION_DECL, Kind.CXX_METHOD, Kind.CONSTRUCTOR,
                                                    Kind.LAMBDA_EXPR, Kind.FUNCTION_TEMPLATE)
             if in_function:
                 self.visit(cursor, child)
             self.walk(child, inside)
+
+    def is_compiled_in(self, cursor):
+        """The value of a constant, be it that of a lambda called there: no switch reaches it."""
+        place = cursor.kind == Kind.VAR_DECL and self.extent(cursor)
+        text = self.file.text[place[0]:place[1]] if place else b''
+        return text.startswith(b'constexpr') and (b'](' not in text and b'[] {' not in text or text.endswith(b'}()'))
 
     def visit(self, parent, cursor):
         place = self.extent(cursor)
@@ -116,6 +124,9 @@ class Collector:
     def condition(self, cursor):
         first = next(iter(cursor.get_children()), None)
         place = first and self.extent(first)
+        text = self.file.text[cursor.extent.start.offset:cursor.extent.start.offset + 20]
+        if text.startswith(b'if constexpr'):
+            return
         if place and first.kind.is_expression() and b';' not in self.file.text[cursor.extent.start.offset:place[0]]:
             self.add('if is if not', place[0],
                      [(place[0], 1, 'mutants::On(#) != static_cast<bool>('), (place[1], -1, ')')])

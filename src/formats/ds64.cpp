@@ -20,8 +20,6 @@ bool ReadTable(FileReader& reader, uint32_t entries, std::vector<Ds64::Entry>& t
         table.push_back({{at[0], at[1], at[2], at[3]}, ReadLe64(at + 4)});
     // Sorted, so that a long table costs a chunk no long search.
     std::ranges::stable_sort(table, {}, &Ds64::Entry::id);
-    const auto sameId = [](const auto& left, const auto& right) { return left.id == right.id; };
-    table.erase(std::unique(table.begin(), table.end(), sameId), table.end());
     return true;
 }
 

@@ -26,7 +26,7 @@ struct Ds64 {
     uint64_t riffSize = 0;
     uint64_t dataSize = 0;
     uint64_t sampleCount = 0;
-    std::vector<Entry> table;  // sorted by id; the first entry of each id
+    std::vector<Entry> table;  // sorted by id; of one id the first counts
 };
 
 enum class Ds64Result { ok, tooSmall, shortRead };

@@ -129,6 +129,7 @@ TEST(ContainerWalk, TakesFormats) {
         {"int24 little, 6 ch, 48000 Hz, 18 bytes, 2 frames at 68, valid 24", WaveFile(ExtensibleFmt(1, 24))},
         {"int24 little, 6 ch, 48000 Hz, 18 bytes, 2 frames at 128, valid 24",
          Wave64AudioFile(ExtensibleFmt(1, 24, 0x3F))},
+        {"ima4 little, 1 ch, 8000 Hz, 7 bytes, 33 frames at 44", WaveFile(FmtBody(0x11, 1, 8000, 4, 7))},
         {"ulaw8 little, 1 ch, 8000 Hz, 1 bytes, 40 frames at 44", WaveFile(FmtBody(7, 1, 8000, 8))},
         // A block alignment that is too small is widened.
         {"int24 little, 2 ch, 44100 Hz, 6 bytes, 6 frames at 44", WaveFile(FmtBody(1, 2, 44100, 24, 4))},
@@ -226,6 +227,14 @@ TEST(ContainerWalk, CountsTheFramesThatAreThere) {
          10},
         {"an error after the audio", ByteWriter().Add(WaveFile()).Text("fact").Le32(4).U8(0), 10},
         {"ds64 size", rf64(40, 0xFFFFFFFF, fmt), 10},
+        {"a shorter ds64",
+         Rf64File(ByteWriter()
+                      .Chunk("ds64", ByteWriter().Le64(0).Le64(40).Le64(0))
+                      .Add(fmt)
+                      .Text("data")
+                      .Le32(0xFFFFFFFF)
+                      .Zeros(60)),
+         10},
         {"ds64 size 0", rf64(0, 0xFFFFFFFF, fmt), 10},
         {"ds64 size negative", rf64(~0ull, 0xFFFFFFFF, fmt), 10},
         {"own size beside ds64", rf64(0, 8, fmt), 2},

@@ -5,6 +5,7 @@
 #include <map>
 #include <system_error>
 
+#include "formats/chunk_cursor.h"
 #include "host/host_services.h"
 #include "tests/formats/parse_fixture.h"
 #include "tests/support/failing_allocation.h"
@@ -92,6 +93,34 @@ TEST(ParseDriver, FindsChunksBehindZeros) {
         const auto format = ParsePlayable(RiffFile(chunks.Chunk("tail", Bytes(4))));
         EXPECT_EQ(format->lengthFrames, 10) << zeros;
         EXPECT_EQ(format->metadata.Count(), 1u) << zeros;
+    }
+}
+
+TEST(ChunkCursor, TheNextChunkStandsBehindThePaddedBody) {
+    constexpr int64_t most = INT64_MAX;
+    const struct {
+        ChunkFraming framing;
+        int64_t start;
+        uint64_t bytes;
+        int64_t next;
+    } cases[] = {
+        {riffFraming, 20, 4, 24},
+        {riffFraming, 20, 5, 26},
+        {riffFraming, 20, 0xFFFFFFFF, 20 + (int64_t{1} << 32)},
+        {riffFraming, 20, most - 21, most - 1},
+        {riffFraming, 20, most - 20, most},
+        {iffFraming, 20, 0xFFFFFFFF, 20},
+        {wave64Framing, 64, 8, 72},
+        {wave64Framing, 64, 9, 80},
+        {wave64Framing, 64, ~uint64_t{0}, most},
+        {cafFraming, 20, 5, 25},
+        {cafFraming, 20, most - 20, most},
+    };
+    for (const auto& c : cases) {
+        Chunk chunk;
+        chunk.bodyStart = c.start;
+        chunk.bodyBytes = c.bytes;
+        EXPECT_EQ(NextChunkPosition(c.framing, chunk), c.next) << &c - cases;
     }
 }
 
