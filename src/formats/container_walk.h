@@ -16,7 +16,7 @@ struct ContainerWalk {
     AudioFormat& format;
     FileReader& reader;
     int64_t dataStart = -1;      // file offset of the audio, -1 not found
-    int64_t dataBytes = -1;      // as the container claims
+    int64_t dataBytes = -1;      // as the container claims; IFF: not asked for
     int64_t declaredFrames = 0;  // IFF: the frame count of its header
     int64_t factFrames = 0;      // RIFF and Wave64: the count of the `fact` chunk
     bool openEnded = false;      // the audio is whatever follows: its size was never written

@@ -123,7 +123,6 @@ WalkStatus ReadSoundData(ContainerWalk& walk, const Chunk& chunk) {
     }
     const int64_t offset = int64_t{ReadBe32(header)} + 8;
     walk.dataStart = chunk.bodyStart + offset;
-    walk.dataBytes = static_cast<int64_t>(chunk.bodyBytes) - offset;
     return walkGoesOn;
 }
 
@@ -213,7 +212,6 @@ WalkStatus ReadVoiceHeader(ContainerWalk& walk, const Chunk&) {
 
 WalkStatus ReadVoiceBody(ContainerWalk& walk, const Chunk& chunk) {
     walk.dataStart = chunk.bodyStart;
-    walk.dataBytes = static_cast<int64_t>(chunk.bodyBytes);
     walk.declaredFrames = static_cast<uint32_t>(chunk.bodyBytes) - 8u;  // modulo 2^32
     return walkGoesOn;
 }

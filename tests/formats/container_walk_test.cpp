@@ -119,6 +119,11 @@ TEST(ContainerWalk, TakesFormats) {
         const auto fmt = ByteWriter().Add(FmtBody(2, 1, 8000, 4, 256)).Le16(32).Le16(500).Le16(pairs);
         return ByteWriter().Add(fmt).Zeros(26).Le16(0xFFF3);
     };
+    const auto commOf = [](std::string_view type, size_t bytes) {
+        Bytes comm = CommBody(2, 10, 16, type);
+        comm.resize(bytes);
+        return comm;
+    };
     const auto rated = [](const ExtendedRate& rate) {
         return AiffFile("AIFF", CommBody(1, 10, 16, {}, rate));
     };
@@ -152,6 +157,10 @@ TEST(ContainerWalk, TakesFormats) {
          AiffFile("AIFC", CommBody(2, 10, 16, "in24"))},
         {"float32 big, 2 ch, 44100 Hz, 8 bytes, 10 frames at 60",
          AiffFile("AIFC", CommBody(2, 10, 16, "fl32"))},
+        // A type needs the whole of its four characters.
+        {"int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 58", AiffFile("AIFC", commOf("sowt", 22))},
+        {"int16 big, 2 ch, 44100 Hz, 4 bytes, 10 frames at 58", AiffFile("AIFC", commOf("sowt", 21))},
+        {"int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 76", AiffFile("AIFC", commOf("sowt", 40))},
         {"int24 little, 2 ch, 44100 Hz, 6 bytes, 10 frames at 60",
          AiffFile("AIFC", CommBody(2, 10, 32, "42ni"))},
         {"float64 little, 2 ch, 44100 Hz, 16 bytes, 10 frames at 60",
@@ -273,14 +282,15 @@ TEST(ContainerWalk, ReadsLoops) {
     for (const int64_t frame : {int64_t{500}, int64_t{900}, int64_t{941}, int64_t{-1}, INT64_MAX})
         strc.Zeros(8).Le64(static_cast<uint64_t>(frame)).Zeros(16);
     strc.Zeros(31);  // no whole entry
+    const Bytes oneSlice = ByteWriter().Zeros(28 + 8).Le64(441).Zeros(16);
     const auto acid = [](uint32_t flags, uint16_t meter, size_t bytes = 24) {
         Bytes body = ByteWriter().Le32(flags).Le16(0xFF40).Zeros(6).Le32(8).Le16(4).Le16(meter).LeFloat(120);
         body.resize(bytes);
         return WaveFile(pcmFmt, ByteWriter().Chunk("acid", body));
     };
-    const auto basc = [](uint32_t beats, uint16_t note, uint16_t numerator) {
+    const auto basc = [](uint32_t beats, uint16_t note, uint16_t numerator, uint16_t denominator = 4) {
         ByteWriter body;
-        body.Be32(1).Be32(beats).Be16(note).Be16(0).Be16(numerator).Be16(4).Zeros(68);
+        body.Be32(1).Be32(beats).Be16(note).Be16(0).Be16(numerator).Be16(denominator).Zeros(68);
         return AiffFile("AIFF", CommBody(1, 10, 16), ByteWriter().IffChunk("basc", body));
     };
     const Expectation loops[] = {
@@ -292,6 +302,11 @@ TEST(ContainerWalk, ReadsLoops) {
         {"loop 2, beats 8", basc(8, 60, 1)},
         {"loop 2, beats 8", basc(8, 47, 17)},
         {"", basc(0, 50, 3)},  // one-shot
+        {"loop 2, beats 1, key 0, meter 202", basc(1, 48, 2, 2)},
+        {"loop 2, beats 65535, key 11, meter 1010", basc(65535, 59, 16, 16)},
+        {"loop 2, beats 8", basc(8, 60, 3, 17)},
+        {"", basc(65536, 50, 3)},
+        {"slices 441", WaveFile(pcmFmt, ByteWriter().Chunk("strc", oneSlice))},
         {"slices 0 500 941 9223372036854775807", WaveFile(pcmFmt, ByteWriter().Chunk("strc", strc))},
     };
     for (const auto& [loop, file] : loops)
