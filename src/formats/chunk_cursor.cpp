@@ -86,8 +86,7 @@ int64_t NextChunkPosition(const ChunkFraming& framing, const Chunk& chunk) {
 
 bool SeekPastChunk(FileReader& reader, const ChunkFraming& framing, const Chunk& chunk) {
     const size_t headerBytes = framing.idBytes + framing.sizeBytes;
-    if (chunk.bodyBytes == 0 && IsZeroHeader({chunk.header.data(), headerBytes}))
-        return SkipZeroHeaders(reader, headerBytes);
+    if (IsZeroHeader({chunk.header.data(), headerBytes})) return SkipZeroHeaders(reader, headerBytes);
     return reader.Seek(NextChunkPosition(framing, chunk));
 }
 
@@ -103,7 +102,7 @@ bool ReadBody(FileReader& reader, uint64_t bodyBytes, std::vector<uint8_t>& scra
 
 std::optional<std::span<const uint8_t>> LendBody(FileReader& reader, uint64_t bodyBytes,
                                                  std::vector<uint8_t>& scratch) {
-    if (bodyBytes > 0 && bodyBytes <= largestBody)
+    if (bodyBytes <= largestBody)
         if (const uint8_t* held = reader.BorrowHeld(static_cast<int64_t>(bodyBytes)))
             return std::span(held, static_cast<size_t>(bodyBytes));
     if (!ReadBody(reader, bodyBytes, scratch)) return std::nullopt;

@@ -1,4 +1,7 @@
+#include <iterator>
+
 #include "formats/channel_layout.h"
+#include "formats/document_chunks.h"
 #include "tests/formats/parse_fixture.h"
 
 namespace vantor::test {
@@ -41,6 +44,63 @@ TEST(ChunkCatalogue, ListsReadsOrDropsAChunk) {
             const auto cutOff = ByteWriter().Add(WaveFile()).Text(id).Le32(longer).Add(c.body);
             EXPECT_EQ(RecordText(*ParsePlayable(cutOff)) == audio, !isListed) << id;
         }
+}
+
+// The bytes of the documents of a scheme, one after the other.
+std::string DocumentsOf(std::string_view scheme, const Bytes& file) {
+    const TempFolder folder;
+    FileReader reader(folder.Write("file", file), smallReader);
+    std::string text;
+    for (const auto& place : FindDocuments(reader, scheme))
+        text.append(file.begin() + place.start, file.begin() + place.start + place.bytes).append(";");
+    return text;
+}
+
+TEST(DocumentChunks, AreFoundWhole) {
+    const auto text = [](std::string_view document) { return ByteWriter().Text(document); };
+    const auto uuid = [&](std::string_view document) {
+        return ByteWriter().Add({std::begin(xmpUuid), std::end(xmpUuid)}).Text(document);
+    };
+    Bytes otherUuid = uuid("f");
+    otherUuid[15] ^= 1;
+    Bytes foreign = ByteWriter().Wave64Chunk("_PMX", text("f"));
+    foreign[5] ^= 1;
+    const Bytes aiff = IffFile("AIFF", ByteWriter()
+                                           .IffChunk("APPL", text("stoc other"))
+                                           .IffChunk("APPL", text("XMP one"))
+                                           .IffChunk("_PMX", text("RIFF alone"))
+                                           .IffChunk("APPL", text("XMP "))
+                                           .IffChunk("ID3 ", text("tag"))
+                                           .IffChunk("APPL", text("XMP two")));
+    const Bytes wave64 = Wave64File(ByteWriter()
+                                        .Wave64Chunk("_PMX", text("one"))
+                                        .Add(foreign)
+                                        .Wave64Chunk("abcd", {})
+                                        .Wave64Chunk("id3 ", text("tag"))
+                                        .Wave64Chunk("_PMX", text("eightbyt")));
+    const Bytes caf = CafFile(ByteWriter()
+                                  .CafChunk("uuid", uuid("one"))
+                                  .CafChunk("abcd", uuid("f"))
+                                  .CafChunk("uuid", otherUuid)
+                                  .CafChunk("uuid", uuid("two")));
+    EXPECT_EQ(DocumentsOf("XMP", aiff), "one;;two;");
+    EXPECT_EQ(DocumentsOf("ID3", aiff), "tag;");
+    EXPECT_EQ(DocumentsOf("XMP", wave64), "one;eightbyt;");
+    EXPECT_EQ(DocumentsOf("ID3", wave64), "tag;");
+    EXPECT_EQ(DocumentsOf("XMP", caf), "one;two;");
+    EXPECT_EQ(DocumentsOf("ID3", caf), "");
+    EXPECT_EQ(DocumentsOf("XMP", WaveFile(pcmFmt, ByteWriter().Chunk("_PMX", text("one")))), "");
+    EXPECT_EQ(DocumentsOf("XMP", Bytes(100)), "");
+    // A chunk that the file does not hold whole ends it.
+    const auto withoutTheLast = [](const Bytes& file, ptrdiff_t bytes) {
+        return DocumentsOf("XMP", {file.begin(), file.end() - bytes});
+    };
+    EXPECT_EQ(withoutTheLast(aiff, 1), "one;;two;");  // padding
+    EXPECT_EQ(withoutTheLast(aiff, 2), "one;;");
+    EXPECT_EQ(withoutTheLast(wave64, 1), "one;");
+    EXPECT_EQ(withoutTheLast(caf, 1), "one;");
+    auto hugeThenMore = ByteWriter().Text("free").Be64(INT64_MAX);
+    EXPECT_EQ(DocumentsOf("XMP", CafFile(hugeThenMore.CafChunk("uuid", uuid("one")))), "");
 }
 
 TEST(ChannelLayout, NamesTagsAndMasks) {

@@ -1,4 +1,5 @@
 // The walks through the chunks of every container: what is refused, what is taken, and how long it lasts.
+#include <algorithm>
 #include <limits>
 
 #include "tests/formats/parse_fixture.h"
@@ -87,6 +88,9 @@ TEST(ContainerWalk, RefusesWithTheMessageOfWhatIsWrong) {
 
 // The `fmt ` chunk is the same in RIFF and in Wave64, the messages are not.
 TEST(ContainerWalk, RefusesFormats) {
+    Bytes shortExtensible = ExtensibleFmt(1, 16), otherTail = shortExtensible;
+    shortExtensible.pop_back();
+    otherTail.back() ^= 1;
     const struct {
         const char *inRiff, *inWave64;
         Bytes fmt;
@@ -95,6 +99,14 @@ TEST(ContainerWalk, RefusesFormats) {
         {"WAV type is not supported", "w64 type is not supported", FmtBody(6, 2, 44100, 8)},
         {"WAV type is not supported", "w64 ex-type is not supported", ExtensibleFmt(1, 16, 0, 21)},
         {"WAV ex-type is not supported", "w64 ex-type is not supported", ExtensibleFmt(7, 8)},
+        {"WAV type is not supported", "w64 ex-type is not supported", shortExtensible},
+        {"WAV ex-type is not supported", "w64 ex-type is not supported", otherTail},
+        {"WAV is MSADPCM, but invalid parameters", "w64 is MSADPCM, but invalid parameters",
+         FmtBody(2, 1, 8000, 5, 256)},
+        {"WAV is IMA ADPCM, but invalid parameters", "w64 is IMA ADPCM, but invalid parameters",
+         FmtBody(0x11, 1, 8000, 4, 6)},
+        {"WAV is cADPCM, but invalid parameters", "w64 is cADPCM, but invalid parameters",
+         FmtBody(0xAC0C, 1, 8000, 2, 6)},
         {"WAV is not >= 1ch", "w64 fmt nch is not >= 1 channels", FmtBody(1, 0, 44100, 16, 4)},
         {"WAV fmt type is ulaw but not 8-bit", "w64 fmt type is ulaw but not 8-bit", FmtBody(7, 1, 8000, 16)},
         {"WAV is floating point PCM, but not 32/64 bit",
@@ -112,6 +124,14 @@ TEST(ContainerWalk, RefusesFormats) {
         EXPECT_EQ(FoundIn(WaveFile(c.fmt)).audio, c.inRiff);
         EXPECT_EQ(FoundIn(Wave64AudioFile(c.fmt)).audio, c.inWave64);
     }
+    const TempFolder folder;
+    const Bytes mpeg = FmtBody(0x0050, 2, 44100, 16), other = FmtBody(6, 2, 44100, 8);
+    for (const auto& [file, isMpeg] :
+         {std::pair{WaveFile(mpeg), true}, {WaveFile(other), false}, {Wave64AudioFile(mpeg), false}}) {
+        AudioFormat format;
+        EXPECT_FALSE(Parse(format, folder.Write("file", file)));
+        EXPECT_EQ(format.isMpegInWave, isMpeg);
+    }
 }
 
 TEST(ContainerWalk, TakesFormats) {
@@ -119,6 +139,11 @@ TEST(ContainerWalk, TakesFormats) {
         const auto fmt = ByteWriter().Add(FmtBody(2, 1, 8000, 4, 256)).Le16(32).Le16(500).Le16(pairs);
         return ByteWriter().Add(fmt).Zeros(26).Le16(0xFFF3);
     };
+    Bytes cutMsFmt = msFmt(7), pcmWithMore = msFmt(7), ambisonic = ExtensibleFmt(3, 32, 0x3F);
+    cutMsFmt.pop_back();
+    std::ranges::copy(FmtBody(1, 1, 8000, 16), pcmWithMore.begin());
+    std::ranges::copy(Bytes{0x21, 0x07, 0xD3, 0x11, 0x86, 0x44, 0xC8, 0xC1, 0xCA, 0, 0, 0},
+                      ambisonic.end() - 12);
     const auto commOf = [](std::string_view type, size_t bytes) {
         Bytes comm = CommBody(2, 10, 16, type);
         comm.resize(bytes);
@@ -146,7 +171,24 @@ TEST(ContainerWalk, TakesFormats) {
         {"ms4 little, 1 ch, 8000 Hz, 256 bytes, 68 frames at 78, last coefficient -13", WaveFile(msFmt(7))},
         {"ms4 little, 1 ch, 8000 Hz, 256 bytes, 68 frames at 78", WaveFile(msFmt(6))},
 
+        {"ms4 little, 1 ch, 8000 Hz, 256 bytes, 68 frames at 78", WaveFile(cutMsFmt)},
+        {"int16 little, 1 ch, 8000 Hz, 2 bytes, 20 frames at 78", WaveFile(pcmWithMore)},
+        {"ms4 little, 1 ch, 8000 Hz, 256 bytes, 68 frames at 102",  // of two formats the later
+         RiffFile(ByteWriter()
+                      .Chunk("fmt ", msFmt(7))
+                      .Chunk("fmt ", FmtBody(2, 1, 8000, 4, 256))
+                      .Chunk("data", tenFrames))},
+
+        {"int8 little, 1 ch, 8000 Hz, 1 bytes, 40 frames at 44", WaveFile(FmtBody(1, 1, 8000, 8))},
+        {"int32 little, 1 ch, 8000 Hz, 4 bytes, 10 frames at 44", WaveFile(FmtBody(1, 1, 8000, 32))},
+        {"float32 little, 1 ch, 8000 Hz, 4 bytes, 10 frames at 44", WaveFile(FmtBody(3, 1, 8000, 32))},
+        {"float64 little, 1 ch, 8000 Hz, 8 bytes, 5 frames at 44", WaveFile(FmtBody(3, 1, 8000, 64))},
+        {"float32 little, 6 ch, 48000 Hz, 24 bytes, 1 frames at 68, valid 32",
+         WaveFile(ExtensibleFmt(3, 32, 0x3F))},
+        {"float32 little, 6 ch, 48000 Hz, 24 bytes, 1 frames at 68, valid 32", WaveFile(ambisonic)},
+
         // Rates are whole numbers.
+        {"int16 big, 1 ch, 8001 Hz, 2 bytes, 10 frames at 54", rated({0x400B, 0xFA040000})},   // 8000.5
         {"int16 big, 1 ch, 44100 Hz, 2 bytes, 10 frames at 54", rated({0xC00E, 0xAC440000})},  // negative
         {"int16 big, 1 ch, 22051 Hz, 2 bytes, 10 frames at 54", rated({0x400D, 0xAC450000})},  // 22050.5
         {"int16 big, 1 ch, 4294967295 Hz, 2 bytes, 10 frames at 54", rated({0x401E, 0xFFFFFFFF})},
@@ -228,6 +270,16 @@ TEST(ContainerWalk, CountsTheFramesThatAreThere) {
         {"two data: the later", coded(pcmFmt, 8, ByteWriter().Chunk("data", tenFrames)), 2},
         {"two formats: the later",
          RiffFile(ByteWriter().Add(fmt).Chunk("data", Bytes(80)).Chunk("fmt ", FmtBody(3, 1, 8000, 32))), 20},
+        {"a second format that is refused, of no bits",
+         RiffFile(
+             ByteWriter().Add(fmt).Chunk("data", Bytes(80)).Chunk("fmt ", FmtBody(0x11, 1, 8000, 0, 64))),
+         0},
+        {"a second format that is refused, of no block",
+         RiffFile(ByteWriter()
+                      .Add(fmt)
+                      .Chunk("data", Bytes(80))
+                      .Chunk("fmt ", ByteWriter().Le16(6).Le16(2).Le32(8000).Le32(0).Le16(0).Le16(8))),
+         0},
         {"a second description that is refused",
          CafFile(ByteWriter()
                      .CafChunk("desc", DescBody())

@@ -44,6 +44,15 @@ TEST(RiffDataSize, TakesTheFieldTheTableOrTheRestOfTheFile) {
     EXPECT_EQ(PlayedRiffBytes(100, 44, 1000 + fourGiB), 100 + fourGiB);
 }
 
+TEST(RiffDataSize, OfAnotherChunkStandsInTheTableWhereItIsAllOnes) {
+    const Ds64 ds64{
+        0, 0, 0, {{{'a', 'b', 'c', 'd'}, 6}, {{'a', 'b', 'c', 'd'}, 60}, {{'z', 'z', 'z', 'z'}, 5}}};
+    EXPECT_EQ(SizeFromTable(ds64, "abcd", sizeInDs64), 6u);
+    EXPECT_EQ(SizeFromTable(ds64, "abcd", 7), 7u);
+    for (const char* unknown : {"0000", "mmmm", "~~~~"})
+        EXPECT_EQ(SizeFromTable(ds64, unknown, sizeInDs64), sizeInDs64) << unknown;
+}
+
 TEST(FrameCount, OfBlockCodedBytes) {
     const struct {
         int32_t encoding, bits, channels, blockAlign;

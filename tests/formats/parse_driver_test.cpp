@@ -124,6 +124,33 @@ TEST(ChunkCursor, TheNextChunkStandsBehindThePaddedBody) {
     }
 }
 
+TEST(ChunkCursor, ABodyGoesNoFartherThanItsSizeAndItsFile) {
+    constexpr uint64_t largest = uint64_t{1} << 30;
+    const TempFolder folder;
+    FileReader reader(folder.Write("file", Bytes(10)), smallReader);
+    std::vector<uint8_t> scratch;
+    for (const uint64_t bytes : {uint64_t{11}, largest, ~uint64_t{0}}) {
+        EXPECT_FALSE(ReadBody(reader, bytes, scratch)) << bytes;
+        EXPECT_EQ(scratch.capacity(), 0u) << "no memory is taken for what is not there";
+        EXPECT_FALSE(LendBody(reader, bytes, scratch)) << bytes;
+    }
+    EXPECT_TRUE(ReadBody(reader, 10, scratch));
+    const auto left = [&](uint64_t bodyBytes, uint64_t skipped) {
+        EXPECT_TRUE(reader.Seek(0));
+        BodyReader body(reader, bodyBytes);
+        uint8_t byte = 0;
+        const bool hasSkipped = body.Skip(skipped);
+        return std::pair(hasSkipped, body.Read(&byte, 1));
+    };
+    EXPECT_EQ(left(8, 7), std::pair(true, true));
+    EXPECT_EQ(left(8, 8), std::pair(true, false));
+    EXPECT_EQ(left(8, 9), std::pair(false, true));
+    EXPECT_EQ(left(20, 10), std::pair(true, false));
+    EXPECT_EQ(left(20, 11), std::pair(false, true));
+    EXPECT_EQ(left(largest, 9), std::pair(true, true));
+    EXPECT_EQ(left(largest + 1, 0), std::pair(true, false));
+}
+
 constexpr int64_t sparseBytes = (int64_t{4} << 30) + (int64_t{1} << 20);
 
 // A file of `header`, zeros up to sparseBytes and `tail` at its end; false when it cannot be had.

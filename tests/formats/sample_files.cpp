@@ -73,8 +73,8 @@ Bytes AifcSample() {
                                .IffChunk("ANNO", ByteWriter().Text("first"))
                                .IffChunk("ANNO", ByteWriter().Text("last"))
                                .IffChunk("abcd", ByteWriter().Zeros(4))
-                               .IffChunk("APPL", ByteWriter().Text("XMP ").Add(xmp))
-                               .IffChunk("ID3 ", id3));
+                               .IffChunk("ID3 ", id3)
+                               .IffChunk("APPL", ByteWriter().Text("XMP ").Add(xmp)));
 }
 
 Bytes VoiceSample() {
