@@ -58,7 +58,10 @@ class Collector:
             self.file.insertions.append((offset, before, text.replace('#', str(number)), number))
 
     def walk(self, cursor, in_function):
-        for child in cursor.get_children():
+        children = list(cursor.get_children())
+        if cursor.kind == Kind.IF_STMT and self.text_of(cursor).startswith(b'if constexpr'):
+            children = children[1:2]  # the other branch is not compiled
+        for child in children:
             if child.location.file and not child.location.file.name.endswith(self.file.name):
                 continue
             if self.is_compiled_in(child):
@@ -69,10 +72,13 @@ class Collector:
                 self.visit(cursor, child)
             self.walk(child, inside)
 
+    def text_of(self, cursor):
+        place = self.extent(cursor)
+        return self.file.text[place[0]:place[1]] if place else b''
+
     def is_compiled_in(self, cursor):
         """The value of a constant, be it that of a lambda called there: no switch reaches it."""
-        place = cursor.kind == Kind.VAR_DECL and self.extent(cursor)
-        text = self.file.text[place[0]:place[1]] if place else b''
+        text = self.text_of(cursor) if cursor.kind == Kind.VAR_DECL else b''
         return text.startswith(b'constexpr') and (b'](' not in text and b'[] {' not in text or text.endswith(b'}()'))
 
     def visit(self, parent, cursor):
@@ -124,8 +130,7 @@ class Collector:
     def condition(self, cursor):
         first = next(iter(cursor.get_children()), None)
         place = first and self.extent(first)
-        text = self.file.text[cursor.extent.start.offset:cursor.extent.start.offset + 20]
-        if text.startswith(b'if constexpr'):
+        if self.text_of(cursor).startswith(b'if constexpr'):
             return
         if place and first.kind.is_expression() and b';' not in self.file.text[cursor.extent.start.offset:place[0]]:
             self.add('if is if not', place[0],

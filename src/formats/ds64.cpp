@@ -40,7 +40,7 @@ Ds64Result ReadDs64(FileReader& reader, uint32_t bodySize, uint32_t smallestBody
 uint64_t SizeFromTable(const Ds64& ds64, std::string_view id, uint32_t size) {
     if (size != sizeInDs64) return size;
     std::array<uint8_t, 4> wanted{};
-    std::ranges::copy(id, wanted.begin());
+    std::copy_n(id.begin(), wanted.size(), wanted.begin());
     const auto entry = std::ranges::lower_bound(ds64.table, wanted, {}, &Ds64::Entry::id);
     return entry != ds64.table.end() && entry->id == wanted ? entry->size : size;
 }

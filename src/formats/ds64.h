@@ -37,7 +37,8 @@ inline constexpr uint32_t sizeInDs64 = 0xFFFFFFFFu;
 // (fields that a shorter body lacks stay 0).
 [[nodiscard]] Ds64Result ReadDs64(FileReader& reader, uint32_t bodySize, uint32_t smallestBody, Ds64& ds64);
 
-// The size of a chunk other than `data`: `size`, or when that is sizeInDs64 the first table entry of its id.
+// The size of a chunk other than `data`: `size`, or when that is sizeInDs64 the first table entry of its id,
+// four characters.
 [[nodiscard]] uint64_t SizeFromTable(const Ds64& ds64, std::string_view id, uint32_t size);
 
 }  // namespace vantor

@@ -97,7 +97,6 @@ void ReadRf64Markers(std::span<const uint8_t> body, double sampleRate, std::vect
         if (next.flags != 0 || next.id != regionEndId) continue;
         marker.isRegion = true;
         marker.end = static_cast<double>(next.frame) / sampleRate;
-        at += entryBytes;
     }
 }
 

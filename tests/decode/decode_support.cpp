@@ -61,6 +61,7 @@ Samples PlayedFile::Read(double startSeconds, int32_t frames, int32_t channels, 
     block.samples = samples.data();
     block.absoluteSeconds = absoluteSeconds;
     ReadFrames(block, *context, format, scope);
+    EXPECT_LE(block.framesProduced, frames);
     const auto unused = samples.begin() + static_cast<ptrdiff_t>(block.framesProduced) * channels;
     const bool isResampled = block.sampleRate != format.sampleRate;  // by what may write where it likes
     EXPECT_TRUE(isResampled || std::all_of(unused, samples.end(), [](double s) { return s == 99.0; }));

@@ -177,6 +177,7 @@ TEST(ReadFrames, AGrowingFileIsMeasuredAnew) {
     PlayedFile file({}, ChannelRamp(1000, 2), 10);
     EXPECT_EQ(FramesPresent(file.format, headBytes + 4001), 1000);
     EXPECT_EQ(FramesPresent(file.format, 3), 0);
+    EXPECT_EQ(FramesPresent(PlayedFile({encodingUlaw, 8, 1}, {}, 10).format, headBytes + 4001), 4001);
     file.format.lengthCutWhileGrowing = true;
     EXPECT_EQ(file.ReadAt(0, 2000, 2).size(), 2000u);
     EXPECT_EQ(file.format.lengthFrames, 1000);

@@ -133,7 +133,10 @@ TEST_F(Resampling, ATimeOrRateThatIsNoneReachesNoResampler) {
     for (const auto& [start, rate] :
          {std::pair{0.0, nan}, {0.0, inf}, {0.0, -1.0}, {nan, 24000.0}, {inf, 24000.0}})
         EXPECT_TRUE(file.Read(start, 10, 1, rate).empty());
-    EXPECT_TRUE(file.Read(0, 0, 1, 24000).empty());
+    double sample = 99;
+    TransferBlock nothing{0, 24000, 1, 0, &sample, 7, 0, 0};
+    ReadFrames(nothing, *file.context, file.format, file.scope);
+    EXPECT_EQ(nothing.framesProduced, 0);
     file.format.sampleRate = inf;
     EXPECT_TRUE(file.Read(0, 10, 1, 24000).empty());
     EXPECT_EQ(resampler.calls, "");

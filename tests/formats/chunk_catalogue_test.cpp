@@ -18,12 +18,14 @@ TEST(ChunkCatalogue, ListsReadsOrDropsAChunk) {
         std::string entry;  // a listed chunk's own id is its key
     } cases[] = {
         {{"list"}, info, "INFO:INAM=song"},
+        {{"LIST"}, ByteWriter().Text("info").Chunk("INAM", ByteWriter().Text("song")), "INFO:INAM=song"},
+        {{"LIST"}, ByteWriter().Add(info).Chunk("ISFT", Bytes(5000, 'x')), "INFO:INAM=song\n"},
         {{"cart", "CART"}, cart, "CART:Title=T"},
         {{"axml"}, axml, "AXML:ISRC=AB"},
         {{"DISP"}, display, "DISP:CF_TEXT=shown"},
         {{"DISP"}, ByteWriter().Le32(1).Text("x"), "DISP:CF_TEXT=x"},
         {{"DISP"}, ByteWriter().Le32(1).Text("xy"), "DISP:CF_TEXT=xy\n"},
-        {{"abcd", "IXML", "disp", "PAD "}, Bytes(4), "="},
+        {{"abcd", "IXML", "disp", "PAD ", "r64m"}, Bytes(4), "="},
         {{"abcd"}, Bytes(2), ""},
         {{"JUNK", "junq", "FILR", "fllr", "PAD_"}, Bytes(4), ""},
         {{"DISP"}, ByteWriter().Le32(8).Text("picture"), ""},

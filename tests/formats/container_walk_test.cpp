@@ -40,6 +40,13 @@ TEST(ContainerWalk, RefusesWithTheMessageOfWhatIsWrong) {
     const Expectation refusals[] = {
         {"Unknown file header", RiffFile({}, "RIFX")},
         {"Error reading WAV chunk header", WaveFile(Bytes(15))},
+        // A later format that is refused takes the playable one's place.
+        {"WAV is not >= 1ch",
+         RiffFile(ByteWriter().Add(fmtAndData).Chunk("fmt ", FmtBody(1, 0, 8000, 16, 2)))},
+        {"WAV is PCM, but not 8/16/20/24/32 bit",
+         RiffFile(ByteWriter().Add(fmtAndData).Chunk("fmt ", FmtBody(1, 2, 8000, 4)))},
+        {"WAV type is not supported",
+         RiffFile(ByteWriter().Chunk("data", tenFrames).Chunk("fmt ", FmtBody(6, 2, 8000, 8)))},
         {"RF64 requires ds64 chunk", Rf64File(fmtAndData)},
         {"RF64 requires ds64 chunk", RiffFile(fmtAndData, "BW64")},
         {"RF64 ds64 chunk is too small", Rf64File(ByteWriter().Chunk("ds64", Bytes(23)).Add(fmtAndData))},
@@ -302,13 +309,17 @@ TEST(ContainerWalk, CountsTheFramesThatAreThere) {
         {"a table without room",
          Rf64File(ByteWriter().Chunk("ds64", crowdedDs64).Add(fmt).Chunk("data", tenFrames)), 10},
         {"fact in ds64", rf64(40, 0xFFFFFFFF, imaIn64), 7},
+        {"a small fact beside ds64",
+         rf64(40, 0xFFFFFFFF, ByteWriter().Chunk("fmt ", FmtBody(0x11, 1, 8000, 4, 20)).Add(fact(3))), 3},
         {"IMA ADPCM", coded(ima, 10240), 10161},
+        {"fact of all ones", coded(ima, 10240, fact(0xFFFFFFFF)), 10161},
         {"smaller fact", coded(ima, 10240, fact(10000)), 10000},
         {"fact of PCM is not used", WaveFile(pcmFmt, fact(1)), 10},
         {"MS ADPCM", coded(FmtBody(2, 1, 8000, 4, 256), 300), (300 - 14) * 2 + 2},
         {"cADPCM", coded(FmtBody(0xAC0C, 1, 8000, 2, 256), 300), (300 - 8) * 4 + 1},
         {"Wave64 without an end",
          Wave64File(ByteWriter().Wave64Chunk("fmt ", pcmFmt).Add(GuidOf("data")).Le64(~0ull).Zeros(42)), 10},
+        {"Wave64 with an empty chunk", Wave64AudioFile(pcmFmt, ByteWriter().Wave64Chunk("abcd", {})), 10},
         {"AIFF", aiff(CommBody(2, 7, 16), SsndBody(40)), 7},
         {"AIFF cut off", aiff(CommBody(2, 0xFFFFFFFF, 16), SsndBody(40)), (40 + 26) / 4},
         {"AIFF with an offset", aiff(CommBody(2, 100, 16), SsndBody(40, 4)), (36 + 26) / 4},
@@ -335,8 +346,9 @@ TEST(ContainerWalk, ReadsLoops) {
         strc.Zeros(8).Le64(static_cast<uint64_t>(frame)).Zeros(16);
     strc.Zeros(31);  // no whole entry
     const Bytes oneSlice = ByteWriter().Zeros(28 + 8).Le64(441).Zeros(16);
-    const auto acid = [](uint32_t flags, uint16_t meter, size_t bytes = 24) {
-        Bytes body = ByteWriter().Le32(flags).Le16(0xFF40).Zeros(6).Le32(8).Le16(4).Le16(meter).LeFloat(120);
+    const auto acid = [](uint32_t flags, uint16_t beats, size_t bytes = 24, uint16_t beat = 4) {
+        Bytes body =
+            ByteWriter().Le32(flags).Le16(0xFF40).Zeros(6).Le32(8).Le16(beat).Le16(beats).LeFloat(120);
         body.resize(bytes);
         return WaveFile(pcmFmt, ByteWriter().Chunk("acid", body));
     };
@@ -350,6 +362,8 @@ TEST(ContainerWalk, ReadsLoops) {
         {"loop 1, beats 8, tempo 120, root 4", acid(0x02 | 0x08, 4)},
         {"loop 1, other beats 8, tempo 120", acid(0x10 | 0x08, 4)},
         {"loop 1, beats 8", acid(0x08, 4, 23)},
+        {"loop 1, beats 8", acid(0x08, 3)},
+        {"loop 1, beats 8", acid(0x08, 4, 24, 8)},
         {"loop 2, beats 8, key 2, meter 304", basc(8, 50, 3)},
         {"loop 2, beats 8", basc(8, 60, 1)},
         {"loop 2, beats 8", basc(8, 47, 17)},
@@ -358,6 +372,7 @@ TEST(ContainerWalk, ReadsLoops) {
         {"loop 2, beats 65535, key 11, meter 1010", basc(65535, 59, 16, 16)},
         {"loop 2, beats 8", basc(8, 60, 3, 17)},
         {"", basc(65536, 50, 3)},
+        {"slices 0", WaveFile(pcmFmt, ByteWriter().Chunk("strc", ByteWriter().Zeros(60)))},
         {"slices 441", WaveFile(pcmFmt, ByteWriter().Chunk("strc", oneSlice))},
         {"slices 0 500 941 9223372036854775807", WaveFile(pcmFmt, ByteWriter().Chunk("strc", strc))},
     };

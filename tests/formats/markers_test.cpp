@@ -88,6 +88,7 @@ TEST(Markers, AreReadFromChunksThatAddUp) {
         {broken(0x7FFFFFFF), "1@0 Verse"},
         {broken(0xFFFFFFFF), "1@0 Verse"},
         {broken(3), "1@0 Verse"},  // too small for its id
+        {Adtl({verse, ByteWriter().Text("labl").Le32(5000).Le32(2).Fill(600, 'x')}), "1@0 Verse"},
         {Sampler(1, 2), "3@0-0.5"},
         {Sampler(1, 1), ""},
         {Sampler(178956971, 10), ""},  // 24 times it is 8 in 32 bits
@@ -150,6 +151,18 @@ TEST(Rf64Markers, MoveTheMarkerOfTheirIdAndPlaceOrMakeIt) {
     EXPECT_EQ(PlaceRf64({}, {{0, rate, 1}, {1, 2 * rate, 4, "a"}, {0, 3 * rate, 0xDEADBEEF}, {1, rate, 5}}),
               "4@2-3 a; 5@1");
     EXPECT_EQ(PlaceRf64({}, {{1, rate, 5}, {1, rate, 5}}), "5@1");  // a marker made is found again
+    EXPECT_EQ(PlaceRf64({}, {{1, rate, 5}, {1, 2 * rate, 6}}), "5@1; 6@2");
+    EXPECT_EQ(PlaceRf64({other}, {{1, rate, 1}}), "2@1; 1@1");          // another id
+    EXPECT_EQ(PlaceRf64({cue}, {{1, rate / 2, 1}}), "1@1 old; 1@0.5");  // another place
+    EXPECT_EQ(PlaceRf64({{3}}, {{1, 0, 3, "a"}}), "3@0 a");
+    EXPECT_EQ(PlaceRf64({{3, false, nameNone, 0xFFFFFFFF / double{rate}}}, {{1, 0xFFFFFFFF, 3}}).find(';'),
+              std::string::npos);
+    const std::string longest(256, 'a');
+    EXPECT_EQ(PlaceRf64({}, {{1, rate, 5, longest}}), "5@1 " + longest);
+    // The end of a region has an id of its own and no flags.
+    EXPECT_EQ(PlaceRf64({}, {{1, rate, 5}, {0, 2 * rate, 0xDEADBEEF}}), "5@1-2");
+    EXPECT_EQ(PlaceRf64({}, {{1, rate, 5}, {1, 2 * rate, 0xDEADBEEF}}), "5@1; -559038737@2");
+    EXPECT_EQ(PlaceRf64({}, {{1, rate, 5}, {0, 2 * rate, 7}}), "5@1");
 }
 
 TEST(Wave64Markers, AreCuesWithNames) {
@@ -163,6 +176,17 @@ TEST(Wave64Markers, AreCuesWithNames) {
     EXPECT_EQ(
         FoundIn(Wave64AudioFile(pcmFmt, ByteWriter().Wave64Chunk("cue ", cues))).markers,
         "5@0.5 A\xC3\xA9\xEF\xBF\xBD; 6@1-2 B; 6@2 \xE6\xBD\xB4\xE2\x81\xAF\xE6\xA1\xB3\xE7\x89\xAF; 7@2");
+}
+
+TEST(Wave64Markers, AreAsManyAsAreCounted) {
+    const auto found = [](const Bytes& cues) {
+        return FoundIn(Wave64AudioFile(pcmFmt, ByteWriter().Wave64Chunk("cue ", cues))).markers;
+    };
+    const auto named =
+        ByteWriter().Le32(5).Le32(0).Le64(44100).Le64(~0ull).Le32(4).Le32(0).Le16('Z').Le16('Y');
+    const auto nameless = ByteWriter().Le32(6).Le32(0).Le64(44100).Le64(~0ull).Le32(0).Le32(0);
+    EXPECT_EQ(found(ByteWriter().Le32(2).Add(named).Add(nameless).Add(named)), "5@1 ZY; 6@1");
+    EXPECT_TRUE(found(ByteWriter().Le32(1).Fill(32, 1)).starts_with("16843009@"));
 }
 
 TEST(CafMarkers, AreNamedAndNumbered) {

@@ -64,8 +64,13 @@ TEST(ParseDriver, MarksAFileBeingWrittenWhenItEndsEarly) {
     ScriptedFileSystem files;
     const platform::ScopedFileSystem scope(files);
     const TempFolder folder;
+    const auto fmt = ByteWriter().Chunk("fmt ", pcmFmt);
+    const auto early = folder.Write("early", RiffFile(ByteWriter().Text("data").Le32(0).Add(fmt)));
+    files.FailAt(Operation::open, 0, Fault::sharingViolation);
+    AudioFormat silent;
+    EXPECT_TRUE(Parse(silent, early));
+    EXPECT_FALSE(silent.lengthCutWhileGrowing) << "empty, and another chunk behind it";
     for (const auto& [sizeField, growing] : {std::pair{4000u, true}, {0u, true}, {40u, false}}) {
-        const auto fmt = ByteWriter().Chunk("fmt ", pcmFmt);
         const auto path =
             folder.Write("file", RiffFile(ByteWriter().Add(fmt).Text("data").Le32(sizeField).Zeros(40)));
         files.FailAt(Operation::open, 0, Fault::sharingViolation);
@@ -73,7 +78,39 @@ TEST(ParseDriver, MarksAFileBeingWrittenWhenItEndsEarly) {
         EXPECT_TRUE(Parse(format, path));
         EXPECT_EQ(format.lengthFrames, 10);
         EXPECT_EQ(format.lengthCutWhileGrowing, growing) << sizeField;
+        AudioFormat atRest;
+        EXPECT_TRUE(Parse(atRest, path));
+        EXPECT_FALSE(atRest.lengthCutWhileGrowing);
     }
+}
+
+TEST(ParseDriver, IsIncompleteWhereTheWalkStoppedInFrontOfAChunk) {
+    const auto refused = ByteWriter().Chunk("fmt ", FmtBody(6, 2, 44100, 8));
+    const std::pair<Bytes, bool> cases[] = {
+        {WaveFile(), false},
+        {RiffFile(ByteWriter().Add(refused).Zeros(8)), true},
+        {RiffFile(ByteWriter().Add(refused).Zeros(7)), false},
+        // Audio to the end of the file: nothing is left out.
+        {CafFile(ByteWriter().CafChunk("desc", DescBody()).Text("data").Be64(~0ull).Zeros(44)), false},
+    };
+    const TempFolder folder;
+    for (const auto& [file, isIncomplete] : cases) {
+        AudioFormat format;
+        (void)Parse(format, folder.Write("file", file));
+        EXPECT_EQ(format.isIncomplete, isIncomplete) << file.size();
+    }
+    ScriptedFileSystem files;
+    const platform::ScopedFileSystem scope(files);
+    const auto path = folder.Write("file", WaveFile(pcmFmt, ByteWriter().Chunk("JUNK", Bytes(20000))));
+    files.FailAt(Operation::read, 1, Fault::failure);
+    AudioFormat format;
+    EXPECT_FALSE(Parse(format, path));
+    EXPECT_TRUE(format.isIncomplete);
+}
+
+TEST(ParseDriver, TellsWhereBlocksEnd) {
+    EXPECT_EQ(ParsePlayable(WaveFile(FmtBody(0x11, 1, 8000, 4, 64)))->blockCodedBytes, 40);
+    EXPECT_EQ(ParsePlayable(WaveFile())->blockCodedBytes, 0);
 }
 
 TEST(ParseDriver, LocalisesItsMessages) {
