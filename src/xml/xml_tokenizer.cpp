@@ -45,7 +45,7 @@ uint32_t CodePoint(std::string_view digits) {
 std::string DecodeReference(std::string_view name) {
     for (const auto& known : namedReferences)
         if (name == known.name) return {known.byte};
-    if (name.size() < 2 || name[0] != '#' || !IsDigit(name[1])) return {};
+    if (!name.starts_with('#')) return {};
     const uint32_t codePoint = CodePoint(name.substr(1));
     return codePoint == 0 ? std::string() : Utf8OrUnderscore(codePoint);
 }

@@ -7,6 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/failing_allocation.h"
+#include "xml/xml_tokenizer.h"
+
 namespace vantor {
 namespace {
 
@@ -82,6 +85,24 @@ TEST(XmlParser, FailsWithMessageLineAndColumn) {
         {"<a></A>", "mismatched </ tag name", 1, 7},
         {"<a></a", "expected > following </tag", 1, 6},
         {"<1a/>", "element name must not begin with .- or number", 1, 4},
+        {"<0/>", "element name must not begin with .- or number", 1, 3},
+        {"<9/>", "element name must not begin with .- or number", 1, 3},
+        {"<./>", "element name must not begin with .- or number", 1, 3},
+        // Behind a root that is whole.
+        {"<a/><!", "expected token following <!", 1, 6},
+        {"<a/><!DOCTYPE a", "unterminated <!DOCTYPE", 1, 5},
+        {"<a/><?", "expected token following <?", 1, 6},
+        {"<a/><?x b='1'", "unterminated <? block", 1, 5},
+        {std::string("<a/>\0", 5), "expected < tag", 1, 5},
+        {"<a><></a>", "unknown token in element", 1, 6},
+        // Other tokens where a name or a sign is wanted.
+        {"<!\"DOCTYPE\" a><a/>", "unknown token following <!", 1, 12},
+        {"<a><![\"CDATA\"[x]]></a>", "unknown token beginning <![", 1, 14},
+        {"<a><![CDATA(x]]></a>", "unknown token beginning <![CDATA but without trailing [", 1, 13},
+        {"<?\"x\"?><a/>", "expected token following <?", 1, 6},
+        {"<a></\"a\">", "mismatched </ tag name", 1, 9},
+        {"<a></a b>", "expected > following </tag", 1, 9},
+        {"<a b/'1'/>", "attribute name must be followed by '='", 1, 6},
         {"<>", "unknown token in element", 1, 2},
         {"<a /b>", "expected > following / to end element", 1, 6},
         {"<x>\n<a\n b='1'\n", "unterminated element", 2, 1},
@@ -95,6 +116,9 @@ TEST(XmlParser, FailsWithMessageLineAndColumn) {
         {"<a>&#x41;</a>", "unknown entity in element body", 1, 10},
         {"<a>&#0;</a>", "unknown entity in element body", 1, 8},
         {"<a>&#;</a>", "unknown entity in element body", 1, 7},
+        {"<a>&#-5;</a>", "unknown entity in element body", 1, 9},
+        {"<a>&x65;</a>", "unknown entity in element body", 1, 9},
+        {std::string("<a>&\0;</a>", 10), "unknown entity in element body", 1, 7},
         {"<a>&#" + std::string(30, '0') + "65;</a>", "unknown entity in element body", 1, 36},
     };
     for (const size_t blockBytes : blockSizes)
@@ -114,7 +138,8 @@ TEST(XmlParser, BuildsTheTree) {
         {"<a>&lt;&gt;&amp;&apos;&quot;&#65;</a>", "a=<>&'\"A"},
         // The number ends where its digits end; 31 characters are the longest reference.
         {"<a>&#66x;&#" + std::string(28, '0') + "65;</a>", "a=BA"},
-        {"<a>&#233;&#8364;&#128512;</a>", "a=\u00E9\u20AC\U0001F600"},
+        {"<a>&#233;&#8364;&#128512;&#1114111;&#9;</a>", "a=\u00E9\u20AC\U0001F600\U0010FFFF\t"},
+        {"<\x01/>", "\x01"},
         {"<a>&#55296;&#57343;&#1114112;&#99999999999999999999;</a>", "a=____"},
         {"<a>x<![CDATA[<&]]]>y]></a>", "a=x<&]y]>"},
         {"<a><![CDATA[]]]]]><![CDATA[ ]]><![CDATA[]x]]></a>", "a=]]] ]x"},
@@ -130,6 +155,99 @@ TEST(XmlParser, BuildsTheTree) {
             ASSERT_STREQ(parser.Parse(), nullptr) << document;
             EXPECT_EQ(Outline(*parser.Root()), outline);
         }
+}
+
+TEST(XmlParser, TakesAZeroForAnyOtherByte) {
+    const auto withZeros = [](std::string text) {
+        std::ranges::replace(text, '@', '\0');
+        return text;
+    };
+    const std::string document = withZeros("<!-- @ --><!DOCTYPE @b@><a@b c='@x@'>@y@<![CDATA[@]]></a@b>");
+    for (const size_t blockBytes : blockSizes) {
+        BlockParser parser(document, blockBytes);
+        ASSERT_STREQ(parser.Parse(), nullptr);
+        EXPECT_EQ(parser.DocType(), withZeros("@b@"));
+        EXPECT_EQ(Outline(*parser.Root()), withZeros("a@b c='@x@'=@y@@"));
+    }
+}
+
+TEST(XmlParser, TellsDelimitersAndWhitespace) {
+    for (int byte = -1; byte < 256; ++byte) {
+        const bool isIn = byte > 0 && byte < 128;
+        const std::string_view delimiters = "!\"#$%&'()*+,/;<=>?@[\\]^`{|}~";
+        EXPECT_EQ(IsXmlDelimiter(byte), isIn && delimiters.find(static_cast<char>(byte)) != delimiters.npos)
+            << byte;
+        EXPECT_EQ(IsXmlWhitespace(byte), byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r') << byte;
+    }
+}
+
+TEST(XmlParser, NotesWhereEverythingStands) {
+    const std::string document = "<?xml version='1.0'?>\n<a b = \"1\" c='&lt;'><d/>x</a > <rest";
+    const auto text = [&](const XmlSpan& span) { return document.substr(span.begin, span.end - span.begin); };
+    for (const size_t blockBytes : blockSizes) {
+        XmlPlaces places;
+        BlockParser parser(document, blockBytes);
+        parser.NotePlaces(places);
+        parser.EndBehindRoot();
+        ASSERT_STREQ(parser.Parse(), nullptr);
+        const auto* root = parser.Root();
+        EXPECT_EQ(text(places.elements.at(root).startTag), "<a b = \"1\" c='&lt;'>");
+        EXPECT_EQ(text(places.elements.at(root).endTag), "</a >");
+        EXPECT_EQ(text(places.elements.at(root->firstChild).startTag), "<d/>");
+        EXPECT_EQ(places.elements.at(root->firstChild).endTag.begin, document.find('x', 30));
+        EXPECT_EQ(text(places.elements.at(root->firstChild).endTag), "");
+        EXPECT_EQ(text(places.attributes.at(root->Attribute("b")).whole), "b = \"1\"");
+        EXPECT_EQ(text(places.attributes.at(root->Attribute("c")).value), "&lt;");
+    }
+}
+
+// Tokens and texts longer than the memory that they start with.
+TEST(XmlParser, FailsWhereThereIsNoMemory) {
+    const std::string longText(300, 'x'), longer(3000, 'y'), longest(20000, 'z');
+    const std::string document = "<!DOCTYPE " + longText + "><" + longText + " a='" + longText + "&lt;' b='" +
+                                 longer + "' c='" + longest + "'>" + longText + longText + "&lt;<![CDATA[" +
+                                 longer + "]" + longest + "]]></" + longText + ">";
+    bool hasFailed = true;
+    for (int allowed = 0; hasFailed; ++allowed) {
+        XmlMemoryParser parser(reinterpret_cast<const uint8_t*>(document.data()), document.size());
+        const char* message = nullptr;
+        {
+            const test::FailingAllocation failing(allowed);
+            message = parser.Parse();
+            hasFailed = failing.HasFailed();
+        }
+        ASSERT_EQ(message != nullptr, hasFailed) << allowed;
+        if (hasFailed) {
+            EXPECT_TRUE(std::string_view(message).ends_with("malloc fail")) << message;
+            continue;
+        }
+        EXPECT_EQ(Outline(*parser.Root()), longText + " a='" + longText + "<' b='" + longer + "' c='" +
+                                               longest + "'=" + longText + longText + "<" + longer + "]" +
+                                               longest);
+    }
+}
+
+// However the end of the input is told, that is it.
+class EndingInput : public qrv_xml_parser {
+  public:
+    EndingInput(const uint8_t* end, int64_t bytes) : end_(end), bytes_(bytes) {}
+    int64_t MoreData(const uint8_t** data) override {
+        *data = begun_ ? end_ : document_;
+        return std::exchange(begun_, true) ? bytes_ : sizeof document_;
+    }
+
+  private:
+    const uint8_t document_[4] = {'<', 'a', '/', '>'};
+    const uint8_t* end_;
+    int64_t bytes_;
+    bool begun_ = false;
+};
+
+TEST(XmlParser, EndsWithItsInput) {
+    constexpr uint8_t more[] = "x";
+    for (const auto& [end, bytes] :
+         {std::pair<const uint8_t*, int64_t>{more, 0}, {more, -1}, {nullptr, 0}, {nullptr, 1}})
+        EXPECT_STREQ(EndingInput(end, bytes).Parse(), nullptr) << bytes;
 }
 
 TEST(XmlParser, KeepsDeclarationInstructionsAndDocumentTypeApart) {
