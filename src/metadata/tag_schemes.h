@@ -110,9 +110,11 @@ inline constexpr std::array tagTable = {
     const auto* found = std::ranges::find_if(tagTable, [&](const TagScheme& s) { return s.HasId(id); });
     return found == tagTable.end() ? nullptr : found;
 }
-// The scheme in whose chunk a key stands; null when it has none.
+// The scheme in whose chunk a key stands; null when it has none. A chunk that nobody reads is a key, too,
+// which is its id: "INFO" is none of the scheme's.
 [[nodiscard]] constexpr const TagScheme* SchemeOfKey(std::string_view key) {
-    const auto* scheme = FindScheme(key.substr(0, std::min(key.find(':'), key.size())));
+    const size_t colon = key.find(':');
+    const auto* scheme = colon == key.npos ? nullptr : FindScheme(key.substr(0, colon));
     return scheme && !scheme->document.empty() ? FindScheme(scheme->document) : scheme;
 }
 
