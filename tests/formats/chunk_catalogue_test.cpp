@@ -69,6 +69,7 @@ TEST(DocumentChunks, AreFoundWhole) {
     foreign[5] ^= 1;
     const Bytes aiff = IffFile("AIFF", ByteWriter()
                                            .IffChunk("APPL", text("stoc other"))
+                                           .IffChunk("abcd", text("XMP other"))
                                            .IffChunk("APPL", text("XMP one"))
                                            .IffChunk("_PMX", text("RIFF alone"))
                                            .IffChunk("APPL", text("XMP "))

@@ -95,6 +95,9 @@ TEST(XmlParser, FailsWithMessageLineAndColumn) {
         {"<a/><?x b='1'", "unterminated <? block", 1, 5},
         {std::string("<a/>\0", 5), "expected < tag", 1, 5},
         {"<a><></a>", "unknown token in element", 1, 6},
+        {"<a><b ,></a>", "unknown token in element", 1, 8},
+        {"<a b=c/>", "attribute value must be quoted string", 1, 7},
+        {"<!DOCTYPE", "expected document type token following <!DOCTYPE", 1, 9},
         // Other tokens where a name or a sign is wanted.
         {"<!\"DOCTYPE\" a><a/>", "unknown token following <!", 1, 12},
         {"<a><![\"CDATA\"[x]]></a>", "unknown token beginning <![", 1, 14},
