@@ -206,7 +206,9 @@ TEST(ContainerWalk, TakesFormats) {
          AiffFile("AIFC", CommBody(2, 10, 16, "in24"))},
         {"float32 big, 2 ch, 44100 Hz, 8 bytes, 10 frames at 60",
          AiffFile("AIFC", CommBody(2, 10, 16, "fl32"))},
-        // A type needs the whole of its four characters.
+        // A type needs the whole of its four characters, and a form that has one.
+        {"int16 big, 2 ch, 44100 Hz, 4 bytes, 10 frames at 60",
+         AiffFile("AIFF", CommBody(2, 10, 16, "sowt"))},
         {"int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 58", AiffFile("AIFC", commOf("sowt", 22))},
         {"int16 big, 2 ch, 44100 Hz, 4 bytes, 10 frames at 58", AiffFile("AIFC", commOf("sowt", 21))},
         {"int16 little, 2 ch, 44100 Hz, 4 bytes, 10 frames at 76", AiffFile("AIFC", commOf("sowt", 40))},

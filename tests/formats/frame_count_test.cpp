@@ -70,6 +70,7 @@ TEST(FrameCount, OfBlockCodedBytes) {
         {encodingMsAdpcm, 4, 2, 16, 32, 6},
         {encodingMsAdpcm, 4, 1, 7, 7, 2},
         {encodingCAdpcm, 2, 1, 8, 16, 33},
+        {encodingImaAdpcm, 2, 1, 8, 8, 9},
         {encodingCAdpcm, 0, 1, 8, 16, 17},
         {encodingCAdpcm, 1, 1, 8, 16, 65},
         {encodingImaAdpcm, 4, 2, 16, most / 16 / 8, most / 16 / 8 / 2 + 1},
