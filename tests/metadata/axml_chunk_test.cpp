@@ -10,6 +10,8 @@
 namespace vantor::test {
 namespace {
 
+using namespace std::string_literals;
+
 using Documents = std::vector<std::string>;
 
 Documents Edited(const Documents& documents, const std::string& isrc) {
@@ -64,6 +66,9 @@ TEST(AxmlDocuments, KeepAllButTheTextOfTheirIsrc) {
         {changed, "A&B", changed},
         {changed, "A&amp;B", changed},
         {{coded}, "", {"<a><b></b><c></c></a>"}},
+        {{coded},
+         "A&lt;B&gt;C&quot;<>",
+         {"<a><b>ISRC:A&lt;B&gt;C&amp;quot;&lt;&gt;</b><c>ISRC:OTHER</c></a>"}},
     };
     for (const auto& [old, isrc, written] : cases)
         EXPECT_EQ(Edited(old, isrc), written) << isrc;
@@ -76,13 +81,34 @@ TEST(AxmlDocuments, ANewIsrcFindsItsPlaceAndLeavesItAgain) {
     const auto added = Edited({"<x/>", description}, "USS1Z9900001");
     ASSERT_EQ(added.size(), 2u);
     EXPECT_EQ(added[0], "<x/>");
+    const std::pair<std::string, std::string> rooms[] = {
+        {"<coreMetadata>", ""},          {"<coreMetadata\t>", ""},   {"<p:coreMetadata a=\"/'>\" >", "p:"},
+        {"<q><coreMetadata b='/'>", ""}, {"<p:coreMetadata>", "p:"},
+    };
+    for (const auto& [start, prefix] : rooms)
+        EXPECT_EQ(Edited({start + "</x>"}, "C"),
+                  Documents{start + "<" + prefix +
+                            "identifier typeLabel=\"GUID\" formatLabel=\"ISRC\"><dc:identifier "
+                            "xmlns:dc=\"http://purl.org/dc/elements/1.1/\">ISRC:C</dc:identifier></" +
+                            prefix + "identifier></x>"});
+    for (const auto* code : {"C", "CC"}) {
+        const auto own = Edited({}, code);
+        EXPECT_EQ(own.at(0).size() % 2, 0u);
+        EXPECT_EQ(Edited(own, "other").size(), 1u);
+        EXPECT_EQ(Edited(own, ""), Documents{});
+        // Somebody who wrote more into it keeps it.
+        const auto more = own[0] + "<!-- -->";
+        EXPECT_EQ(Edited({more}, "").size(), 1u);
+        EXPECT_EQ(Edited({"<!-- -->" + own[0]}, "").size(), 1u);
+    }
     EXPECT_EQ(IsrcOf(added), "USS1Z9900001");
     ExpectWellFormed(added[1]);
     EXPECT_EQ(Edited(added, "USS1Z9900001"), added);
     EXPECT_EQ(Edited(added, ""), (Documents{"<x/>", description}));
 
-    for (const std::string roomless : {"<x/>", "<coreMetadata/>", "coreMetadata <coreMetadata",
-                                       "<a coreMetadata>", "<1:coreMetadata></1>"}) {
+    for (const std::string roomless :
+         {"<x/>", "<coreMetadata/>", "coreMetadata <coreMetadata", "<a coreMetadata>", "<1:coreMetadata></1>",
+          "<coreMetadata/ ", "<coreMetadata", "<coreMetadata a='>", "<coreMetadataX>"}) {
         const auto beside = Edited({roomless}, "CO<&>\x01\xE9");
         ASSERT_EQ(beside.size(), 2u) << roomless;
         EXPECT_EQ(beside[0], roomless);

@@ -119,6 +119,16 @@ TEST(IxmlChunk, WritesKeysIntoTheirSections) {
          "<A_B_3>1</A_B_3><A_B_4>2</A_B_4><A_B>3</A_B><A_B_2>4</A_B_2>"},
         {"IXML:\u00D7\u65E5=\u65E5\x01\x0B", "<__\u65E5>\u65E5  </__\u65E5>"},
         {"IXML:1/2=a<b & \xE9", "<_1_2>a&lt;b &amp; \u00E9</_1_2>"},
+        {"IXML:A:B=1|IXML:A B=2|IXML:=3|IXML:USER:=4", "<A_B>2</A_B><A_B_2>1</A_B_2>"},
+        // Characters of every length; what XML forbids is a blank.
+        {"IXML:N=\x1F \t\n\r\u007F\u0080\u07FF\u0800\uFFFD\uFFFE\uFFFF\U00010000\U0010FFFF",
+         "<N>  \t\n\r\u007F\u0080\u07FF\u0800\uFFFD  \U00010000\U0010FFFF</N>"},
+        {"IXML:\u00C0\u07FF\u0800\U00010000\U000F0000=1",
+         "<\u00C0\u07FF\u0800\U00010000_>1</\u00C0\u07FF\u0800\U00010000_>"},
+        {"ASWG:a=1", "<ASWG><a>1</a></ASWG>"},
+        {"IXML:BWF:BWF_DESCRIPTION2=1|IXML:BWF:2=2|IXML:BWF:BWF_DESCRIPTION:=3|BWF:Description=d",
+         "<BWF><BWF_DESCRIPTION>d</BWF_DESCRIPTION></BWF><BWF_2>2</BWF_2>"
+         "<BWF_BWF_DESCRIPTION2>1</BWF_BWF_DESCRIPTION2><BWF_BWF_DESCRIPTION_>3</BWF_BWF_DESCRIPTION_>"},
     };
     for (const auto& [entries, body] : cases)
         EXPECT_EQ(Built(Listed("", entries)),
@@ -162,6 +172,22 @@ TEST(IxmlChunk, CopiesOfTheBroadcastChunkGoWithIt) {
                                 "|IXML:BWF:BWF_TIME_REFERENCE_LOW=5|IXML:BWF:OTHER=x|IXML:NOTE=x"));
     RemoveBwfCopies(store);
     EXPECT_EQ(EntriesOf(store), Listed("", "BWF:TimeReference=5|IXML:BWF:OTHER=x|IXML:NOTE=x"));
+    auto half = StoreOf(Listed("", "BWF:TimeReference=5|IXML:BWF:BWF_TIME_REFERENCE_HIGH=0"));
+    RemoveBwfCopies(half);
+    EXPECT_EQ(half.Count(), 1u);
+}
+
+TEST(IxmlChunk, NamesKeysAsTheyWillBeRead) {
+    for (const auto& [key, written] :
+         Listed("",
+                "IXML:A:B=IXML:A_B|IXML:USER:a b=IXML:USER:a_b|ASWG:1=ASWG:_1|BWF:a b=BWF:a b|IXML:=IXML:"
+                "|IXML:USER:=IXML:USER:|INFO:a b=INFO:a b|IXML:BWFXML=IXML:_BWFXML"))
+        EXPECT_EQ(IxmlKeyAsWritten(key), written);
+    // At most 480 bytes, all of a character or nothing of it.
+    const std::string most(480, 'n');
+    EXPECT_EQ(IxmlKeyAsWritten("IXML:" + most), "IXML:" + most);
+    EXPECT_EQ(IxmlKeyAsWritten("IXML:" + most + "n"), "IXML:" + most);
+    EXPECT_EQ(IxmlKeyAsWritten("IXML:" + most.substr(1) + "\u00E9"), "IXML:" + most.substr(1));
 }
 
 }  // namespace

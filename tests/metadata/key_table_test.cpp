@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/metadata/store_entries.h"
 
 namespace vantor::test {
@@ -26,6 +28,17 @@ TEST(KeyTable, ListsTheCommonFields) {
               "TITLE=Title|ARTIST=Artist|ALBUM=Album|TRACKNUMBER=Track|YEAR=Date|GENRE=Genre|COMMENT=Comment|"
               "DESC=Description|BPM=BPM|KEY=Key|DB_CUSTOM=Browser Tags|");
     EXPECT_EQ(CommonField(-1), nullptr);
+    EXPECT_STREQ(CommonField(0), "TITLE");
+    char out[64] = "";
+    const MetadataStore store;
+    EXPECT_FALSE(SchemeKeyFor(nullptr, 0, out, sizeof out) || SchemeKeyFor("", 0, out, sizeof out) ||
+                 SchemeKeyFor("TITLE", -1, out, sizeof out) || SchemeKeyFor("TITLE", 0, nullptr, 8) ||
+                 SchemeKeyFor("TITLE", 0, out, 0));
+    EXPECT_FALSE(LookupField(nullptr, out, sizeof out, &store) || LookupField("", out, sizeof out, &store) ||
+                 LookupField("TITLE", nullptr, 8, &store) || LookupField("TITLE", out, 0, &store) ||
+                 LookupField("TITLE", out, sizeof out, nullptr));
+    CopyText(out, 0, "text");
+    EXPECT_STREQ(out, "");
     EXPECT_EQ(SchemeKeys("DATE"), SchemeKeys("YEAR"));
     EXPECT_EQ(SchemeKeys("TRACKNUMBER"),
               "INFO:TRCK ID3:TRCK APE:Track VORBIS:TRACKNUMBER CART:CutID XMP:dm/trackNumber "
@@ -98,6 +111,7 @@ TEST(KeyTable, AppliesFieldsToTheirWholeRow) {
 }
 
 TEST(TimeReference, IsReadFromTheFirstKeyThatHoldsOne) {
+    MetadataStore largest;
     constexpr double wholeWord = 4294967296.0;
     struct Case {
         const char* entries;
@@ -124,6 +138,24 @@ TEST(TimeReference, IsReadFromTheFirstKeyThatHoldsOne) {
         EXPECT_EQ(ReadTimeReference(&store, rate), -1) << "no rate, nothing to write";
     }
     EXPECT_EQ(ReadTimeReference(nullptr, 48000), -1);
+    for (const auto& [seconds, rate, frames] : {std::tuple(2.5, 2.0, "5"),
+                                                {0.9, 2.0, "1"},
+                                                {2.5, 1.9, ""},
+                                                {0.0, 48000.0, ""},
+                                                {-1.0, 48000.0, ""}}) {
+        MetadataStore store;
+        SetTimeReference(store, seconds, rate);
+        EXPECT_EQ(store.Value("BWF:TimeReference"), frames) << seconds;
+        EXPECT_EQ(NamesTimeReference(store), *frames != 0);
+    }
+    EXPECT_TRUE(HoldsPositionInDocument(StoreOf(Listed("IXML:BEXT:", "BWF_TIME_REFERENCE_LOW=5"))));
+    for (const auto* entries : {"IXML:BEXT:BWF_TIME_REFERENCE_LOW=", "IXML:BEXT:BWF_TIME_REFERENCE_HIGH=5",
+                                "IXML:BEXT:BWF_TIME_REFERENCE_LOW=5|BWF:TimeReference=5"})
+        EXPECT_FALSE(HoldsPositionInDocument(StoreOf(Listed("", entries)))) << entries;
+    const auto half = StoreOf(Listed("IXML:BEXT:", "BWF_TIME_REFERENCE_LOW= \t\r\n-2x"));
+    EXPECT_EQ(ReadTimeReference(&half, 1), wholeWord - 2);
+    SetTimeReference(largest, 1e6, 2);
+    EXPECT_EQ(largest.Value("XMP:dm/relativeTimestamp"), "1000000000");
 }
 
 TEST(Schemes, GoByTheFileTypeAndTheFirstKey) {
@@ -134,6 +166,7 @@ TEST(Schemes, GoByTheFileTypeAndTheFirstKey) {
     EXPECT_STREQ(SchemeForType("Caff", 0), "CAFINFO");
     EXPECT_EQ(SchemeForType("wave", 0), nullptr);
     EXPECT_EQ(SchemeForType("wav", -1), nullptr);
+    EXPECT_EQ(SchemeForType("caf", 1), nullptr);
     const auto store = StoreOf({{"BWFX", ""}, {"INFO:INAM", ""}});
     EXPECT_TRUE(StoreHasScheme("BWF", store) && StoreHasScheme("INFO", store));
     EXPECT_FALSE(StoreHasScheme("IN2", store) || StoreHasScheme("XMP", store));

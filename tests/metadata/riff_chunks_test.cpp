@@ -99,11 +99,15 @@ TEST(RiffChunks, KeepWhatFitsTheirFields) {
         // given=kept
         {"BWF:Description", {{d + "\u00E9tail", d + "\xC3"}}},
         {"BWF:Originator", {{o + "o", o}}},
-        {"BWF:OriginationDate", Listed("", "2024/01/05=2024/01/05|2024-1-05=|2024-01-0x=|2024-01-05T=")},
+        {"BWF:OriginationDate",
+         Listed("",
+                "2024/01/05=2024/01/05|2024-1-05=|2024-01-0x=|2024-01-05T=|x024-01-05=|2x24-01-05="
+                "|20x4-01-05=|202x-01-05=|2024-x1-05=|2024-0x-05=|2024-01-x5=|2090/01/05=2090/01/05"
+                "|202:-01-05=|202/-01-05=")},
         {"BWF:OriginationTime",
          Listed("",
                 "07:05=07:05:00|12.34.56=12.34.56|07:05:0=07:05:00|07:05:xx=07:05:00|7:05:00=|07:5="
-                "|07:05:001=")},
+                "|07:05:001=|x7:05=|0x:05=|07:x5=|07:0x=|07:05:x1=07:05:00|07:05:1x=07:05:00")},
         {"BWF:TimeReference", Listed("", "48000=48000|-1=0|48000.0=0| 1=0")},
         // In hundredths; negative ones come a hundredth nearer to zero.
         {"BWF:MaxTruePeakLevel",
@@ -113,8 +117,10 @@ TEST(RiffChunks, KeepWhatFitsTheirFields) {
         {"INFO:INAM", {{"caf\xE9", "caf\u00E9"}}},
         {"INFO:LONGER", {{"x", ""}}},
         {"INFO:X", {{"x", ""}}},
-        {"CART:BAD1", Listed("", "7x=|2147483648=")},
+        {"CART:BAD1", Listed("", "7x=|2147483648=|0=|-1=|1=1|=")},
         {"CART:LONGER", {{"9", ""}}},
+        {"CART:", {{"9", ""}}},
+        {"CART:URL", {{"9", "9"}}},
         {"CART:LevelReference", Listed("", "-5=|5=5")},
         {"CART:Title", {{t + "\u00E9", t}, {"", ""}}},
     };
@@ -129,6 +135,10 @@ TEST(RiffChunks, ACartHoldsEightTimers) {
         entries.emplace_back(std::string("CART:") + usage, "1");
     const auto read = ReadEntries("CART", Built(BuildCartChunk, entries));
     EXPECT_EQ(read, Entries(entries.begin(), entries.begin() + 8));
+    // Only what stands for one takes a place.
+    const auto url = Listed("", "CART:URL=5|CART:ZERO=0|INFO:ABCD=5|CART:LONGER=5|CART:=5");
+    EXPECT_EQ(TextOf(Built(BuildCartChunk, url)).substr(684, 64), std::string(64, '\0'));
+    EXPECT_EQ(Built(BuildCartChunk, Listed("", "CART:ZERO=0|CART:URL=")), Bytes{});
 }
 
 struct Case {

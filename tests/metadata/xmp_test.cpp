@@ -6,6 +6,8 @@
 namespace vantor::test {
 namespace {
 
+using namespace std::string_literals;
+
 Entries EntriesIn(std::string_view packet) {
     return ReadEntries("XMP", BytesOf(packet));
 }
@@ -198,6 +200,14 @@ TEST(XmpChunk, WritesAWholePacket) {
         EXPECT_EQ(EntriesIn(Built(readable)), readable);
     EXPECT_EQ(Built(Listed("XMP:", "dc/source=a|MARK000=x|MARK001=-1:2")).find("Tracks"), std::string::npos);
     EXPECT_EQ(Built(Listed("", "INFO:INAM=x")), "");
+    // The language stands in the alternative that there is.
+    EXPECT_EQ(EntriesIn(Built(Listed("XMP:", "dc/description=d|dc/language=fr"))),
+              Listed("XMP:", "dc/description=d|dc/language=fr"));
+    for (const auto* text : {"title", "description"}) {
+        const auto packet = Built({{"XMP:dc/language", "fr"}, {"XMP:dc/"s + text, "t"}});
+        EXPECT_EQ(packet.find("dc:language"), packet.npos) << text;
+        EXPECT_NE(packet.find("xml:lang=\"fr\""), packet.npos) << text;
+    }
 }
 
 }  // namespace
