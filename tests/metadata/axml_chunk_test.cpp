@@ -82,8 +82,12 @@ TEST(AxmlDocuments, ANewIsrcFindsItsPlaceAndLeavesItAgain) {
     ASSERT_EQ(added.size(), 2u);
     EXPECT_EQ(added[0], "<x/>");
     const std::pair<std::string, std::string> rooms[] = {
-        {"<coreMetadata>", ""},          {"<coreMetadata\t>", ""},   {"<p:coreMetadata a=\"/'>\" >", "p:"},
-        {"<q><coreMetadata b='/'>", ""}, {"<p:coreMetadata>", "p:"},
+        {"<coreMetadata>", ""},
+        {"<coreMetadata\t>", ""},
+        {"<p:coreMetadata a=\"/'>\" >", "p:"},
+        {"<q><coreMetadata b='/'>", ""},
+        {"<p:coreMetadata>", "p:"},
+        {"<q>" + std::string(100, ' ') + "<p:coreMetadata>", "p:"},
     };
     for (const auto& [start, prefix] : rooms)
         EXPECT_EQ(Edited({start + "</x>"}, "C"),

@@ -124,6 +124,10 @@ TEST(Id3Chunk, ConvertsWhatAFrameHoldsAsFarAsItIsThere) {
         return TextOf(Id3TagWriter(version).Text("TIT2", std::string(200, 'i')).Body());
     };
     const std::string toc = "CTOC\0\0t\0\3\2c1\0c2\0"s, chapter = "CHAP\0\0c\0"s + std::string(16, '\1');
+    const auto chapterIn = [&](int version) {  // whose own frames stay as they are
+        const auto body = "c\0"s + std::string(16, '\1') + inner(3);
+        return TextOf(Id3TagWriter(version).Frame("CHAP", BytesOf(body)).Body());
+    };
     const std::pair<std::string, Frames> cases[] = {
         {"RVAD\0\x80\0\0\1"s, {}},
         {"RVAD\0\xC0\0\0\0\1"s, {}},
@@ -133,12 +137,15 @@ TEST(Id3Chunk, ConvertsWhatAFrameHoldsAsFarAsItIsThere) {
         {toc + inner(3), {toc + inner(4)}},
         {chapter + inner(3) + "ab c\0\0\0\1\0\0x"s, {chapter + inner(4)}},
         {chapter + "CHAP\0\0\0\x02\0\0c\0"s, {chapter + "CHAP\0\0\0\x02\0\0c\0"s}},
+        {"CTOC\0\0t\0\3\0"s + inner(3), {"CTOC\0\0t\0\3\0"s + inner(4)}},
+        {chapter + chapterIn(3), {chapter + chapterIn(4)}},
         {"CTOC\0\0t\0\3"s, {"CTOC\0\0t\0\3"s}},
         {"CTOC\0\0t\0\3\2c1\0c2"s, {"CTOC\0\0t\0\3\2c1\0c2"s}},
     };
     for (const auto& [frame, converted] : cases)
         EXPECT_EQ(FramesOf(BuildTag24(ReadStore(TagOf(3, {frame})), TagOf(3, {frame}))), converted);
-    EXPECT_EQ(FramesOf(BuildTag24({}, TagOf(2, {"PIC\0PN"s, "GEOa"s}))), Frames{"GEOB\0\0a"s});
+    const std::string object(200, 'a');
+    EXPECT_EQ(FramesOf(BuildTag24({}, TagOf(2, {"PIC\0PN"s, "GEO" + object}))), Frames{"GEOB\0\0"s + object});
 }
 
 TEST(Id3Chunk, CarriesA24FrameUnsynchronisedOnItsOwn) {

@@ -129,14 +129,16 @@ TEST(Id3Writer, NamesKeysAsTheyWillBeRead) {
                 "INFO:INAM=INFO:INAM|ID3:TT2=ID3:TIT2|ID3:TIT2:junk=ID3:TIT2|ID3:TIT2:002=ID3:TIT2:002"
                 "|ID3:TXXX:k=ID3:TXXX:k|ID3:TXX:k=ID3:TXXX:k|ID3:ETCO:x=ID3:ETCO|ID3:UFID:o=ID3:UFID:o"
                 "|ID3:COMM=ID3:COMM|ID3:COMM:eng=ID3:COMM|ID3:COMM:deu=ID3:COMM:deu|ID3:COMM:002=ID3:COMM:002"
-                "|ID3:USLT:eng:d=ID3:USLT:eng:d|ID3:COMM:d=ID3:COMM:XXX:d|ID3:odd:k=ID3:odd:k"))
+                "|ID3:USLT:d=ID3:USLT:XXX:d|ID3:COMM:d=ID3:COMM:XXX:d|ID3:odd:k=ID3:odd:k"))
         EXPECT_EQ(Id3KeyAsWritten(key), written);
 }
 
 TEST(Id3Writer, TakesAPictureFromAFileOrFromWhatIsNew) {
     const TempFolder folder;
-    FileReader file(folder.Write("picture.bin", BytesOf("01\xFF\0\xFF\0zz\xFF\0"s)), {});
-    const FileRange ranges[] = {{2, 4}, {6, 8}};
+    FileReader file(folder.Write("picture.bin", BytesOf("01\xFF\0\0\xFF"
+                                                        "azz\xFF\0"s)),
+                    {});
+    const FileRange ranges[] = {{2, 5}, {8, 10}};
     const Bytes newPicture = BytesOf("new");
     const auto picture = [&](const char* place, std::span<const uint8_t> isNew) {
         Id3Frames frames;
@@ -149,11 +151,14 @@ TEST(Id3Writer, TakesAPictureFromAFileOrFromWhatIsNew) {
     EXPECT_EQ(picture("offset:0 length:2", {}), "01");
     EXPECT_EQ(picture("offset:1 length:1", newPicture), "1");
     // Where a tag is unsynchronised its zeros are left out.
-    EXPECT_EQ(picture("offset:2 length:2", {}), "\xFF");
-    EXPECT_EQ(picture("offset:4 length:2", {}), "\xFF\0"s);
-    EXPECT_EQ(picture("offset:7 length:3", {}), "z\xFF");
-    EXPECT_EQ(picture("offset:8 length:2", {}), "\xFF\0"s);
-    EXPECT_EQ(picture("offset:9 length:2", {}), "none");
+    EXPECT_EQ(picture("offset:2 length:5", {}),
+              "\xFF\0\xFF"
+              "a"s);
+    EXPECT_EQ(picture("offset:1 length:3", {}), "1\xFF\0"s);
+    EXPECT_EQ(picture("offset:7 length:4", {}), "zz\xFF\0"s);
+    EXPECT_EQ(picture("offset:8 length:3", {}), "z\xFF");
+    EXPECT_EQ(picture("offset:10 length:1", {}), "\0"s);
+    EXPECT_EQ(picture("offset:10 length:2", {}), "none");
     // A language stays that of the frame.
     for (const std::string& id : {"COMM"s, "USLT"s, "TXXX"s}) {
         Id3Frames frames;

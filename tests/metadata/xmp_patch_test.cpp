@@ -96,6 +96,13 @@ TEST(XmpPatches, ATrackForMarkersComesWithTheFirstAndGoesWithTheLast) {
     // One that was there stays, and so does one with other markers.
     const std::string own = "<d:Tracks><r:Bag/></d:Tracks>";
     EXPECT_EQ(Changed(Described(own + old), "XMP:MARK000="), Described(own + old));
+    const auto tracks = [](const std::string& markers) {
+        const std::string start = "<r:li><d:markers><r:Seq>", end = "</r:Seq></d:markers></r:li>";
+        return Described("<d:Tracks><r:Bag>" + start + "<r:li d:startTime='5'/>" + end + start + markers +
+                         end + "</r:Bag></d:Tracks>");
+    };
+    EXPECT_EQ(Changed(tracks(""), "XMP:MARK001=6:6"),
+              tracks("\n<r:li r:parseType=\"Resource\"><d:startTime>6</d:startTime></r:li>"));
     EXPECT_EQ(Changed("", "XMP:MARK000=5:7:n"), "refused");
     EXPECT_EQ(Changed("<x", "XMP:MARK000=5:7:n"), "refused");
     EXPECT_EQ(Changed("<x", "XMP:dc/source=b"), "refused");
@@ -159,7 +166,20 @@ TEST(XmpPatches, ChangePropertiesOfEveryShape) {
          Described("<dc:title><r:Alt><r:li xml:lang='x-default'>u</r:li></r:Alt></dc:title>")},
         {titled("fr") + Described(source),
          "XMP:dc/title=", "<r:Description dc:language=\"fr\"></r:Description>" + Described(source)},
+        {Described("<dc:title>t</dc:title>"), "XMP:dc/language=", Described("<dc:title>t</dc:title>")},
+        {titled("fr"), "XMP:dc/title=u",
+         Described("<dc:title><r:Alt><r:li xml:lang='fr'>u</r:li></r:Alt></dc:title>")},
+        {"<r:RDF/>" + Described(source), "XMP:dc/format=b",
+         "<r:RDF/><r:Description dc:format=\"b\">" + source + "</r:Description>"},
+        {Described(source) + "<r:Description dc:source=''/>", "XMP:dc/source=b",
+         Described("<dc:source>b</dc:source>") + "<r:Description dc:source=''/>"},
+        {Described("<dc:subject><r:Bag><r:li>a</r:li><r:li o='1'>c</r:li></r:Bag></dc:subject>"),
+         "XMP:dc/subject=x; y; c",
+         Described(
+             "<dc:subject><r:Bag><r:li>x</r:li><r:li>y</r:li><r:li o='1'>c</r:li></r:Bag></dc:subject>")},
         // Nothing but the frame is left: it goes.
+        {"", "XMP:dc/source=", "gone"},
+        {Described(source) + Described(""), "XMP:dc/source=", Described("") + Described("")},
         {"<r:Description r:about='' xmlns:o='urn:o' dc:source='a'/>", "XMP:dc/source=", "gone"},
         {Described(source), "XMP:dc/source=", "gone"},
         {Described(source) + Described("x"), "XMP:dc/source=", Described("") + Described("x")},
@@ -172,8 +192,9 @@ TEST(XmpPatches, ChangePropertiesOfEveryShape) {
         std::string descriptions;
         for (int i = 0; i < count; ++i)
             descriptions += "<r:Description dc:source='a'/>";
-        EXPECT_EQ(Changed(descriptions + "<r:Description own='1'/>", "XMP:dc/source=") == "refused",
-                  count == 64);
+        EXPECT_EQ(
+            Changed(descriptions + "<r:Description own='1'/>", "XMP:dc/source=|XMP:dm/album=") == "refused",
+            count == 64);
     }
 }
 
@@ -209,10 +230,11 @@ TEST(XmpPatches, KeepTheEncodingAndWhatFollows) {
     EXPECT_FALSE(PatchXmp({BytesOf("no packet"), change}));
     const auto blank = BlankXmp();
     EXPECT_EQ(blank.size() % 2, 0u);
-    const auto filled = PatchXmp({blank, change});
+    const auto both = Listed("XMP:", "MARK000=5:7:n|dc/source=a");
+    const auto filled = PatchXmp({blank, StoreOf(both)});
     ASSERT_TRUE(filled);
-    EXPECT_EQ(ReadEntries("XMP", *filled), EntriesOf(change));
-    EXPECT_EQ(PatchXmp({*filled, StoreOf({{"XMP:dc/source", ""}})}), Bytes{});
+    EXPECT_EQ(ReadEntries("XMP", *filled), both);
+    EXPECT_EQ(PatchXmp({*filled, StoreOf(Listed("XMP:", "MARK000=|dc/source="))}), Bytes{});
 }
 
 }  // namespace

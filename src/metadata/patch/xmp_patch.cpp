@@ -66,25 +66,19 @@ class Packet {
                std::string_view value);
     void ForgetLanguage();
     [[nodiscard]] bool KeepLanguage(const MetadataStore& own);
-    [[nodiscard]] bool EachDescription(const std::function<void(const XmpNode&)>& visit) const;
+    void EachDescription(const std::function<void(const XmpNode&)>& visit) const;
 
     XmlPatch text_;
 };
 
-// False when there is none.
-bool Packet::EachDescription(const std::function<void(const XmpNode&)>& visit) const {
-    bool found = false;
+void Packet::EachDescription(const std::function<void(const XmpNode&)>& visit) const {
     const XmpNode root(text_.Root());
     const auto inRdf = [&](const XmpNode& node) {
         if (!node.Is(XmpSpace::Rdf, "RDF")) return;
-        node.ForEachChild([&](const XmpNode& description) {
-            found = true;
-            visit(description);
-        });
+        node.ForEachChild(visit);
     };
     inRdf(root);
     root.ForEachChild(inRdf);
-    return found;
 }
 
 Site SiteOf(const XmpNode& property) {
@@ -103,7 +97,7 @@ Site SiteOf(const XmpNode& property) {
 // The last of several, which is the one that is stored.
 std::optional<Site> Packet::Find(std::string_view key) const {
     std::optional<Site> found;
-    static_cast<void>(EachDescription([&](const XmpNode& description) {
+    EachDescription([&](const XmpNode& description) {
         description.ForEachAttribute([&](XmpName name, const XmlAttribute& attribute) {
             if (!attribute.value.empty() && XmpKeyOf(name) == key)
                 found = Site{&attribute, {}, {}, {}, false};
@@ -112,7 +106,7 @@ std::optional<Site> Packet::Find(std::string_view key) const {
             if (IsXmpTracks(property) || XmpKeyOf(property.Name()) != key) return;
             if (Site site = SiteOf(property); !site.value.text.empty()) found = std::move(site);
         });
-    }));
+    });
     return found;
 }
 
@@ -195,13 +189,13 @@ bool Packet::Remove(std::string_view key) {
 // The language of a title or description is that of the file when no property says otherwise.
 void Packet::ForgetLanguage() {
     std::vector<const XmlAttribute*> marks;
-    static_cast<void>(EachDescription([&](const XmpNode& description) {
+    EachDescription([&](const XmpNode& description) {
         description.ForEachChild([&](const XmpNode& property) {
             const XmpValue value = CarriesXmpLanguage(property.Name()) ? ReadXmpValue(property) : XmpValue();
             if (!value.language.empty() && value.language != xmpDefaultLanguage)
                 marks.push_back(value.languageMark);
         });
-    }));
+    });
     for (auto mark = marks.rbegin(); mark != marks.rend(); ++mark)
         text_.SetAttribute(**mark, xmpDefaultLanguage);
 }
@@ -222,12 +216,12 @@ bool Packet::Add(std::string_view key, std::string_view value) {
     const auto local = space ? key.substr(space->keyPrefix.size()) : std::string_view();
     if (!IsXmlName(local)) return true;  // nothing that a packet could hold
     bool isDone = false;
-    static_cast<void>(EachDescription([&](const XmpNode& description) {
+    EachDescription([&](const XmpNode& description) {
         if (!isDone && TakesXmpProperties(description)) {
             isDone = true;
             AddTo(description, *space, local, value);
         }
-    }));
+    });
     return isDone;
 }
 
@@ -275,13 +269,13 @@ bool IsPropertyAttribute(std::string_view name) {
 bool Packet::IsEmpty() {
     if (!text_.Parse()) return false;
     bool isEmpty = text_.Root().firstChild == nullptr || text_.Root().firstChild->nextSibling == nullptr;
-    static_cast<void>(EachDescription([&](const XmpNode& description) {
+    EachDescription([&](const XmpNode& description) {
         const XmlElement& element = description.Element();
         isEmpty = isEmpty && element.firstChild == nullptr && element.Value().empty();
         for (const auto* attribute = element.firstAttribute; attribute != nullptr;
              attribute = attribute->next)
             isEmpty = isEmpty && !IsPropertyAttribute(attribute->name);
-    }));
+    });
     return isEmpty;
 }
 

@@ -100,8 +100,7 @@ bool Append22Frame(Id3Frames& frames, const Id3FrameWalk& walk, const Id3Frame& 
         const auto picture = ReadPicture(walk, frame);
         return picture && AppendPictureFrame(frames, 4, picture->descriptor, picture->bytes);
     }
-    const std::string_view id = FrameId24(frame.id);
-    return !id.empty() && AppendId3Frame(frames, 4, id, frame.body);
+    return AppendId3Frame(frames, 4, FrameId24(frame.id), frame.body);  // none without a successor
 }
 
 }  // namespace
