@@ -110,11 +110,12 @@ inline constexpr std::array tagTable = {
     const auto* found = std::ranges::find_if(tagTable, [&](const TagScheme& s) { return s.HasId(id); });
     return found == tagTable.end() ? nullptr : found;
 }
-// The scheme in whose chunk a key stands; null when it has none. A chunk that nobody reads is a key, too,
-// which is its id: "INFO" is none of the scheme's.
+// The scheme in whose chunk a key stands; null when it has none. The id of a chunk that nobody reads is a
+// key, too: "INFO" and "XMP:" are none of the schemes'.
 [[nodiscard]] constexpr const TagScheme* SchemeOfKey(std::string_view key) {
     const size_t colon = key.find(':');
-    const auto* scheme = colon == key.npos ? nullptr : FindScheme(key.substr(0, colon));
+    const bool hasScheme = colon != key.npos && colon + 1 < key.size();
+    const auto* scheme = hasScheme ? FindScheme(key.substr(0, colon)) : nullptr;
     return scheme && !scheme->document.empty() ? FindScheme(scheme->document) : scheme;
 }
 
