@@ -159,7 +159,10 @@ TEST_F(WavehostEdit, EditsOfOneFileWaitForEachOther) {
         const std::string file = folder.Write("busy.wav", bytes);
         std::vector<std::thread> edits;
         for (const std::string& key : keys)
-            edits.emplace_back([&, key] { EXPECT_EQ(ExitCode({"meta", "set", file, key + "=x"}), 0); });
+            edits.emplace_back([&, key] {
+                const HostRun run = RunWavehost({"meta", "set", file, key + "=x"});
+                EXPECT_EQ(run.exitCode, 0) << run.err;
+            });
         for (std::thread& edit : edits)
             edit.join();
         for (const std::string& key : keys)
