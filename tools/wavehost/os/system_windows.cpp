@@ -183,14 +183,21 @@ bool SyncFile(const fs::path& path) {
 }
 
 bool TakePlaceOf(const fs::path& from, const fs::path& target, std::string& error) {
-    // ReplaceFileW keeps attributes and access rights; it wants a target that exists.
-    if (ReplaceFileW(target.c_str(), from.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
-                     nullptr))
-        return true;
-    if (MoveFileExW(from.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-        return true;
-    error = LastReason();
-    return false;
+    const auto isReplaced = [&] {
+        // ReplaceFileW keeps attributes and access rights; it wants a target that exists.
+        return ReplaceFileW(target.c_str(), from.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
+                            nullptr) ||
+               MoveFileExW(from.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    };
+    // Others may have the file open for a moment: an edit that waits for this one, a virus scanner.
+    constexpr DWORD pause = 20;  // milliseconds
+    for (int attempts = 50; !isReplaced(); --attempts) {
+        const DWORD code = GetLastError();
+        error = LastReason();
+        if (attempts == 0 || (code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION)) return false;
+        Sleep(pause);
+    }
+    return true;
 }
 
 int64_t ProcessNumber() {
