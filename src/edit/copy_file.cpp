@@ -231,7 +231,8 @@ bool CopyChunks(CopyJob& job) {
         if (!PutPieces(job, job.plan.main)) return false;
         if (job.plan.isTailBeforeAudio && !PutPieces(job, job.plan.tail)) return false;
     }
-    const bool isWhole = walk.Position() == job.plan.end;  // no header was lost on the way
+    // The file is as it was when this was planned: no header was lost on the way.
+    const bool isWhole = isImageWritten && walk.Position() == job.plan.end;
     return isWhole && (job.plan.isTailBeforeAudio || PutPieces(job, job.plan.tail));
 }
 

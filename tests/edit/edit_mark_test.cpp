@@ -19,16 +19,6 @@ const Bytes fmt = ByteWriter().Chunk("fmt ", FmtBody(1, 1, 48000, 16));
 const Bytes audio = ByteWriter().Chunk("data", Bytes(1000, 0x5A)), cue = ByteWriter().Chunk("cue ", Bytes(4));
 const Bytes info = ByteWriter().Chunk("LIST", ByteWriter().Text("INFO").Text("INAM").Le32(2).Text("ab"));
 
-Bytes Joined(std::initializer_list<Bytes> pieces) {
-    ByteWriter all;
-    for (const Bytes& piece : pieces)
-        all.Add(piece);
-    return all;
-}
-Bytes Padding(size_t bytes) {
-    return ByteWriter().Chunk("JUNK", Bytes(bytes - 8, 0));
-}
-
 // After an edit that asks for what is there.
 Bytes EditedAgain(const Bytes& file) {
     MemoryFileSystem files;

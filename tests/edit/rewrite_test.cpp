@@ -27,17 +27,6 @@ Bytes ImageOf(size_t bytes, std::string_view id = "bext") {
     return ByteWriter().Text(id).Le32(static_cast<uint32_t>(bytes - 8)).Fill(bytes - 8, 0x11);
 }
 
-Bytes Padding(size_t bytes) {
-    return ByteWriter().Chunk("JUNK", Bytes(bytes - 8, 0));
-}
-
-Bytes Joined(std::initializer_list<Bytes> pieces) {
-    ByteWriter all;
-    for (const Bytes& piece : pieces)
-        all.Add(piece);
-    return all;
-}
-
 Bytes Riff(std::initializer_list<Bytes> chunks) {
     return RiffFile(Joined(chunks));
 }

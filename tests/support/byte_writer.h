@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -91,6 +92,18 @@ inline Bytes FmtBody(uint16_t tag, uint16_t channels, uint32_t rate, uint16_t bi
         .Le32(rate * blockAlign)
         .Le16(blockAlign)
         .Le16(bits);
+}
+
+inline Bytes Joined(std::initializer_list<Bytes> pieces) {
+    ByteWriter all;
+    for (const Bytes& piece : pieces)
+        all.Add(piece);
+    return all;
+}
+
+// A chunk of padding that takes so many bytes, its header among them.
+inline Bytes Padding(size_t bytes) {
+    return ByteWriter().Chunk("JUNK", Bytes(bytes - 8));
 }
 
 // A whole RIFF file of form WAVE ("RIFF", "RF64" or "BW64") around its chunks.
