@@ -4,28 +4,14 @@
 
 #include "decode/ima_adpcm.h"
 #include "decode/ms_adpcm.h"
+#include "formats/adpcm_shape.h"
 #include "formats/audio_format.h"
 
 namespace vantor {
 
 namespace {
 
-// What a coding stores for each channel of a block.
-struct Shape {
-    int32_t encoding;
-    int32_t headerBytes;
-    int32_t headerFrames;
-    int32_t framesPerByte;
-    int32_t roundBytes;
-};
-
-constexpr Shape shapes[] = {
-    {encodingMsAdpcm, 7, 2, 2, 1},
-    {encodingImaAdpcm, 4, 1, 2, 4},
-    {encodingCAdpcm, 4, 1, 4, 4},
-};
-
-void SetSizes(AdpcmCoding& coding, const Shape& shape) {
+void SetSizes(AdpcmCoding& coding, const AdpcmShape& shape) {
     const int32_t channelBytes = coding.blockAlign / coding.channels;
     if (channelBytes < shape.headerBytes) return;
     coding.framesPerBlock = shape.headerFrames + (channelBytes - shape.headerBytes) * shape.framesPerByte;
@@ -45,8 +31,7 @@ AdpcmCoding CodingOf(const AudioFormat& format) {
     coding.bitsPerSample = format.bitsPerSample;
     coding.coefficients = format.msadpcmCoefficients.value_or(standardMsCoefficients);
     if (coding.channels < 1 || coding.blockAlign > maxAdpcmBlockBytes) return coding;
-    for (const Shape& shape : shapes)
-        if (shape.encoding == coding.encoding) SetSizes(coding, shape);
+    if (const auto* shape = FindAdpcmShape(coding.encoding)) SetSizes(coding, *shape);
     return coding;
 }
 

@@ -1,9 +1,7 @@
 // The three block codings of 16-bit samples: Microsoft ADPCM and IMA ADPCM (both as in Microsoft's "New
 // Multimedia Data Types and Data Techniques", 1994) and cADPCM, a form of IMA ADPCM with two bits a sample.
-//
-// A block is a header followed by rounds. A round is the smallest run of bytes that gives every channel the
-// same number of frames: for IMA ADPCM a 4-byte group a channel (8 frames), for cADPCM the same (16 frames),
-// for Microsoft ADPCM one byte a channel (2 frames).
+// A round is for IMA ADPCM a 4-byte group a channel (8 frames), for cADPCM the same (16 frames), for
+// Microsoft ADPCM one byte a channel (2 frames).
 #pragma once
 
 #include <array>

@@ -5,6 +5,7 @@
 
 #include "decode/adpcm_decoder.h"
 #include "decode/channel_map.h"
+#include "formats/adpcm_shape.h"
 #include "formats/audio_format.h"
 
 namespace vantor {

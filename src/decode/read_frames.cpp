@@ -6,6 +6,7 @@
 #include "decode/deliver_frames.h"
 #include "decode/rate_conversion.h"
 #include "decode/reader_context.h"
+#include "formats/adpcm_shape.h"
 #include "formats/audio_format.h"
 #include "formats/frame_count.h"
 #include "host/host_services.h"

@@ -5,6 +5,7 @@
 #include "edit/container.h"
 #include "fileio/byte_order.h"
 #include "formats/chunk_cursor.h"
+#include "formats/fmt_rules.h"
 #include "formats/riff_data_size.h"
 
 namespace vantor {
@@ -13,8 +14,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr uint32_t smallestDs64 = 24;
-constexpr uint32_t smallestFormat = 16;
 constexpr uint32_t listTypeBytes = 4;
 
 bool IsList(std::string_view id) {
@@ -79,7 +78,8 @@ WalkStep RiffChunkWalk::Next(RiffChunk& chunk) {
     chunk.isReplaceable = IsReplaceable(chunk.scheme, replaced_);
     if (IsList(chunk.Id()) && chunk.bodyBytes >= listTypeBytes && reader_.Tell() == chunk.BodyStart())
         return WalkStep::refused;  // a list of unknown type
-    if (chunk.Id() == "fmt "sv && chunk.bodyBytes >= smallestFormat) formatSeen_ = true;
+    if (chunk.Id() == "fmt "sv && static_cast<uint64_t>(chunk.bodyBytes) >= smallestFmtBody)
+        formatSeen_ = true;
     chunk.lacksPad = LacksPad(chunk);
     isAtLeftover_ = chunk.lacksPad;
     position_ = chunk.End();

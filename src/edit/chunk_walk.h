@@ -8,15 +8,13 @@
 #include <string_view>
 
 #include "fileio/file_reader.h"
+#include "formats/chunk_cursor.h"
 #include "formats/ds64.h"
 #include "metadata/tag_schemes.h"
 
 namespace vantor {
 
 using ChunkHeader = std::array<uint8_t, 8>;
-
-inline constexpr int64_t riffHeaderBytes = 12;
-inline constexpr int64_t chunkHeaderBytes = 8;
 
 // Names as the table of schemes has them, padding among them.
 using Schemes = std::span<const std::string_view>;

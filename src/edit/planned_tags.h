@@ -9,7 +9,8 @@
 namespace vantor {
 
 struct PlannedTags {
-    MetadataStore entries;  // as the file opens with them; pictures that are moved lie nowhere yet
+    // As the file opens with them, if its parse reaches its end; pictures that are moved lie nowhere yet.
+    MetadataStore entries;
     // In file order, with `bodyStart` as it was. Those without an old place stand behind the others; 1 is
     // their start.
     std::vector<TagChunk> chunks;

@@ -76,9 +76,6 @@ struct AudioFormat {
     std::optional<std::array<int16_t, 14>> msadpcmCoefficients;
 };
 
-[[nodiscard]] constexpr bool IsAdpcm(int32_t encoding) {
-    return encoding == encodingMsAdpcm || encoding == encodingImaAdpcm || encoding == encodingCAdpcm;
-}
 [[nodiscard]] constexpr int32_t WholeBytes(int32_t bits) {
     return (bits + 7) / 8;
 }

@@ -28,6 +28,9 @@ inline constexpr ChunkFraming wave64Framing{16, 8, false, 8, true};
 inline constexpr ChunkFraming iffFraming{4, 4, true, 2, false, true};
 inline constexpr ChunkFraming cafFraming{4, 8, true, 1, false};
 
+inline constexpr int64_t riffHeaderBytes = 12;  // in front of a RIFF, RF64 or BW64 file's first chunk
+inline constexpr int64_t chunkHeaderBytes = 8;  // of each of its chunks
+
 // A chunk that the reader has come to. Its sizes are claims: the file may end earlier.
 struct Chunk {
     std::array<uint8_t, 24> header{};  // as it stands in the file

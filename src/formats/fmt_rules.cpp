@@ -6,6 +6,7 @@
 #include <span>
 
 #include "fileio/byte_order.h"
+#include "formats/adpcm_shape.h"
 
 namespace vantor {
 

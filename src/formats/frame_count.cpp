@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "formats/adpcm_shape.h"
+
 namespace vantor {
 
 namespace {
@@ -51,14 +53,14 @@ FrameCount Count(const ContainerWalk& walk, int64_t frameBytes, int64_t availabl
 }  // namespace
 
 int64_t AdpcmFrames(const AudioFormat& format, int64_t bytes) {
-    if (format.blockAlign < 1 || format.channels < 1) return 0;
-    const int64_t headerBytes = (format.encoding == encodingMsAdpcm ? 7 : 4) * int64_t{format.channels};
+    const auto* shape = FindAdpcmShape(format.encoding);
+    if (!shape || format.blockAlign < 1 || format.channels < 1) return 0;
+    const int64_t headerBytes = shape->headerBytes * int64_t{format.channels};
     if (bytes < 1 || bytes > mostBytes / headerBytes) return 0;
     const int64_t blocks = (bytes - 1) / format.blockAlign + 1;
     const bool ownBits = format.encoding == encodingCAdpcm && format.bitsPerSample > 0;
     const int64_t frameBits = (ownBits ? format.bitsPerSample : 4) * int64_t{format.channels};
-    const int64_t headerFrames = format.encoding == encodingMsAdpcm ? 2 : 1;
-    return std::max<int64_t>((bytes - headerBytes * blocks) * 8 / frameBits + headerFrames, 0);
+    return std::max<int64_t>((bytes - headerBytes * blocks) * 8 / frameBits + shape->headerFrames, 0);
 }
 
 FrameCount CountFrames(const ContainerWalk& walk) {

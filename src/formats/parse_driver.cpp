@@ -1,6 +1,7 @@
 // Has a file's chunks walked, and judges and measures what was found.
 #include <new>
 
+#include "formats/adpcm_shape.h"
 #include "formats/audio_format.h"
 #include "formats/caf_markers.h"
 #include "formats/container_walk.h"

@@ -38,8 +38,6 @@ constexpr FmtRules fmtRules{
     .marksMpeg = true,
 };
 
-constexpr uint32_t smallestDs64 = 24;
-
 struct RiffWalk {
     ContainerWalk& walk;
     bool is64;                 // RF64 or BW64

@@ -6,7 +6,9 @@
 
 #include "fileio/byte_order.h"
 #include "formats/chunk_catalogue.h"
+#include "formats/chunk_cursor.h"
 #include "formats/ds64.h"
+#include "formats/fmt_rules.h"
 #include "formats/riff_data_size.h"
 #include "source/metadata_header_pass.h"
 
@@ -16,10 +18,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr int64_t riffChunksStart = 12;
 constexpr uint16_t formatTagPcm = 1;
-constexpr uint32_t smallestFormat = 16;
-constexpr uint32_t smallestDs64 = 16;  // the sizes alone
 
 // | offset | width | `fmt ` field    |
 // |      0 |     2 | format tag      |
@@ -49,7 +48,7 @@ uint64_t ReadRiffChunk(RiffPass& riff, const std::array<uint8_t, 8>& chunk, int6
     const uint32_t sizeField = ReadLe32(&chunk[4]);
     if (riff.is64Bit && !riff.ds64 && id == "ds64"sv) {
         Ds64 ds64;
-        if (ReadDs64(pass.reader, sizeField, smallestDs64, ds64) == Ds64Result::ok)
+        if (ReadDs64(pass.reader, sizeField, smallestSizes, ds64) == Ds64Result::ok)
             riff.ds64 = std::move(ds64);
         return sizeField;
     }
@@ -59,8 +58,8 @@ uint64_t ReadRiffChunk(RiffPass& riff, const std::array<uint8_t, 8>& chunk, int6
         return static_cast<uint64_t>(std::max<int64_t>(riff.dataBytes, 0));
     }
     const uint64_t bodyBytes = ds64 ? SizeFromTable(*ds64, id, sizeField) : sizeField;
-    if (id == "fmt "sv && bodyBytes >= smallestFormat) {
-        ReadPcmFormat(pass, smallestFormat);
+    if (id == "fmt "sv && bodyBytes >= smallestFmtBody) {
+        ReadPcmFormat(pass, smallestFmtBody);
     } else {
         // Longer than 32 bits can say is longer than any metadata.
         const auto catalogued = static_cast<uint32_t>(std::min<uint64_t>(bodyBytes, sizeInDs64));
@@ -74,7 +73,7 @@ uint64_t ReadRiffChunk(RiffPass& riff, const std::array<uint8_t, 8>& chunk, int6
 bool ParseRiffHeader(MetadataHeaderPass& pass, bool is64Bit) {
     RiffPass riff{pass, is64Bit, std::nullopt};
     std::array<uint8_t, 8> chunk;
-    int64_t next = riffChunksStart;
+    int64_t next = riffHeaderBytes;
     while (pass.reader.Seek(next) && pass.reader.ReadExactly(chunk.data(), chunk.size())) {
         const int64_t bodyStart = pass.reader.Tell();
         const auto remaining = static_cast<uint64_t>(pass.reader.Remaining());

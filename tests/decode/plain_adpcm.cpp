@@ -4,22 +4,13 @@
 #include <utility>
 
 #include "fileio/byte_order.h"
+#include "samples/generator/adpcm_tables.h"
 
 namespace vantor::test {
 
 namespace {
 
-// IMA Digital Audio Focus and Technical Working Groups: Recommended Practices, revision 3.00.
-constexpr std::array<int32_t, 89> steps = {
-    7,    8,     9,     10,    11,    12,    13,    14,    16,    17,    19,    21,    23,    25,   28,
-    31,   34,    37,    41,    45,    50,    55,    60,    66,    73,    80,    88,    97,    107,  118,
-    130,  143,   157,   173,   190,   209,   230,   253,   279,   307,   337,   371,   408,   449,  494,
-    544,  598,   658,   724,   796,   876,   963,   1060,  1166,  1282,  1411,  1552,  1707,  1878, 2066,
-    2272, 2499,  2749,  3024,  3327,  3660,  4026,  4428,  4871,  5358,  5894,  6484,  7132,  7845, 8630,
-    9493, 10442, 11487, 12635, 13899, 15289, 16818, 18500, 20350, 22385, 24623, 27086, 29794, 32767};
-constexpr int32_t indexChanges[] = {-1, -1, -1, -1, 2, 4, 6, 8};
-constexpr int32_t adaptations[] = {230, 230, 230, 230, 307, 409, 512, 614,
-                                   768, 614, 512, 409, 307, 230, 230, 230};
+using samples::indexAdjustment, samples::msAdaptation, samples::stepSizes;
 
 int16_t Le16At(const Bytes& bytes, size_t offset) {
     return static_cast<int16_t>(ReadLe16(&bytes[offset]));
@@ -34,10 +25,10 @@ struct ImaChannel {
 
     int32_t Next(int32_t code) {
         index = std::clamp(index, 0, 88);
-        const int32_t step = steps[static_cast<size_t>(index)];
+        const int32_t step = stepSizes[static_cast<size_t>(index)];
         const int32_t change = step * (code & 7) / 4 + step / 8;
         sample = Limited(code & 8 ? sample - change : sample + change);
-        index += indexChanges[code & 7];
+        index += indexAdjustment[static_cast<size_t>(code & 7)];
         return sample;
     }
 };
@@ -59,7 +50,7 @@ struct MsChannel {
     int32_t Next(int32_t code) {
         const int64_t prediction = (first * coefficient1 + second * coefficient2) / 256;
         const int64_t sample = prediction + (code < 8 ? code : code - 16) * delta;
-        delta = std::clamp<int64_t>(adaptations[code] * delta / 256, 16, mostDelta);
+        delta = std::clamp<int64_t>(msAdaptation[static_cast<size_t>(code)] * delta / 256, 16, mostDelta);
         second = std::exchange(first, Limited(sample));
         return static_cast<int32_t>(first);
     }

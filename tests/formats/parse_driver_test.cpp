@@ -5,6 +5,7 @@
 #include <map>
 #include <system_error>
 
+#include "formats/adpcm_shape.h"
 #include "formats/chunk_cursor.h"
 #include "host/host_services.h"
 #include "tests/formats/parse_fixture.h"

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "fileio/byte_order.h"
+#include "formats/adpcm_shape.h"
 #include "wavehost/care/sound_end.h"
 #include "wavehost/os/failure.h"
 
@@ -13,7 +14,6 @@ namespace vantor::wavehost {
 namespace {
 
 constexpr size_t mostChunks = 4096;  // listed; the richest file has some dozens
-constexpr uint32_t smallestDs64 = 24;
 
 // A parse that fails forgets the encoding; the walk is asked for it once more.
 void ReadFormatOfRefused(Survey& survey, FileReader& reader) {
@@ -108,13 +108,12 @@ class ChunkWalk {
     int64_t position_;
 };
 
-// What the format makes of a block of so many bytes (Microsoft's and IMA's ADPCM: the block's header holds
-// the first samples of each channel); 0 for other codings.
+// What the format makes of a block of so many bytes; 0 for codings without blocks.
 int64_t FramesOfBlock(const AudioFormat& format, int64_t bytes) {
-    if (format.encoding != encodingMsAdpcm && format.encoding != encodingImaAdpcm) return 0;
-    const bool isMs = format.encoding == encodingMsAdpcm;
-    const int64_t headerBytes = (isMs ? 7 : 4) * int64_t{format.channels};
-    return bytes < headerBytes ? 0 : (bytes - headerBytes) * 2 / format.channels + (isMs ? 2 : 1);
+    const auto* shape = FindAdpcmShape(format.encoding);
+    if (!shape || format.channels < 1) return 0;
+    const int64_t behindHeader = bytes / format.channels - shape->headerBytes;
+    return behindHeader < 0 ? 0 : behindHeader * shape->framesPerByte + shape->headerFrames;
 }
 
 // | offset | width | field             |
