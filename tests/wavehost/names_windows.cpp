@@ -2,10 +2,16 @@
 // given.
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <chrono>
+#include <optional>
+#include <thread>
+
 #include "tests/support/tree.h"
 #include "tests/wavehost/run_wavehost.h"
 #include "wavehost/files/file_list.h"
 #include "wavehost/files/output_file.h"
+#include "wavehost/os/edit_lock.h"
 
 namespace vantor::test {
 namespace {
@@ -44,6 +50,24 @@ TEST(WindowsNames, OfSharesStayThemselves) {
     const HostRun run = RunWavehost({"hash", R"(\\?\UNC\localhost\no-such-share\take.wav)"});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_THAT(run.err, HasSubstr(R"(\\?\UNC\localhost\no-such-share\take.wav: )"));
+}
+
+// Nothing stands in a file's place for a moment while it is replaced. An edit that begins just then waits for
+// the same turn as those that find the file there.
+TEST(WindowsNames, LeadToOneTurnWhileAFileIsReplaced) {
+    const TempFolder folder;
+    const fs::path file = PathOf(folder.Path("take.wav"));
+    std::optional<EditLock> during(std::in_place, file);
+    folder.Write("take.wav", {1});
+    std::atomic<bool> isReleased = false;
+    std::thread another([&] {
+        const EditLock afterwards(file);
+        EXPECT_TRUE(isReleased);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    isReleased = true;
+    during.reset();
+    another.join();
 }
 
 // The commands over a folder that is named so, as over any other.

@@ -9,24 +9,30 @@ namespace vantor::wavehost {
 
 namespace {
 
-// The one path of a file, whatever links, drive letters or short names it was given by.
-std::wstring FinalPath(const fs::path& file) {
-    std::wstring name(32768, L'\0');
-    HANDLE handle = CreateFileW(file.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                nullptr, OPEN_EXISTING, 0, nullptr);
-    if (handle != INVALID_HANDLE_VALUE) {
-        const DWORD length =
-            GetFinalPathNameByHandleW(handle, name.data(), static_cast<DWORD>(name.size()), 0);
-        CloseHandle(handle);
-        if (length > 0 && length < name.size()) return name.substr(0, length);
-    }
-    return AbsolutePath(file).wstring();
+// The path that a name leads to through links, drive letters and short names; empty for what is not there.
+std::wstring FinalPath(const fs::path& name) {
+    std::wstring path(32768, L'\0');
+    HANDLE handle = CreateFileW(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return {};
+    const DWORD length = GetFinalPathNameByHandleW(handle, path.data(), static_cast<DWORD>(path.size()), 0);
+    CloseHandle(handle);
+    return path.substr(0, length < path.size() ? length : 0);
+}
+
+// The one path of a file. Between the two halves of a replacement nothing stands in its place; those who look
+// just then still have to wait for the same turn.
+std::wstring TurnPath(const fs::path& file) {
+    if (auto path = FinalPath(file); !path.empty()) return path;
+    const fs::path name = AbsolutePath(file);
+    const auto folder = FinalPath(name.parent_path());
+    return folder.empty() ? name.wstring() : (fs::path(folder) / name.filename()).wstring();
 }
 
 // Mutex names are short and hold no backslash: the path's hash stands for it. Should two paths share
 // one, their edits wait for each other.
 std::wstring LockName(const fs::path& file) {
-    std::wstring path = FinalPath(file);
+    std::wstring path = TurnPath(file);
     CharLowerBuffW(path.data(), static_cast<DWORD>(path.size()));
     return L"Global\\vantor_wave.edit." + std::to_wstring(FnvHash(path));
 }
