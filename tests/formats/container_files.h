@@ -17,6 +17,16 @@ inline Bytes WaveFile(const Bytes& fmt = pcmFmt, const Bytes& between = {}) {
     return RiffFile(ByteWriter().Chunk("fmt ", fmt).Add(between).Chunk("data", tenFrames));
 }
 
+inline Bytes Rf64File(const Bytes& chunks) {
+    return RiffFile(chunks, "RF64");
+}
+
+// The first half of a Wave64 chunk's header.
+inline Bytes GuidOf(std::string_view id) {
+    const ByteWriter chunk = ByteWriter().Wave64Chunk(id, {});
+    return {chunk.Done().begin(), chunk.Done().begin() + 16};
+}
+
 inline Bytes Wave64AudioFile(const Bytes& fmt, const Bytes& between = {}) {
     return Wave64File(ByteWriter().Wave64Chunk("fmt ", fmt).Add(between).Wave64Chunk("data", tenFrames));
 }

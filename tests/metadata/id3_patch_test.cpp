@@ -130,7 +130,7 @@ TEST(Id3Patches, RenewTheSumThatAnExtendedHeaderHasAndNothingElse) {
 
 TEST(Id3Patches, KeepATagUnsynchronised) {
     const std::string object = "GEOB\0\0\0\xFF\0\xFF\xE0\xFF"s;
-    for (const std::string value : {"\u00FF\u00E0", "\u00FF", "a\u00FFz", "\u00FF\u00FF\u00DF"})
+    for (const std::string value : {"\u00FF\u00E0", "\u00FF", "\u00E0\u00FFz", "\u00FF\u00FF\u00DF"})
         for (const bool atEnd : {false, true}) {
             Frames frames = {"TIT2\0\0\0x"s, object, "TPE1\0\0\0y"s};
             const auto old = TagOf(3, frames, 0x80);
@@ -144,6 +144,7 @@ TEST(Id3Patches, KeepATagUnsynchronised) {
             std::erase(latin1, '\x40');
             frames[atEnd ? 2 : 0] = (atEnd ? "TPE1\0\0\0"s : "TIT2\0\0\0"s) + latin1;
             EXPECT_EQ(FramesOf(patched), frames);
+            EXPECT_TRUE(!value.ends_with('z') || patched.size() == old.size() + 2);
             for (size_t i = 11; i < patched.size(); ++i)
                 EXPECT_FALSE(patched[i - 1] == 0xFF && patched[i] >= 0xE0) << i;
             EXPECT_TRUE(IsWalkedWhole(patched));
@@ -201,6 +202,12 @@ TEST(Id3Patches, ChangeTheDocumentsThatATagHolds) {
     expected[1].replace(expected[1].find("'a'"), 3, "'b'");
     EXPECT_EQ(changed("XMP:dc/source=b"), expected);
     EXPECT_EQ(changed("XMP:dc/source="), (Frames{old[0], old[2]}));
+    // What no change concerns stays as it is written, here with a zero that nothing asks for.
+    auto stuffed = TagOf(3, {ixml + "<BWFXML><NOTE>\xFFz</NOTE></BWFXML>"}, 0x80);
+    stuffed.insert(std::ranges::find(stuffed, uint8_t{0xFF}) + 1, 0);
+    ++stuffed[9];
+    ASSERT_EQ(ReadTag(stuffed), Listed("IXML:", "NOTE=\u00FFz"));
+    EXPECT_EQ(PatchId3({stuffed, StoreOf(Listed("", "XMP:dc/source=b"))}), stuffed);
 }
 
 TEST(Id3Patches, LeaveTheFooterOutAndSaySo) {
