@@ -150,6 +150,8 @@ TEST(Id3Patches, KeepATagUnsynchronised) {
             EXPECT_TRUE(IsWalkedWhole(patched));
             EXPECT_EQ(Patched(patched, atEnd ? "TPE1=y" : "TIT2=x"), old);
         }
+    const auto described = [](char value) { return Frames{"TXXX\0\0\0\xFF\0"s + value}; };
+    EXPECT_EQ(FramesOf(Patched(TagOf(3, described('x'), 0x80), "TXXX:\u00FF=y")), described('y'));
     // A zero that comes to stand behind a byte of 255 is the next frame's own.
     const Frames odd = {"GEOB\0\0\0\xFF"s, "TIT2\0\0\0x"s, "\0ABC\0\0z"s, "TPE1\0\0\0y"s};
     const Frames shortened = {odd[0], odd[2], odd[3]};
