@@ -18,8 +18,7 @@ constexpr size_t labelTextOffset = 4;    // in `labl` and `note`
 constexpr size_t regionTextOffset = 20;  // in `ltxt`
 
 void NameMarker(MarkerTable& table, Marker& marker, std::span<const uint8_t> text, NamePriority priority) {
-    if (!text.empty() && priority > marker.namePriority)
-        table.Name(marker, MarkerName(UpToNul(text)), priority);
+    if (!text.empty()) table.Name(marker, MarkerName(UpToNul(text)), priority);
 }
 
 // | offset | width | field            |

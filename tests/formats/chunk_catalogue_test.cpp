@@ -94,6 +94,7 @@ TEST(DocumentChunks, AreFoundWhole) {
     EXPECT_EQ(DocumentsOf("ID3", caf), "");
     EXPECT_EQ(DocumentsOf("XMP", WaveFile(pcmFmt, ByteWriter().Chunk("_PMX", text("one")))), "");
     EXPECT_EQ(DocumentsOf("XMP", Bytes(100)), "");
+    EXPECT_EQ(DocumentsOf("XMP", CafFile(ByteWriter().Text("uuid").Be64(8).Add(uuid("")).Zeros(20))), "");
     // A chunk that the file does not hold whole ends it.
     const auto withoutTheLast = [](const Bytes& file, ptrdiff_t bytes) {
         return DocumentsOf("XMP", {file.begin(), file.end() - bytes});

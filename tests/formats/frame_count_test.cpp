@@ -64,6 +64,7 @@ TEST(FrameCount, OfBlockCodedBytes) {
         {encodingImaAdpcm, 4, 2, 16, 32, 17},
         {encodingImaAdpcm, 4, 1, 8, 1, 0},
         {encodingImaAdpcm, 4, 1, 8, 0, 0},
+        {encodingInteger, 16, 1, 2, 8, 0},
         {encodingImaAdpcm, 4, 1, 8, -8, 0},
         {encodingImaAdpcm, 4, 1, 0, 8, 0},
         {encodingImaAdpcm, 4, 0, 8, 8, 0},

@@ -71,6 +71,7 @@ TEST(Markers, AreReadFromChunksThatAddUp) {
         {Cues({{2, rate}}, 0xFFFFFFFE), ""},
         {Cues({{2, rate}}, 0x80000000), ""},  // 24 times it is 24 in 32 bits
         {Cues({{0x80000000, 100}}), ""},      // a negative id
+        {both(Adtl({ByteWriter().Text("labl").Le32(4).Le32(3)}), Cues({{2, rate}, {3, rate}})), "3@1; 2@1"},
         // Labels win over notes over labelled texts, in any order.
         {Adtl({verse, note, ltxt}), "1@0 Verse"},
         {Adtl({ltxt, note, verse}), "1@0 Verse"},
@@ -97,6 +98,10 @@ TEST(Markers, AreReadFromChunksThatAddUp) {
         for (const Bytes& chunks : {c.chunks, WithLongLists(c.chunks)})
             EXPECT_EQ(FoundIn(WaveFile(FmtBody(1, 1, rate, 16), chunks)).markers, c.markers)
                 << "case " << &c - cases << ", " << chunks.size() << " bytes";
+    // Without a rate as yet nothing has a time.
+    const Bytes early = ByteWriter().Add(Cues({{2, 9}})).Add(Sampler(1, 2)).Add(Adtl({Labelled(1, 9, "y")}));
+    const Bytes late = ByteWriter().Chunk("fmt ", FmtBody(1, 1, rate, 16)).Chunk("data", Bytes(20));
+    EXPECT_EQ(FoundIn(RiffFile(both(early, late))).markers, "");
     for (const uint32_t tooSlow : {0u, 1u})
         EXPECT_EQ(FoundIn(WaveFile(FmtBody(1, 1, tooSlow, 16), Cues({{2, 9}}))).markers, "");
 }
