@@ -20,8 +20,7 @@ int64_t RiffDataBytes(uint32_t sizeField, const Ds64* ds64, bool formatAccepted,
     }
     const int64_t toTheEnd = std::max<int64_t>(fileSize - bodyStart, 0);
     if (sizeField == 0 && formatAccepted) return toTheEnd;
-    if (!ds64 && toTheEnd >= fourGiB) return int64_t{sizeField} + toTheEnd / fourGiB * fourGiB;
-    return sizeField;
+    return int64_t{sizeField} + (ds64 ? 0 : toTheEnd / fourGiB * fourGiB);
 }
 
 int64_t PlayedRiffBytes(int64_t dataBytes, int64_t dataStart, int64_t fileSize) {
