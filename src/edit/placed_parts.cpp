@@ -17,6 +17,11 @@ std::optional<size_t> GapOf(const std::vector<Run>& gaps, int64_t offset) {
     return static_cast<size_t>(behind - gaps.begin()) - 1;
 }
 
+std::optional<size_t> GapThatStartsAt(const std::vector<Run>& gaps, int64_t offset) {
+    const auto gap = GapOf(gaps, offset);
+    return gap && gaps[*gap].start == offset ? gap : std::nullopt;
+}
+
 void Append(ChunkImage& image, const ChunkImage& from, size_t begin, size_t end) {
     const auto start = from.begin();
     image.insert(image.end(), start + static_cast<std::ptrdiff_t>(begin),
@@ -25,12 +30,11 @@ void Append(ChunkImage& image, const ChunkImage& from, size_t begin, size_t end)
 
 bool TakePart(InPlacePlan& plan, const CopyMark::Part& part) {
     const auto& gaps = plan.runs.gaps;
-    const auto gap = std::ranges::find(gaps, part.start, &Run::start);
-    const auto index = static_cast<size_t>(gap - gaps.begin());
-    if (gap == gaps.end() || part.bytes < chunkHeaderBytes || !Leaves(gap->length, part.bytes) ||
-        IsPlaced(plan, index))
+    const auto gap = GapThatStartsAt(gaps, part.start);
+    if (!gap || part.bytes < chunkHeaderBytes || !Leaves(gaps[*gap].length, part.bytes) ||
+        IsPlaced(plan, *gap))
         return false;
-    plan.placed.push_back({index, part.bytes});
+    plan.placed.push_back({*gap, part.bytes});
     return true;
 }
 
@@ -83,11 +87,10 @@ CopyMark MarkOf(const InPlacePlan& plan) {
 }
 
 bool TakePlaces(InPlacePlan& plan, const CopyMark& mark) {
-    const auto& gaps = plan.runs.gaps;
-    const auto gap = std::ranges::find(gaps, mark.target.start, &Run::start);
-    if (gap != gaps.end()) plan.chosen = static_cast<size_t>(gap - gaps.begin());
+    plan.chosen = GapThatStartsAt(plan.runs.gaps, mark.target.start);
     plan.targetBytes = mark.target.bytes;
-    if (plan.Target().start != mark.target.start || (plan.chosen && !Leaves(gap->length, plan.targetBytes)) ||
+    const Run& target = plan.Target();
+    if (target.start != mark.target.start || (plan.chosen && !Leaves(target.length, plan.targetBytes)) ||
         (plan.targetBytes == 0 ? plan.chosen.has_value() : plan.targetBytes < chunkHeaderBytes))
         return false;
     int64_t bytes = plan.targetBytes;

@@ -86,19 +86,13 @@ bool Holds(const Run& run, const CopyPlace& copy) {
 std::vector<Stretch> CoversOfTags(const RunList& runs, const CopyPlace& copy) {
     std::vector<Stretch> covers;
     ForEachRun(runs, [&](const Run& run) {
-        const auto add = [&](int64_t start, int64_t end) {
-            if (end > start) covers.push_back({start, end - start});
-        };
-        const auto isOld = [&](const Stretch& tags) {
-            return tags.start < copy.start || tags.End() > copy.end;
-        };
+        const auto add = [&](int64_t start, int64_t end) { covers.push_back({start, end - start}); };
         if (!Holds(run, copy)) {
             if (!run.tags.empty()) add(run.start, run.End());
             return;
         }
         if (run.start < copy.header) add(run.start, copy.start);
-        if (!run.tags.empty() && isOld(run.tags.back()) && run.tags.back().End() > copy.end)
-            add(copy.end, run.End());
+        if (!run.tags.empty() && run.tags.back().End() > copy.end) add(copy.end, run.End());
     });
     return covers;
 }

@@ -17,17 +17,17 @@ void TakeGrowthOff(RunList& runs, int64_t fileBytes) {
     runs.trailing.length = std::max<int64_t>(fileBytes - runs.trailing.start, 0);
 }
 
-// The copy stands among what its edit replaces, and kept chunks end where the file did.
+// The copy stands where the file ended or within it, and kept chunks end there, too.
 bool IsPlausible(const RunList& runs, const ShownCopy& copy) {
-    bool isHeld = false;
-    ForEachRun(runs, [&](const Run& run) { isHeld |= copy.header >= run.start && copy.header < run.End(); });
-    return isHeld && copy.mark.fileBytes >= runs.trailing.start - 1;
+    const int64_t fileBytes = copy.mark.fileBytes;
+    return fileBytes >= runs.trailing.start - 1 && fileBytes >= copy.header - 1;
 }
 
 // The plan of the edit, from where its copy was shown.
 std::optional<InPlacePlan> PlanFrom(FileReader& reader, bool isRf64, ShownCopy copy) {
     InPlacePlan plan;
     plan.replaced = SchemesOf(copy.mark.schemes);
+    if (!IsReplaceable(paddingScheme, plan.replaced)) return std::nullopt;  // it hides the copy
     auto runs = FindRuns(reader, isRf64, plan.replaced);
     if (!runs || !IsPlausible(*runs, copy)) return std::nullopt;
     plan.image = std::move(copy.image);

@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "edit/edit_file.h"
+#include "edit/in_place_plan.h"
 #include "fileio/byte_order.h"
 #include "tests/support/chunk_list.h"
 #include "tests/support/memory_file_system.h"
@@ -50,12 +51,11 @@ struct Interrupted {
         .fileBytes = end,
         .target = {end, std::ssize(info)},
         .parts = {{firstPadding, std::ssize(tag)}}};
-    Bytes inFrontOfMark{};
-    Bytes behind{};
+    Bytes inFront{}, inFrontOfMark{}, behind{};
 
     [[nodiscard]] Bytes File() const {
         const Bytes junk = ByteWriter().Chunk("JUNK", Joined({inFrontOfMark, BytesOf(mark)}));
-        return RiffFile(Joined({fmt, Padding(68), cue, Padding(100), audio, junk, image, behind}));
+        return RiffFile(Joined({fmt, Padding(68), cue, Padding(100), audio, inFront, junk, image, behind}));
     }
     [[nodiscard]] Bytes Finished() const {
         return RiffFile(Joined({fmt, tag, Padding(8), cue, Padding(100), audio, info}));
@@ -77,6 +77,16 @@ TEST(EditMarks, SayWhatIsLeftToDo) {
     edit.mark.parts = {{edit.secondPadding, std::ssize(info)}, {edit.firstPadding, std::ssize(edit.tag)}};
     EXPECT_EQ(EditedAgain(edit.File()),
               RiffFile(Joined({fmt, edit.tag, Padding(8), cue, info, Padding(100 - info.size()), audio})));
+    // A chunk without a body, here and there.
+    const Bytes empty = ByteWriter().Chunk("id3 ", {});
+    Interrupted inPadding{.image = Joined({info, empty})}, atEnd{.image = Joined({empty, info})};
+    inPadding.mark.parts = {{edit.firstPadding, std::ssize(empty)}};
+    EXPECT_EQ(EditedAgain(inPadding.File()),
+              RiffFile(Joined({fmt, empty, Padding(60), cue, Padding(100), audio, info})));
+    atEnd.mark.target.bytes = std::ssize(empty);
+    atEnd.mark.parts = {{edit.firstPadding, std::ssize(info)}};
+    EXPECT_EQ(EditedAgain(atEnd.File()),
+              RiffFile(Joined({fmt, info, Padding(68 - info.size()), cue, Padding(100), audio, empty})));
     // The checksum, FNV-1a, of a file that another version left.
     const std::string_view text = "foobar";
     EXPECT_EQ(ChecksumOf(Bytes(text.begin(), text.end())), 0x85944171F73967E8);
@@ -86,6 +96,18 @@ TEST(EditMarks, AreNoneWhenInDoubt) {
     const int64_t tagBytes = Interrupted().mark.parts[0].bytes, infoBytes = std::ssize(info);
     const std::pair<const char*, std::function<void(Interrupted&)>> doubts[] = {
         {"tags of others behind it", [](auto& edit) { edit.behind = info; }},
+        {"tags of others in front of it", [](auto& edit) { edit.inFront = info; }},
+        {"an image of nothing",
+         [](auto& edit) {
+             edit.image.clear();
+             edit.behind = info;
+             edit.mark = {.schemes = edit.mark.schemes,
+                          .imageBytes = 0,
+                          .checksum = ChecksumOf({}),
+                          .fileBytes = edit.end + chunkHeaderBytes + copyMarkBytes + std::ssize(info),
+                          .target = {edit.end, 0},
+                          .parts = {}};
+         }},
         {"another image", [](auto& edit) { edit.image.back() ^= 1; }},
         {"more behind it", [](auto& edit) { edit.behind = cue; }},
         {"less behind it", [](auto& edit) { edit.image.resize(edit.image.size() - 2); }},
@@ -135,10 +157,44 @@ TEST(EditMarks, AreNoneWhenInDoubt) {
         cast(edit);
         EXPECT_EQ(EditedAgain(edit.File()), edit.File()) << what;
     }
+    // What hides it is not among what its edit replaces.
+    const Bytes tag = Interrupted().tag;
+    CopyMark mark{SchemeBits(std::initializer_list<std::string_view>{"ID3"}),
+                  std::ssize(tag),
+                  ChecksumOf(tag),
+                  0,
+                  {12 + std::ssize(fmt), std::ssize(tag)},
+                  {}};
+    const auto hidden = [&] {
+        return RiffFile(Joined({fmt, tag, ByteWriter().Chunk("JUNK", BytesOf(mark)), tag, cue, audio, info}));
+    };
+    mark.fileBytes = std::ssize(hidden());
+    EXPECT_EQ(EditedAgain(hidden()), hidden());
     // No mark at all.
     Bytes other = Interrupted().File();
     other[static_cast<size_t>(Interrupted().end) + 8 + 12] ^= 1;
     EXPECT_EQ(EditedAgain(other), other);
+}
+
+// More chunks than that go where new ones go.
+TEST(EditMarks, NameAFewPlaces) {
+    ChunkImages images{.main = {}, .tail = {}, .replaced = {"BWF"}};
+    ByteWriter chunks, image;
+    for (int i = 0; i < mostParts + 2; ++i) {
+        const auto oldStart = 12 + std::ssize(chunks.Done());
+        chunks.Chunk("bext", Bytes(12, 1)).Add(cue);
+        image.Chunk("bext", Bytes(12, 2));
+        images.places.push_back({oldStart, false, image.Size() - 20, image.Size()});
+    }
+    images.main = image;
+    MemoryFileSystem files;
+    const platform::ScopedFileSystem scope(files);
+    files.Put("a.wav", RiffFile(Joined({chunks, fmt, audio})));
+    FileReader reader("a.wav", {});
+    const auto plan = PlanInPlace(reader, images, false);
+    ASSERT_TRUE(plan);
+    EXPECT_EQ(std::ssize(plan->placed), mostParts);
+    EXPECT_EQ(plan->targetBytes, 2 * 20);
 }
 
 // A file full of marks does not cost as many looks at as many copies.
@@ -167,6 +223,9 @@ TEST(EditMarks, OfPaddingAreCleanedAway) {
     };
     EXPECT_EQ(EditedAgain(fileWith("VWCLEAN1")), fileWith(std::string(8, '\0')));
     EXPECT_EQ(EditedAgain(fileWith("VWCLEAN1 and old tags.")), fileWith(std::string(22, '\0')));
+    // Behind the end that the size in front tells, where the file could not be cut.
+    const Bytes whole = RiffFile(Joined({fmt, audio, info}));
+    EXPECT_EQ(EditedAgain(Joined({whole, ByteWriter().Chunk("JUNK", ByteWriter().Text("VWCLEAN1"))})), whole);
     for (const auto* none : {"VWCL", "VWCLEAN2", "!VWCLEAN1"})
         EXPECT_EQ(EditedAgain(fileWith(none)), fileWith(none));
 }
