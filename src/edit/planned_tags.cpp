@@ -1,11 +1,9 @@
 #include "edit/planned_tags.h"
 
-#include <algorithm>
 #include <map>
 #include <string>
 #include <utility>
 
-#include "formats/broadcast.h"
 #include "metadata/read/read_metadata.h"
 
 namespace vantor {
@@ -85,14 +83,12 @@ void TagPlan::AddUnplaced() {
 // Loop information is not in the store that a file is opened with.
 void TagPlan::ReadEntries() {
     format_.metadata.ForEach([&](const MetadataEntry& entry) {
-        const auto* scheme = SchemeOfKey(entry.key);
-        if (!scheme || !scheme->read) planned_.entries.Set(entry.key, entry.value);
+        if (!SchemeOfKey(entry.key)) planned_.entries.Set(entry.key, entry.value);
     });
     for (const auto& chunk : planned_.chunks) {
         if (chunk.Is("ACID")) continue;
-        Bytes body(chunk.body);
-        if (chunk.Is("BWF")) body = body.first(std::min<size_t>(body.size(), largestBroadcastRead));
-        static_cast<void>(ReadMetadataChunk(body, chunk.scheme->name, planned_.entries, chunk.bodyStart));
+        static_cast<void>(
+            ReadMetadataChunk(chunk.body, chunk.scheme->name, planned_.entries, chunk.bodyStart));
     }
 }
 

@@ -60,22 +60,21 @@ bool SaysNothing(const MetadataEntry& entry) {
 }
 
 // The one entry that a change of one key makes of a blank chunk.
-const MetadataEntry* EntryBehind(std::string_view key, const MetadataStore& store) {
+const MetadataEntry* EntryIn(const MetadataStore& store) {
     const MetadataEntry* found = nullptr;
     store.ForEach([&](const MetadataEntry& entry) {
-        if (entry.key == key || (!SaysNothing(entry) && found == nullptr)) found = &entry;
+        if (!SaysNothing(entry)) found = &entry;
     });
     return found;
 }
 
-// A number needs the fields before it; it is tried without.
-std::string TriedKey(std::string_view key, const MetadataStore& change) {
+// A number needs the fields before it; it is tried without. A text may be called by a number.
+std::string TriedKey(std::string_view key) {
     if (key.starts_with(markerPrefix)) return XmpMarkerKey(0);
     const auto field = SplitField(key);
-    if (field.base == "IXML:USER") return std::string(key);
-    const bool isText =
-        key.starts_with("ID3:TXXX:") || key.starts_with("ID3:WXXX:") || key.starts_with("ID3:UFID:");
-    return field.number > 1 && !(isText && !change.Has(field.base)) ? field.base : std::string(key);
+    const bool isNamed = field.base == "IXML:USER" || key.starts_with("ID3:TXXX:") ||
+                         key.starts_with("ID3:WXXX:") || key.starts_with("ID3:UFID:");
+    return field.number > 1 && !isNamed ? field.base : std::string(key);
 }
 
 }  // namespace
@@ -104,13 +103,13 @@ MetadataStore HeldChange(const TagScheme& scheme, const PatchInput& tried) {
     tried.change.ForEach([&](const MetadataEntry& entry) {
         // A tag before version 2.4 keeps one if it has one; a blank tag would spread it.
         if (entry.key == "ID3:TDRC") return held.Set(entry.key, entry.value);
-        const auto key = TriedKey(entry.key, tried.change);
+        const auto key = TriedKey(entry.key);
         MetadataStore one, read;
         one.Set(key, entry.value);
         PatchInput alone{tried.body, one, nullptr, tried.file, tried.unsynchronised};
         const auto body = entry.value.empty() ? Patched() : scheme.patch(alone);
-        if (body && !body->empty()) scheme.read(*body, read, 1);
-        const auto* found = EntryBehind(key, read);
+        if (body) scheme.read(*body, read, 1);
+        const auto* found = EntryIn(read);
         if (!found)
             held.Set(entry.key, {});
         else

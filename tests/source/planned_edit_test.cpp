@@ -55,6 +55,7 @@ const Fields edits[] = {
     {"ID3:TPE2=band", "ID3:TIT2=", "BPM=99", "KEY=Db", "AXML:ISRC=GBXYZ"},
     {"TITLE=", "ARTIST=", "DESC=", "IXML:SCENE=", "IXML:PROJECT="},
     {"INFO:ICMT=", "IXML:TAPE=" + std::string(5000, 't')},
+    {"INFO:none="},
 };
 
 class PlannedEdits : public ::testing::Test {
