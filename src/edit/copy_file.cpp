@@ -80,7 +80,7 @@ void AddAudio(CopyPlan& plan, const RiffChunk& chunk, bool isRf64) {
     plan.keptBeforeAudio = plan.keptBytes;
     plan.isFormatBeforeAudio = plan.hasFormat;
     plan.audio = {.start = chunk.BodyStart(), .bytes = chunk.bodyBytes};
-    if (!isRf64 || AudioSizeField(chunk, isRf64) != sizeInDs64) return;
+    if (AudioSizeField(chunk, isRf64) != sizeInDs64) return;
     plan.isDs64Ambiguous |= plan.ds64AudioBytes.value_or(chunk.bodyBytes) != chunk.bodyBytes;
     plan.ds64AudioBytes = chunk.bodyBytes;
 }
@@ -232,8 +232,7 @@ bool CopyChunks(CopyJob& job) {
         if (job.plan.isTailBeforeAudio && !PutPieces(job, job.plan.tail)) return false;
     }
     // The file is as it was when this was planned: no header was lost on the way.
-    const bool isWhole = isImageWritten && walk.Position() == job.plan.end;
-    return isWhole && (job.plan.isTailBeforeAudio || PutPieces(job, job.plan.tail));
+    return walk.Position() == job.plan.end && (job.plan.isTailBeforeAudio || PutPieces(job, job.plan.tail));
 }
 
 bool CopyAll(CopyJob job) {

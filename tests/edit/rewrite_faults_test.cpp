@@ -211,6 +211,7 @@ TEST(RewriteFaults, ACopyThatReadsBackAsAnotherIsNone) {
         {RiffFile(joined({fmt, audio, kept})), {newTag, {}, schemes}},
         {RiffFile(joined({fmt, audio, kept})), {newTag, tail, schemes}},
         {RiffFile(joined({fmt, unfinished})), {newTag, tail, schemes}},
+        {RiffFile(joined({fmt, ByteWriter().Chunk("data", {})})), {newTag, tail, schemes}},
         {tagLast, {newTag, {}, schemes, true, {place}}},
         {tagLast, {}},
         {joined({RiffFile(joined({fmt, joined({audio, Tag("odd ", 11, 3)}), Tag("cue ", 28, 3)})),
@@ -234,6 +235,33 @@ TEST(RewriteFaults, ACopyThatReadsBackAsAnotherIsNone) {
         EXPECT_FALSE(copies([](Bytes& copy) { copy.push_back(0); }));
         for (size_t at = 0; at < copyBytes; ++at)
             EXPECT_FALSE(copies([&](Bytes& copy) { copy[at] ^= 0x10; })) << at;
+    }
+}
+
+// Nor is one that is another and cannot be compared to its end, or whose source cannot be walked.
+TEST(RewriteFaults, ACopyOfWhatCannotBeReadIsNone) {
+    const auto file = FileOf(layouts[1]);
+    const ChunkImages images{largeImage, {}, Replaced(largeImage)};
+    const TempFolder folder;
+    const auto path = folder.Write("a.wav", file), target = folder.Path("b.wav");
+    bool wasMet = true;
+    for (int64_t index = 0; wasMet; ++index) {
+        ScriptedFileSystem files;
+        const platform::ScopedFileSystem scope(files);
+        FileReader asked(path, smallReads), reader(path, smallReads);
+        files.FailAt(Operation::read, index, Fault::failure);
+        EXPECT_FALSE(CanCopy(asked, images, kindWave) && asked.HasMissedBytes()) << index;
+        files.Reset();
+        files.FailAt(Operation::read, index, Fault::failure);
+        files.BeforeEach([&] {
+            if (files.Count(Operation::flush) == 0) return;
+            files.BeforeEach({});
+            auto copy = ReadWholeFile(target);
+            copy.back() ^= 1;
+            WriteWholeFile(target, copy);
+        });
+        EXPECT_FALSE(WriteCopy(reader, target, images, kindWave)) << index;
+        wasMet = files.Count(Operation::read) > index;
     }
 }
 

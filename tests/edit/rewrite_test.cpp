@@ -156,11 +156,11 @@ TEST(RewriteInPlace, TakesPaddingForTheCopyThatIsLongEnough) {
     EXPECT_EQ(wayOf(Riff({fmt, ImageOf(60), audio, hider}), 60), EditWay::overwrite);
 }
 
-// The header of padding at the end that an edit was about to add when it was interrupted.
+// Of the padding at the end that an edit was about to add when it was interrupted.
 TEST(RewriteInPlace, TakesWhatIsThereOfAHeaderForItsOwnGrowth) {
-    const Bytes file = Riff({fmt, audio}), header = Padding(60);
-    for (int64_t bytes = 1; bytes <= 8; ++bytes)
-        EXPECT_EQ(InPlace(Joined({file, {header.begin(), header.begin() + bytes}}), ImageOf(50)),
+    const Bytes file = Riff({fmt, audio}), growth = Padding(60008);
+    for (const int64_t bytes : {1, 2, 3, 4, 5, 6, 7, 8, 1000})
+        EXPECT_EQ(InPlace(Joined({file, {growth.begin(), growth.begin() + bytes}}), ImageOf(50)),
                   Riff({fmt, audio, ImageOf(50)}))
             << bytes;
 }
@@ -252,6 +252,7 @@ TEST(RewriteCopy, PutsTheImagesBehindTheFormatAndAtTheEnd) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(Copy(c.file, c.mainImage, c.tailImage), c.copy) << c.what;
+    EXPECT_FALSE(Copy(Riff({audio}), {}, ImageOf(50))) << "nothing but a format leads to the audio";
 }
 
 TEST(Rewrite, NeverTurnsTagsIntoAudio) {

@@ -119,6 +119,7 @@ TEST_F(Edits, CarryOverChunksThatNoReaderTakes) {
         {"id3 ",
          ByteWriter().Text("ID3\4").Zeros(2).Be32(Syncsafe(30)).Text("TIT2").Be32(20).Zeros(2).Text("t")},
         {"id3_", ByteWriter().Text("ID3\5").Zeros(2).Be32(20).Fill(20, 'x')},
+        {"id3 ", text("ID3")},
         {"ID3_", text("no tag of this kind")}};
     ByteWriter chunks;
     for (const auto& chunk : refused)
@@ -135,6 +136,8 @@ TEST_F(Edits, CarryOverChunksThatNoReaderTakes) {
         EXPECT_EQ(list.size(), 9u) << "format, audio, filler and one chunk of each scheme: "
                                    << Ids(ReadWholeFile(path));
     }
+    ASSERT_EQ(RequestWrite(*OpenSource(path), target, {"INFO:INAM=x"}, replaceAll), 2);
+    EXPECT_EQ(Ids(ReadWholeFile(path)), "fmt LISTJUNKdata");
 }
 
 // Two tags that are read, and between them one that only the length of its chunk speaks against.
