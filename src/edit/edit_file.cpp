@@ -130,7 +130,7 @@ Answer TryInPlace(Attempt& attempt) {
 
 Answer Try(Attempt& attempt) {
     const bool inPlace = !attempt.Wants(writeNeverInPlace);
-    if (!attempt.file->IsOpen() || attempt.file->IsWriteShared() || !Parse(attempt)) return writeFailed;
+    if (attempt.file->IsWriteShared() || !Parse(attempt)) return writeFailed;
     if (inPlace && !attempt.Wants(writeAnswerAlone))
         if (const auto unfinished = FindUnfinishedEdit(*attempt.file, attempt.IsRf64()))
             return FinishFirst(attempt, *unfinished);

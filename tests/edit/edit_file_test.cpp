@@ -75,6 +75,11 @@ TEST_F(EditsOfFiles, StartAgainWhenTheFileIsReplaced) {
     EXPECT_EQ(Edit(), updatedInPlace);
     EXPECT_EQ(KeptChunks(ReadWholeFile(name)), KeptChunks(File(otherAudio, {})));
     EXPECT_FALSE(Tags().Has("INFO:IART"));
+    // What another edit left to do in the one is not done in the other.
+    folder.Write("a.wav", File(audio, ByteWriter().Chunk("JUNK", ByteWriter().Text("VWCLEAN1"))));
+    meanwhile = [&] { folder.Write("a.wav", File(otherAudio, {})); };
+    EXPECT_EQ(Edit(), updatedInPlace);
+    EXPECT_EQ(KeptChunks(ReadWholeFile(name)), KeptChunks(File(otherAudio, {})));
 
     meanwhile = [&] { std::filesystem::remove(name); };
     EXPECT_EQ(Edit(), writeFailed);
@@ -166,7 +171,16 @@ TEST_F(EditsOfFiles, ForgetWhatTheyWrite) {
     EXPECT_EQ(Edit(lossless | writeAnswerAlone), writtenToTarget);
     EXPECT_EQ(Edit(lossless), writtenToTarget);
     EXPECT_EQ(ReadWholeFile(target), silent);
-    // Nor is there anything to change in no file.
+    // Without merging, all tags that are not given go.
+    folder.Write("a.wav", File(audio, ByteWriter().Add(Info("IART", "Old")).Chunk("bext", Bytes(602))));
+    EXPECT_EQ(Edit(writeLossless), updatedInPlace);
+    EXPECT_EQ(Ids(ReadWholeFile(name)), "fmt dataLIST");
+    // A file of another form is left alone, and there is nothing to change in no file.
+    Bytes form = RiffFile(Joined({ByteWriter().Chunk("ds64", Bytes(28)), fmt, audio}), "RF64");
+    form[8] = 'C';
+    folder.Write("a.wav", form);
+    EXPECT_EQ(Edit(), writeFailed);
+    EXPECT_EQ(Edit(0), writeFailed);
     std::filesystem::remove(name);
     EXPECT_EQ(Edit(writeMerge | writeLossless), writeFailed);
 }
@@ -207,7 +221,8 @@ TEST_F(EditsOfFiles, LeaveChunksInTheirPlaces) {
     EXPECT_EQ(edit(bext, "BWF:Description", "New"), "fmt bextdataLIST");
     const auto padded = ByteWriter().Chunk("JUNK", Bytes(2000)).Chunk("cue ", Bytes(4)).Add(bext);
     EXPECT_EQ(edit(padded, "BWF:Description", "New"), "fmt JUNKcue bextdataLIST");
-    // What outgrows its place goes where new chunks go.
+    // What outgrows its place, or has it behind all that is kept, goes where new chunks go.
+    EXPECT_EQ(edit(ByteWriter().Chunk("JUNK", Bytes(2000)), "INFO:IART", "New"), "fmt LISTJUNKdata");
     const auto both = ByteWriter().Add(bext).Chunk("cue ", Bytes(4)).Add(document);
     EXPECT_EQ(edit(both, "IXML:NOTE", std::string(999, 'n')), "fmt bextcue JUNKdataiXMLLIST");
 }

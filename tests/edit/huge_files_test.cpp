@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <system_error>
 
 #include "edit/copy_file.h"
 #include "edit/edit_file.h"
+#include "edit/edit_mark.h"
 #include "fileio/byte_order.h"
 #include "tests/edit/in_place_edit.h"
 #include "tests/support/fake_host.h"
@@ -73,6 +76,10 @@ class HugeFiles : public testing::Test {
 TEST_F(HugeFiles, TakeTagsUnlessNobodyKnowsWhereTheirAudioEnds) {
     const auto data = [](uint32_t sizeField) { return ByteWriter().Text("data").Le32(sizeField).Done(); };
     const Bytes table = ByteWriter().Add(data(1000)).Fill(1000, 0x5A).Text("abcd").Le32(0xFFFFFFFF);
+    // Another edit was interrupted before that was refused.
+    const Bytes shown = Tag(60, 1);
+    const CopyMark mark{~0u, 60, ChecksumOf(shown), fourGiB + 70000, {}, {}};
+    const Bytes copy = ByteWriter().Chunk("JUNK", BytesOf(mark)).Add(shown);
     const struct {
         const char* id;
         Bytes chunks;
@@ -80,6 +87,8 @@ TEST_F(HugeFiles, TakeTagsUnlessNobodyKnowsWhereTheirAudioEnds) {
         WriteAnswer answer = updatedInPlace;
     } cases[] = {
         {"RF64", ByteWriter().Add(Ds64(0)).Add(fmt).Add(padding).Add(data(0xFFFFFFFF)), fourGiB + 70000,
+         writeFailed},
+        {"RF64", ByteWriter().Add(Ds64(0)).Add(fmt).Add(copy).Add(data(0xFFFFFFFF)), fourGiB + 70000,
          writeFailed},
         {"RF64", ByteWriter().Add(Ds64(0)).Add(fmt).Add(padding).Add(data(0xFFFFFFFF)), -1},
         {"RF64", ByteWriter().Add(Ds64(0)).Add(fmt).Add(padding).Add(data(0xFFFFFFFF)), 70000},
@@ -151,6 +160,73 @@ TEST_F(HugeFiles, GrowUpToFourGiB) {
         EXPECT_EQ(ReadLe32(&Part(path, 4, 4)[0]), static_cast<uint32_t>(bytes + (isNew ? 100 : 0) - 8));
         if (!Write(head, bytes, old)) return;
     }
+}
+
+// What must be one chunk on the way is no longer than one can be; else the tags are written over the old
+// ones, and where those are too long, too, not into the file at all.
+TEST_F(HugeFiles, ArePlannedWithinChunksOfFourGiB) {
+    constexpr int64_t most = fourGiB + 6, half = int64_t{2} << 30;  // an even length, with its header
+    using Chunks = std::vector<std::pair<const char*, int64_t>>;    // with their headers
+    const auto padded = [&](int64_t bytes) { return Chunks{{"JUNK", half}, {"JUNK", bytes - half}}; };
+    const auto tagged = [&](int64_t bytes) {
+        return Chunks{{"bext", 100}, {"JUNK", half}, {"JUNK", bytes - half - 100}};
+    };
+    const Chunks room = {{"JUNK", 60}, {"cue ", 12}}, none;
+    const Bytes image = Tag(60, 1);
+    const struct {
+        Chunks inFront, padding, behind;
+        Bytes image;
+        std::optional<EditWay> way;
+    } cases[] = {
+        {none, padded(most), none, image, EditWay::direct},
+        {none, padded(most + 2), none, image, std::nullopt},
+        {none, tagged(most), none, {}, EditWay::direct},
+        {none, tagged(most + 2), none, {}, std::nullopt},
+        {none, none, tagged(most), image, EditWay::overwrite},
+        {none, none, tagged(most + 2), image, std::nullopt},
+        {none, none, tagged(most - 64 - 60), image, EditWay::throughCopy},
+        {none, none, tagged(most - 64 - 58), image, EditWay::overwrite},
+        {room, tagged(most), none, image, EditWay::throughCopy},
+        {room, tagged(most + 2), none, image, EditWay::overwrite},
+        {room, tagged(most + 2 + 100), none, image, EditWay::overwrite},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::pair<int64_t, Bytes>> headers;
+        const Bytes head = RiffFile(ByteWriter().Add(Ds64(1000)).Add(fmt), "RF64");
+        int64_t size = std::ssize(head);
+        for (const auto& chunks : {c.inFront, c.padding, Chunks{{"data", 1008}}, c.behind})
+            for (const auto& [id, bytes] : chunks) {
+                headers.emplace_back(size, ByteWriter().Text(id).Le32(static_cast<uint32_t>(bytes - 8)));
+                size += bytes;
+            }
+        if (!Write(head, size)) GTEST_SKIP() << "no sparse files here";
+        std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+        for (const auto& [offset, bytes] : headers)
+            file.seekp(offset).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+        file.close();
+        FileReader reader(path, smallReads);
+        const auto plan = PlanInPlace(reader, {c.image, {}, Replaced(c.image)}, true);
+        SCOPED_TRACE(&c - cases);
+        EXPECT_EQ(plan ? std::optional(plan->way) : std::nullopt, c.way);
+        EXPECT_TRUE(!plan || std::ranges::all_of(plan->runs.split, FitsOneHeader));
+        EXPECT_NE(Edit(writeMerge | writeAnswerAlone), writeFailed);
+    }
+}
+
+// A mark of another's making does not make anybody take gigabytes of memory.
+TEST_F(HugeFiles, HoldNoImageBeyondTwoGiB) {
+    constexpr uint32_t bytes = (uint32_t{1} << 31) + 8;
+    uint64_t sum = 0xCBF29CE484222325, factor = 0x100000001B3;  // of so many zeros
+    for (uint32_t left = bytes; left > 0; left /= 2, factor *= factor)
+        if (left & 1) sum *= factor;
+    CopyMark mark;
+    mark.imageBytes = bytes;
+    mark.checksum = sum;
+    const auto head = [&] { return RiffFile(ByteWriter().Add(fmt).Chunk("JUNK", BytesOf(mark))); };
+    mark.fileBytes = std::ssize(head()) + bytes;
+    if (!Write(head(), mark.fileBytes)) GTEST_SKIP() << "no sparse files here";
+    FileReader reader(path, smallReads);
+    EXPECT_FALSE(FindMarks(reader, false).copy);
 }
 
 }  // namespace

@@ -147,6 +147,7 @@ TEST(EditFaults, AParseThatStoppedEarlyIsNotMergedFrom) {
     for (const auto flags : {mergeTags, mergeTags | neverInPlace})
         EXPECT_EQ(RequestWrite(*OpenSource(path), folder.Path("target.wav"), {"ARTIST=x"}, flags), 0);
     EXPECT_EQ(ReadWholeFile(path), unplayable);
+    EXPECT_EQ(RequestWrite(*OpenSource(path), folder.Path("target.wav"), {"ARTIST=x"}, replaceAll), 2);
 }
 
 }  // namespace
