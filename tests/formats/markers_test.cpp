@@ -175,12 +175,13 @@ TEST(Wave64Markers, AreCuesWithNames) {
     cues.Le32(0xFFFFFFFF);  // entries
     cues.Le32(5).Le32(0).Le64(22050).Le64(~0ull).Le32(7).Le32(0);
     cues.Le16('A').Le16(0xE9).Le16(0xD83D).U8('x');  // the name's odd byte is no character
+    cues.Le32(8).Le32(0).Le64(11025).Le64(~0ull).Le32(1).Le32(0).U8('x');
     cues.Le32(6).Le32(0).Le64(44100).Le64(44100).Le32(6).Le32(0).Le16('B').Le16(0).Le16('C');
     cues.Le32(6).Le32(0).Le64(88200).Le64(~0ull).Le32(9).Le32(0).Text("too short");  // not merged with it
     cues.Le32(7).Le32(0).Le64(88200).Le64(~0ull).Le32(10).Le32(0).Text("no name");
-    EXPECT_EQ(
-        FoundIn(Wave64AudioFile(pcmFmt, ByteWriter().Wave64Chunk("cue ", cues))).markers,
-        "5@0.5 A\xC3\xA9\xEF\xBF\xBD; 6@1-2 B; 6@2 \xE6\xBD\xB4\xE2\x81\xAF\xE6\xA1\xB3\xE7\x89\xAF; 7@2");
+    EXPECT_EQ(FoundIn(Wave64AudioFile(pcmFmt, ByteWriter().Wave64Chunk("cue ", cues))).markers,
+              "5@0.5 A\xC3\xA9\xEF\xBF\xBD; 8@0.25 ; 6@1-2 B; 6@2 "
+              "\xE6\xBD\xB4\xE2\x81\xAF\xE6\xA1\xB3\xE7\x89\xAF; 7@2");
 }
 
 TEST(Wave64Markers, AreAsManyAsAreCounted) {
