@@ -3,6 +3,7 @@
 #include <fstream>
 #include <random>
 
+#include "fileio/byte_order.h"
 #include "tests/care/care_support.h"
 #include "tests/formats/container_files.h"
 #include "tests/support/chunk_list.h"
@@ -47,6 +48,29 @@ TEST(Repair, AFileCutAnywherePlaysToItsLastWholeFrame) {
             EXPECT_TRUE(std::ranges::all_of(left, [](const auto& f) { return f.mending == Mending::none; }))
                 << Names(left);
             EXPECT_EQ(Repaired(mended), mended);
+        }
+    }
+}
+
+// The `fact` chunk, in front of the sound, counts the frames of the last block too.
+TEST(Repair, ABlockCutAnywhereCountsTheFramesThatItHolds) {
+    constexpr size_t blockBytes = 256, wholeFrames = 11025;
+    const struct {
+        const char* sample;
+        size_t soundStart, headerBytes, headerFrames, framesPerByte;
+    } codings[] = {
+        {"ms-adpcm.wav", 90, 7, 2, 2}, {"ima-adpcm.wav", 60, 4, 1, 2}, {"c-adpcm.wav", 60, 4, 1, 4}};
+    for (const auto& [sample, soundStart, headerBytes, headerFrames, framesPerByte] : codings) {
+        const Bytes whole = ReadWholeFile(SourceTree() + "/samples/" + sample);
+        for (size_t place = soundStart + blockBytes; place < whole.size(); place += 37) {
+            const auto framesOf = [&](size_t bytes) {
+                return bytes < headerBytes ? 0 : headerFrames + framesPerByte * (bytes - headerBytes);
+            };
+            const size_t bytes = place - soundStart, last = framesOf(bytes % blockBytes);
+            const Bytes mended = Repaired({whole.data(), whole.data() + place});
+            EXPECT_EQ(ReadLe32(&mended[soundStart - 12]),
+                      std::min(bytes / blockBytes * framesOf(blockBytes) + last, wholeFrames))
+                << sample << " cut at " << place;
         }
     }
 }
