@@ -27,7 +27,7 @@ DocumentHead HeadInIff(FileReader& reader, const Chunk& chunk) {
     const auto* scheme = SchemeOfChunkId(chunk.Id());
     if (scheme && scheme->name == std::string_view("ID3")) return {scheme->name};
     if (chunk.Id() != "APPL" || !reader.ReadExactly(signature, sizeof signature)) return {};
-    return FourCharacters(signature) == "XMP " ? DocumentHead{"XMP", sizeof signature} : DocumentHead{};
+    return FourCharacters(signature) == xmpSignature ? DocumentHead{"XMP", sizeof signature} : DocumentHead{};
 }
 
 DocumentHead HeadInCaf(FileReader& reader, const Chunk& chunk) {

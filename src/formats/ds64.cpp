@@ -9,7 +9,6 @@ namespace vantor {
 
 namespace {
 
-constexpr uint32_t fixedBytes = 28;
 constexpr uint32_t entryBytes = 12;
 
 bool ReadTable(FileReader& reader, uint32_t entries, std::vector<Ds64::Entry>& table) {
@@ -27,13 +26,13 @@ bool ReadTable(FileReader& reader, uint32_t entries, std::vector<Ds64::Entry>& t
 
 Ds64Result ReadDs64(FileReader& reader, uint32_t bodySize, uint32_t smallestBody, Ds64& ds64) {
     if (bodySize < smallestBody) return Ds64Result::tooSmall;
-    uint8_t fixed[fixedBytes] = {};
-    const uint32_t fixedRead = std::min(bodySize, fixedBytes);
+    uint8_t fixed[ds64FixedBytes] = {};
+    const uint32_t fixedRead = std::min(bodySize, ds64FixedBytes);
     if (!reader.ReadExactly(fixed, fixedRead)) return Ds64Result::shortRead;
     ds64 = {ReadLe64(fixed), ReadLe64(fixed + 8), ReadLe64(fixed + 16), {}};
-    if (fixedRead < fixedBytes) return Ds64Result::ok;
+    if (fixedRead < ds64FixedBytes) return Ds64Result::ok;
     const uint32_t entries = ReadLe32(fixed + 24);
-    if (entries > (bodySize - fixedBytes) / entryBytes) return Ds64Result::ok;
+    if (entries > (bodySize - ds64FixedBytes) / entryBytes) return Ds64Result::ok;
     return ReadTable(reader, entries, ds64.table) ? Ds64Result::ok : Ds64Result::shortRead;
 }
 

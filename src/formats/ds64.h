@@ -32,8 +32,9 @@ struct Ds64 {
 enum class Ds64Result { ok, tooSmall, shortRead };
 
 inline constexpr uint32_t sizeInDs64 = 0xFFFFFFFFu;
-inline constexpr uint32_t smallestDs64 = 24;   // up to the sample count: of a file that is opened or edited
-inline constexpr uint32_t smallestSizes = 16;  // the sizes alone are enough to find the tags
+inline constexpr uint32_t ds64FixedBytes = 28;  // in front of the table
+inline constexpr uint32_t smallestDs64 = 24;    // up to the sample count: of a file that is opened or edited
+inline constexpr uint32_t smallestSizes = 16;   // the sizes alone are enough to find the tags
 
 // `reader` stands at the body, which claims `bodySize` bytes. `smallestBody` bytes at least must be there
 // (fields that a shorter body lacks stay 0).

@@ -5,6 +5,7 @@
 #include "fileio/byte_order.h"
 #include "formats/chunk_cursor.h"
 #include "formats/container_walk.h"
+#include "formats/document_chunks.h"
 #include "formats/frame_count.h"
 #include "formats/slice_points.h"
 #include "metadata/read/read_metadata.h"
@@ -158,7 +159,7 @@ WalkStatus ReadTransients(ContainerWalk& walk, const Chunk& chunk) {
 WalkStatus ReadApplication(ContainerWalk& walk, const Chunk& chunk) {
     uint8_t signature[4];
     if (!walk.reader.ReadExactly(signature, sizeof signature)) return walkGoesOn;
-    if (FourCharacters(signature) != "XMP ") return walkGoesOn;
+    if (FourCharacters(signature) != xmpSignature) return walkGoesOn;
     if (const auto body = LendBody(walk.reader, chunk.bodyBytes - 4, walk.scratch))
         (void)ReadMetadataChunk(*body, "XMP", walk.format.metadata, chunk.bodyStart);
     return walkGoesOn;

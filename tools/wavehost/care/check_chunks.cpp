@@ -1,9 +1,12 @@
 // Chunks by themselves: those that stand there twice, those that their readers refuse, and their texts.
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "fileio/byte_order.h"
+#include "formats/document_chunks.h"
 #include "formats/markers.h"
+#include "metadata/acid_layout.h"
 #include "metadata/bext_layout.h"
 #include "metadata/cart_layout.h"
 #include "metadata/read/id3_frames.h"
@@ -98,18 +101,19 @@ struct Document {
 
 // The metadata in a chunk and of what kind it is, in any container.
 Document DocumentOf(const Examination& e, const SurveyedChunk& chunk) {
-    constexpr size_t uuidBytes = 16;
     if (e.survey.format.fileKind == kindCaf) {
         if (chunk.id == "info" && chunk.bodyBytes >= 5) return {"CAFINFO", e.BodyOf(chunk)};
-        if (chunk.id != "uuid" || chunk.bodyBytes < static_cast<int64_t>(uuidBytes)) return {};
+        if (chunk.id != "uuid" || chunk.bodyBytes < std::ssize(xmpUuid)) return {};
         Bytes body = e.BodyOf(chunk);
-        if (body.size() < uuidBytes || ReadBe32(body.data()) != 0xBE7ACFCB) return {};
-        return {"XMP", {body.begin() + uuidBytes, body.end()}};
+        if (body.size() < std::size(xmpUuid) ||
+            !std::ranges::equal(xmpUuid, View(body).first<std::size(xmpUuid)>()))
+            return {};
+        return {"XMP", {body.begin() + std::ssize(xmpUuid), body.end()}};
     }
     if (e.survey.format.fileKind == kindIff && chunk.id == "APPL" && chunk.bodyBytes > 4) {
         Bytes body = e.BodyOf(chunk);
-        if (!TextOf(body).starts_with("XMP ")) return {};
-        return {"XMP", {body.begin() + 4, body.end()}};
+        if (!TextOf(body).starts_with(xmpSignature)) return {};
+        return {"XMP", {body.begin() + std::ssize(xmpSignature), body.end()}};
     }
     const TagScheme* scheme = SchemeOfChunkId(chunk.id);
     const std::string_view kind = scheme && scheme->read ? scheme->name : std::string_view();
@@ -122,7 +126,8 @@ Document DocumentOf(const Examination& e, const SurveyedChunk& chunk) {
 
 // What the parser says of a document that its reader refuses; axml is searched and not parsed by its reader.
 std::string Refusal(const Document& document) {
-    if (document.kind == "ACID") return document.bytes.size() < 24 ? "shorter than its 24 bytes" : "";
+    if (document.kind == "ACID")
+        return document.bytes.size() < acid::bodyBytes ? "shorter than its 24 bytes" : "";
     const bool isXml = document.kind == "IXML" || document.kind == "XMP" || document.kind == "AXML";
     MetadataStore store;
     const bool isRead = ReadMetadataChunk(document.bytes, document.kind, store, 0);

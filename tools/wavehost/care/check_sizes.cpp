@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "fileio/byte_order.h"
+#include "formats/ds64.h"
+#include "metadata/tag_schemes.h"
 #include "wavehost/care/examine.h"
 #include "wavehost/care/fields.h"
 
@@ -12,9 +14,12 @@ namespace vantor::wavehost {
 namespace {
 
 constexpr uint64_t most32 = 0xFFFFFFFE;  // all ones is no size
-constexpr int64_t ds64Bytes = 28;
-constexpr std::string_view roomIds[] = {"JUNK", "junk", "JUNQ", "junq", "FILR", "filr",
-                                        "FLLR", "fllr", "PAD_", "pad_", "PAD ", "ds64"};
+
+// Padding by any name, and a `ds64` that the file's id does not call for.
+bool MakesRoom(std::string_view id) {
+    const TagScheme* scheme = SchemeOfChunkId(id);
+    return id == "PAD " || id == "ds64" || (scheme && scheme->name == std::string_view(paddingScheme));
+}
 
 Mending HowSure(const Survey& survey) {
     return survey.sound && !survey.sound->isCertain ? Mending::forced : Mending::certain;
@@ -34,9 +39,9 @@ int64_t WholeEnd(const Survey& survey) {
 std::vector<Step> StepsToRf64(const Survey& survey) {
     if (survey.format.fileKind != kindWave || survey.chunks.empty()) return {};
     const SurveyedChunk& room = survey.chunks.front();
-    const bool isRoom = std::ranges::find(roomIds, room.id) != std::end(roomIds);
-    if (!isRoom || room.start != survey.container->firstChunk || room.bodyBytes < ds64Bytes) return {};
-    std::vector<uint8_t> ds64(ds64Bytes);
+    if (!MakesRoom(room.id) || room.start != survey.container->firstChunk || room.bodyBytes < ds64FixedBytes)
+        return {};
+    std::vector<uint8_t> ds64(ds64FixedBytes);
     WriteLe64(ds64.data(), static_cast<uint64_t>(WholeEnd(survey) - 8));
     WriteLe64(ds64.data() + 8, static_cast<uint64_t>(survey.sound->end - survey.SoundChunk().bodyStart));
     WriteLe64(ds64.data() + 16, static_cast<uint64_t>(survey.Frames()));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fileio/byte_order.h"
+#include "formats/document_chunks.h"
 
 namespace vantor::wavehost {
 
@@ -39,8 +40,8 @@ struct TagStart {
     std::string_view body;
 };
 constexpr TagStart tagStarts[] = {
-    {"LIST", "INFO"}, {"LIST", "adtl"}, {"list", "INFO"}, {"iXML", "<"},    {"_PMX", "<"},
-    {"axml", "<"},    {"id3 ", "ID3"},  {"ID3 ", "ID3"},  {"APPL", "XMP "},
+    {"LIST", "INFO"}, {"LIST", "adtl"}, {"list", "INFO"}, {"iXML", "<"},          {"_PMX", "<"},
+    {"axml", "<"},    {"id3 ", "ID3"},  {"ID3 ", "ID3"},  {"APPL", xmpSignature},
 };
 
 bool IsText(uint8_t byte) {
