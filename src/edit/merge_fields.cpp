@@ -40,11 +40,11 @@ void RemoveWrittenForm(MetadataStore& store, const std::string& key) {
 void RemoveOlderForms(MetadataStore& store, const Keys& changed) {
     std::vector<std::string> older;
     store.ForEach([&](const MetadataEntry& entry) {
-        const bool isOld = entry.key.starts_with(id3Prefix) && SplitId3Key(entry.key).frameId.size() == 3;
-        if (isOld && changed.contains(Id3KeyAsWritten(entry.key))) older.push_back(entry.key);
+        const bool isNamed = changed.contains(entry.key);
+        if (!isNamed && changed.contains(Id3KeyAsWritten(entry.key))) older.push_back(entry.key);
     });
     for (const auto& key : older)
-        if (!changed.contains(key)) store.Remove(key);
+        store.Remove(key);
 }
 
 void MergeFields(MetadataStore& store, const MetadataStore& changes, double sampleRate) {

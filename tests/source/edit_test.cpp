@@ -220,17 +220,6 @@ TEST_F(Edits, OfKeysThatAreWrittenUnderAnotherNameReplaceWhatTheyWrote) {
         ASSERT_NE(RequestWrite(*OpenSource(path), target, {key + "="}, mergeTags), 0);
         EXPECT_EQ(TagsOf(path), Tags{});
     }
-    const Bytes tag22 = Id3TagWriter(2).Text("TT2", "title").Text("TP1", "artist").Tag();
-    const auto old = folder.Write("old.wav", MonoFile(Ramp(editedFrames), ByteWriter().Chunk("id3 ", tag22)));
-    ASSERT_NE(RequestWrite(*OpenSource(old), target, {"TITLE=", "ARTIST=new"}, mergeTags), 0);
-    ExpectTags({"ID3:TT2=", "ID3:TIT2=", "ID3:TP1=new"}, old);  // the tag keeps its version
-    // A path of the file's own is another field than the name that it is written under.
-    const std::string document = "<BWFXML><A><B>path</B></A><A_B>name</A_B></BWFXML>";
-    const auto path = folder.Write(
-        "path.wav",
-        MonoFile(Ramp(editedFrames), ByteWriter().Chunk("iXML", Bytes(document.begin(), document.end()))));
-    ASSERT_NE(RequestWrite(*OpenSource(path), target, {"IXML:A:B=new"}, mergeTags), 0);
-    ExpectTags({"IXML:A_B=name", "IXML:A_B_2=new"}, path);
 }
 
 TEST_F(Edits, OtherSourcesPlayOnAndSeeTheTagsWhenReopened) {
