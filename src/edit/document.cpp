@@ -54,11 +54,11 @@ std::vector<uint8_t> ReadPictureDocument(FileReader& file, const AudioFormat& fo
 std::optional<ChunkImages> ImagesOfChunk(const Document& document) {
     const auto* scheme = DocumentScheme(document.scheme);
     MetadataStore store;
-    if (!scheme || document.bytes.empty() || document.bytes.size() > largestDocument ||
+    if (!scheme || document.bytes.size() > largestDocument ||
         !ReadMetadataChunk(document.bytes, scheme->name, store, 0))
         return std::nullopt;
     ChunkImages images;
-    AppendChunk(images.main, scheme->ids.substr(0, 4), document.bytes.data(), document.bytes.size());
+    AppendChunk(images.main, scheme->WrittenId(), document.bytes.data(), document.bytes.size());
     images.replaced = {paddingScheme, scheme->name};
     return images;
 }

@@ -76,6 +76,7 @@ Patched WithPicture(const ChunkBody& tag, std::span<const uint8_t> picture, cons
 }  // namespace
 
 std::optional<std::vector<uint8_t>> FirstPictureIn(std::span<const uint8_t> tag) {
+    if (!DescriptorIn(tag)) return std::nullopt;
     Id3EntryWalk walk(tag, 1);  // a picture at the very start of a file has no descriptor
     Id3Frame frame;
     Id3Entry entry;

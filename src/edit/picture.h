@@ -14,7 +14,7 @@ namespace vantor {
 inline constexpr std::string_view pictureScheme = "ID3:APIC";  // the key of the picture that is meant
 
 // The bytes of a tag's first picture, without the zeros that unsynchronisation put in. Nothing when there is
-// none.
+// none, or when the reader refuses the tag.
 [[nodiscard]] std::optional<std::vector<uint8_t>> FirstPictureIn(std::span<const uint8_t> tag);
 
 // All ID3v2 tags of a file with the picture in the one that counts. It keeps the type and the description of

@@ -34,7 +34,7 @@ enum class Replaced {
 
 struct TagScheme {
     const char* name;  // with a colon it begins the keys
-    // Of its chunks, four characters each, in the spellings that are taken.
+    // Of its chunks, four characters each, in the spellings that are taken; the first is written.
     std::string_view ids = {};
     Replaced replaced = Replaced::never;
     bool (*read)(std::span<const uint8_t> chunk, MetadataStore& store, int64_t fileOffset) = nullptr;
@@ -44,6 +44,7 @@ struct TagScheme {
     bool inTail = false;             // a copy has it behind the audio
     std::string_view document = {};  // the scheme in whose chunk its keys stand, when it has none
 
+    [[nodiscard]] constexpr std::string_view WrittenId() const { return ids.substr(0, 4); }
     [[nodiscard]] constexpr bool HasId(std::string_view id) const {
         for (size_t at = 0; at + 4 <= ids.size(); at += 4)
             if (ids.substr(at, 4) == id) return true;

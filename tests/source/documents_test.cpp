@@ -7,6 +7,7 @@
 namespace vantor::test {
 namespace {
 
+using namespace std::string_literals;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
@@ -130,6 +131,56 @@ TEST_F(Documents, APictureComesBackByteForByte) {
             after.erase("ID3:APIC");
             EXPECT_EQ(after, before);
         }
+}
+
+// To the last tag that has one, else to the last; never to a chunk that is none or is refused.
+TEST_F(Documents, APictureGoesToTheTagThatCounts) {
+    const auto tag = [](const std::string& picture, size_t number) {
+        Id3TagWriter writer(3);
+        if (!picture.empty()) writer.Frame("APIC", ByteWriter().U8(0).Text("x").Zeros(3).Text(picture));
+        return writer.Text("TIT2", std::to_string(number)).Tag();
+    };
+    const std::pair<Fields, size_t> cases[] = {
+        {{""}, 0}, {{"", ""}, 1}, {{"old", ""}, 0}, {{"", "old", "older", ""}, 2}};
+    for (const auto& [pictures, place] : cases) {
+        std::vector<ListedChunk> chunks;
+        for (const auto& picture : pictures)
+            chunks.push_back({"id3 ", tag(picture, chunks.size())});
+        chunks.push_back({"axml", tag("none", 8)});
+        chunks.push_back({"id3 ", ByteWriter().Add(tag("refused", 9)).Zeros(2)});
+        ByteWriter behind;
+        for (const auto& [id, body] : chunks)
+            behind.Chunk(id, body);
+        const auto path = folder.Write("file.wav", MonoFile(Ramp(9), {}, behind));
+        EXPECT_EQ(Read(*OpenSource(path), "ID3:APIC", 9), pictures[place]);
+        ASSERT_EQ(Write(*OpenSource(path), "ID3:APIC", "GIF8", writeNeverInPlace), writtenToTarget);
+        EXPECT_EQ(Read(*OpenSource(target), "ID3:APIC", 9), "GIF8");
+        auto list = ChunkList(ReadWholeFile(target));
+        for (size_t i = 0; i < chunks.size(); ++i)
+            EXPECT_EQ(std::erase(list, chunks[i]), i != place) << place << " " << i;
+    }
+    // 2.2 has 24 bits for the size of a frame.
+    for (const auto& frames : {Id3TagWriter(2).Text("TT2", "a"),
+                               Id3TagWriter(2).Frame("PIC", ByteWriter().U8(0).Text("PNG").Zeros(2).U8(1))}) {
+        const Bytes file = MonoFile(Ramp(9), {}, ByteWriter().Chunk("id3 ", frames.Tag()));
+        const auto path = folder.Write("file.wav", file);
+        EXPECT_EQ(Write(*OpenSource(path), "ID3:APIC", "GIF8" + std::string(1 << 24, 'x')), writeFailed);
+        EXPECT_EQ(ReadWholeFile(path), file);
+    }
+}
+
+TEST_F(Documents, APictureIsWhatBeginsLikeOne) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"\xFF\xD8\xFF", "jpeg"},  {"\x89PNG\r\n\x1A\n", "png"}, {"GIF8", "gif"},
+        {"RIFF????WEBP", "webp"},  {"II*\0"s, "tiff"},           {"MM\0*"s, "tiff"},
+        {"BM????\0\0\0\0"s, "bmp"}};
+    for (const auto& [start, type] : cases) {
+        const auto path = folder.Write("file.wav", MonoFile(Ramp(9)));
+        for (const auto& other : {start.substr(0, start.size() - 1), start.substr(0, start.size() - 1) + '!'})
+            EXPECT_EQ(Write(*OpenSource(path), "ID3:APIC", other), writeFailed) << other;
+        EXPECT_EQ(Write(*OpenSource(path), "ID3:APIC", start), updatedInPlace) << type;
+        EXPECT_THAT(TagsOf(path)["ID3:APIC"], StartsWith("mime:image/" + type));
+    }
 }
 
 // Containers that edits do not write.
