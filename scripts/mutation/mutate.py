@@ -6,8 +6,9 @@ environment variable; for each, only the tests that reach it run. Survivors are 
 nothing anybody can observe stand, with the reason, in scripts/mutation/equivalent.txt.
 
 Usage: mutate.py TREE_FOLDER [--sample N] [--seed N] [--jobs N] [--tests "FOLDER;..."] [--skip "PATTERN:..."]
-                 [FOLDER_OR_FILE ...]   (below src/; all by default)
---skip leaves tests out, named as GoogleTest does: for a first pass without those that fail at every step.
+                 [--again LOG] [FOLDER_OR_FILE ...]   (below src/; all by default)
+--skip leaves tests out, named as GoogleTest does: for a first pass without those that take long.
+--again tries the survivors alone that a log tells of, as they come out of a pass with --skip.
 """
 import argparse, collections, json, os, random, re, shutil, subprocess, sys, time
 from concurrent.futures import ThreadPoolExecutor
@@ -265,6 +266,7 @@ def main():
     parser.add_argument('--seed', type=int, default=1)
     parser.add_argument('--tests', default=TEST_FOLDERS, help='folders of tests/ that are asked')
     parser.add_argument('--skip', default='', help='tests that are not asked')
+    parser.add_argument('--again', type=argparse.FileType(), help='what an earlier pass printed')
     parser.add_argument('--jobs', type=int, default=os.cpu_count())
     parser.add_argument('where', nargs='*')
     options = parser.parse_intermixed_args()
@@ -310,6 +312,9 @@ def main():
 
     equivalent = known_equivalents(root)
     alive = [m for m in mutants if m['id'] not in dropped and (m['file'], m['text'], m['what']) not in equivalent]
+    if options.again:
+        told = {l.split(' (no test')[0].strip() for l in options.again if l.startswith('lives:')}
+        alive = [m for m in alive if 'lives: ' + described(m, True) in told]
     if options.sample and options.sample < len(alive):
         alive = random.Random(options.seed).sample(alive, options.sample)
     started = time.time()
