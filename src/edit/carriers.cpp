@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "metadata/acid_layout.h"
 #include "metadata/read/id3_frames.h"
 #include "metadata/read/ixml_walk.h"
 
@@ -10,15 +9,18 @@ namespace vantor {
 
 namespace {
 
-bool IsInOrder(const TagChunk& chunk, const AudioFormat& format) {
-    if (chunk.Is("ID3")) return IsWalkedWhole(chunk.body);
-    return chunk.Is("ACID") && format.loopKind != 0 && chunk.body.size() != acid::bodyBytes;
+bool IsInOrder(const TagChunk& chunk) {
+    return chunk.Is("ID3") ? IsWalkedWhole(chunk.body) : chunk.Is("ACID");
 }
 
 // As its reader takes it; nothing when it never would.
-Patched ReadableBody(const TagChunk& chunk, const AudioFormat& format) {
+Patched ReadableBody(const TagChunk& chunk) {
     if (!chunk.isRefused) return chunk.body;
-    return IsInOrder(chunk, format) ? chunk.scheme->patch({chunk.body, MetadataStore()}) : std::nullopt;
+    if (!IsInOrder(chunk)) return std::nullopt;
+    auto body = chunk.scheme->patch({chunk.body, MetadataStore()});
+    MetadataStore scratch;
+    const bool isRead = body && chunk.scheme->read(*body, scratch, chunk.bodyStart);
+    return isRead ? body : std::nullopt;
 }
 
 // Read behind the entries before.
@@ -30,11 +32,11 @@ MetadataStore EntriesOf(const TagChunk& chunk, const ChunkBody& body, const Meta
 
 }  // namespace
 
-std::vector<Carrier> CarriersIn(const TagChunks& chunks, const AudioFormat& format) {
+std::vector<Carrier> CarriersIn(const TagChunks& chunks) {
     std::vector<Carrier> carriers;
     MetadataStore documents;
     for (const auto& chunk : chunks.list) {
-        const auto readable = ReadableBody(chunk, format);
+        const auto readable = ReadableBody(chunk);
         if (!readable) continue;
         auto entries = EntriesOf(chunk, *readable, documents);
         Carrier carrier{&chunk, chunk.isRefused, documents, std::move(entries), {}, chunk.body};

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "edit/tag_chunks.h"
-#include "formats/audio_format.h"
 
 namespace vantor {
 
@@ -25,8 +24,8 @@ struct Carrier {
 };
 
 // In file order. Dormant ones are ID3 tags in a chunk of another length (a footer, zeros behind the tag), and
-// loop information that is shorter or longer than it should be, in a file that is a loop.
-[[nodiscard]] std::vector<Carrier> CarriersIn(const TagChunks& chunks, const AudioFormat& format);
+// the information of a loop that is shorter or longer than it should be.
+[[nodiscard]] std::vector<Carrier> CarriersIn(const TagChunks& chunks);
 
 [[nodiscard]] MetadataStore Filtered(const MetadataStore& store,
                                      const std::function<bool(const std::string& key)>& takes);

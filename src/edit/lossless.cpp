@@ -10,6 +10,7 @@
 #include "edit/carriers.h"
 #include "edit/merge_fields.h"
 #include "edit/tag_proof.h"
+#include "metadata/key_table.h"
 #include "metadata/write/id3_change.h"
 
 namespace vantor {
@@ -21,7 +22,7 @@ class LosslessEdit {
     explicit LosslessEdit(const LosslessSources& sources)
         : sources_(sources),
           wanted_(MergedTags(sources.format, sources.changes)),
-          carriers_(CarriersIn(sources.old, sources.format)) {}
+          carriers_(CarriersIn(sources.old)) {}
 
     std::optional<ChunkImages> Done();
 
@@ -29,6 +30,7 @@ class LosslessEdit {
     void FindChange();
     void Route(const MetadataEntry& entry);
     void TakePosition();
+    void KeepPosition();
     void Patch();
     void PatchCarrier(Carrier& carrier);
     void PatchNew(const TagScheme& scheme);
@@ -36,9 +38,9 @@ class LosslessEdit {
     [[nodiscard]] PlainTags Expected(const TagScheme& scheme) const;
     [[nodiscard]] PlainTags Result(const TagScheme& scheme) const;
     [[nodiscard]] ChunkBody BlankLike(const Carrier& carrier) const;
-    [[nodiscard]] bool IsChanged(const TagScheme& scheme) const;
     [[nodiscard]] bool IsBuiltRight(const TagScheme& scheme) const;
     void Restore(const TagScheme& scheme);
+    void RebuildTogether();
     [[nodiscard]] const Carrier* CarrierOf(const TagChunk& chunk) const;
     void Append(const TagScheme& scheme, SchemeImage& image) const;
     void Rebuild(const TagScheme& scheme, SchemeImage& image) const;
@@ -57,11 +59,11 @@ class LosslessEdit {
 // Loop information is not in the store that a file is opened with.
 void LosslessEdit::FindChange() {
     MetadataStore own = sources_.format.metadata;
-    for (const auto& carrier : carriers_)
-        if (carrier.chunk->Is("ACID") && !carrier.isDormant) own.AddMissing(carrier.entries);
-    wanted_.AddMissing(Filtered(own, [&](const std::string& key) {
-        return key.starts_with("ACID:") && !sources_.format.metadata.Has(key);
-    }));
+    for (const auto& carrier : carriers_) {
+        if (!carrier.chunk->Is("ACID") || carrier.isDormant) continue;
+        own.AddMissing(carrier.entries);
+        wanted_.AddMissing(carrier.entries);
+    }
     const auto isWritten = [](const std::string& key) {
         const auto* scheme = SchemeOfKey(key);
         return scheme && !scheme->ids.empty();
@@ -85,8 +87,10 @@ void LosslessEdit::Route(const MetadataEntry& entry) {
         holder = &carrier;
         if (entry.value.empty()) carrier.change.Set(entry.key, {});
     }
-    if (!scheme->patch) rebuilt_.insert(scheme);
-    if (entry.value.empty() || !scheme->patch) return;
+    if (!scheme->patch) {
+        rebuilt_.insert(scheme);
+        return;
+    }
     if (!holder) holder = last ? last : dormant;
     if (holder)
         holder->change.Set(entry.key, entry.value);
@@ -94,12 +98,16 @@ void LosslessEdit::Route(const MetadataEntry& entry) {
         newChanges_[scheme].Set(entry.key, entry.value);
 }
 
-// A broadcast chunk always says a position: a new one says that which the file has.
 void LosslessEdit::TakePosition() {
-    const auto place = newChanges_.find(FindScheme("BWF"));
-    if (place == newChanges_.end() || place->second.Has("BWF:TimeReference")) return;
     if (const auto frames = PositionToKeep(sources_.format, sources_.changes))
-        place->second.Set("BWF:TimeReference", std::to_string(*frames));
+        newChanges_[FindScheme("BWF")].Set("BWF:TimeReference", std::to_string(*frames));
+}
+
+// A document that is built anew says none.
+void LosslessEdit::KeepPosition() {
+    if (!rebuilt_.contains(FindScheme("IXML")) || !HoldsPositionInDocument(sources_.format.metadata)) return;
+    TakePosition();
+    PatchNew(*FindScheme("BWF"));
 }
 
 void LosslessEdit::PatchCarrier(Carrier& carrier) {
@@ -114,12 +122,11 @@ void LosslessEdit::PatchCarrier(Carrier& carrier) {
 }
 
 void LosslessEdit::PatchNew(const TagScheme& scheme) {
-    const auto blank = scheme.blank();
-    const auto patched =
-        scheme.patch({blank, newChanges_[&scheme], nullptr, &sources_.file, sources_.old.unsynchronised});
+    const auto patched = scheme.patch(
+        {scheme.blank(), newChanges_[&scheme], nullptr, &sources_.file, sources_.old.unsynchronised});
     if (!patched)
         rebuilt_.insert(&scheme);
-    else if (!patched->empty() && *patched != blank)
+    else if (!patched->empty())
         newBodies_[&scheme] = *patched;
 }
 
@@ -169,8 +176,7 @@ PlainTags LosslessEdit::Expected(const TagScheme& scheme) const {
 PlainTags LosslessEdit::Result(const TagScheme& scheme) const {
     MetadataStore store;
     for (const auto& carrier : carriers_)
-        if (!carrier.body.empty() && carrier.Counts())
-            ReadMetadataChunk(carrier.body, carrier.chunk->scheme->name, store, carrier.chunk->bodyStart);
+        ReadMetadataChunk(carrier.body, carrier.chunk->scheme->name, store, carrier.chunk->bodyStart);
     for (const auto& [added, body] : newBodies_)
         ReadMetadataChunk(body, added->name, store, 1);
     return PlainTagsOf(scheme.name, store);
@@ -203,21 +209,22 @@ void LosslessEdit::Prove() {
     for (const auto& scheme : tagTable) {
         if (!scheme.patch && rebuilt_.contains(&scheme) && !IsBuiltRight(scheme)) Restore(scheme);
         if (!scheme.blank || Expected(scheme) == Result(scheme)) continue;
-        const bool isOwn = std::ranges::any_of(carriers_, [&](const Carrier& carrier) {
-            return carrier.chunk->scheme == &scheme && carrier.IsChanged();
-        });
         if (!scheme.build)
             Restore(scheme);
         else
-            rebuilt_.insert(isOwn || newChanges_.contains(&scheme) ? &scheme : FindScheme("ID3"));
+            rebuilt_.insert(&scheme);
     }
+    RebuildTogether();
 }
 
-bool LosslessEdit::IsChanged(const TagScheme& scheme) const {
-    const bool isPatched = std::ranges::any_of(carriers_, [&](const Carrier& carrier) {
-        return carrier.chunk->scheme == &scheme && carrier.body != carrier.chunk->body;
-    });
-    return isPatched || newBodies_.contains(&scheme) || rebuilt_.contains(&scheme);
+// A tag that is built anew has no documents, and a document that is built anew has what those in tags say.
+void LosslessEdit::RebuildTogether() {
+    std::set<const TagScheme*> inTags = {FindScheme("ID3")};
+    for (const auto& carrier : carriers_)
+        if (carrier.chunk->Is("ID3") && carrier.Counts())
+            carrier.entries.ForEach([&](const auto& entry) { inTags.insert(SchemeOfKey(entry.key)); });
+    const auto isRebuilt = [&](const TagScheme* scheme) { return rebuilt_.contains(scheme); };
+    if (std::ranges::any_of(inTags, isRebuilt)) rebuilt_.merge(inTags);
 }
 
 const Carrier* LosslessEdit::CarrierOf(const TagChunk& chunk) const {
@@ -236,26 +243,25 @@ void LosslessEdit::Append(const TagScheme& scheme, SchemeImage& image) const {
         image.oldStarts.push_back(chunk.bodyStart - chunkHeaderBytes);
     }
     if (const auto added = newBodies_.find(&scheme); added != newBodies_.end())
-        AppendChunk(image.bytes, scheme.ids.substr(0, 4), added->second.data(), added->second.size());
+        AppendChunk(image.bytes, scheme.WrittenId(), added->second.data(), added->second.size());
 }
 
 void LosslessEdit::Rebuild(const TagScheme& scheme, SchemeImage& image) const {
     std::vector<ChunkBody> bodies;
     std::vector<int64_t> starts;
     MetadataStore store = wanted_;
+    for (const auto& carrier : carriers_)
+        if (carrier.isDormant && carrier.IsChanged()) store.AddMissing(carrier.entries);
     for (const auto& chunk : sources_.old.list) {
         if (chunk.scheme != &scheme) continue;
         const auto* carrier = CarrierOf(chunk);
         const bool isTaken = carrier && carrier->Counts();
-        if (isTaken) {
+        if (isTaken)
             bodies.push_back(chunk.body);
-            if (carrier->isDormant) store.AddMissing(carrier->entries);
-        } else {
+        else
             AppendChunk(image.bytes, chunk.id, chunk.body.data(), chunk.body.size());
-        }
         (isTaken ? starts : image.oldStarts).push_back(chunk.bodyStart - chunkHeaderBytes);
     }
-    RemoveBwfCopies(store);
     scheme.build(image.bytes, {store, &sources_.file, bodies, sources_.old.unsynchronised});
     image.oldStarts.insert(image.oldStarts.end(), starts.begin(), starts.end());
 }
@@ -263,7 +269,7 @@ void LosslessEdit::Rebuild(const TagScheme& scheme, SchemeImage& image) const {
 // The chunks of a scheme as they become, or as they are.
 SchemeImage LosslessEdit::ImageOf(const TagScheme& scheme) const {
     SchemeImage image;
-    if (rebuilt_.contains(&scheme) && scheme.build)
+    if (rebuilt_.contains(&scheme))
         Rebuild(scheme, image);
     else
         Append(scheme, image);
@@ -280,13 +286,14 @@ ChunkImage LosslessEdit::OldImageOf(const TagScheme& scheme) const {
 std::optional<ChunkImages> LosslessEdit::Done() {
     FindChange();
     change_.ForEach([&](const MetadataEntry& entry) { Route(entry); });
-    TakePosition();
+    // A broadcast chunk always says a position: a new one says that which the file has.
+    if (newChanges_.contains(FindScheme("BWF"))) TakePosition();
     Patch();
     Prove();
+    KeepPosition();
     ChunkImages images;
     images.keepsPlaces = true;
     for (const auto& scheme : tagTable) {
-        if (!IsChanged(scheme)) continue;
         const auto image = ImageOf(scheme);
         if (image.bytes == OldImageOf(scheme)) continue;
         images.replaced.emplace_back(scheme.name);
