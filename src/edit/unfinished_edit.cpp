@@ -12,22 +12,23 @@ namespace {
 
 // As they were before the file grew.
 void TakeGrowthOff(RunList& runs, int64_t fileBytes) {
-    if (!runs.isWholeToTheEnd || runs.fileSize <= fileBytes) return;
+    if (!runs.isWholeToTheEnd) return;
     runs.fileSize = runs.end = fileBytes;
     runs.trailing.length = std::max<int64_t>(fileBytes - runs.trailing.start, 0);
 }
 
-// The copy stands where the file ended or within it, and kept chunks end there, too.
+// The copy stands among what its edit replaces, and begins where the file ended or within it.
 bool IsPlausible(const RunList& runs, const ShownCopy& copy) {
-    const int64_t fileBytes = copy.mark.fileBytes;
-    return fileBytes >= runs.trailing.start - 1 && fileBytes >= copy.header - 1;
+    const int64_t end = copy.start + std::ssize(copy.image);
+    bool isHeld = false;
+    ForEachRun(runs, [&](const Run& run) { isHeld |= run.start <= copy.header && end <= run.End(); });
+    return isHeld && copy.header <= copy.mark.fileBytes + 1;
 }
 
 // The plan of the edit, from where its copy was shown.
 std::optional<InPlacePlan> PlanFrom(FileReader& reader, bool isRf64, ShownCopy copy) {
     InPlacePlan plan;
     plan.replaced = SchemesOf(copy.mark.schemes);
-    if (!IsReplaceable(paddingScheme, plan.replaced)) return std::nullopt;  // it hides the copy
     auto runs = FindRuns(reader, isRf64, plan.replaced);
     if (!runs || !IsPlausible(*runs, copy)) return std::nullopt;
     plan.image = std::move(copy.image);

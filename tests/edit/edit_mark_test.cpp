@@ -20,11 +20,13 @@ const Bytes fmt = ByteWriter().Chunk("fmt ", FmtBody(1, 1, 48000, 16));
 const Bytes audio = ByteWriter().Chunk("data", Bytes(1000, 0x5A)), cue = ByteWriter().Chunk("cue ", Bytes(4));
 const Bytes info = ByteWriter().Chunk("LIST", ByteWriter().Text("INFO").Text("INAM").Le32(2).Text("ab"));
 
-// After an edit that asks for what is there.
-Bytes EditedAgain(const Bytes& file) {
+// After an edit that asks for what is there; when it is told, all changes behind so many fail.
+Bytes EditedAgain(const Bytes& file, int mostChanges = -1) {
     MemoryFileSystem files;
     const platform::ScopedFileSystem scope(files);
     files.Put("a.wav", file);
+    files.changesLeft = mostChanges;
+    files.failing = MemoryFileSystem::Failing::forGood;
     MetadataStore changes;
     changes.Set("INFO:INAM", "ab");
     EXPECT_EQ(EditFile({.fileName = "a.wav",
@@ -33,7 +35,7 @@ Bytes EditedAgain(const Bytes& file) {
                         .flags = writeMerge | writeLossless,
                         .forget = [](const std::string&) {}})
                   .answer,
-              updatedInPlace);
+              mostChanges < 0 ? updatedInPlace : writeFailed);
     return *files.Find("a.wav");
 }
 
@@ -87,6 +89,17 @@ TEST(EditMarks, SayWhatIsLeftToDo) {
     atEnd.mark.parts = {{edit.firstPadding, std::ssize(info)}};
     EXPECT_EQ(EditedAgain(atEnd.File()),
               RiffFile(Joined({fmt, info, Padding(68 - info.size()), cue, Padding(100), audio, empty})));
+    // A pad byte that was missing at the end is missing again.
+    const Bytes tag = edit.tag, own = ByteWriter().Text("own ").Le32(5).Text("kept.");
+    const Bytes before = RiffFile(Joined({fmt, Padding(68), info, audio, own}));
+    const CopyMark mark{edit.mark.schemes & ~SchemeBits(std::initializer_list<std::string_view>{"INFO"}),
+                        std::ssize(tag),
+                        ChecksumOf(tag),
+                        std::ssize(before),
+                        {edit.firstPadding, std::ssize(tag)},
+                        {}};
+    EXPECT_EQ(EditedAgain(Joined({before, {0}, ByteWriter().Chunk("JUNK", BytesOf(mark)), tag})),
+              RiffFile(Joined({fmt, tag, Padding(8), info, audio, own})));
     // The checksum, FNV-1a, of a file that another version left.
     const std::string_view text = "foobar";
     EXPECT_EQ(ChecksumOf(Bytes(text.begin(), text.end())), 0x85944171F73967E8);
@@ -157,19 +170,20 @@ TEST(EditMarks, AreNoneWhenInDoubt) {
         cast(edit);
         EXPECT_EQ(EditedAgain(edit.File()), edit.File()) << what;
     }
-    // What hides it is not among what its edit replaces.
+    // What hides it, or a part of it, is not among what its edit replaces.
     const Bytes tag = Interrupted().tag;
-    CopyMark mark{SchemeBits(std::initializer_list<std::string_view>{"ID3"}),
-                  std::ssize(tag),
-                  ChecksumOf(tag),
-                  0,
-                  {12 + std::ssize(fmt), std::ssize(tag)},
-                  {}};
-    const auto hidden = [&] {
-        return RiffFile(Joined({fmt, tag, ByteWriter().Chunk("JUNK", BytesOf(mark)), tag, cue, audio, info}));
-    };
-    mark.fileBytes = std::ssize(hidden());
-    EXPECT_EQ(EditedAgain(hidden()), hidden());
+    const uint32_t tags = SchemeBits(std::initializer_list<std::string_view>{"ID3"});
+    const uint32_t padding = SchemeBits(std::initializer_list<std::string_view>{paddingScheme});
+    for (const auto& [schemes, image] : {std::pair(tags, tag), {tags | padding, Joined({tag, cue})}}) {
+        const int64_t start = 12 + std::ssize(fmt), bytes = std::ssize(image);
+        CopyMark mark{schemes, bytes, ChecksumOf(image), 0, {start, bytes}, {}};
+        const auto file = [&] {
+            const Bytes junk = ByteWriter().Chunk("JUNK", BytesOf(mark));
+            return RiffFile(Joined({fmt, tag, junk, tag, cue, audio, info}));
+        };
+        mark.fileBytes = std::ssize(file());
+        EXPECT_EQ(EditedAgain(file()), file()) << schemes;
+    }
     // No mark at all.
     Bytes other = Interrupted().File();
     other[static_cast<size_t>(Interrupted().end) + 8 + 12] ^= 1;
@@ -226,6 +240,14 @@ TEST(EditMarks, OfPaddingAreCleanedAway) {
     // Behind the end that the size in front tells, where the file could not be cut.
     const Bytes whole = RiffFile(Joined({fmt, audio, info}));
     EXPECT_EQ(EditedAgain(Joined({whole, ByteWriter().Chunk("JUNK", ByteWriter().Text("VWCLEAN1"))})), whole);
+    // The mark goes last: whoever is stopped goes on the next time.
+    const auto gapAndEnd = [](std::string_view text, const Bytes& end) {
+        return RiffFile(Joined({fmt, ByteWriter().Chunk("JUNK", ByteWriter().Text(text)), audio, info, end}));
+    };
+    for (int changes = 0; changes < 6; ++changes)
+        EXPECT_EQ(EditedAgain(EditedAgain(gapAndEnd("VWCLEAN1", Padding(50)), changes)),
+                  gapAndEnd(std::string(8, '\0'), {}))
+            << changes;
     for (const auto* none : {"VWCL", "VWCLEAN2", "!VWCLEAN1"})
         EXPECT_EQ(EditedAgain(fileWith(none)), fileWith(none));
 }
