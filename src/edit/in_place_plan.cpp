@@ -130,7 +130,9 @@ bool Save(FileReader& reader, InPlacePlan& plan, int64_t offset, int64_t count) 
     SavedBytes saved{offset, std::vector<uint8_t>(static_cast<size_t>(count))};
     if (!reader.Seek(offset) || !reader.ReadExactly(saved.bytes.data(), count)) return false;
     const auto joined = std::ranges::find(plan.runs.split, offset, &Stretch::start);
-    if (joined != plan.runs.split.end()) std::ranges::copy(JunkHeader(joined->length), saved.bytes.begin());
+    if (joined != plan.runs.split.end())
+        std::copy_n(JunkHeader(joined->length).begin(), std::min(count, chunkHeaderBytes),
+                    saved.bytes.begin());
     plan.saved.push_back(std::move(saved));
     return true;
 }
@@ -144,15 +146,15 @@ bool SaveOverwritten(FileReader& reader, InPlacePlan& plan) {
 
 // A body comes back before its header shows it.
 bool SaveAll(FileReader& reader, InPlacePlan& plan) {
-    bool saved = plan.way != EditWay::overwrite || SaveOverwritten(reader, plan);
+    if (plan.way == EditWay::overwrite && !SaveOverwritten(reader, plan)) return false;
     const int64_t behindHeader = plan.way == EditWay::direct ? cleanUpMarkBytes : 0;
-    for (const auto& cover : plan.covers) {
+    const auto saveCovered = [&](const Stretch& cover) {
         const int64_t bytes = std::min(cover.length - chunkHeaderBytes, behindHeader);
-        saved = saved && (bytes == 0 || Save(reader, plan, cover.start + chunkHeaderBytes, bytes)) &&
-                Save(reader, plan, cover.start, chunkHeaderBytes);
-    }
-    saved = saved && Save(reader, plan, riffSizeOffset, 4);
-    return saved && (!plan.isRf64 || Save(reader, plan, ds64RiffSizeOffset, 8));
+        return Save(reader, plan, cover.start + chunkHeaderBytes, bytes) &&
+               Save(reader, plan, cover.start, chunkHeaderBytes);
+    };
+    return std::ranges::all_of(plan.covers, saveCovered) && Save(reader, plan, riffSizeOffset, 4) &&
+           (!plan.isRf64 || Save(reader, plan, ds64RiffSizeOffset, 8));
 }
 
 // The first gap that takes what has no gap of its own.
@@ -174,7 +176,7 @@ bool PlanPlaces(InPlacePlan& plan, std::span<const ChunkPlace> places) {
         std::ranges::any_of(places, [&](const auto& place) { return place.oldStart >= end; });
     if (!PlaceParts(plan, places)) return false;
     if (plan.targetBytes > 0 && !isAtEnd) ChooseTarget(plan);
-    return FitsTarget(plan) && PlanCopy(plan) && plan.copyGrowsFile;
+    return PlanCopy(plan) && plan.copyGrowsFile;
 }
 
 bool PlanWay(FileReader& reader, InPlacePlan& plan) {

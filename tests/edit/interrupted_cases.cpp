@@ -106,6 +106,11 @@ std::vector<Layout> Layouts() {
                        .between = none,
                        .behind = none,
                        .garbage = Bytes(8, 'x')});
+    layouts.push_back({.what = "little padding behind",
+                       .inFront = none,
+                       .between = none,
+                       .behind = Padding(60),
+                       .isOneRun = true});
     layouts[13].behind = Joined({all, ByteWriter().Text("PAD_").Le32(5).Text("Padd.")});
     for (const auto id : {"RF64", "BW64"})
         for (const size_t i : {1, 4, 6}) {

@@ -234,6 +234,16 @@ TEST(InterruptedEdit, WithoutRoomAFailureThatPassesLosesNothing) {
                 ExpectAudio(c, Look(left), left);
         }
     }
+    // Chunks that keep place and size are never gone.
+    Layout inOrder = layout;
+    inOrder.inFront = Joined({Bext(), Ixml(), Info()});
+    const Edit sameSize{"same size", {{"INFO:INAM", "New name"}}, writeMerge};
+    const auto c = CaseOf(inOrder, sameSize);
+    Bytes file = c.before;
+    for (const auto& change : c.trace) {
+        change.ApplyTo(file);
+        ExpectEveryTag(c, Look(file).tags);
+    }
 }
 
 // Of what was written since the last flush any part may be on the disk.

@@ -75,7 +75,8 @@ TEST(RewriteInPlace, PutsTheImageWhereItFits) {
         Riff({ImageOf(610), fmt, ImageOf(50, "iXML"), adtl, audio, info, ImageOf(30, "id3 ")});
     const Bytes shown = Riff({fmt, audio, ImageOf(100)});
     const Bytes zeros(80008), endless = ByteWriter().Text("data").Le32(0).Fill(11, 0x5A);
-    const Bytes other = ByteWriter().Chunk("bext", Bytes(52, 0x22));
+    const Bytes other = ByteWriter().Chunk("bext", Bytes(52, 0x22)),
+                little = ByteWriter().Chunk("data", Bytes(2));
     const struct {
         const char* what;
         Bytes file, image;
@@ -117,6 +118,7 @@ TEST(RewriteInPlace, PutsTheImageWhereItFits) {
          Joined({Riff({fmt, other, audio}), garbage})},
         {"others there", Joined({Riff({fmt, ImageOf(60, "iXML"), ImageOf(60), audio}), garbage}), other,
          Joined({Riff({fmt, other, Padding(60), audio}), garbage})},
+        {"audio alone", Riff({little}), ImageOf(50), Riff({little, ImageOf(50)})},
         {"lists", Riff({fmt, audio, shortList, labels, smallLetters}), ImageOf(50),
          Riff({fmt, audio, shortList, labels, ImageOf(50)})},
     };
@@ -154,6 +156,10 @@ TEST(RewriteInPlace, TakesPaddingForTheCopyThatIsLongEnough) {
     // Padding whose pad byte was left out, so that something behind it is hidden: its end is odd.
     const Bytes hider = ByteWriter().Text("JUNK").Le32(2001).Zeros(2001).Chunk("cue ", Bytes(4));
     EXPECT_EQ(wayOf(Riff({fmt, ImageOf(60), audio, hider}), 60), EditWay::overwrite);
+    // At the end of the file that byte is no room.
+    const Bytes unpadded = ByteWriter().Text("JUNK").Le32(41).Zeros(41);
+    EXPECT_EQ(wayOf(Riff({fmt, audio, unpadded}), 40), EditWay::direct);
+    EXPECT_EQ(wayOf(Riff({fmt, audio, unpadded}), 50), EditWay::throughCopy);
 }
 
 // Of the padding at the end that an edit was about to add when it was interrupted.
