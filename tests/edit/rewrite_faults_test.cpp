@@ -111,18 +111,20 @@ TEST(RewriteFaults, InPlaceUpdatesKeepTheFileWalkable) {
 
 // Without all that it may have to write back, an edit does not begin.
 TEST(RewriteFaults, WhatCannotBeReadIsNotPlanned) {
-    for (const auto& layout : layouts) {
+    std::vector<Layout> all(std::begin(layouts), std::end(layouts));
+    all.push_back({"no room but that of the old ones", oldTags, Bytes(8, 'T'), image});
+    for (const auto& layout : all) {
         const TempFolder folder;
         const auto path = folder.Write("a.wav", FileOf(layout));
         const auto saved = [&] {
             FileReader reader(path, smallReads);
             const auto plan = PlanInPlace(reader, {layout.image, {}, Replaced(layout.image)}, false);
-            std::vector<std::pair<int64_t, Bytes>> all;
-            if (!plan) return all;
-            all.emplace_back(plan->runs.fileSize, plan->image);
+            std::vector<std::pair<int64_t, Bytes>> pieces;
+            if (!plan) return pieces;
+            pieces.emplace_back(plan->runs.fileSize, plan->image);
             for (const auto& [offset, bytes] : plan->saved)
-                all.emplace_back(offset, bytes);
-            return all;
+                pieces.emplace_back(offset, bytes);
+            return pieces;
         };
         const auto sound = saved();
         EXPECT_FALSE(sound.empty());
@@ -249,7 +251,7 @@ TEST(RewriteFaults, ACopyOfWhatCannotBeReadIsNone) {
         ScriptedFileSystem files;
         const platform::ScopedFileSystem scope(files);
         FileReader asked(path, smallReads), reader(path, smallReads);
-        files.FailAt(Operation::read, index, Fault::failure);
+        files.FailAt(Operation::read, index, Fault::failure, true);
         EXPECT_FALSE(CanCopy(asked, images, kindWave) && asked.HasMissedBytes()) << index;
         files.Reset();
         files.FailAt(Operation::read, index, Fault::failure);
