@@ -111,6 +111,11 @@ std::vector<Layout> Layouts() {
                        .between = none,
                        .behind = Padding(60),
                        .isOneRun = true});
+    layouts.push_back({.what = "garbage, room in a place",
+                       .inFront = Padding(400),
+                       .between = Joined({Ixml(), Padding(30000)}),
+                       .behind = Info(),
+                       .garbage = Bytes(8, 'x')});
     layouts[13].behind = Joined({all, ByteWriter().Text("PAD_").Le32(5).Text("Padd.")});
     for (const auto id : {"RF64", "BW64"})
         for (const size_t i : {1, 4, 6}) {
