@@ -247,8 +247,19 @@ def described(mutant, tests):
     return f"{mutant['file']}:{mutant['line']} | {mutant['text']} | {mutant['what']}{reach}"
 
 
+def number_alike(mutants):
+    """Where a file has several of one text and kind, each says which it is: "removed, 2 of 3"."""
+    alike = collections.defaultdict(list)
+    for mutant in mutants:
+        alike[mutant['file'], mutant['text'], mutant['what']].append(mutant)
+    for group in alike.values():
+        for number, mutant in enumerate(group, 1):
+            if len(group) > 1:
+                mutant['what'] += f', {number} of {len(group)}'
+
+
 def known_equivalents(root):
-    """Lines of `file | text of the line | what | reason`; those that have outlived their code are told."""
+    """Lines of `file | text of the line | what | reason`, `what` with its number where several are alike; those that have outlived their code are told."""
     path = os.path.join(root, 'scripts/mutation/equivalent.txt')
     lines = [l.split(' | ') for l in open(path)] if os.path.exists(path) else []
     known = {tuple(part.strip() for part in l[:3]) for l in lines if len(l) >= 4}
@@ -296,6 +307,7 @@ def main():
     files = [File(root, name, arguments) for name in wanted]
     for file in files:
         parse(root, file, mutants)
+    number_alike(mutants)
     print(f'{len(mutants)} mutants in {len(files)} files', file=sys.stderr)
 
     configured = run(['cmake', '-S', tree, '-B', os.path.join(tree, 'build'), '-G', 'Ninja',

@@ -172,11 +172,14 @@ TEST_F(ReadFile, GivesBuffersBack) {
             files.ServeFromCache(cached);
             files.HoldRequests(true);
             FileReader reader(name, {.mode = mode, .blockBytes = 8192, .blockCount = 2});
+            size_t requests = 0;  // in every round as many
             for (int round = 0; round < 4; ++round) {
                 uint8_t bytes[100];
-                const size_t before = BytesAllocated();
+                const size_t before = BytesAllocated(), asked = files.Reads().size();
                 EXPECT_EQ(reader.Read(bytes, 100), 100);
                 EXPECT_GE(BytesAllocated() - before, 8192u) << mode;
+                requests = round == 0 ? files.Reads().size() - asked : requests;
+                EXPECT_EQ(files.Reads().size() - asked, requests) << mode;
                 reader.ReleaseBuffers();
             }
         }
