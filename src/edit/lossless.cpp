@@ -38,6 +38,7 @@ class LosslessEdit {
     [[nodiscard]] PlainTags Expected(const TagScheme& scheme) const;
     [[nodiscard]] PlainTags Result(const TagScheme& scheme) const;
     [[nodiscard]] ChunkBody BlankLike(const Carrier& carrier) const;
+    [[nodiscard]] bool IsTouched(const TagScheme& scheme) const;
     [[nodiscard]] bool IsBuiltRight(const TagScheme& scheme) const;
     void Restore(const TagScheme& scheme);
     void RebuildTogether();
@@ -227,9 +228,17 @@ void LosslessEdit::RebuildTogether() {
     if (std::ranges::any_of(inTags, isRebuilt)) rebuilt_.merge(inTags);
 }
 
+// Else its chunks would come out as they are, and a document may have many megabytes.
+bool LosslessEdit::IsTouched(const TagScheme& scheme) const {
+    const bool isPatched = std::ranges::any_of(carriers_, [&](const Carrier& carrier) {
+        return carrier.chunk->scheme == &scheme && carrier.IsChanged();
+    });
+    return isPatched || newBodies_.contains(&scheme) || rebuilt_.contains(&scheme);
+}
+
 const Carrier* LosslessEdit::CarrierOf(const TagChunk& chunk) const {
-    const auto found = std::ranges::lower_bound(carriers_, &chunk, std::less<>(), &Carrier::chunk);
-    return found == carriers_.end() || found->chunk != &chunk ? nullptr : &*found;
+    if (!std::ranges::binary_search(carriers_, &chunk, std::less<>(), &Carrier::chunk)) return nullptr;
+    return &*std::ranges::lower_bound(carriers_, &chunk, std::less<>(), &Carrier::chunk);
 }
 
 // All chunks of a scheme in their order, the refused ones too, then the new one.
@@ -294,6 +303,7 @@ std::optional<ChunkImages> LosslessEdit::Done() {
     ChunkImages images;
     images.keepsPlaces = true;
     for (const auto& scheme : tagTable) {
+        if (!IsTouched(scheme)) continue;
         const auto image = ImageOf(scheme);
         if (image.bytes == OldImageOf(scheme)) continue;
         images.replaced.emplace_back(scheme.name);
