@@ -259,7 +259,9 @@ def number_alike(mutants):
 
 
 def known_equivalents(root):
-    """Lines of `file | text of the line | what | reason`, `what` with its number where several are alike; those that have outlived their code are told."""
+    """Lines of `file | text of the line | what | reason`, `what` with its number where several are alike.
+
+    Lines that have outlived their code are told."""
     path = os.path.join(root, 'scripts/mutation/equivalent.txt')
     lines = [l.split(' | ') for l in open(path)] if os.path.exists(path) else []
     known = {tuple(part.strip() for part in l[:3]) for l in lines if len(l) >= 4}
