@@ -152,6 +152,18 @@ TEST(Id3Patches, KeepATagUnsynchronised) {
         }
     const auto described = [](char value) { return Frames{"TXXX\0\0\0\xFF\0"s + value}; };
     EXPECT_EQ(FramesOf(Patched(TagOf(3, described('x'), 0x80), "TXXX:\u00FF=y")), described('y'));
+    // An extended header that ends in 255 has a zero behind it, whether its padding is counted anew or not.
+    const auto extended = [](std::string_view artist, bool isPadded) {
+        const auto frames = Id3TagWriter(3).Text("TPE1", artist).Text("TIT2", "x");
+        const Bytes padding(isPadded ? 1 : 0);
+        const Bytes head = {0, 0, 0, 10, 0, 0, 0, 0, 0, static_cast<uint8_t>(isPadded), 1, 2, 3, 0xFF, 0};
+        Bytes tag = Id3TagWriter(3).Add(head).Add(frames.Body()).Add(padding).Tag(0x40);
+        tag[5] |= 0x80;
+        return tag;
+    };
+    EXPECT_EQ(Patched(extended("a", false), "TPE1=b"), extended("b", false));
+    EXPECT_EQ(FramesOf(Patched(extended("a", false), "TIT2=")), Frames{"TPE1\0\0\0a"s});
+    EXPECT_EQ(Patched(extended("a", false), "TPE1=bc"), extended("bc", true));
     // A zero that comes to stand behind a byte of 255 is the next frame's own.
     const Frames odd = {"GEOB\0\0\0\xFF"s, "TIT2\0\0\0x"s, "\0ABC\0\0z"s, "TPE1\0\0\0y"s};
     const Frames shortened = {odd[0], odd[2], odd[3]};

@@ -64,7 +64,7 @@ class TagPatch {
     void PutNew();
     [[nodiscard]] bool GivesWay(const Id3Frame& frame) const;
     void PutHead(const Id3TagParts& old, size_t framesEnd);
-    [[nodiscard]] size_t EndOfFrame(size_t bodyEnd) const;
+    [[nodiscard]] size_t BehindStuffing(size_t end) const;
 
     const PatchInput& input_;
     int version_;
@@ -161,22 +161,22 @@ void TagPatch::PutHead(const Id3TagParts& old, size_t framesEnd) {
     WriteSyncsafe(&out_[sizeOffset], static_cast<uint32_t>(out_.size() - id3HeaderBytes));
 }
 
-// The zero that keeps a last byte of 0xFF from being taken for a synchronisation goes with its frame.
-size_t TagPatch::EndOfFrame(size_t bodyEnd) const {
+// The zero that keeps a last byte of 0xFF from being taken for a synchronisation goes with what it follows.
+size_t TagPatch::BehindStuffing(size_t end) const {
     const auto& body = input_.body;
     const bool isStuffed =
-        IsUnsynchronised(body) && bodyEnd < body.size() && body[bodyEnd - 1] == 0xFF && body[bodyEnd] == 0;
-    return bodyEnd + isStuffed;
+        IsUnsynchronised(body) && end < body.size() && body[end - 1] == 0xFF && body[end] == 0;
+    return end + isStuffed;
 }
 
 Patched TagPatch::Done() {
     Id3EntryWalk walk(input_.body, 0);
-    first_ = walk.Frames().Position();
+    first_ = BehindStuffing(walk.Frames().Position());  // an extended header, too
     size_t position = first_;
     Id3Frame frame;
     Id3Entry entry;
     while (walk.Next(frame, entry)) {
-        const size_t end = EndOfFrame(frame.bodyEnd);
+        const size_t end = BehindStuffing(frame.bodyEnd);
         Visit(frame, entry, input_.body.subspan(position, end - position));
         position = std::max(walk.Frames().Position(), end);
     }
