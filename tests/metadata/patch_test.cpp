@@ -103,6 +103,11 @@ const std::vector<Case>& Cases() {
          document,
          "IXML:TRACK_LIST:TRACK:NAME:3=4th",
          {{"\t</TRACK_LIST>", "\t\n<TRACK>\n<NAME>4th</NAME></TRACK></TRACK_LIST>"}}},
+        // Without an element white space would be a text.
+        {"IXML",
+         BytesOf("<BWFXML><USER>\n\n<MOOD>dark</MOOD></USER></BWFXML> "s),
+         "IXML:USER:MOOD=",
+         {{"dark", ""}}},
         // A line feed would lengthen the text that their parent has.
         {"IXML", document, "IXML:MIXED:A:B=1", {{"two<", "two<A >\n<B>1</B></A><"}}},
         {"IXML",

@@ -71,7 +71,6 @@ class TagPatch {
     Id3EntryWriter writer_;
     MetadataStore own_, change_;
     std::map<std::string, bool, std::less<>> done_;  // keys that a frame of the tag stood for
-    size_t first_ = 0;                               // offset of the frames
     ChunkBody out_;
 };
 
@@ -82,14 +81,14 @@ void TagPatch::Put(const Id3Frames& frames) {
         Add(frames);
 }
 
-// A piece of the old tag. Behind 0xFF, which was not there before, its first byte may be a zero that would be
-// taken for one of unsynchronisation.
+// A zero that comes to stand behind 0xFF would be taken for one of unsynchronisation.
+void KeepZero(ChunkBody& front, Bytes behind) {
+    if (!front.empty() && front.back() == 0xFF && !behind.empty() && behind[0] == 0) front.push_back(0);
+}
+
+// A piece of the old tag.
 void TagPatch::Keep(Bytes whole) {
-    const auto& old = input_.body;
-    const auto start = static_cast<size_t>(whole.data() - old.data());
-    const uint8_t before = out_.empty() ? old[first_ - 1] : out_.back();
-    if (IsUnsynchronised(old) && before == 0xFF && !whole.empty() && whole[0] == 0 && old[start - 1] != 0xFF)
-        out_.push_back(0);
+    if (IsUnsynchronised(input_.body)) KeepZero(out_, whole);
     Add(whole);
 }
 
@@ -157,6 +156,7 @@ void TagPatch::PutHead(const Id3TagParts& old, size_t framesEnd) {
     auto head = Id3HeadFor({{}, out.first(framesEnd), out.subspan(framesEnd)}, old);
     if (old.frames.size() + old.rest.size() + old.head.size() < input_.body.size())
         head[flagsOffset] &= static_cast<uint8_t>(~footerFlag);
+    if (IsUnsynchronised(head)) KeepZero(head, out_);
     out_.insert(out_.begin(), head.begin(), head.end());
     WriteSyncsafe(&out_[sizeOffset], static_cast<uint32_t>(out_.size() - id3HeaderBytes));
 }
@@ -171,8 +171,8 @@ size_t TagPatch::BehindStuffing(size_t end) const {
 
 Patched TagPatch::Done() {
     Id3EntryWalk walk(input_.body, 0);
-    first_ = BehindStuffing(walk.Frames().Position());  // an extended header, too
-    size_t position = first_;
+    const size_t first = BehindStuffing(walk.Frames().Position());  // an extended header, too
+    size_t position = first;
     Id3Frame frame;
     Id3Entry entry;
     while (walk.Next(frame, entry)) {
@@ -186,9 +186,9 @@ Patched TagPatch::Done() {
     const auto rest = WithoutFooter(input_.body, input_.body.subspan(position));
     Keep(rest);
     // A frame that is cut off must not become whole.
-    if (std::ranges::all_of(rest, IsZero)) KeepParity(out_, input_.body.size() - first_, framesEnd);
-    if (out_.size() + first_ - id3HeaderBytes >= syncsafeLimit) return std::nullopt;
-    PutHead({input_.body.first(first_), input_.body.subspan(first_, position - first_), rest}, framesEnd);
+    if (std::ranges::all_of(rest, IsZero)) KeepParity(out_, input_.body.size() - first, framesEnd);
+    if (out_.size() + first - id3HeaderBytes >= syncsafeLimit) return std::nullopt;
+    PutHead({input_.body.first(first), input_.body.subspan(first, position - first), rest}, framesEnd);
     return std::move(out_);
 }
 

@@ -176,6 +176,11 @@ void XmlPatch::AddBehind(const XmlElement& sibling, std::string_view markup) {
 // How many bytes in front belong to an element that was added; nothing for one that was not.
 std::optional<size_t> XmlPatch::AddedLead(const XmlElement& element, const XmlElement& parent) const {
     const XmlSpan tag = PlaceOf(element).startTag;
+    const size_t start = PlaceOf(parent).startTag.end;
+    // White space that it leaves behind would be a text, which was not there before.
+    if (&element == parent.firstChild && tag.begin > start + 1 &&
+        IsBlank(std::string_view(text_).substr(start, tag.begin - start)))
+        return std::nullopt;
     if (text_[tag.begin - 1] == '\n') return 1;
     const bool hasBlank = element.firstAttribute == nullptr && text_[tag.end - 2] == ' ';
     return hasBlank && !parent.Value().empty() ? std::optional<size_t>(0) : std::nullopt;
