@@ -16,23 +16,22 @@ namespace {
 constexpr size_t mostChunks = 4096;  // listed; the richest file has some dozens
 
 // A parse that fails forgets the encoding; the walk is asked for it once more.
-void ReadFormatOfRefused(Survey& survey, FileReader& reader) {
+void ReadFormatOfRefused(Survey& survey, const Container& container, FileReader& reader) {
     ContainerWalk walk{.format = survey.format, .reader = reader};
-    reader.Seek(survey.container->firstChunk);
-    (void)survey.container->walk(walk);
+    reader.Seek(container.firstChunk);
+    (void)container.walk(walk);
     survey.formatAccepted = walk.formatAccepted;
 }
 
 class ChunkWalk {
   public:
-    ChunkWalk(Survey& survey, FileReader& reader)
+    ChunkWalk(Survey& survey, FileReader& reader, int64_t firstChunk)
         : survey_(survey),
           reader_(reader),
           probe_(reader, *survey.rules),
-          position_(survey.container->firstChunk) {}
+          position_(std::min(firstChunk, survey.fileBytes)) {}
 
     void Run() {
-        position_ = std::min(position_, survey_.fileBytes);
         while (position_ < survey_.fileBytes && Step()) {
         }
         survey_.end = std::min(position_, survey_.fileBytes);
@@ -128,6 +127,14 @@ int64_t BlockFrames(const Survey& survey, FileReader& reader) {
     return frames > 0 ? frames : FramesOfBlock(survey.format, survey.format.blockAlign);
 }
 
+void SurveyChunks(Survey& survey, const Container& container, FileReader& reader) {
+    survey.rules = RulesOf(container);
+    if (!survey.rules) return;
+    if (!survey.isPlayable) ReadFormatOfRefused(survey, container, reader);
+    ChunkWalk(survey, reader, container.firstChunk).Run();
+    survey.blockFrames = BlockFrames(survey, reader);
+}
+
 }  // namespace
 
 const SurveyedChunk* Survey::Find(std::string_view id) const {
@@ -156,12 +163,7 @@ std::unique_ptr<Survey> SurveyFile(const std::string& file, FileReader& reader) 
     survey->formatAccepted = survey->isPlayable;
     survey->fileBytes = reader.Size();
     survey->container = RecogniseContainer(reader);
-    if (survey->container) survey->rules = RulesOf(*survey->container);
-    if (survey->rules) {
-        if (!survey->isPlayable) ReadFormatOfRefused(*survey, reader);
-        ChunkWalk(*survey, reader).Run();
-        survey->blockFrames = BlockFrames(*survey, reader);
-    }
+    if (survey->container) SurveyChunks(*survey, *survey->container, reader);
     if (reader.HasMissedBytes()) throw Failure("cannot be read");
     return survey;
 }
