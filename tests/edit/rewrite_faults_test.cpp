@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 
 #include "edit/copy_file.h"
 #include "fileio/byte_order.h"
@@ -138,6 +139,23 @@ TEST(RewriteFaults, WhatCannotBeReadIsNotPlanned) {
                     << layout.name << ", " << order.name << " " << index;
             }
     }
+}
+
+// What the disk may not have is not undone.
+TEST(RewriteFaults, AnUndoThatCannotBeFlushedIsNone) {
+    const TempFolder folder;
+    const auto path = folder.Write("a.wav", FileOf(layouts[5]));
+    std::optional<InPlacePlan> plan;
+    {
+        FileReader reader(path, smallReads);
+        plan = PlanInPlace(reader, {largeImage, {}, Replaced(largeImage)}, false);
+    }
+    ASSERT_TRUE(plan);
+    ScriptedFileSystem files;
+    const platform::ScopedFileSystem scope(files);
+    FileWriter writer(path.c_str(), {.mode = 0, .openExisting = true, .mustExist = true});
+    files.FailAt(Operation::flush, 0, Fault::failure, true);
+    EXPECT_EQ(UpdateInPlace(writer, *plan), InPlaceResult::unfinished);
 }
 
 TEST(RewriteFaults, ACopyThatSucceedsIsWholeAndLeavesTheSource) {
