@@ -56,8 +56,9 @@ void AddInPlaces(ChunkImages& images, const SchemeImage& image, bool inTail) {
 }
 
 ChunkImages Joined(const ChunkImages& images) {
-    ChunkImages joined{images.main, {}, images.replaced, images.keepsPlaces, images.places, images.rebuilt};
+    ChunkImages joined = images;
     joined.main.insert(joined.main.end(), images.tail.begin(), images.tail.end());
+    joined.tail.clear();
     for (auto& place : joined.places) {
         const size_t shift = place.inTail ? images.main.size() : 0;
         place = {place.oldStart, false, place.begin + shift, place.end + shift};

@@ -237,8 +237,8 @@ bool LosslessEdit::IsTouched(const TagScheme& scheme) const {
 }
 
 const Carrier* LosslessEdit::CarrierOf(const TagChunk& chunk) const {
-    if (!std::ranges::binary_search(carriers_, &chunk, std::less<>(), &Carrier::chunk)) return nullptr;
-    return &*std::ranges::lower_bound(carriers_, &chunk, std::less<>(), &Carrier::chunk);
+    const auto found = std::ranges::lower_bound(carriers_, &chunk, std::less<>(), &Carrier::chunk);
+    return found == carriers_.end() || found->chunk != &chunk ? nullptr : &*found;
 }
 
 // All chunks of a scheme in their order, the refused ones too, then the new one.

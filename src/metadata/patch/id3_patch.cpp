@@ -43,6 +43,11 @@ Bytes WithoutFooter(Bytes tag, Bytes rest) {
     return isFooter ? rest.first(start) : rest;
 }
 
+// A zero that comes to stand behind 0xFF would be taken for one of unsynchronisation.
+void KeepZero(ChunkBody& front, Bytes behind) {
+    if (!front.empty() && front.back() == 0xFF && !behind.empty() && behind[0] == 0) front.push_back(0);
+}
+
 class TagPatch {
   public:
     TagPatch(const PatchInput& input, int version)
@@ -79,11 +84,6 @@ void TagPatch::Put(const Id3Frames& frames) {
         AppendUnsynchronised(out_, frames);
     else
         Add(frames);
-}
-
-// A zero that comes to stand behind 0xFF would be taken for one of unsynchronisation.
-void KeepZero(ChunkBody& front, Bytes behind) {
-    if (!front.empty() && front.back() == 0xFF && !behind.empty() && behind[0] == 0) front.push_back(0);
 }
 
 // A piece of the old tag.
